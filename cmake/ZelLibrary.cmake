@@ -1,0 +1,50 @@
+# zel_add_library(<short name> SOURCES <file>... [PUBLIC <target>...] [PRIVATE <target>...])
+#
+# Makes the shared library zel_<name>, its alias zel::<name> and the object library
+# zel_<name>_objects with the platform-free part, from which tests link a second library over a
+# fake operating-system layer. OS_SOURCES are compiled into the shipped library only.
+function(zel_add_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;OS_SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  set(target zel_${name})
+  string(TOUPPER ${name} upper)
+
+  add_library(${target}_objects OBJECT ${ARG_SOURCES})
+  target_include_directories(${target}_objects
+    PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/h>" PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_compile_definitions(${target}_objects PRIVATE ZEL_${upper}_BUILD)
+  target_link_libraries(${target}_objects PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} zel_options)
+
+  zel_add_shared_library(${target} ${name}
+    OBJECTS ${target}_objects SOURCES ${ARG_OS_SOURCES} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+  add_library(zel::${name} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
+  set_property(GLOBAL APPEND PROPERTY ZEL_INSTALLED_TARGETS ${target})
+endfunction()
+
+# zel_add_shared_library(<target> <short name> OBJECTS <object library> SOURCES <file>...
+#                        [PUBLIC <target>...] [PRIVATE <target>...])
+#
+# Links one shared library from objects made by zel_add_library and further sources.
+function(zel_add_shared_library target name)
+  cmake_parse_arguments(ARG "" "" "OBJECTS;SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  string(TOUPPER ${name} upper)
+  add_library(${target} SHARED ${ARG_SOURCES})
+  foreach(objects ${ARG_OBJECTS})
+    target_sources(${target} PRIVATE $<TARGET_OBJECTS:${objects}>)
+  endforeach()
+  target_include_directories(${target}
+    PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/h>" "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>"
+    PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_compile_definitions(${target} PRIVATE ZEL_${upper}_BUILD)
+  target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} $<BUILD_INTERFACE:zel_options>)
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
+  if(WIN32)
+    set_target_properties(${target} PROPERTIES PREFIX "")
+  else()
+    # Templates of the standard library and of Boost stay inside. A library calls its own functions directly.
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions
+      "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/zel_${name}.map")
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/zel_${name}.map")
+  endif()
+endfunction()

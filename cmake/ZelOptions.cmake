@@ -1,0 +1,82 @@
+# Compiler settings that hold for every target of the suite.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# Executables and libraries share one directory: the installation root is its parent, as in an
+# installed tree.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+# One level below the prefix, never an architecture subdirectory.
+set(CMAKE_INSTALL_LIBDIR lib)
+include(GNUInstallDirs)
+
+find_package(Threads REQUIRED)
+
+# Boost through a link of its own, so that no other header of the system leaks into a cross build.
+find_path(ZEL_BOOST_INCLUDE_DIR boost/version.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+file(STRINGS "${ZEL_BOOST_INCLUDE_DIR}/boost/version.hpp" boost_version REGEX "define BOOST_VERSION ")
+string(REGEX REPLACE "[^0-9]" "" boost_version "${boost_version}")
+if(boost_version LESS 108100)
+  message(FATAL_ERROR "Boost headers 1.81 or newer are needed, found ${boost_version} in ${ZEL_BOOST_INCLUDE_DIR}")
+endif()
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/boost")
+file(CREATE_LINK "${ZEL_BOOST_INCLUDE_DIR}/boost" "${PROJECT_BINARY_DIR}/boost/boost" SYMBOLIC)
+add_library(zel_boost INTERFACE)
+target_include_directories(zel_boost SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/boost")
+
+# zel::options: what every source of ours is compiled with.
+add_library(zel_options INTERFACE)
+target_compile_options(zel_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wold-style-cast -Wcast-qual -Wformat=2 -Wno-format-nonliteral -Wundef -Werror
+  # Floating-point steps are exact: no fused multiply-add.
+  -ffp-contract=off
+  # Internal errors name their source from the project's root.
+  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+if(WIN32)
+  # Windows 7 and newer; narrow calls by name.
+  target_compile_definitions(zel_options INTERFACE _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX __USE_MINGW_ANSI_STDIO=1)
+else()
+  # No exported function of ours is meant to be replaced by another library's: calls go straight.
+  target_compile_options(zel_options INTERFACE -fno-semantic-interposition -fno-plt)
+  # The search path of a library may be overridden by the environment.
+  target_link_options(zel_options INTERFACE -Wl,--enable-new-dtags)
+endif()
+
+set(ZEL_SANITIZE "" CACHE STRING "Sanitizers of the build, for instance address,undefined")
+if(ZEL_SANITIZE)
+  add_compile_options("-fsanitize=${ZEL_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options("-fsanitize=${ZEL_SANITIZE}")
+endif()
+option(ZEL_FUZZ "Build the fuzz targets for libFuzzer; needs clang" OFF)
+if(ZEL_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+option(ZEL_COVERAGE "Instrument for coverage" OFF)
+if(ZEL_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()
+
+if(WIN32)
+  # The compiler's runtime libraries stand beside the executables, as in an installed tree.
+  set(ZEL_RUNTIME_LIBRARIES "")
+  foreach(runtime libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${runtime}
+                    OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
+    if(NOT IS_ABSOLUTE "${path}")
+      find_file(ZEL_${runtime} ${runtime} PATHS /usr/x86_64-w64-mingw32/lib NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+      set(path "${ZEL_${runtime}}")
+    endif()
+    list(APPEND ZEL_RUNTIME_LIBRARIES "${path}")
+  endforeach()
+  file(COPY ${ZEL_RUNTIME_LIBRARIES} DESTINATION "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}" FOLLOW_SYMLINK_CHAIN)
+endif()
