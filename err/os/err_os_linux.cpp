@@ -1,0 +1,245 @@
+#include "err/os/err_os.h"
+
+#include <dlfcn.h>
+#include <elfutils/libdwfl.h>
+#include <link.h>
+#include <pthread.h>
+#include <unistd.h>
+#include <unwind.h>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+// A function's code.
+struct CODE_RANGE
+{
+    std::uintptr_t begin = 0;
+    std::uintptr_t end = 0;
+
+    bool contains(std::uintptr_t address) const { return begin <= address && address < end; }
+};
+
+// The walk over the stack: what is filled, and the functions that run exit handlers.
+struct STACK_WALK
+{
+    ERR_OS_STACK &stack;
+    CODE_RANGE exit;
+    CODE_RANGE quick_exit;
+};
+
+CODE_RANGE code_of(void *function)
+{
+    Dl_info info;
+    void *symbol = nullptr;
+    if (dladdr1(function, &info, &symbol, RTLD_DL_SYMENT) == 0 || symbol == nullptr)
+        return {};
+    std::uintptr_t const begin = reinterpret_cast<std::uintptr_t>(info.dli_saddr);
+    return {begin, begin + static_cast<ElfW(Sym) const *>(symbol)->st_size};
+}
+
+// A return address may be the first byte of the next function: the call may be the last instruction
+// of one that never returns. The byte before it belongs to the call.
+std::uintptr_t call_of(void const *return_address)
+{
+    return reinterpret_cast<std::uintptr_t>(return_address) - 1;
+}
+
+_Unwind_Reason_Code take_frame(_Unwind_Context *context, void *data)
+{
+    STACK_WALK &walk = *static_cast<STACK_WALK *>(data);
+    std::uintptr_t const address = _Unwind_GetIP(context);
+    if (address == 0)
+        return _URC_END_OF_STACK;
+    if (walk.stack.count < ERR_OS_STACK::CAPACITY)
+        walk.stack.addresses[walk.stack.count++] = reinterpret_cast<void *>(address);
+    if (walk.exit.contains(address - 1) || walk.quick_exit.contains(address - 1))
+        walk.stack.is_in_exit = true;
+    return _URC_NO_REASON;
+}
+
+// libdw and what is used of it. It is loaded for a report only: a process that has nothing to report
+// starts the faster for it. Without the library all functions are null.
+struct LIBDW
+{
+    LIBDW() : library(dlopen("libdw.so.1", RTLD_NOW | RTLD_LOCAL))
+    {
+        is_there = find(begin, "dwfl_begin") && find(end, "dwfl_end") && find(find_elf, "dwfl_linux_proc_find_elf") &&
+                   find(find_by_build_id, "dwfl_build_id_find_debuginfo") &&
+                   find(report_process, "dwfl_linux_proc_report") && find(report_end, "dwfl_report_end") &&
+                   find(module_of, "dwfl_addrmodule") && find(symbol_of, "dwfl_module_addrinfo") &&
+                   find(line_of, "dwfl_module_getsrc") && find(line_info, "dwfl_lineinfo");
+    }
+
+    void *library;
+    decltype(&dwfl_begin) begin = nullptr;
+    decltype(&dwfl_end) end = nullptr;
+    decltype(&dwfl_linux_proc_find_elf) find_elf = nullptr;
+    decltype(&dwfl_build_id_find_debuginfo) find_by_build_id = nullptr;
+    decltype(&dwfl_linux_proc_report) report_process = nullptr;
+    decltype(&dwfl_report_end) report_end = nullptr;
+    decltype(&dwfl_addrmodule) module_of = nullptr;
+    decltype(&dwfl_module_addrinfo) symbol_of = nullptr;
+    decltype(&dwfl_module_getsrc) line_of = nullptr;
+    decltype(&dwfl_lineinfo) line_info = nullptr;
+    bool is_there = false;
+
+private:
+    template <typename FUNCTION>
+    bool find(FUNCTION &function, char const *name) const
+    {
+        function = library == nullptr ? nullptr : reinterpret_cast<FUNCTION>(dlsym(library, name));
+        return function != nullptr;
+    }
+};
+
+LIBDW const &libdw()
+{
+    // Constructed in place and never released: reports come until the very end.
+    static LIBDW const functions;
+    return functions;
+}
+
+// Symbol tables and line tables of the objects in this process; answers nothing where it fails.
+class DEBUG_INFO
+{
+public:
+    DEBUG_INFO()
+    {
+        if (!libdw().is_there)
+            return;
+        // Separate debugging files are looked for on this machine, by build id alone: the library's
+        // standard search may ask the network.
+        static Dwfl_Callbacks const CALLBACKS = {libdw().find_elf, libdw().find_by_build_id, nullptr, nullptr};
+        m_dwfl = libdw().begin(&CALLBACKS);
+        if (m_dwfl != nullptr && libdw().report_process(m_dwfl, getpid()) == 0)
+            libdw().report_end(m_dwfl, nullptr, nullptr);
+    }
+    ~DEBUG_INFO()
+    {
+        if (m_dwfl != nullptr)
+            libdw().end(m_dwfl);
+    }
+    DEBUG_INFO(DEBUG_INFO const &) = delete;
+    DEBUG_INFO &operator=(DEBUG_INFO const &) = delete;
+
+    void complete(ERR_OS_FRAME &frame, std::uintptr_t call) const
+    {
+        // There is a session only if all the functions were found. NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
+        Dwfl_Module *module = m_dwfl == nullptr ? nullptr : libdw().module_of(m_dwfl, call);
+        if (module == nullptr)
+            return;
+        // The loader knows exported names only.
+        GElf_Off offset = 0;
+        GElf_Sym symbol;
+        if (char const *name = libdw().symbol_of(module, call, &offset, &symbol, nullptr, nullptr, nullptr)) {
+            frame.function = name;
+            frame.function_offset = offset + 1;
+        }
+        Dwfl_Line *line = libdw().line_of(module, call);
+        if (line == nullptr)
+            return;
+        if (char const *file = libdw().line_info(line, nullptr, &frame.line, nullptr, nullptr, nullptr))
+            frame.file = file;
+    }
+
+private:
+    Dwfl *m_dwfl = nullptr;
+};
+
+ERR_OS_FRAME describe_by_loader(void *address)
+{
+    ERR_OS_FRAME frame;
+    std::uintptr_t const call = call_of(address);
+    Dl_info info;
+    if (dladdr(reinterpret_cast<void *>(call), &info) == 0)
+        return frame;
+    if (info.dli_fname != nullptr) {
+        char const *slash = std::strrchr(info.dli_fname, '/');
+        frame.object = slash == nullptr ? info.dli_fname : slash + 1;
+    }
+    frame.object_offset = call + 1 - reinterpret_cast<std::uintptr_t>(info.dli_fbase);
+    if (info.dli_sname != nullptr) {
+        frame.function = info.dli_sname;
+        frame.function_offset = call + 1 - reinterpret_cast<std::uintptr_t>(info.dli_saddr);
+    }
+    return frame;
+}
+
+} // namespace
+
+std::uint64_t err_os_thread_id()
+{
+    return static_cast<std::uint64_t>(pthread_self());
+}
+
+std::uint64_t err_os_process_id()
+{
+    return static_cast<std::uint64_t>(getpid());
+}
+
+std::string err_os_executable()
+{
+    char path[PATH_MAX];
+    ssize_t const length = readlink("/proc/self/exe", path, sizeof(path));
+    return length <= 0 ? std::string() : std::string(path, static_cast<std::size_t>(length));
+}
+
+void err_os_capture_stack(ERR_OS_STACK &stack)
+{
+    STACK_WALK walk{stack, code_of(reinterpret_cast<void *>(&std::exit)),
+                    code_of(reinterpret_cast<void *>(&std::quick_exit))};
+    _Unwind_Backtrace(take_frame, &walk);
+}
+
+std::vector<ERR_OS_FRAME> err_os_describe(void *const *addresses, std::size_t count)
+{
+    DEBUG_INFO const debug_info;
+    std::vector<ERR_OS_FRAME> frames;
+    frames.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        frames.push_back(describe_by_loader(addresses[i]));
+        debug_info.complete(frames.back(), call_of(addresses[i]));
+    }
+    return frames;
+}
+
+void err_os_write_error_stream(char const *text, std::size_t size)
+{
+    // The process is ending, and a reader that is gone must not end it in another way.
+    std::signal(SIGPIPE, SIG_IGN);
+    while (size != 0) {
+        ssize_t const written = write(STDERR_FILENO, text, size);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return;
+        text += written;
+        size -= static_cast<std::size_t>(written);
+    }
+}
+
+void err_os_call_at_exit(void (*function)())
+{
+    std::atexit(function);
+}
+
+bool err_os_is_last_thread_of_exit()
+{
+    return false;
+}
+
+void err_os_end_at_once(int status)
+{
+    _exit(status);
+}
+
+void err_os_wait_for_the_end()
+{
+    for (;;)
+        pause();
+}

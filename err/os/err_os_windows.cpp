@@ -1,0 +1,192 @@
+#include "err/os/err_os.h"
+
+#include <windows.h>
+
+#include <io.h>
+
+#include <cstdlib>
+#include <iterator>
+
+namespace {
+
+// Frames that are looked through for the exit function; the first of them are kept.
+constexpr unsigned MAX_WALKED_FRAMES = 1024;
+
+// The runtime's functions that run exit handlers, in whichever runtime library is loaded.
+constexpr char const *RUNTIMES[] = {"msvcrt.dll", "ucrtbase.dll"};
+constexpr char const *EXIT_FUNCTIONS[] = {"exit", "_cexit", "_c_exit", "quick_exit"};
+constexpr std::size_t MAX_EXIT_FUNCTIONS = std::size(RUNTIMES) * std::size(EXIT_FUNCTIONS);
+
+using SHUTDOWN_QUESTION = BOOLEAN(NTAPI *)();
+using ONEXIT_LIST = _onexit_t(__cdecl *)(_onexit_t);
+
+// What err_os_call_at_exit() was given; null before.
+void (*l_at_exit)() = nullptr;
+
+int __cdecl call_at_exit()
+{
+    l_at_exit();
+    return 0;
+}
+
+template <typename FUNCTION>
+FUNCTION find_function(char const *library, char const *name)
+{
+    HMODULE const module = GetModuleHandleA(library);
+    FARPROC const function = module == nullptr ? nullptr : GetProcAddress(module, name);
+    return reinterpret_cast<FUNCTION>(reinterpret_cast<void *>(function));
+}
+
+// The unwinder's record of the function that holds the address; null outside known code.
+void *function_record_of(DWORD64 address)
+{
+    DWORD64 image = 0;
+    return RtlLookupFunctionEntry(address, &image, nullptr);
+}
+
+// A return address may be the first byte of the next function: the call may be the last instruction
+// of one that never returns. The byte before it belongs to the call.
+DWORD64 call_of(void const *return_address)
+{
+    return reinterpret_cast<DWORD64>(return_address) - 1;
+}
+
+class EXIT_CODE
+{
+public:
+    EXIT_CODE()
+    {
+        for (char const *runtime : RUNTIMES)
+            for (char const *name : EXIT_FUNCTIONS)
+                add(find_function<void *>(runtime, name));
+    }
+
+    bool contains(DWORD64 address) const
+    {
+        void *record = function_record_of(address);
+        for (std::size_t i = 0; record != nullptr && i < m_count; ++i)
+            if (m_records[i] == record)
+                return true;
+        return false;
+    }
+
+private:
+    void add(void *function)
+    {
+        void *record = function == nullptr ? nullptr : function_record_of(reinterpret_cast<DWORD64>(function));
+        if (record != nullptr)
+            m_records[m_count++] = record;
+    }
+
+    void *m_records[MAX_EXIT_FUNCTIONS];
+    std::size_t m_count = 0;
+};
+
+ERR_OS_FRAME describe_by_module(void *address)
+{
+    ERR_OS_FRAME frame;
+    HMODULE module = nullptr;
+    constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    if (!GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(call_of(address)), &module))
+        return frame;
+    char path[MAX_PATH];
+    DWORD const length = GetModuleFileNameA(module, path, MAX_PATH);
+    std::string const fullpath(path, length < MAX_PATH ? length : MAX_PATH - 1);
+    frame.object = fullpath.substr(fullpath.find_last_of("\\/") + 1);
+    frame.object_offset = reinterpret_cast<std::uint64_t>(address) - reinterpret_cast<std::uint64_t>(module);
+    return frame;
+}
+
+HANDLE error_stream()
+{
+    // The runtime's stream 2 follows a redirection inside the process.
+    std::intptr_t const handle = _get_osfhandle(2);
+    return handle > 0 ? reinterpret_cast<HANDLE>(handle) : GetStdHandle(STD_ERROR_HANDLE);
+}
+
+} // namespace
+
+std::uint64_t err_os_thread_id()
+{
+    return GetCurrentThreadId();
+}
+
+std::uint64_t err_os_process_id()
+{
+    return GetCurrentProcessId();
+}
+
+std::string err_os_executable()
+{
+    char path[MAX_PATH];
+    DWORD const length = GetModuleFileNameA(nullptr, path, MAX_PATH);
+    return length < MAX_PATH ? std::string(path, length) : std::string();
+}
+
+void err_os_capture_stack(ERR_OS_STACK &stack)
+{
+    void *addresses[MAX_WALKED_FRAMES];
+    unsigned const count = RtlCaptureStackBackTrace(0, MAX_WALKED_FRAMES, addresses, nullptr);
+    EXIT_CODE const exit_code;
+    for (unsigned i = 0; i < count; ++i) {
+        if (stack.count < ERR_OS_STACK::CAPACITY)
+            stack.addresses[stack.count++] = addresses[i];
+        stack.is_in_exit = stack.is_in_exit || exit_code.contains(call_of(addresses[i]));
+    }
+    // Exit handlers of libraries run when the system unloads them.
+    stack.is_in_exit = stack.is_in_exit || err_os_is_last_thread_of_exit();
+}
+
+std::vector<ERR_OS_FRAME> err_os_describe(void *const *addresses, std::size_t count)
+{
+    std::vector<ERR_OS_FRAME> frames;
+    frames.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        frames.push_back(describe_by_module(addresses[i]));
+    return frames;
+}
+
+void err_os_write_error_stream(char const *text, std::size_t size)
+{
+    HANDLE const stream = error_stream();
+    while (size != 0) {
+        DWORD const part = size < MAXDWORD ? static_cast<DWORD>(size) : MAXDWORD;
+        DWORD written = 0;
+        if (!WriteFile(stream, text, part, &written, nullptr) || written == 0)
+            return;
+        text += written;
+        size -= written;
+    }
+}
+
+void err_os_call_at_exit(void (*function)())
+{
+    // The atexit() of a library means its unloading, when no other thread is left. The list of the
+    // process is the runtime's; nothing is ever taken from it, so the library has to stay.
+    HMODULE self = nullptr;
+    constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
+    if (!GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(function), &self))
+        return;
+    l_at_exit = function;
+    for (char const *runtime : RUNTIMES)
+        if (auto const add = find_function<ONEXIT_LIST>(runtime, "_onexit"))
+            return static_cast<void>(add(call_at_exit));
+}
+
+bool err_os_is_last_thread_of_exit()
+{
+    auto const question = find_function<SHUTDOWN_QUESTION>("ntdll.dll", "RtlDllShutdownInProgress");
+    return question != nullptr && question() != FALSE;
+}
+
+void err_os_end_at_once(int status)
+{
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
+    err_os_wait_for_the_end();
+}
+
+void err_os_wait_for_the_end()
+{
+    for (;;)
+        Sleep(INFINITE);
+}

@@ -1,0 +1,89 @@
+#include "thr/os/thr_os.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+char const *const THR_OS_LIBRARY_PREFIX = "";
+char const *const THR_OS_LIBRARY_SUFFIX = ".dll";
+
+struct THR_MUTEX
+{
+    // Nothing to release, and usable while the system ends the process.
+    SRWLOCK lock = SRWLOCK_INIT;
+};
+
+THR_MUTEX_OBJ thr_os_mutex_create()
+{
+    return new (std::nothrow) THR_MUTEX;
+}
+
+void thr_os_mutex_destroy(THR_MUTEX_OBJ mutex)
+{
+    delete mutex;
+}
+
+void thr_os_mutex_lock(THR_MUTEX_OBJ mutex)
+{
+    AcquireSRWLockExclusive(&mutex->lock);
+}
+
+void thr_os_mutex_unlock(THR_MUTEX_OBJ mutex)
+{
+    ReleaseSRWLockExclusive(&mutex->lock);
+}
+
+std::int64_t thr_os_thread_self()
+{
+    return GetCurrentThreadId();
+}
+
+void thr_os_yield()
+{
+    if (!SwitchToThread())
+        Sleep(0);
+}
+
+bool thr_os_is_debugged()
+{
+    return IsDebuggerPresent() != FALSE;
+}
+
+void thr_os_break()
+{
+    DebugBreak();
+}
+
+void thr_os_setenv(char const *name, char const *value)
+{
+    if (*value != '\0') {
+        _putenv_s(name, value);
+        return;
+    }
+    // The runtime takes an empty value for a removal: its entry is made with a text that is then cut,
+    // and the system's table, which child processes inherit, is set by itself.
+    if (_putenv_s(name, "x") != 0)
+        return;
+    if (char *entry = std::getenv(name))
+        *entry = '\0';
+    SetEnvironmentVariableA(name, "");
+}
+
+void thr_os_unsetenv(char const *name)
+{
+    _putenv_s(name, "");
+}
+
+bool thr_os_library_is_loaded(char const *name)
+{
+    char native[MAX_PATH];
+    std::size_t const size = std::strlen(name) + 1;
+    if (size > sizeof(native))
+        return false;
+    // The system takes no "/" in the names of its modules.
+    std::replace_copy(name, name + size, native, '/', '\\');
+    return GetModuleHandleA(native) != nullptr;
+}

@@ -1,0 +1,41 @@
+#include "thr_sys.h"
+
+#include "thr/os/thr_os.h"
+
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+std::int64_t thr_thread_self()
+{
+    return thr_os_thread_self();
+}
+
+void thr_sleep(unsigned milliseconds)
+{
+    if (milliseconds == 0) {
+        thr_os_yield();
+        return;
+    }
+    using CLOCK = std::chrono::steady_clock;
+    CLOCK::time_point const end = CLOCK::now() + std::chrono::milliseconds(milliseconds);
+    // Timers that count in ticks wake a thread early.
+    for (CLOCK::time_point now = CLOCK::now(); now < end; now = CLOCK::now())
+        std::this_thread::sleep_for(end - now);
+}
+
+void thr_debug_break()
+{
+    if (thr_os_is_debugged())
+        thr_os_break();
+}
+
+void thr_setenv(char const *name, char const *value)
+{
+    if (name == nullptr || *name == '\0' || std::strchr(name, '=') != nullptr)
+        return;
+    if (value == nullptr)
+        thr_os_unsetenv(name);
+    else
+        thr_os_setenv(name, value);
+}
