@@ -1,0 +1,64 @@
+// What the library asks of the operating system. Each question returns false, and leaves its outputs alone, when the
+// system has no answer; what to do then is decided above this layer.
+#ifndef GEN_OS_H
+#define GEN_OS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <fstream>
+#include <string>
+
+// Clocks.
+
+/// The monotonic counter, and its ticks per second.
+bool gen_os_read_counter(std::uint64_t &ticks);
+bool gen_os_read_counter_frequency(std::uint64_t &ticks_per_second);
+
+/// CPU time of this process's job, ended processes included, and of this process; in 100 ns units.
+bool gen_os_read_job_cpu(std::uint64_t &user, std::uint64_t &kernel);
+bool gen_os_read_process_cpu(std::uint64_t &user, std::uint64_t &kernel);
+
+/// User and kernel time of this process together, in 100 ns units, where the system has that cheaper than the split.
+bool gen_os_read_process_cpu_sum(std::uint64_t &sum);
+
+/// That sum and then the counter. Answered only where processes have no jobs, so that no job's figures come before it.
+bool gen_os_read_cpu_sum_and_counter(std::uint64_t &sum, std::uint64_t &ticks);
+
+/// Milliseconds since the Unix epoch.
+std::int64_t gen_os_read_calendar_msec();
+
+/// Local time of a second since the Unix epoch.
+bool gen_os_local_time(std::int64_t seconds, std::tm &local);
+
+// Modules. Paths are absolute, without "..", in the system's separators. Linux resolves links; Windows answers with the
+// text of the module table, cut at 260 characters.
+
+bool gen_os_read_executable_path(std::string &path);
+
+/// The path of a library of that file name that is in the process; loads nothing.
+bool gen_os_read_library_path(char const *file_name, std::string &path);
+
+/// Whether names that differ in case alone are different files.
+bool gen_os_case_matters_in_paths();
+
+/// Between the elements of PATH.
+char gen_os_path_list_separator();
+
+// Files.
+
+/// Opens a file buffer through the system's long-path form; it has no file yet. Other processes may open the file too.
+bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode);
+
+/// Sets a key in a section of an initialisation file; the result is that of WritePrivateProfileStringA, or 1 and 0.
+int gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file);
+
+// The process.
+
+/// Reserves address space at a place of the system's choosing, for good; nothing is committed.
+bool gen_os_reserve_address_space(std::size_t size_bytes);
+
+/// Passes a text to the platform's debug channel.
+void gen_os_debug_output(char const *text);
+
+#endif

@@ -1,0 +1,296 @@
+#include "gen/os/gen_os.h"
+
+#include "gen/gen_string_profile.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include <fcntl.h>
+#include <link.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace {
+
+// The counter ticks in units of 100 ns.
+constexpr std::uint64_t TICKS_PER_SECOND = 10000000;
+constexpr std::uint64_t NSEC_PER_TICK = 100;
+constexpr std::uint64_t TICKS_PER_USEC = 10;
+
+std::uint64_t ticks_of(timespec const &time)
+{
+    return static_cast<std::uint64_t>(time.tv_sec) * TICKS_PER_SECOND +
+           static_cast<std::uint64_t>(time.tv_nsec) / NSEC_PER_TICK;
+}
+
+bool read_clock(clockid_t clock, std::uint64_t &ticks)
+{
+    timespec now;
+    if (clock_gettime(clock, &now) != 0)
+        return false;
+    ticks = ticks_of(now);
+    return true;
+}
+
+std::uint64_t ticks_of(timeval const &time)
+{
+    return static_cast<std::uint64_t>(time.tv_sec) * TICKS_PER_SECOND +
+           static_cast<std::uint64_t>(time.tv_usec) * TICKS_PER_USEC;
+}
+
+bool read_real_path(char const *path, std::string &real_path)
+{
+    std::unique_ptr<char, decltype(&std::free)> const resolved(realpath(path, nullptr), &std::free);
+    if (!resolved)
+        return false;
+    real_path = resolved.get();
+    return true;
+}
+
+struct LibrarySearch
+{
+    char const *file_name;
+    char const *found; // the loader's own text, which stays while the object is loaded
+};
+
+// "libx.so" also names "libx.so.1.2".
+bool is_file_name_of(char const *path, char const *file_name)
+{
+    char const *const slash = std::strrchr(path, '/');
+    char const *const name = slash == nullptr ? path : slash + 1;
+    std::size_t const length = std::strlen(file_name);
+    if (std::strncmp(name, file_name, length) != 0)
+        return false;
+    char const *const rest = name + length;
+    if (*rest == '\0')
+        return true;
+    bool const is_library = length >= 3 && std::strcmp(file_name + length - 3, ".so") == 0;
+    return is_library && *rest == '.' && rest[1] != '\0' && rest[std::strspn(rest, "0123456789.")] == '\0';
+}
+
+int visit_library(dl_phdr_info *info, std::size_t, void *context)
+{
+    auto *const search = static_cast<LibrarySearch *>(context);
+    if (info->dlpi_name == nullptr || !is_file_name_of(info->dlpi_name, search->file_name))
+        return 0;
+    search->found = info->dlpi_name;
+    return 1;
+}
+
+// A file descriptor for a scope.
+class File
+{
+public:
+    File(char const *path, int flags) : m_descriptor(open(path, flags | O_CLOEXEC, 0666)) {}
+    ~File()
+    {
+        if (is_open())
+            close(m_descriptor);
+    }
+    File(File const &) = delete;
+    File &operator=(File const &) = delete;
+
+    bool is_open() const { return m_descriptor >= 0; }
+
+    bool read_all(std::string &text) const
+    {
+        char buffer[4096];
+        for (;;) {
+            ssize_t const count = read(m_descriptor, buffer, sizeof buffer);
+            if (count == 0)
+                return true;
+            if (count > 0)
+                text.append(buffer, static_cast<std::size_t>(count));
+            else if (errno != EINTR)
+                return false;
+        }
+    }
+
+    // Also waits until the bytes have reached the disk.
+    bool write_all(std::string const &text) const
+    {
+        for (std::size_t done = 0; done < text.size();) {
+            ssize_t const count = write(m_descriptor, text.data() + done, text.size() - done);
+            if (count >= 0)
+                done += static_cast<std::size_t>(count);
+            else if (errno != EINTR)
+                return false;
+        }
+        return fsync(m_descriptor) == 0;
+    }
+
+    bool read_mode(mode_t &mode) const
+    {
+        struct stat status;
+        if (fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+            return false;
+        mode = status.st_mode & 07777;
+        return true;
+    }
+
+    bool set_mode(mode_t mode) const { return fchmod(m_descriptor, mode) == 0; }
+
+private:
+    int m_descriptor;
+};
+
+// A regular file's text and mode; a missing file is an empty text and no mode.
+bool read_profile(char const *path, std::string &text, mode_t &mode)
+{
+    File const file(path, O_RDONLY | O_NONBLOCK); // a pipe doesn't wait for its other end
+    if (!file.is_open())
+        return errno == ENOENT;
+    return file.read_mode(mode) && file.read_all(text);
+}
+
+// Puts a file in the place of another one, so that no reader ever sees a part of it.
+bool replace_file(std::string const &path, std::string const &text, mode_t mode)
+{
+    static std::atomic<unsigned> serial{0};
+    std::string const fresh = path + '.' + std::to_string(getpid()) + '.' + std::to_string(serial++) + ".tmp";
+    File const file(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL);
+    if (!file.is_open())
+        return false;
+    if (file.write_all(text) && (mode == 0 || file.set_mode(mode)) && std::rename(fresh.c_str(), path.c_str()) == 0)
+        return true;
+    unlink(fresh.c_str());
+    return false;
+}
+
+bool is_debugger_attached()
+{
+    std::unique_ptr<std::FILE, decltype(&std::fclose)> const status(std::fopen("/proc/self/status", "re"),
+                                                                    &std::fclose);
+    if (!status)
+        return false;
+    char line[256];
+    while (std::fgets(line, sizeof line, status.get()) != nullptr)
+        if (std::strncmp(line, "TracerPid:", 10) == 0)
+            return std::strtol(line + 10, nullptr, 10) != 0;
+    return false;
+}
+
+} // namespace
+
+bool gen_os_read_counter(std::uint64_t &ticks)
+{
+    return read_clock(CLOCK_MONOTONIC, ticks);
+}
+
+bool gen_os_read_counter_frequency(std::uint64_t &ticks_per_second)
+{
+    ticks_per_second = TICKS_PER_SECOND;
+    return true;
+}
+
+// Every process lives in some control group, and that of a login session or a container says nothing about this flow.
+bool gen_os_read_job_cpu(std::uint64_t &, std::uint64_t &)
+{
+    return false;
+}
+
+bool gen_os_read_process_cpu(std::uint64_t &user, std::uint64_t &kernel)
+{
+    rusage usage;
+    if (getrusage(RUSAGE_SELF, &usage) != 0)
+        return false;
+    user = ticks_of(usage.ru_utime);
+    kernel = ticks_of(usage.ru_stime);
+    return true;
+}
+
+bool gen_os_read_process_cpu_sum(std::uint64_t &sum)
+{
+    return read_clock(CLOCK_PROCESS_CPUTIME_ID, sum);
+}
+
+// Returns cost much after a system call, as it has spoilt their prediction: nothing stands between this and the calls.
+bool gen_os_read_cpu_sum_and_counter(std::uint64_t &sum, std::uint64_t &ticks)
+{
+    timespec cpu, now;
+    if (clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &cpu) != 0 || clock_gettime(CLOCK_MONOTONIC, &now) != 0)
+        return false;
+    sum = ticks_of(cpu);
+    ticks = ticks_of(now);
+    return true;
+}
+
+std::int64_t gen_os_read_calendar_msec()
+{
+    timespec now;
+    clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+}
+
+bool gen_os_local_time(std::int64_t seconds, std::tm &local)
+{
+    std::time_t const time = seconds;
+    std::tm result;
+    if (localtime_r(&time, &result) == nullptr)
+        return false;
+    local = result;
+    return true;
+}
+
+bool gen_os_read_executable_path(std::string &path)
+{
+    return read_real_path("/proc/self/exe", path);
+}
+
+bool gen_os_read_library_path(char const *file_name, std::string &path)
+{
+    LibrarySearch search{file_name, nullptr};
+    dl_iterate_phdr(visit_library, &search);
+    return search.found != nullptr && read_real_path(search.found, path);
+}
+
+bool gen_os_case_matters_in_paths()
+{
+    return true;
+}
+
+char gen_os_path_list_separator()
+{
+    return ':';
+}
+
+bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
+{
+    return buffer.open(path, mode) != nullptr;
+}
+
+int gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file)
+{
+    if (file == nullptr)
+        return 0;
+    // A link stays one: what it leads to is replaced.
+    std::string path = file;
+    read_real_path(file, path);
+    std::string former;
+    mode_t mode = 0;
+    if (!read_profile(path.c_str(), former, mode))
+        return 0;
+    std::string text = former;
+    if (!gen_set_profile_key(text, section, key, value))
+        return 0;
+    return text == former || replace_file(path, text, mode) ? 1 : 0;
+}
+
+bool gen_os_reserve_address_space(std::size_t size_bytes)
+{
+    // No access, and no reserve accounting: address space alone is asked for.
+    return mmap(nullptr, size_bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0) != MAP_FAILED;
+}
+
+void gen_os_debug_output(char const *text)
+{
+    if (is_debugger_attached())
+        std::fputs(text, stderr);
+}
