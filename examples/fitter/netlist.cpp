@@ -1,0 +1,446 @@
+#include "netlist.h"
+
+#include "error.h"
+#include "gen_fstream_sys.h"
+
+#include <algorithm>
+#include <iterator>
+#include <unordered_map>
+
+namespace fitter {
+namespace {
+
+using Words = std::vector<std::string_view>;
+
+// One statement or cover row; continued lines count as one, at the first of them.
+struct Statement
+{
+    Index line = 0;
+    Words words;
+};
+
+// A name with the line it stands on.
+struct Reference
+{
+    std::string_view name;
+    Index line = 0;
+};
+
+struct Model
+{
+    Reference title;
+    std::vector<Reference> inputs;
+    std::vector<Reference> outputs;
+    std::vector<Statement> cells;
+    bool black_box = false;
+};
+
+// A text of the file as a message shows it: quoted, printable, not too long.
+std::string quoted(std::string_view text)
+{
+    constexpr std::size_t LONGEST = 60;
+    std::string out = "\"";
+    for (char const c : text.substr(0, LONGEST))
+        out += c >= ' ' && c <= '~' ? c : '?';
+    return out + (text.size() > LONGEST ? "...\"" : "\"");
+}
+
+// Cuts the text into statements.
+class Scanner
+{
+public:
+    explicit Scanner(std::string_view text) : m_text(text) {}
+
+    /// False at the end of the text.
+    bool next(Statement &statement)
+    {
+        statement.words.clear();
+        statement.line = m_line;
+        while (m_at < m_text.size()) {
+            char const c = m_text[m_at];
+            if (c == '\n') {
+                ++m_at;
+                ++m_line;
+                if (!statement.words.empty())
+                    return true;
+                statement.line = m_line;
+            } else if (c == '#')
+                m_at = std::min(m_text.find('\n', m_at), m_text.size());
+            else if (is_blank(c))
+                ++m_at;
+            else if (std::size_t const length = continuation_length()) {
+                m_at += length;
+                ++m_line;
+            } else
+                statement.words.push_back(word());
+        }
+        return !statement.words.empty();
+    }
+
+    Index line() const { return m_line; }
+
+private:
+    static bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v'; }
+
+    // Length of a backslash with the line end behind it, 0 if there is none here.
+    std::size_t continuation_length() const
+    {
+        if (m_text[m_at] != '\\')
+            return 0;
+        if (m_text.substr(m_at + 1, 1) == "\n")
+            return 2;
+        return m_text.substr(m_at + 1, 2) == "\r\n" ? 3 : 0;
+    }
+
+    std::string_view word()
+    {
+        std::size_t const begin = m_at;
+        do
+            ++m_at;
+        while (m_at < m_text.size() && !is_blank(m_text[m_at]) && m_text[m_at] != '\n' && m_text[m_at] != '#' &&
+               continuation_length() == 0);
+        return m_text.substr(begin, m_at - begin);
+    }
+
+    std::string_view m_text;
+    std::size_t m_at = 0;
+    Index m_line = 1;
+};
+
+class Reader
+{
+public:
+    Reader(std::string_view text, std::string const &file) : m_scanner(text), m_file(file) {}
+
+    Netlist read()
+    {
+        read_models();
+        m_netlist.name = m_models.front().title.name;
+        build();
+        check_drivers();
+        return std::move(m_netlist);
+    }
+
+private:
+    [[noreturn]] void fail(Index line, std::string const &text) const
+    {
+        throw Error(m_file + ":" + std::to_string(line) + ": " + text);
+    }
+
+    // The text, as models and statements.
+
+    void read_models()
+    {
+        Statement statement;
+        while (m_scanner.next(statement))
+            take(statement);
+        if (m_models.empty())
+            throw Error(m_file + ": no .model, the file is empty");
+    }
+
+    void take(Statement const &statement)
+    {
+        std::string_view const keyword = statement.words.front();
+        if (keyword == ".model")
+            return begin_model(statement);
+        if (!m_in_model)
+            fail(statement.line, "expected .model, found " + quoted(keyword));
+        if (keyword.front() != '.')
+            return take_cover_row(statement);
+        m_cover_inputs = NONE;
+        Model &model = m_models.back();
+        if (keyword == ".inputs")
+            append_names(model.inputs, statement);
+        else if (keyword == ".outputs")
+            append_names(model.outputs, statement);
+        else if (keyword == ".names")
+            take_names(model, statement);
+        else if (keyword == ".latch" || keyword == ".subckt")
+            model.cells.push_back(statement);
+        else if (keyword == ".blackbox")
+            model.black_box = true;
+        else if (keyword == ".end")
+            m_in_model = false;
+        else if (keyword != ".clock")
+            fail(statement.line, "cannot read " + quoted(keyword));
+    }
+
+    void begin_model(Statement const &statement)
+    {
+        if (statement.words.size() != 2)
+            fail(statement.line, ".model needs one name");
+        Reference const title{statement.words[1], statement.line};
+        auto const [former, is_new] = m_model_of_name.emplace(title.name, m_models.size());
+        if (!is_new)
+            fail(title.line, "model " + quoted(title.name) + " already stands at line " +
+                                 std::to_string(m_models[former->second].title.line));
+        m_models.emplace_back();
+        m_models.back().title = title;
+        m_in_model = true;
+        m_cover_inputs = NONE;
+    }
+
+    static void append_names(std::vector<Reference> &names, Statement const &statement)
+    {
+        for (std::size_t i = 1; i < statement.words.size(); ++i)
+            names.push_back({statement.words[i], statement.line});
+    }
+
+    void take_names(Model &model, Statement const &statement)
+    {
+        if (statement.words.size() < 2)
+            fail(statement.line, ".names needs an output");
+        m_cover_inputs = static_cast<Index>(statement.words.size() - 2);
+        m_cover_value = '\0';
+        if (m_cover_inputs > LUT_INPUTS)
+            fail(statement.line,
+                 ".names with " + std::to_string(m_cover_inputs) + " inputs, a LUT has " + std::to_string(LUT_INPUTS));
+        model.cells.push_back(statement);
+    }
+
+    // What a LUT computes makes no difference to its place; the rows are checked all the same, as a file that is
+    // broken here is likely broken elsewhere.
+    void take_cover_row(Statement const &row)
+    {
+        if (m_cover_inputs == NONE)
+            fail(row.line, "expected a statement, found " + quoted(row.words.front()));
+        std::size_t const columns = m_cover_inputs == 0 ? 1 : 2;
+        if (row.words.size() != columns)
+            fail(row.line,
+                 "cover row of " + std::to_string(row.words.size()) + " columns, expected " + std::to_string(columns));
+        std::string_view const plane = columns == 2 ? row.words.front() : std::string_view();
+        if (plane.size() != m_cover_inputs || plane.find_first_not_of("01-") != std::string_view::npos)
+            fail(row.line,
+                 "cover row " + quoted(plane) + ", expected " + std::to_string(m_cover_inputs) + " of 0, 1 and -");
+        std::string_view const value = row.words.back();
+        if (value != "0" && value != "1")
+            fail(row.line, "cover value " + quoted(value) + ", expected 0 or 1");
+        if (m_cover_value != '\0' && m_cover_value != value.front())
+            fail(row.line, "cover with rows for both 0 and 1");
+        m_cover_value = value.front();
+    }
+
+    // The first model, as cells and nets.
+
+    void build()
+    {
+        Model const &top = m_models.front();
+        if (top.black_box)
+            fail(top.title.line, "model " + quoted(top.title.name) + " is a black box, there is nothing to fit");
+        for (Reference const &input : top.inputs)
+            drive(input, add_cell(CellKind::INPUT_PAD, input.name));
+        for (Statement const &statement : top.cells)
+            build_cell(statement);
+        for (Reference const &output : top.outputs)
+            read_net(output, add_cell(CellKind::OUTPUT_PAD, output.name));
+        if (m_netlist.cells.empty())
+            fail(top.title.line, "model " + quoted(top.title.name) + " has no cells, there is nothing to fit");
+    }
+
+    void build_cell(Statement const &statement)
+    {
+        std::string_view const keyword = statement.words.front();
+        if (keyword == ".names")
+            build_lut(statement);
+        else if (keyword == ".latch")
+            build_flop(statement);
+        else
+            build_macro(statement);
+    }
+
+    void build_lut(Statement const &statement)
+    {
+        Words const &words = statement.words;
+        Index const cell = add_cell(CellKind::LUT, words.back());
+        for (std::size_t i = 1; i + 1 < words.size(); ++i)
+            read_net({words[i], statement.line}, cell);
+        drive({words.back(), statement.line}, cell);
+    }
+
+    // .latch input output [type control] [initial value]
+    void build_flop(Statement const &statement)
+    {
+        Words const &words = statement.words;
+        if (words.size() < 3 || words.size() > 6)
+            fail(statement.line, ".latch with " + std::to_string(words.size() - 1) + " operands, expected 2 to 5");
+        Index const cell = add_cell(CellKind::FLOP, words[2]);
+        read_net({words[1], statement.line}, cell);
+        drive({words[2], statement.line}, cell);
+        bool const has_control = words.size() >= 5;
+        if (has_control)
+            build_clock(statement, cell);
+        if (words.size() == (has_control ? 6u : 4u) &&
+            (words.back().size() != 1 || words.back() < "0" || words.back() > "3"))
+            fail(statement.line, "initial value " + quoted(words.back()) + ", expected 0 to 3");
+    }
+
+    void build_clock(Statement const &statement, Index cell)
+    {
+        std::string_view const type = statement.words[3];
+        std::string_view const control = statement.words[4];
+        if (type != "re" && type != "fe")
+            fail(statement.line,
+                 "latch type " + quoted(type) + ", the device has flip-flops of types \"re\" and \"fe\"");
+        m_netlist.cells[cell].falling = type == "fe";
+        if (control == "NIL")
+            return;
+        Index const net = net_of({control, statement.line});
+        m_netlist.cells[cell].clock = net;
+        m_netlist.nets[net].clocked.push_back(cell);
+    }
+
+    void build_macro(Statement const &statement)
+    {
+        Words const &words = statement.words;
+        if (words.size() < 2)
+            fail(statement.line, ".subckt needs a model");
+        auto const found = m_model_of_name.find(words[1]);
+        if (found == m_model_of_name.end())
+            fail(statement.line, ".subckt of unknown model " + quoted(words[1]));
+        Model const &model = m_models[found->second];
+        if (!model.black_box)
+            fail(statement.line,
+                 ".subckt of " + quoted(words[1]) + ", which is no black box: flatten the design first");
+        std::unordered_map<std::string_view, std::string_view> const actuals = pin_connections(statement);
+        Index const cell = add_cell(CellKind::MACRO, words[1]);
+        std::size_t connected = 0;
+        for (Reference const &formal : model.inputs) {
+            auto const actual = actuals.find(formal.name);
+            if (actual == actuals.end())
+                fail(statement.line, "input " + quoted(formal.name) + " of " + quoted(words[1]) + " is not connected");
+            read_net({actual->second, statement.line}, cell);
+            ++connected;
+        }
+        for (Reference const &formal : model.outputs)
+            if (auto const actual = actuals.find(formal.name); actual != actuals.end()) {
+                drive({actual->second, statement.line}, cell);
+                ++connected;
+            }
+        if (connected != actuals.size())
+            fail_on_unknown_pin(statement, model);
+        if (!m_netlist.cells[cell].outputs.empty())
+            m_netlist.cells[cell].name = m_netlist.nets[m_netlist.cells[cell].outputs.front()].name;
+    }
+
+    std::unordered_map<std::string_view, std::string_view> pin_connections(Statement const &statement) const
+    {
+        std::unordered_map<std::string_view, std::string_view> actuals;
+        for (std::size_t i = 2; i < statement.words.size(); ++i) {
+            std::string_view const word = statement.words[i];
+            std::size_t const equals = word.find('=');
+            if (equals == 0 || equals == std::string_view::npos || equals + 1 == word.size())
+                fail(statement.line, "connection " + quoted(word) + ", expected pin=net");
+            if (!actuals.emplace(word.substr(0, equals), word.substr(equals + 1)).second)
+                fail(statement.line, "pin " + quoted(word.substr(0, equals)) + " is connected twice");
+        }
+        return actuals;
+    }
+
+    [[noreturn]] void fail_on_unknown_pin(Statement const &statement, Model const &model) const
+    {
+        auto const is_pin = [&](std::vector<Reference> const &pins, std::string_view name) {
+            return std::any_of(pins.begin(), pins.end(), [&](Reference const &pin) { return pin.name == name; });
+        };
+        for (std::size_t i = 2; i < statement.words.size(); ++i) {
+            std::string_view const pin = statement.words[i].substr(0, statement.words[i].find('='));
+            if (!is_pin(model.inputs, pin) && !is_pin(model.outputs, pin))
+                fail(statement.line, quoted(model.title.name) + " has no pin " + quoted(pin));
+        }
+        fail(model.title.line, "model " + quoted(model.title.name) + " names a pin twice");
+    }
+
+    Index add_cell(CellKind kind, std::string_view name)
+    {
+        m_netlist.cells.emplace_back();
+        m_netlist.cells.back().kind = kind;
+        m_netlist.cells.back().name = name;
+        return static_cast<Index>(m_netlist.cells.size() - 1);
+    }
+
+    // The net of a name; the line of its first mention is kept for messages.
+    Index net_of(Reference const &reference)
+    {
+        auto const [found, is_new] = m_net_of_name.emplace(reference.name, static_cast<Index>(m_netlist.nets.size()));
+        if (is_new) {
+            m_netlist.nets.emplace_back();
+            m_netlist.nets.back().name = reference.name;
+            m_first_line.push_back(reference.line);
+            m_driver_line.push_back(0);
+        }
+        return found->second;
+    }
+
+    void read_net(Reference const &reference, Index cell)
+    {
+        Index const net = net_of(reference);
+        m_netlist.nets[net].sinks.push_back(cell);
+        m_netlist.cells[cell].inputs.push_back(net);
+    }
+
+    void drive(Reference const &reference, Index cell)
+    {
+        Index const net = net_of(reference);
+        if (m_netlist.nets[net].driver != NONE)
+            fail(reference.line,
+                 "net " + quoted(reference.name) + " is already driven at line " + std::to_string(m_driver_line[net]));
+        m_netlist.nets[net].driver = cell;
+        m_driver_line[net] = reference.line;
+        m_netlist.cells[cell].outputs.push_back(net);
+    }
+
+    void check_drivers() const
+    {
+        auto const has_no_driver = [](Net const &net) { return net.driver == NONE; };
+        auto const first = std::find_if(m_netlist.nets.begin(), m_netlist.nets.end(), has_no_driver);
+        if (first == m_netlist.nets.end())
+            return;
+        auto const others = std::count_if(first + 1, m_netlist.nets.end(), has_no_driver);
+        fail(m_first_line[static_cast<std::size_t>(first - m_netlist.nets.begin())],
+             "net " + quoted(first->name) + " has no driver" +
+                 (others == 0 ? "" : " (" + std::to_string(others) + " more like it)"));
+    }
+
+    Scanner m_scanner;
+    std::string const &m_file;
+    bool m_in_model = false;
+    Index m_cover_inputs = NONE; // of the .names whose rows may follow
+    char m_cover_value = '\0';
+    std::vector<Model> m_models;
+    std::unordered_map<std::string_view, std::size_t> m_model_of_name;
+
+    Netlist m_netlist;
+    std::unordered_map<std::string_view, Index> m_net_of_name;
+    std::vector<Index> m_first_line;
+    std::vector<Index> m_driver_line;
+};
+
+} // namespace
+
+Index Netlist::count(CellKind kind) const
+{
+    return static_cast<Index>(
+        std::count_if(cells.begin(), cells.end(), [kind](Cell const &cell) { return cell.kind == kind; }));
+}
+
+Netlist read_blif(std::string_view text, std::string const &file)
+{
+    return Reader(text, file).read();
+}
+
+std::string read_file(std::string const &path)
+{
+    constexpr int SHARED = 0x40; // others may read and write it meanwhile
+    std::brisel_ifstream file(path.c_str(), std::ios::binary, SHARED);
+    if (!file.good())
+        throw Error("cannot open \"" + path + "\"");
+    // Block by block: a stream reports a failed read only to the caller of read.
+    std::string text;
+    char block[65536];
+    while (file.read(block, sizeof block) || file.gcount() > 0)
+        text.append(block, static_cast<std::size_t>(file.gcount()));
+    if (file.bad() || !file.eof())
+        throw Error("cannot read \"" + path + "\"");
+    return text;
+}
+
+} // namespace fitter
