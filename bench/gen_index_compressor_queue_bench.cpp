@@ -1,0 +1,166 @@
+// Folding a stream of names; one iteration is one name, of a million that are pushed in order, while a consumer takes
+// what is ready. The floor is a pass over the same names that only finds the indices and adds them up.
+//
+// A fold reads three numbers where that pass reads one, since the entry to compare with holds a range, and writes the
+// entry anew. In two dimensions and more every name that folds has its entry compared with the one in front of it as
+// well, whose text and its own are read for that: the floor makes the pass over these two texts too.
+//
+// Names that never fold are each an entry of their own: what the queue must keep of them is a copy in a list. That
+// floor has it in it.
+#include "gen_index_compressor_queue_sys.h"
+
+#include "bench/bench.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <list>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace {
+
+using QUEUE = GEN_INDEX_COMPRESSOR_QUEUE;
+
+constexpr std::size_t NAME_COUNT = 1000000;
+
+std::string index_text(std::size_t value)
+{
+    return "[" + std::to_string(value) + "]";
+}
+
+// The bits of one bus of so many dimensions, row by row.
+std::vector<std::string> bus(int dimensions)
+{
+    double const exact = std::pow(static_cast<double>(NAME_COUNT), 1.0 / dimensions);
+    std::size_t const edge = static_cast<std::size_t>(std::lround(exact));
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < NAME_COUNT; ++i) {
+        std::string indices;
+        std::size_t rest = i;
+        for (int dimension = 0; dimension < dimensions; ++dimension, rest /= edge)
+            indices.insert(0, index_text(rest % edge));
+        names.push_back("data_bus" + indices);
+    }
+    return names;
+}
+
+// Every second bit: each name has a gap in front.
+std::vector<std::string> never_folding()
+{
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < NAME_COUNT; ++i)
+        names.push_back("data_bus" + index_text(2 * i));
+    return names;
+}
+
+std::vector<std::string> const &names_of(std::int64_t kind)
+{
+    static std::vector<std::string> const names[] = {never_folding(), bus(1), bus(2), bus(3)};
+    return names[kind];
+}
+
+unsigned long sum_of_indices(std::string const &name)
+{
+    unsigned long sum = 0;
+    for (char const *at = name.c_str(); *at != '\0'; ++at) {
+        if (*at != '[')
+            continue;
+        unsigned long value = 0;
+        while (*++at >= '0' && *at <= ':') {
+            if (*at == ':') {
+                sum += value;
+                value = 0;
+            } else {
+                value = value * 10 + static_cast<unsigned long>(*at - '0');
+            }
+        }
+        sum += value;
+    }
+    return sum;
+}
+
+void find_indices(benchmark::State &state)
+{
+    std::vector<std::string> const &names = names_of(state.range(0));
+    unsigned long sum = 0;
+    while (state.KeepRunningBatch(NAME_COUNT))
+        for (std::string const &name : names)
+            sum += sum_of_indices(name);
+    benchmark::DoNotOptimize(sum);
+}
+
+// The pass over a name of some dimensions, and over two entries of that many in front of it.
+void find_indices_of_rows(benchmark::State &state)
+{
+    std::vector<std::string> const &names = names_of(state.range(0));
+    std::string const row = state.range(0) == 2 ? "data_bus[500][0:500]" : "data_bus[50][50][0:50]";
+    std::string const before = state.range(0) == 2 ? "data_bus[0:499][0:999]" : "data_bus[50][0:49][0:99]";
+    unsigned long sum = 0;
+    while (state.KeepRunningBatch(NAME_COUNT))
+        for (std::string const &name : names) {
+            sum += sum_of_indices(name) + sum_of_indices(row) + sum_of_indices(before);
+            benchmark::ClobberMemory();
+        }
+    benchmark::DoNotOptimize(sum);
+}
+
+// The same, with each name copied into a list of two entries at most.
+void find_indices_and_keep(benchmark::State &state)
+{
+    std::vector<std::string> const &names = names_of(state.range(0));
+    unsigned long sum = 0;
+    std::list<std::string> kept;
+    while (state.KeepRunningBatch(NAME_COUNT))
+        for (std::string const &name : names) {
+            sum += sum_of_indices(name);
+            kept.push_back(name);
+            if (kept.size() > 1)
+                kept.pop_front();
+        }
+    benchmark::DoNotOptimize(sum);
+}
+
+void fold(benchmark::State &state)
+{
+    std::vector<std::string> const &names = names_of(state.range(0));
+    QUEUE queue;
+    std::size_t taken = 0;
+    while (state.KeepRunningBatch(NAME_COUNT)) {
+        for (std::string const &name : names)
+            for (queue.push_back(name); queue.ready(); queue.pop_front())
+                ++taken;
+        for (; !queue.empty(); queue.pop_front())
+            ++taken;
+    }
+    benchmark::DoNotOptimize(taken);
+}
+
+// A bus of a million bits taken apart again; one iteration is one name.
+void expand(benchmark::State &state)
+{
+    QUEUE queue;
+    std::size_t length = 0;
+    while (state.KeepRunningBatch(NAME_COUNT))
+        for (queue.push_back("data_bus[0:999][0:999]"); !queue.empty(); queue.pop_front())
+            length += queue.expand_front().size();
+    benchmark::DoNotOptimize(length);
+}
+
+// The argument is the number of dimensions; 0: names that never fold.
+BENCHMARK(find_indices)->Name("floor/find_indices")->DenseRange(0, 3);
+BENCHMARK(find_indices_of_rows)->Name("floor/find_indices_of_rows")->DenseRange(2, 3);
+BENCHMARK(find_indices_and_keep)->Name("floor/find_indices_and_keep")->Arg(0);
+BENCHMARK(fold)->Name("fold")->DenseRange(0, 3);
+BENCHMARK(expand)->Name("expand");
+
+BenchGoals const GOALS{
+    {"fold a bus / a pass that only finds the index", "fold/1", "floor/find_indices/1", 3},
+    {"fold two dimensions / the pass, rows included", "fold/2", "floor/find_indices_of_rows/2", 3},
+    {"fold three dimensions / the pass, rows included", "fold/3", "floor/find_indices_of_rows/3", 3},
+    {"names that never fold / the pass with a copy of the name kept", "fold/0", "floor/find_indices_and_keep/0", 3},
+    {"fold a bus, ns a name (30 million names a second)", "fold/1", "", 33.3},
+};
+
+} // namespace

@@ -1,0 +1,72 @@
+// The clocks; one iteration is one reading. The floors are the system's clocks behind them.
+#include "gen_time_sys.h"
+
+#include "bench/bench.h"
+
+#include <chrono>
+
+#include <sys/resource.h>
+#include <time.h>
+
+namespace {
+
+template <clockid_t CLOCK>
+std::uint64_t read_system_clock()
+{
+    timespec now;
+    clock_gettime(CLOCK, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1000000000 + static_cast<std::uint64_t>(now.tv_nsec);
+}
+
+std::uint64_t read_getrusage()
+{
+    rusage usage;
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<std::uint64_t>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
+}
+
+std::uint64_t read_split()
+{
+    std::uint64_t user, kernel;
+    gen_get_usec_user_and_kernel(&user, &kernel);
+    return user + kernel;
+}
+
+std::uint64_t read_steady_clock()
+{
+    return static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+}
+
+template <auto READ>
+void reading(benchmark::State &state)
+{
+    SleepingThreads const threads(state.range(0));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(READ());
+}
+
+// The argument is the number of sleeping threads beside the reading one.
+BENCHMARK(reading<read_system_clock<CLOCK_MONOTONIC>>)->Name("floor/monotonic")->Arg(0);
+BENCHMARK(reading<read_system_clock<CLOCK_PROCESS_CPUTIME_ID>>)->Name("floor/process_cpu")->Arg(0)->Arg(8)->Arg(64);
+BENCHMARK(reading<read_getrusage>)->Name("floor/getrusage")->Arg(0)->Arg(8)->Arg(64);
+BENCHMARK(reading<read_steady_clock>)->Name("peer/steady_clock")->Arg(0);
+BENCHMARK(reading<gen_get_hires_ticks>)->Name("hires_ticks")->Arg(0);
+BENCHMARK(reading<gen_get_hires_tick_frequency>)->Name("hires_tick_frequency")->Arg(0);
+BENCHMARK(reading<gen_get_usec_wallclock>)->Name("usec_wallclock")->Arg(0);
+BENCHMARK(reading<gen_get_sec_wallclock>)->Name("sec_wallclock")->Arg(0);
+BENCHMARK(reading<gen_get_usec_cpu>)->Name("usec_cpu")->Arg(0)->Arg(8)->Arg(64);
+BENCHMARK(reading<gen_get_sec_cpu>)->Name("sec_cpu")->Arg(0);
+BENCHMARK(reading<gen_get_tick_count>)->Name("tick_count")->Arg(0);
+BENCHMARK(reading<read_split>)->Name("usec_user_and_kernel")->Arg(0);
+BENCHMARK(reading<gen_get_current_time_milliseconds>)->Name("current_time_milliseconds")->Arg(0);
+
+BenchGoals const GOALS{
+    {"tick clock / CLOCK_MONOTONIC", "hires_ticks/0", "floor/monotonic/0", 1.15},
+    {"tick clock / steady_clock", "hires_ticks/0", "peer/steady_clock/0", 1.15},
+    {"CPU clock / CLOCK_PROCESS_CPUTIME_ID", "usec_cpu/0", "floor/process_cpu/0", 1.05},
+    {"  beside 8 sleeping threads", "usec_cpu/8", "floor/process_cpu/8", 1.05},
+    {"  beside 64 sleeping threads", "usec_cpu/64", "floor/process_cpu/64", 1.05},
+    {"CPU clock / getrusage", "usec_cpu/0", "floor/getrusage/0", 0.80},
+};
+
+} // namespace

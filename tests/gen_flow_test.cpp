@@ -1,0 +1,112 @@
+#include "gen_flow_sys.h"
+
+#include "mem_sys.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::AllOf;
+using testing::ExitedWithCode;
+using testing::HasSubstr;
+
+namespace {
+
+// How a process ends by an internal error.
+constexpr int INTERNAL_ERROR_STATUS = 3;
+
+auto tells(char const *text)
+{
+    return AllOf(HasSubstr(text), HasSubstr("GEN"), HasSubstr("gen/gen_flow"));
+}
+
+constexpr char const *SET_TWICE = "kmap_legacy_bridge cannot be set more than once. (Unless it has been unset.)";
+constexpr char const *NOT_SET = "kmap_legacy_bridge has not been set with gen_set_kmap_legacy_bridge()!";
+
+} // namespace
+
+TEST(GenFlowBtclLoad, FollowsTheLastValue)
+{
+    EXPECT_FALSE(gen_is_btcl_load());
+    for (bool const value : {true, true, false, true, false}) {
+        gen_set_btcl_load(value);
+        EXPECT_EQ(gen_is_btcl_load(), value);
+    }
+}
+
+TEST(GenFlowBridge, AnswersTheOppositeOfTheBridgeValue)
+{
+    for (bool const value : {true, false, true}) {
+        gen_set_kmap_legacy_bridge(value);
+        EXPECT_EQ(gen_is_kalvern_syn(), !value);
+        EXPECT_EQ(gen_is_kalvern_syn(), !value) << "asked again";
+        gen_unset_kmap_legacy_bridge();
+    }
+}
+
+TEST(GenFlowBridge, CanBeTakenBackBeforeItIsGiven)
+{
+    gen_unset_kmap_legacy_bridge();
+    gen_unset_kmap_legacy_bridge();
+    gen_set_kmap_legacy_bridge(false);
+    EXPECT_TRUE(gen_is_kalvern_syn());
+}
+
+TEST(GenFlowBridgeDeathTest, AskingBeforeAnySetIsAnInternalError)
+{
+    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells(NOT_SET));
+}
+
+TEST(GenFlowBridgeDeathTest, AskingAfterAnUnsetIsAnInternalError)
+{
+    gen_set_kmap_legacy_bridge(true);
+    gen_unset_kmap_legacy_bridge();
+    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells(NOT_SET));
+}
+
+TEST(GenFlowBridgeDeathTest, SettingTwiceIsAnInternalErrorAlsoWithTheSameValue)
+{
+    for (bool const first : {false, true})
+        for (bool const second : {false, true}) {
+            SCOPED_TRACE(testing::Message() << first << " then " << second);
+            gen_set_kmap_legacy_bridge(first);
+            EXPECT_EXIT(gen_set_kmap_legacy_bridge(second), ExitedWithCode(INTERNAL_ERROR_STATUS), tells(SET_TWICE));
+            gen_unset_kmap_legacy_bridge();
+        }
+}
+
+TEST(GenFlowUtstMode, StaysOnceSet)
+{
+    EXPECT_FALSE(gen_is_utst_mode());
+    gen_set_utst_mode();
+    EXPECT_TRUE(gen_is_utst_mode());
+    gen_set_utst_mode();
+    EXPECT_TRUE(gen_is_utst_mode());
+}
+
+TEST(GenDebug, ToldByTheVersionLibraryWhetherThisIsACustomerBuild)
+{
+#ifdef ZEL_CUSTOMER_TEST
+    EXPECT_TRUE(gen_debug_is_customer_build());
+#else
+    EXPECT_FALSE(gen_debug_is_customer_build());
+#endif
+}
+
+// Whether a break is made at all is seen in gen_flow_break_test.
+TEST(GenDebug, BreakWithoutADebuggerReturns)
+{
+    for (char const *const key : {static_cast<char const *>(nullptr), "off", "on"})
+        for (bool const swallow : {false, true}) {
+            mem_cfg_set("dont_catch_all_exceptions", key);
+            EXPECT_NO_THROW(gen_debug_break(swallow)) << (key == nullptr ? "no key" : key) << ' ' << swallow;
+        }
+}
+
+TEST(GenDebug, OutputWithoutADebuggerStaysOffTheStandardStreams)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    gen_debug_output_string("100% a text\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}

@@ -1,0 +1,46 @@
+// Tells, one line each, what the library knows of the installation that this program finds itself in. Its arguments
+// are done in order before that: "init" starts the process as a tool does, "qt" declares it a Qt process.
+#include "gen_exe_sys.h"
+#include "gen_path_sys.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+void tell(char const *name, std::string const &text)
+{
+    std::printf("%s=%s\n", name, text.c_str());
+}
+
+void tell_variable(char const *name)
+{
+    char const *const value = std::getenv(name);
+    tell(name, value == nullptr ? "" : value);
+}
+
+} // namespace
+
+int main(int argument_count, char const **arguments)
+{
+    for (int i = 1; i < argument_count; ++i) {
+        if (std::strcmp(arguments[i], "init") == 0)
+            gen_exe_init(argument_count, arguments);
+        if (std::strcmp(arguments[i], "qt") == 0)
+            gen_set_is_qt(true);
+    }
+    tell("executable", gen_get_executable_fullpath());
+    tell("library", gen_get_library_fullpath("zel_gen"));
+    tell("module", gen_get_module_fullpath());
+    tell("module_path", gen_get_module_path());
+    tell("module_filename", gen_get_module_filename());
+    tell("root", gen_get_kalvern_path());
+    tell("is_kalvern", gen_get_is_kalvern_exe() ? "yes" : "no");
+    tell("ip", gen_get_ip_path());
+    tell_variable("KALVERN_ROOTDIR");
+    tell_variable("KALVERN_BINDIR");
+    gen_exe_fini();
+    tell("root_after_fini", gen_get_kalvern_path());
+    return 0;
+}

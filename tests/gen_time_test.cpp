@@ -1,0 +1,501 @@
+#include "gen_time_sys.h"
+
+#include "tests/support/environment.h"
+#include "tests/support/platform.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <memory>
+#include <string>
+#include <thread>
+#include <time.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// Local time as the environment tells it, for a scope.
+class TimeZone
+{
+public:
+    explicit TimeZone(char const *zone) : m_variable(std::make_unique<Environment>("TZ", zone)) { apply(); }
+    ~TimeZone()
+    {
+        m_variable.reset();
+        apply();
+    }
+    TimeZone(TimeZone const &) = delete;
+    TimeZone &operator=(TimeZone const &) = delete;
+
+private:
+    static void apply()
+    {
+#ifdef _WIN32
+        _tzset();
+#else
+        tzset();
+#endif
+    }
+
+    std::unique_ptr<Environment> m_variable;
+};
+
+constexpr char const *UTC = "UTC0";
+constexpr char const *EAST = "EST-5:30"; // half past five ahead of UTC
+
+constexpr std::int64_t FAR_TIME = std::numeric_limits<std::int64_t>::max() / 2; // no local time has such a year
+
+// Long enough for any machine, so that a test of progress fails in the end instead of hanging.
+constexpr double PATIENCE_SEC = 60;
+
+template <typename CONDITION>
+bool burn_cpu_until(CONDITION condition)
+{
+    auto const start = std::chrono::steady_clock::now();
+    while (!condition()) {
+        std::chrono::duration<double> const passed = std::chrono::steady_clock::now() - start;
+        if (passed.count() > PATIENCE_SEC)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+// Elapsed time.
+
+struct ElapsedCase
+{
+    std::int64_t seconds;
+    char const *text;
+};
+constexpr ElapsedCase ELAPSED_CASES[] = {
+    {0, "00:00:00"},
+    {9, "00:00:09"},
+    {10, "00:00:10"},
+    {59, "00:00:59"},
+    {60, "00:01:00"},
+    {600, "00:10:00"},
+    {3599, "00:59:59"},
+    {3600, "01:00:00"},
+    {36000, "10:00:00"},
+    {86399, "23:59:59"},
+    // The day field is never padded.
+    {86400, "1:00:00:00"},
+    {90061, "1:01:01:01"},
+    {864000, "10:00:00:00"},
+    {std::numeric_limits<std::int64_t>::max(), "106751991167300:15:30:07"},
+    // A 0 goes in front of a negative field, whatever its width; the day field is left out.
+    {-1, "00:00:0-1"},
+    {-5, "00:00:0-5"},
+    {-10, "00:00:0-10"},
+    {-60, "00:0-1:00"},
+    {-61, "00:0-1:0-1"},
+    {-3600, "0-1:00:00"},
+    {-3700, "0-1:0-1:0-40"},
+    {-36000, "0-10:00:00"},
+    {-86399, "0-23:0-59:0-59"},
+    {-86400, "00:00:00"},
+    {-90061, "0-1:0-1:0-1"},
+    {-172801, "00:00:0-1"},
+    {std::numeric_limits<std::int64_t>::min(), "0-15:0-30:0-8"},
+};
+
+TEST(GenFormatElapsedTime, RendersFields)
+{
+    for (ElapsedCase const &c : ELAPSED_CASES)
+        EXPECT_EQ(gen_format_elapsed_time(c.seconds), c.text) << "seconds " << c.seconds;
+}
+
+TEST(GenFormatElapsedTime, GivesEverySecondOfTwoDaysBack)
+{
+    for (std::int64_t seconds = 0; seconds < 2 * 86400 + 3600; ++seconds) {
+        std::string const text = gen_format_elapsed_time(seconds);
+        int day = 0;
+        int hour = 0;
+        int minute = 0;
+        int second = 0;
+        bool const has_day = text.size() == 10;
+        ASSERT_TRUE(has_day == (seconds >= 86400) && text.size() == (has_day ? 10U : 8U)) << text;
+        int const fields = has_day ? std::sscanf(text.c_str(), "%d:%2d:%2d:%2d", &day, &hour, &minute, &second)
+                                   : 1 + std::sscanf(text.c_str(), "%2d:%2d:%2d", &hour, &minute, &second);
+        ASSERT_EQ(fields, 4) << text;
+        ASSERT_EQ(day * 86400 + hour * 3600 + minute * 60 + second, seconds) << text;
+    }
+}
+
+TEST(GenFormatElapsedSec, CutsTowardsZero)
+{
+    struct Case
+    {
+        double seconds;
+        char const *text;
+    };
+    constexpr double INFINITE = std::numeric_limits<double>::infinity();
+    constexpr Case CASES[] = {
+        {0.0, "00:00:00"},
+        {0.999, "00:00:00"},
+        {59.9, "00:00:59"},
+        {86400.5, "1:00:00:00"},
+        {-0.5, "00:00:00"},
+        {-0.999, "00:00:00"},
+        {-1.9, "00:00:0-1"},
+        {-61.5, "00:0-1:0-1"},
+        // What no count holds gives the nearest one, no number gives 0.
+        {1e300, "106751991167300:15:30:07"},
+        {INFINITE, "106751991167300:15:30:07"},
+        {-1e300, "0-15:0-30:0-8"},
+        {-INFINITE, "0-15:0-30:0-8"},
+        {std::numeric_limits<double>::quiet_NaN(), "00:00:00"},
+    };
+    for (Case const &c : CASES)
+        EXPECT_EQ(gen_format_elapsed_sec(c.seconds), c.text) << "seconds " << c.seconds;
+}
+
+// Calendar.
+
+struct DateCase
+{
+    char const *zone;
+    std::int64_t seconds;
+    char const *date_and_time;
+    char const *iso;
+};
+constexpr DateCase DATE_CASES[] = {
+    {UTC, 0, "Thu Jan  1 00:00:00 1970", "1970-01-01 00:00:00"},
+    {UTC, 1, "Thu Jan  1 00:00:01 1970", "1970-01-01 00:00:01"},
+    {UTC, 951782400, "Tue Feb 29 00:00:00 2000", "2000-02-29 00:00:00"},
+    {UTC, 2147483648, "Tue Jan 19 03:14:08 2038", "2038-01-19 03:14:08"},
+    {UTC, 1794683027, "Sat Nov 14 19:03:47 2026", "2026-11-14 19:03:47"},
+    // A day below ten has a blank in front.
+    {UTC, 1772683506, "Thu Mar  5 04:05:06 2026", "2026-03-05 04:05:06"},
+    {EAST, 0, "Thu Jan  1 05:30:00 1970", "1970-01-01 05:30:00"},
+    {EAST, 1794683027, "Sun Nov 15 00:33:47 2026", "2026-11-15 00:33:47"},
+};
+
+TEST(GenGetDateAndTime, RendersLocalTime)
+{
+    for (DateCase const &c : DATE_CASES) {
+        TimeZone const zone(c.zone);
+        EXPECT_EQ(gen_get_date_and_time(c.seconds), c.date_and_time) << c.zone << ' ' << c.seconds;
+    }
+}
+
+TEST(GenGetIsoStyleDateAndTime, RendersLocalTime)
+{
+    for (DateCase const &c : DATE_CASES) {
+        TimeZone const zone(c.zone);
+        EXPECT_EQ(gen_get_iso_style_date_and_time(c.seconds), c.iso) << c.zone << ' ' << c.seconds;
+    }
+}
+
+TEST(GenGetFormattedTimeFromMilliseconds, PutsTheFractionInFrontOfTheYear)
+{
+    struct Case
+    {
+        char const *zone;
+        std::int64_t milliseconds;
+        char const *text;
+    };
+    constexpr Case CASES[] = {
+        {UTC, 1794683027123, "Sat Nov 14 19:03:47.123 2026"},
+        {EAST, 1794683027123, "Sun Nov 15 00:33:47.123 2026"},
+        // The fraction has at least three digits.
+        {UTC, 0, "Thu Jan 01 00:00:00.000 1970"},
+        {UTC, 1000, "Thu Jan 01 00:00:01.000 1970"},
+        {UTC, 1001, "Thu Jan 01 00:00:01.001 1970"},
+        {UTC, 1999, "Thu Jan 01 00:00:01.999 1970"},
+        {UTC, 1772683506045, "Thu Mar 05 04:05:06.045 2026"},
+        // Seconds are cut towards zero, so the fraction of a time before the epoch keeps its sign.
+        {UTC, -1, "Thu Jan 01 00:00:00.-01 1970"},
+        {UTC, -999, "Thu Jan 01 00:00:00.-999 1970"},
+    };
+    for (Case const &c : CASES) {
+        TimeZone const zone(c.zone);
+        EXPECT_EQ(gen_get_formatted_time_from_milliseconds(c.milliseconds), c.text) << c.zone << ' ' << c.milliseconds;
+    }
+}
+
+TEST(GenCalendar, RendersATimeBeforeTheEpochWhereTheSystemCanConvertIt)
+{
+    TimeZone const zone(UTC);
+    EXPECT_EQ(gen_get_date_and_time(-1), ON_WINDOWS ? "" : "Wed Dec 31 23:59:59 1969");
+    EXPECT_EQ(gen_get_iso_style_date_and_time(-1), ON_WINDOWS ? "" : "1969-12-31 23:59:59");
+    EXPECT_EQ(gen_get_formatted_time_from_milliseconds(-1500), ON_WINDOWS ? "" : "Wed Dec 31 23:59:59.-500 1969");
+}
+
+TEST(GenCalendar, RendersATimeThatNoCalendarHasAsNothing)
+{
+    for (std::int64_t const seconds : {FAR_TIME, -FAR_TIME}) {
+        EXPECT_EQ(gen_get_date_and_time(seconds), "") << seconds;
+        EXPECT_EQ(gen_get_iso_style_date_and_time(seconds), "") << seconds;
+        std::string out = "kept";
+        EXPECT_FALSE(gen_format_date_and_time(seconds, &out, "%Y")) << seconds;
+        EXPECT_EQ(out, "kept") << seconds;
+    }
+}
+
+TEST(GenFormatDateAndTime, ExpandsTheFormat)
+{
+    struct Case
+    {
+        char const *format;
+        char const *text;
+    };
+    constexpr Case CASES[] = {
+        {"%a %b %d %H:%M:%S", "Sat Nov 14 19:03:47"}, {"%Y", "2026"}, {"%%", "%"}, {"no conversion", "no conversion"},
+        {"%Y%m%d-%H%M%S", "20261114-190347"},
+    };
+    TimeZone const zone(UTC);
+    for (Case const &c : CASES) {
+        std::string out = "former";
+        EXPECT_TRUE(gen_format_date_and_time(1794683027, &out, c.format)) << c.format;
+        EXPECT_EQ(out, c.text) << c.format;
+    }
+}
+
+TEST(GenFormatDateAndTime, TellsWhatDoesNotFit)
+{
+    struct Case
+    {
+        std::string format;
+        std::size_t size; // of the expansion
+    };
+    Case const cases[] = {
+        {"%Y", 4},
+        {std::string(245, 'x') + "%Y", 249},
+        {std::string(246, 'x') + "%Y", 250},
+        {std::string(249, 'x'), 249},
+        {std::string(250, 'x'), 250},
+        {std::string(1000, 'x'), 1000},
+        {"", 0}, // an empty expansion can't be told from one that doesn't fit
+    };
+    for (Case const &c : cases) {
+        bool const fits = c.size != 0 && c.size < 250;
+        std::string out = "kept";
+        EXPECT_EQ(gen_format_date_and_time(1794683027, &out, c.format.c_str()), fits) << c.format;
+        EXPECT_EQ(out.size(), fits ? c.size : 4) << c.format;
+        EXPECT_EQ(out == "kept", !fits) << c.format;
+        EXPECT_EQ(gen_format_date_and_time(1794683027, nullptr, c.format.c_str()), fits) << c.format;
+    }
+}
+
+// The present.
+
+TEST(GenCurrentTime, AgreesWithTheSystemClock)
+{
+    auto const now = std::chrono::system_clock::now().time_since_epoch();
+    std::int64_t const msec = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+    constexpr std::int64_t TOLERANCE_MSEC =
+        60000; // the system's clocks differ in resolution, and this may be a slow run
+    EXPECT_LE(std::abs(gen_get_current_time_milliseconds() - msec), TOLERANCE_MSEC);
+    EXPECT_LE(std::abs(gen_get_current_time_seconds() * 1000 - msec), TOLERANCE_MSEC);
+}
+
+TEST(GenCurrentTime, SecondsAreTheWholePartOfMilliseconds)
+{
+    for (int i = 0; i < 1000; ++i) {
+        std::int64_t const before = gen_get_current_time_seconds();
+        std::int64_t const msec = gen_get_current_time_milliseconds();
+        std::int64_t const after = gen_get_current_time_seconds();
+        ASSERT_LE(before, msec / 1000);
+        ASSERT_LE(msec / 1000, after);
+    }
+}
+
+TEST(GenCurrentTime, RenderingsAreThoseOfThePresentSecond)
+{
+    std::int64_t const before = gen_get_current_time_seconds();
+    std::string const date_and_time = gen_get_current_date_and_time();
+    std::string const time = gen_get_current_time();
+    std::string formatted;
+    EXPECT_TRUE(gen_format_current_date_and_time(&formatted, "%Y-%m-%d %H:%M:%S"));
+    std::int64_t const after = gen_get_current_time_seconds();
+
+    std::vector<std::string> dates;
+    std::vector<std::string> times;
+    std::vector<std::string> isos;
+    for (std::int64_t seconds = before; seconds <= after; ++seconds) {
+        dates.push_back(gen_get_date_and_time(seconds));
+        times.push_back(dates.back().substr(11, 8));
+        isos.push_back(gen_get_iso_style_date_and_time(seconds));
+    }
+    EXPECT_EQ(std::count(dates.begin(), dates.end(), date_and_time), 1) << date_and_time;
+    EXPECT_EQ(std::count(times.begin(), times.end(), time), 1) << time;
+    EXPECT_EQ(std::count(isos.begin(), isos.end(), formatted), 1) << formatted;
+}
+
+TEST(GenCurrentTime, FormatTellsWhatDoesNotFit)
+{
+    std::string out = "kept";
+    EXPECT_FALSE(gen_format_current_date_and_time(&out, std::string(250, 'x').c_str()));
+    EXPECT_EQ(out, "kept");
+    EXPECT_TRUE(gen_format_current_date_and_time(nullptr, "%Y"));
+    EXPECT_FALSE(gen_format_current_date_and_time(nullptr, std::string(250, 'x').c_str()));
+}
+
+// Clocks.
+
+TEST(GenWallClock, IsTheCounterScaledByItsFrequency)
+{
+    std::uint64_t const frequency = gen_get_hires_tick_frequency();
+    if (!ON_WINDOWS) {
+        EXPECT_EQ(frequency, 10000000U);
+    }
+    ASSERT_GT(frequency, 0U);
+    for (int i = 0; i < 1000; ++i) {
+        std::uint64_t const ticks_before = gen_get_hires_ticks();
+        std::uint64_t const usec = gen_get_usec_wallclock();
+        std::uint64_t const ticks_after = gen_get_hires_ticks();
+        ASSERT_LE(ticks_before, ticks_after);
+        ASSERT_LE(ticks_before * 1000000 / frequency, usec);
+        ASSERT_LE(usec, ticks_after * 1000000 / frequency);
+    }
+}
+
+TEST(GenWallClock, SecondsAreMicrosecondsDivided)
+{
+    for (int i = 0; i < 1000; ++i) {
+        std::uint64_t const before = gen_get_usec_wallclock();
+        double const sec = gen_get_sec_wallclock();
+        std::uint64_t const after = gen_get_usec_wallclock();
+        ASSERT_LE(static_cast<double>(before) / 1e6, sec);
+        ASSERT_LE(sec, static_cast<double>(after) / 1e6);
+    }
+}
+
+TEST(GenWallClock, GoesOnAndKeepsPaceWithTheSystem)
+{
+    using namespace std::chrono;
+    auto const outer_start = steady_clock::now();
+    std::uint64_t const start = gen_get_usec_wallclock();
+    auto const inner_start = steady_clock::now();
+    ASSERT_TRUE(burn_cpu_until([&] { return gen_get_usec_wallclock() - start > 20000; }));
+    auto const inner_end = steady_clock::now();
+    auto const passed = static_cast<std::int64_t>(gen_get_usec_wallclock() - start);
+    auto const outer_end = steady_clock::now();
+    constexpr std::int64_t RESOLUTION_USEC = 1000;
+    EXPECT_GE(passed, duration_cast<microseconds>(inner_end - inner_start).count() - RESOLUTION_USEC);
+    EXPECT_LE(passed, duration_cast<microseconds>(outer_end - outer_start).count() + RESOLUTION_USEC);
+}
+
+TEST(GenCpuClock, RisesWhileTheProcessWorks)
+{
+    std::uint64_t const start_usec = gen_get_usec_cpu();
+    std::uint32_t const start_msec = gen_get_tick_count();
+    EXPECT_TRUE(burn_cpu_until([&] { return gen_get_usec_cpu() >= start_usec + 30000; }));
+    EXPECT_GE(gen_get_tick_count() - start_msec, 29U);
+}
+
+TEST(GenCpuClock, CountsAllThreadsOfTheProcess)
+{
+    std::uint64_t const start = gen_get_usec_cpu();
+    bool rose = false;
+    std::thread worker([&] { rose = burn_cpu_until([&] { return gen_get_usec_cpu() >= start + 30000; }); });
+    worker.join();
+    EXPECT_TRUE(rose);
+    EXPECT_GE(gen_get_usec_cpu(), start + 30000);
+}
+
+TEST(GenCpuClock, StandsStillInASleepingProcess)
+{
+    constexpr std::uint64_t SLEEP_USEC = 400000;
+    std::uint64_t const wall_start = gen_get_usec_wallclock();
+    std::uint64_t const start = gen_get_usec_cpu();
+    std::this_thread::sleep_for(std::chrono::microseconds(SLEEP_USEC));
+    std::uint64_t const cpu = gen_get_usec_cpu() - start;
+    EXPECT_GE(gen_get_usec_wallclock() - wall_start, SLEEP_USEC - 20000); // the wall clock goes on
+    EXPECT_LT(cpu, SLEEP_USEC / 2);
+}
+
+TEST(GenCpuClock, IsUserPlusKernel)
+{
+    constexpr std::uint64_t RESOLUTION_USEC = 200000; // a few of the coarsest ticks in which systems count the split
+    std::uint64_t const before = gen_get_usec_cpu();
+    std::uint64_t user = std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t kernel = std::numeric_limits<std::uint64_t>::max();
+    gen_get_usec_user_and_kernel(&user, &kernel);
+    std::uint64_t const after = gen_get_usec_cpu();
+    EXPECT_LE(before, user + kernel + RESOLUTION_USEC);
+    EXPECT_LE(user + kernel, after + RESOLUTION_USEC);
+}
+
+TEST(GenCpuClock, FormsOfTheReadingAgree)
+{
+    for (int i = 0; i < 200; ++i) {
+        std::uint64_t const before = gen_get_usec_cpu();
+        double const sec = gen_get_sec_cpu();
+        std::uint32_t const msec = gen_get_tick_count();
+        std::uint64_t const after = gen_get_usec_cpu();
+        ASSERT_LE(before, after);
+        ASSERT_LE(static_cast<double>(before) / 1e6, sec);
+        ASSERT_LE(sec, static_cast<double>(after) / 1e6);
+        ASSERT_LE(static_cast<std::uint32_t>(before / 1000), msec);
+        ASSERT_LE(msec, static_cast<std::uint32_t>(after / 1000));
+    }
+}
+
+// A switch of no way back; the clocks of a process outside a job are the same behind it.
+TEST(GenCpuClock, GoesOnWithoutTheJob)
+{
+    std::uint64_t const start = gen_get_usec_cpu();
+    gen_disable_windows_cpu_time_hack();
+    gen_disable_windows_cpu_time_hack();
+    EXPECT_TRUE(burn_cpu_until([&] { return gen_get_usec_cpu() >= start + 20000; }));
+}
+
+TEST(GenTime, ServesManyThreadsAtOnce)
+{
+    constexpr int THREAD_COUNT = 4;
+    constexpr int ROUNDS = 400;
+    TimeZone const zone(UTC);
+    std::vector<std::string> faults(THREAD_COUNT);
+    std::vector<std::thread> threads;
+    for (std::string &fault : faults)
+        threads.emplace_back([&fault] {
+            std::uint64_t usec = 0;
+            double sec = 0;
+            std::uint64_t ticks = 0;
+            std::uint64_t cpu = 0;
+            std::int64_t calendar = 0;
+            for (int i = 0; i < ROUNDS && fault.empty(); ++i) {
+                std::uint64_t const next_usec = gen_get_usec_wallclock();
+                double const next_sec = gen_get_sec_wallclock();
+                std::uint64_t const next_ticks = gen_get_hires_ticks();
+                std::uint64_t const next_cpu = gen_get_usec_cpu();
+                std::int64_t const next_calendar = gen_get_current_time_milliseconds();
+                std::uint64_t user = 0;
+                std::uint64_t kernel = 0;
+                gen_get_usec_user_and_kernel(&user, &kernel);
+                if (next_usec < usec || next_sec < sec || next_ticks < ticks || next_cpu < cpu)
+                    fault = "a clock went backward in round " + std::to_string(i);
+                if (next_calendar + 60000 < calendar)
+                    fault = "the calendar went backward in round " + std::to_string(i);
+                if (gen_get_hires_tick_frequency() == 0 || gen_get_sec_cpu() < 0 || gen_get_current_time().size() != 8)
+                    fault = "a bad reading in round " + std::to_string(i);
+                std::string const text = gen_get_date_and_time(i) + '|' + gen_get_iso_style_date_and_time(i) + '|' +
+                                         gen_get_formatted_time_from_milliseconds(i);
+                char expected[128];
+                std::snprintf(expected, sizeof expected,
+                              "Thu Jan  1 00:%02d:%02d 1970|1970-01-01 00:%02d:%02d|Thu Jan 01 00:00:%02d.%03d 1970",
+                              i / 60, i % 60, i / 60, i % 60, i / 1000, i % 1000);
+                if (text != expected)
+                    fault = text;
+                usec = next_usec;
+                sec = next_sec;
+                ticks = next_ticks;
+                cpu = next_cpu;
+                calendar = next_calendar;
+            }
+            // The switch is one for all threads, and may be thrown while others read.
+            gen_disable_windows_cpu_time_hack();
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+    for (std::string const &fault : faults)
+        EXPECT_EQ(fault, "");
+}

@@ -1,0 +1,86 @@
+// Profile bins in a process without zel::mem_new: their figures are the working set's.
+#include "mem_sys.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t MIB = 1024 * 1024;
+// What the rest of the process and the system's own rounding may add or take.
+constexpr std::size_t SLACK = 16 * MIB;
+
+struct Figures
+{
+    std::size_t open_bytes = 1;
+    std::size_t close_bytes = 1;
+    std::size_t peak_bytes = 1;
+};
+
+Figures close_bin(std::string const &tag = "")
+{
+    Figures f;
+    mem_close_profile_bin(tag, &f.open_bytes, &f.close_bytes, &f.peak_bytes);
+    return f;
+}
+
+std::unique_ptr<char[]> resident_bytes(std::size_t bytes)
+{
+    std::unique_ptr<char[]> memory(new char[bytes]);
+    for (std::size_t i = 0; i < bytes; i += 1024)
+        static_cast<char volatile *>(memory.get())[i] = 1;
+    return memory;
+}
+
+} // namespace
+
+TEST(MemTrackingWithoutNew, ABinTellsTheWorkingSetAtItsEnds)
+{
+    std::size_t const before = mem_info_get_process_current_working_set_size();
+    mem_open_profile_bin("A", "");
+    std::unique_ptr<char[]> const memory = resident_bytes(128 * MIB);
+    Figures const f = close_bin();
+    EXPECT_GE(f.open_bytes + SLACK, before);
+    EXPECT_LE(f.open_bytes, before + SLACK);
+    EXPECT_GE(f.close_bytes, f.open_bytes + 128 * MIB - SLACK);
+    EXPECT_GE(f.peak_bytes, f.close_bytes);
+}
+
+TEST(MemTrackingWithoutNew, APeakOfTheProcessBetweenTheEndsIsSeen)
+{
+    mem_open_profile_bin("A", "");
+    resident_bytes(256 * MIB).reset();
+    Figures const f = close_bin();
+    EXPECT_GE(f.peak_bytes, f.open_bytes + 256 * MIB - SLACK);
+    EXPECT_GE(f.peak_bytes, f.close_bytes);
+}
+
+TEST(MemTrackingWithoutNew, TheOuterBinHasThePeakOfTheInnerOne)
+{
+    mem_open_profile_bin("A", "");
+    mem_open_profile_bin("B", "");
+    resident_bytes(256 * MIB).reset();
+    Figures const inner = close_bin();
+    Figures const outer = close_bin();
+    EXPECT_GE(inner.peak_bytes, inner.open_bytes + 256 * MIB - SLACK);
+    EXPECT_GE(outer.peak_bytes, inner.peak_bytes);
+}
+
+TEST(MemTrackingWithoutNew, ACloseWithoutAnOpenGivesTheCurrentFigure)
+{
+    Figures const f = close_bin("tag");
+    EXPECT_GT(f.close_bytes, 0U);
+    EXPECT_EQ(f.open_bytes, f.close_bytes);
+    EXPECT_EQ(f.peak_bytes, f.close_bytes);
+}
+
+TEST(MemTrackingWithoutNew, TheScopeMayStandAnywhere)
+{
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const outer;
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const inner;
+    mem_open_profile_bin("A", "");
+    EXPECT_GT(close_bin().close_bytes, 0U);
+}

@@ -1,0 +1,48 @@
+#include "tests/support/debugger.h"
+
+#include <windows.h>
+
+#include <string>
+
+namespace {
+
+bool is_breakpoint(DEBUG_EVENT const &event)
+{
+    return event.dwDebugEventCode == EXCEPTION_DEBUG_EVENT &&
+           event.u.Exception.ExceptionRecord.ExceptionCode == EXCEPTION_BREAKPOINT;
+}
+
+DWORD answer_to(DEBUG_EVENT const &event)
+{
+    bool const is_other_exception = event.dwDebugEventCode == EXCEPTION_DEBUG_EVENT && !is_breakpoint(event);
+    return is_other_exception ? DBG_EXCEPTION_NOT_HANDLED : DBG_CONTINUE;
+}
+
+} // namespace
+
+DebuggedRun run_under_debugger(char const *argument)
+{
+    DebuggedRun run;
+    char executable[MAX_PATH];
+    GetModuleFileNameA(nullptr, executable, MAX_PATH);
+    std::string command = "\"" + std::string(executable) + "\" " + argument;
+    STARTUPINFOA start = {};
+    start.cb = sizeof(start);
+    PROCESS_INFORMATION process;
+    if (!CreateProcessA(executable, command.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS, nullptr, nullptr,
+                        &start, &process))
+        return run;
+    DEBUG_EVENT event = {};
+    while (WaitForDebugEvent(&event, INFINITE)) {
+        // The first break is the start of the program.
+        run.breaks += is_breakpoint(event) ? 1 : 0;
+        if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT)
+            run.status = static_cast<int>(event.u.ExitProcess.dwExitCode);
+        ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer_to(event));
+        if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT)
+            break;
+    }
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return run;
+}

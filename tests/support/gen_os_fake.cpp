@@ -1,0 +1,231 @@
+#include "tests/support/gen_os_fake.h"
+
+#include "gen/os/gen_os.h"
+
+#include <limits>
+#include <string>
+
+namespace {
+
+struct Script
+{
+    std::uint64_t cpu_units = 0; // of 100 ns
+    std::uint64_t ticks = 0;
+    std::uint64_t cpu_step = 0;
+    std::uint64_t tick_step = 0;
+    std::uint64_t reading_count = 0;
+    std::uint64_t frequency = 10000000;
+    gen_os_fake_answers answers;
+    std::uint64_t job_user = 0;
+    std::uint64_t job_kernel = 0;
+    std::uint64_t process_user = 0;
+    std::uint64_t process_kernel = 0;
+    std::int64_t calendar_msec = 0;
+    std::string executable_path = "/fake/bin/tool";
+    std::string library_path;
+    bool case_matters = true;
+    std::size_t reservation_limit = std::numeric_limits<std::size_t>::max();
+    std::size_t reservation_count = 0;
+    std::string debug_output;
+};
+
+// Made at the first use and kept, since the library asks before and after every static object of a test.
+Script &script()
+{
+    static Script *const the_script = new Script;
+    return *the_script;
+}
+
+bool answer_path(std::string const &scripted, std::string &path)
+{
+    if (scripted.empty())
+        return false;
+    path = scripted;
+    return true;
+}
+
+} // namespace
+
+void gen_os_fake_set_clocks(std::uint64_t cpu_usec, std::uint64_t ticks)
+{
+    script().cpu_units = cpu_usec * 10;
+    script().ticks = ticks;
+}
+
+void gen_os_fake_set_clock_steps(std::uint64_t cpu_usec, std::uint64_t ticks)
+{
+    script().cpu_step = cpu_usec * 10;
+    script().tick_step = ticks;
+}
+
+void gen_os_fake_advance(std::int64_t cpu_usec, std::int64_t ticks)
+{
+    script().cpu_units += static_cast<std::uint64_t>(cpu_usec * 10);
+    script().ticks += static_cast<std::uint64_t>(ticks);
+}
+
+std::uint64_t gen_os_fake_reading_count()
+{
+    return script().reading_count;
+}
+void gen_os_fake_set_frequency(std::uint64_t ticks_per_second)
+{
+    script().frequency = ticks_per_second;
+}
+void gen_os_fake_set_answers(gen_os_fake_answers const &answers)
+{
+    script().answers = answers;
+}
+
+void gen_os_fake_set_job_cpu(std::uint64_t user, std::uint64_t kernel)
+{
+    script().job_user = user;
+    script().job_kernel = kernel;
+}
+
+void gen_os_fake_set_process_cpu(std::uint64_t user, std::uint64_t kernel)
+{
+    script().process_user = user;
+    script().process_kernel = kernel;
+}
+
+void gen_os_fake_set_calendar_msec(std::int64_t msec)
+{
+    script().calendar_msec = msec;
+}
+void gen_os_fake_set_executable_path(char const *path)
+{
+    script().executable_path = path;
+}
+void gen_os_fake_set_library_path(char const *path)
+{
+    script().library_path = path;
+}
+void gen_os_fake_set_case_matters(bool case_matters)
+{
+    script().case_matters = case_matters;
+}
+void gen_os_fake_set_reservation_limit(std::size_t count)
+{
+    script().reservation_limit = count;
+}
+std::size_t gen_os_fake_reservation_count()
+{
+    return script().reservation_count;
+}
+char const *gen_os_fake_debug_output()
+{
+    return script().debug_output.c_str();
+}
+
+bool gen_os_read_counter(std::uint64_t &ticks)
+{
+    Script &s = script();
+    ++s.reading_count;
+    if (!s.answers.counter)
+        return false;
+    ticks = s.ticks;
+    s.ticks += s.tick_step;
+    return true;
+}
+
+bool gen_os_read_counter_frequency(std::uint64_t &ticks_per_second)
+{
+    if (!script().answers.frequency)
+        return false;
+    ticks_per_second = script().frequency;
+    return true;
+}
+
+bool gen_os_read_job_cpu(std::uint64_t &user, std::uint64_t &kernel)
+{
+    if (!script().answers.job_cpu)
+        return false;
+    user = script().job_user;
+    kernel = script().job_kernel;
+    return true;
+}
+
+bool gen_os_read_process_cpu(std::uint64_t &user, std::uint64_t &kernel)
+{
+    if (!script().answers.process_cpu)
+        return false;
+    user = script().process_user;
+    kernel = script().process_kernel;
+    return true;
+}
+
+bool gen_os_read_process_cpu_sum(std::uint64_t &sum)
+{
+    Script &s = script();
+    ++s.reading_count;
+    if (!s.answers.process_cpu_sum)
+        return false;
+    sum = s.cpu_units;
+    s.cpu_units += s.cpu_step;
+    return true;
+}
+
+bool gen_os_read_cpu_sum_and_counter(std::uint64_t &sum, std::uint64_t &ticks)
+{
+    gen_os_fake_answers const &answers = script().answers;
+    if (!answers.cpu_sum_and_counter || answers.job_cpu || !answers.process_cpu_sum || !answers.counter)
+        return false;
+    return gen_os_read_process_cpu_sum(sum) && gen_os_read_counter(ticks);
+}
+
+std::int64_t gen_os_read_calendar_msec()
+{
+    return script().calendar_msec;
+}
+
+bool gen_os_local_time(std::int64_t seconds, std::tm &local)
+{
+    if (!script().answers.local_time)
+        return false;
+    std::time_t const time = seconds;
+    std::tm const *const utc = std::gmtime(&time);
+    if (utc == nullptr)
+        return false;
+    local = *utc;
+    return true;
+}
+
+bool gen_os_read_executable_path(std::string &path)
+{
+    return script().answers.executable_path && answer_path(script().executable_path, path);
+}
+
+bool gen_os_read_library_path(char const *, std::string &path)
+{
+    return answer_path(script().library_path, path);
+}
+bool gen_os_case_matters_in_paths()
+{
+    return script().case_matters;
+}
+char gen_os_path_list_separator()
+{
+    return ':';
+}
+
+bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
+{
+    return buffer.open(path, mode) != nullptr;
+}
+
+int gen_os_write_private_profile_string(char const *, char const *, char const *, char const *)
+{
+    return 0;
+}
+
+bool gen_os_reserve_address_space(std::size_t)
+{
+    Script &s = script();
+    return s.reservation_count++ < s.reservation_limit;
+}
+
+void gen_os_debug_output(char const *text)
+{
+    script().debug_output += text;
+}

@@ -1,0 +1,41 @@
+# Compares the names that a library exports with the list that is checked in, so that nothing leaks
+# and nothing is missing. With UPDATE set it writes the list instead.
+#
+# Given: LIBRARY, LIST, NM, OBJDUMP, CXXFILT, IS_WINDOWS, UPDATE.
+
+if(IS_WINDOWS)
+  execute_process(COMMAND "${OBJDUMP}" -p "${LIBRARY}" OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX REPLACE ".*\\[Ordinal/Name Pointer\\] Table[^\n]*\n" "" table "${table}")
+  string(REGEX REPLACE "\n\n.*" "" table "${table}")
+  string(REGEX REPLACE "\t\\[ *[0-9]+\\] ([^\n]*)" "\\1" table "${table}")
+  set(names_file "${CMAKE_CURRENT_BINARY_DIR}/names.txt")
+  file(WRITE "${LIST_WORK}" "${table}\n")
+  execute_process(COMMAND "${CXXFILT}" INPUT_FILE "${LIST_WORK}" OUTPUT_VARIABLE names COMMAND_ERROR_IS_FATAL ANY)
+else()
+  execute_process(COMMAND "${NM}" -DC --defined-only "${LIBRARY}" OUTPUT_VARIABLE names COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX REPLACE "(^|\n)[0-9a-f]+ [A-Za-z] " "\\1" names "${names}")
+endif()
+
+string(STRIP "${names}" names)
+string(REPLACE "\n" ";" names "${names}")
+list(SORT names)
+list(REMOVE_DUPLICATES names)
+string(REPLACE ";" "\n" found "${names}")
+string(APPEND found "\n")
+
+if(UPDATE)
+  file(WRITE "${LIST}" "${found}")
+  return()
+endif()
+file(READ "${LIST}" expected)
+if(NOT found STREQUAL expected)
+  string(REGEX REPLACE "\n$" "" expected "${expected}")
+  string(REPLACE "\n" ";" expected "${expected}")
+  set(missing ${expected})
+  list(REMOVE_ITEM missing ${names})
+  set(leaked ${names})
+  list(REMOVE_ITEM leaked ${expected})
+  list(JOIN missing "\n  " missing)
+  list(JOIN leaked "\n  " leaked)
+  message(FATAL_ERROR "${LIBRARY}\nmissing:\n  ${missing}\nnot in the list:\n  ${leaked}")
+endif()
