@@ -155,7 +155,9 @@ private:
 
     inline bool read_index(char const *at, INDEX &index) const;
     inline static bool read_number(char const *&at, int &value, bool &plain);
-    static bool is_digit(char ch) { return ch >= '0' && ch <= '9'; }
+    // Above 9 for any other character.
+    static unsigned digit_of(char ch) { return static_cast<unsigned>(ch - '0'); }
+    static bool is_digit(char ch) { return digit_of(ch) <= 9; }
     bool starts_index(char ch) const { return ch == '[' || (m_bare_index_allowed && is_digit(ch)); }
     inline void update_bare_index_allowed(char ch);
     inline std::string::size_type walk_start(std::string const &existing, std::string const &incoming) const;
@@ -370,9 +372,13 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::write_merged(std::string &existing, std:
     char const *const end = begin + incoming.size();
     // In a long run all is there but the high number.
     if (seam.m_begin == begin + seam.m_equal && seam.m_existing.m_plain && seam.m_incoming.m_plain) {
-        existing.resize(static_cast<std::string::size_type>(seam.m_existing.m_low_end - existing.c_str()));
-        existing.push_back(':');
-        existing.append(seam.m_incoming.m_high_begin, end);
+        char const *const high = seam.m_incoming.m_high_begin;
+        std::string::size_type const low_size =
+            static_cast<std::string::size_type>(seam.m_existing.m_low_end - existing.c_str());
+        std::string::size_type const high_size = static_cast<std::string::size_type>(end - high);
+        existing.resize(low_size + 1 + high_size);
+        existing[low_size] = ':';
+        std::memcpy(&existing[low_size + 1], high, high_size);
         return;
     }
     std::string const range =
@@ -441,18 +447,18 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_number(char const *&at, int &value,
     if (negative)
         ++at;
     char const *const digits = at;
-    bool good = is_digit(*at);
+    bool fits = true;
     int sum = 0;
-    for (; is_digit(*at); ++at) {
+    for (unsigned digit = digit_of(*at); digit <= 9; digit = digit_of(*++at)) {
         if (sum >= 214748364) // no further digit is sure to fit
-            good = false;
+            fits = false;
         else
-            sum = sum * 10 + (*at - '0');
+            sum = sum * 10 + static_cast<int>(digit);
     }
     value = negative ? -sum : sum;
     if (*digits == '0' && (negative || at - digits != 1))
         plain = false;
-    return good;
+    return fits && at != digits;
 }
 
 // Merges the back into what stands in front of it, as long as that works: further dimensions.
