@@ -516,6 +516,9 @@ TEST(GenFormatMessageIntoBuffer, CutsAndTerminates)
         {"", 0, 16, 0, ""},
         {"", 0, 0, 0, ""},
         {"%0hello", 0, 16, 0, ""},
+        // A buffer of no bytes stays as it is.
+        {"hello", 0, 0, 0, ""},
+        {"%1", 0x200, 0, 0, ""},
         {"", 0x200, 16, 0, ""},
         // Inserts and line ends.
         {"%2 %1!s!\n\r", 0, 16, 7, "bb a\r\n\0"s.insert(4, "A")},
