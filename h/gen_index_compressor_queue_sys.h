@@ -535,7 +535,8 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::split_front(RANGE_TEXT const &at)
     std::string const ahead = whole->m_name.substr(0, at.m_begin + 1);
     std::string const behind = whole->m_name.substr(at.m_end - 1);
     for (int value = at.m_range[1]; value >= at.m_range[0]; --value) {
-        NODE *const node = new NODE{m_head, nullptr, ahead + std::to_string(value) + behind, false, false};
+        NODE *const node = new NODE{m_head, nullptr, ahead, false, false};
+        node->m_name.append(std::to_string(value)).append(behind);
         m_head->m_prev = node;
         m_head = node;
     }
