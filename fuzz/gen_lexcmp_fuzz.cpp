@@ -1,6 +1,8 @@
 // Orders of names. The input is two names, parted by the first line feed, and both with a line feed turned into a zero.
 #include "gen_string_sys.h"
 
+#include "tests/support/lexcmp_reference.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -48,6 +50,13 @@ void check_order(Name const &first, Name const &second)
         require(compare<COMPARE>(half, second) < 0);
 }
 
+void check_definition(std::string const &first, std::string const &second)
+{
+    require(gen_lexcmp(first, second) == lexcmp_reference::lexcmp(first, second, /*folds=*/false));
+    require(gen_ilexcmp(first, second) == lexcmp_reference::lexcmp(first, second, /*folds=*/true));
+    require(gen_signed_lexcmp(first, second) == lexcmp_reference::signed_lexcmp(first, second));
+}
+
 // A number more than 2^31 apart turns the sign, exactly 2^31 apart on both sides alike.
 void check_signed(std::string const &first, std::string const &second)
 {
@@ -82,6 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size
 
     check_order<gen_lexcmp>(first, second);
     check_order<gen_ilexcmp>(first, second);
+    check_definition({first.begin(), first.end()}, {second.begin(), second.end()});
     check_signed({first.begin(), first.end()}, {second.begin(), second.end()});
     first.push_back('\0');
     second.push_back('\0');

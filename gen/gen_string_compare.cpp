@@ -1,12 +1,13 @@
 // Two names of a netlist mostly begin alike, so the number-aware comparisons first look for the place where they part,
-// eight bytes at a time, and only then go character by character:
+// eight bytes at a time:
 //
 //     top|cpu|alu|sum[129]
 //     top|cpu|alu|sum[13]
-//                      ^ the first difference, at '2' and '3'
-//                     ^ the start of the number around it, where the comparison goes on
+//                      ^ the first difference, at '2' and '3': two digits are left on one side and one on the other
 //
-// What lies in front of that number is equal on both sides and has no say in the result.
+// It decides. What lies in front of the number around it is equal on both sides, and two numbers that are written
+// differently never compare equal, so nothing behind them counts. The digits that the two share in front of the
+// difference matter only if a 0 stands there, which leads the number if they are zeros too.
 #include "gen_string_sys.h"
 
 #include "gen/gen_string_number.h"
@@ -114,34 +115,44 @@ std::size_t common_length(char const *first, char const *second, std::size_t len
 }
 
 // Steps both cursors to where two texts part, or to the start of the number around that place.
-template <bool FOLDS>
 void skip_common(gen_text_cursor &first, gen_text_cursor &second)
 {
     char const *const start = first.at;
     std::ptrdiff_t const length = std::min(first.end - first.at, second.end - second.at);
-    std::size_t at = common_length<FOLDS>(first.at, second.at, static_cast<std::size_t>(length));
+    std::size_t at = common_length<false>(first.at, second.at, static_cast<std::size_t>(length));
     while (at > 0 && gen_ascii_isdigit(start[at - 1]))
         --at;
     first.at += at;
     second.at += at;
 }
 
+// Compares two numbers that are written alike up to the cursors and differ there.
+int compare_numbers_at(gen_text_cursor first, gen_text_cursor second, char const *first_start)
+{
+    if (!first.is_on('0') && !second.is_on('0'))
+        return gen_compare_digits(first, second);
+    for (; first.at != first_start && gen_ascii_isdigit(first.at[-1]); --first.at)
+        --second.at;
+    return gen_compare_numbers(first, second);
+}
+
 template <bool FOLDS>
 int compare_names(char const *first_text, std::size_t first_length, char const *second_text, std::size_t second_length)
 {
-    int const length_difference = static_cast<int>(first_length - second_length);
-    if (first_length == 0 || second_length == 0)
-        return length_difference;
-    gen_text_cursor first{first_text, first_text + first_length};
-    gen_text_cursor second{second_text, second_text + second_length};
-    skip_common<FOLDS>(first, second);
-    int result = 0;
-    while (result == 0 && !first.is_at_end() && !second.is_at_end())
-        if (first.is_on_digit() && second.is_on_digit())
-            result = gen_compare_numbers(first, second);
-        else
-            result = code_of<FOLDS>(*first.at++) - code_of<FOLDS>(*second.at++);
-    return result != 0 ? result : length_difference;
+    std::size_t const length = std::min(first_length, second_length);
+    std::size_t const at = common_length<FOLDS>(first_text, second_text, length);
+    gen_text_cursor const first{first_text + at, first_text + first_length};
+    gen_text_cursor const second{second_text + at, second_text + second_length};
+    bool const is_first_digit = first.is_on_digit();
+    bool const is_second_digit = second.is_on_digit();
+    if (is_first_digit || is_second_digit) {
+        bool const is_behind_digit = at > 0 && gen_ascii_isdigit(first_text[at - 1]);
+        if (is_first_digit == is_second_digit || is_behind_digit)
+            return compare_numbers_at(first, second, first_text);
+    }
+    if (at == length)
+        return static_cast<int>(first_length - second_length);
+    return code_of<FOLDS>(*first.at) - code_of<FOLDS>(*second.at);
 }
 
 std::size_t length_of(char const *text)
@@ -333,7 +344,7 @@ int gen_signed_lexcmp(std::string const &first_text, std::string const &second_t
     bool const is_second_negative = second.take_minus();
     // Numbers under different signs are different although their digits are the same.
     if (is_first_negative == is_second_negative)
-        skip_common<false>(first, second);
+        skip_common(first, second);
     while (!first.is_at_end() && !second.is_at_end()) {
         if (first.is_on_digit() != second.is_on_digit())
             return first.is_on_digit() ? 1 : -1;

@@ -9,9 +9,6 @@
 
 namespace {
 
-// Room for any number in radix 2 and a minus sign.
-constexpr std::size_t NUMBER_SIZE = 65;
-
 using Iterator = std::string::const_iterator;
 
 // What a character counts as a digit; one that is no digit gives more than 9.
@@ -49,89 +46,126 @@ constexpr std::array<char, 200> make_pairs()
 }
 constexpr std::array<char, 200> PAIRS = make_pairs();
 
-template <typename UNSIGNED>
-std::size_t decimal_length(UNSIGNED value)
+// The powers of ten within 64 bits.
+constexpr std::array<std::uint64_t, 20> make_powers()
 {
-    for (std::size_t length = 1;; length += 4, value /= 10000) {
-        if (value < 10)
-            return length;
-        if (value < 100)
-            return length + 1;
-        if (value < 1000)
-            return length + 2;
-        if (value < 10000)
-            return length + 3;
-    }
+    std::array<std::uint64_t, 20> powers{};
+    std::uint64_t power = 1;
+    for (std::size_t i = 0; i < powers.size(); ++i, power *= 10)
+        powers[i] = power;
+    return powers;
+}
+constexpr std::array<std::uint64_t, 20> POWERS = make_powers();
+
+std::size_t bit_count(std::uint64_t value)
+{
+    return 64 - static_cast<std::size_t>(__builtin_clzll(value | 1));
+}
+
+std::size_t decimal_digit_count(std::uint64_t value)
+{
+    // 1233 / 4096 is the decimal logarithm of 2 as exactly as 64 bits need it: the result is the count or one less.
+    std::size_t const count = bit_count(value) * 1233 / 4096;
+    return (value | 1) >= POWERS[count] ? count + 1 : count;
 }
 
 template <typename UNSIGNED>
-char *write_decimal(char *out, UNSIGNED value)
-{
-    char *const end = out + decimal_length(value);
-    char *place = end;
-    for (; value >= 100; value /= 100)
-        std::memcpy(place -= 2, &PAIRS[value % 100 * 2], 2);
-    if (value >= 10)
-        std::memcpy(place - 2, &PAIRS[value * 2], 2);
-    else
-        place[-1] = static_cast<char>('0' + value);
-    return end;
-}
-
-template <typename UNSIGNED>
-char *write_in_radix(char *out, UNSIGNED value, UNSIGNED radix)
-{
-    std::size_t count = 1;
-    for (UNSIGNED rest = value; rest >= radix; rest /= radix)
-        ++count;
-    for (std::size_t i = count; i > 0; --i, value /= radix) {
-        UNSIGNED const digit = value % radix;
-        out[i - 1] = static_cast<char>(digit < 10 ? '0' + digit : 'a' + digit - 10);
-    }
-    return out + count;
-}
-
-// The same where a digit is four bits.
-template <typename UNSIGNED>
-char *write_hexadecimal(char *out, UNSIGNED value)
-{
-    std::size_t count = 1;
-    for (UNSIGNED rest = value; rest >= 16; rest >>= 4)
-        ++count;
-    for (std::size_t i = count; i > 0; --i, value >>= 4)
-        out[i - 1] = "0123456789abcdef"[value & 15];
-    return out + count;
-}
-
-// Writes the digits of a value without a terminator and returns the end. They are counted before the first one is
-// written, so a caller's buffer need be no longer than they are.
-template <typename UNSIGNED>
-char *write_digits(char *out, UNSIGNED value, int radix)
+std::size_t digit_count(UNSIGNED value, int radix)
 {
     if (radix == 10)
-        return write_decimal(out, value);
+        return decimal_digit_count(value);
     if (radix == 16)
-        return write_hexadecimal(out, value);
-    return write_in_radix(out, value, static_cast<UNSIGNED>(radix));
+        return (bit_count(value) + 3) / 4;
+    if (radix < 2)
+        return 0;
+    std::size_t count = 1;
+    for (; value >= static_cast<UNSIGNED>(radix); value /= static_cast<UNSIGNED>(radix))
+        ++count;
+    return count;
 }
 
-// The same with a minus sign in front of a negative value.
+template <typename UNSIGNED>
+void write_decimal(char *end, UNSIGNED value)
+{
+    for (; value >= 100; value /= 100)
+        std::memcpy(end -= 2, &PAIRS[value % 100 * 2], 2);
+    if (value >= 10)
+        std::memcpy(end - 2, &PAIRS[value * 2], 2);
+    else
+        end[-1] = static_cast<char>('0' + value);
+}
+
+template <typename UNSIGNED>
+void write_hexadecimal(char *end, std::size_t count, UNSIGNED value)
+{
+    for (char *place = end; place != end - count; value >>= 4)
+        *--place = "0123456789abcdef"[value & 15];
+}
+
+template <typename UNSIGNED>
+void write_in_radix(char *end, std::size_t count, UNSIGNED value, UNSIGNED radix)
+{
+    for (char *place = end; place != end - count; value /= radix) {
+        UNSIGNED const digit = value % radix;
+        *--place = static_cast<char>(digit < 10 ? '0' + digit : 'a' + digit - 10);
+    }
+}
+
+// The digits of a number and its sign. They are counted before the first one is written, so that what they are put into
+// need be no longer than they are.
+template <typename UNSIGNED>
+class NUMBER_TEXT
+{
+public:
+    NUMBER_TEXT(UNSIGNED magnitude, bool is_negative, int radix)
+        : m_magnitude(magnitude), m_radix(radix), m_digit_count(digit_count(magnitude, radix)),
+          m_has_sign(is_negative && m_digit_count > 0)
+    {
+    }
+
+    std::size_t size() const { return m_digit_count + (m_has_sign ? 1 : 0); }
+
+    void write(char *out) const
+    {
+        if (m_has_sign)
+            *out++ = '-';
+        char *const end = out + m_digit_count;
+        if (m_radix == 10)
+            write_decimal(end, m_magnitude);
+        else if (m_radix == 16)
+            write_hexadecimal(end, m_digit_count, m_magnitude);
+        else
+            write_in_radix(end, m_digit_count, m_magnitude, static_cast<UNSIGNED>(m_radix));
+    }
+
+    char *write_terminated(char *out) const
+    {
+        write(out);
+        out[size()] = '\0';
+        return out;
+    }
+
+private:
+    UNSIGNED m_magnitude;
+    int m_radix;
+    std::size_t m_digit_count;
+    bool m_has_sign;
+};
+
 template <typename SIGNED>
-char *write_signed(char *out, SIGNED value, int radix)
+NUMBER_TEXT<std::make_unsigned_t<SIGNED>> signed_text(SIGNED value, int radix)
 {
     using Unsigned = std::make_unsigned_t<SIGNED>;
-    Unsigned magnitude = static_cast<Unsigned>(value);
-    if (value < 0) {
-        *out++ = '-';
-        magnitude = 0 - magnitude;
-    }
-    return write_digits(out, magnitude, radix);
+    Unsigned const bits = static_cast<Unsigned>(value);
+    return {value < 0 ? 0 - bits : bits, value < 0, radix};
 }
 
 // Only radix 10 knows a sign.
-char *write_int(char *out, int value, int radix)
+NUMBER_TEXT<unsigned> int_text(int value, int radix)
 {
-    return radix == 10 ? write_signed(out, value, radix) : write_digits(out, static_cast<unsigned>(value), radix);
+    if (radix == 10)
+        return signed_text(value, radix);
+    return {static_cast<unsigned>(value), /*is_negative=*/false, radix};
 }
 
 } // namespace
@@ -168,31 +202,31 @@ std::uint32_t gen_atoui_s(std::string const &text, bool *ok)
 
 std::string gen_itoa(int value, int radix)
 {
-    char number[NUMBER_SIZE];
-    return {number, write_int(number, value, radix)};
+    NUMBER_TEXT<unsigned> const number = int_text(value, radix);
+    std::string text(number.size(), '\0');
+    number.write(text.data());
+    return text;
 }
 
 char *gen_itoa(int value, char *buffer, int radix)
 {
-    *write_int(buffer, value, radix) = '\0';
-    return buffer;
+    return int_text(value, radix).write_terminated(buffer);
 }
 
 void gen_itoa(int value, std::string &out, int radix)
 {
     GEN_ASSERT(radix > 1, "radix > 1");
-    char number[NUMBER_SIZE];
-    out.assign(number, write_int(number, value, radix));
+    NUMBER_TEXT<unsigned> const number = int_text(value, radix);
+    out.resize(number.size());
+    number.write(out.data());
 }
 
 char *gen_ltoa(std::int64_t value, char *buffer, int radix)
 {
-    *write_signed(buffer, value, radix) = '\0';
-    return buffer;
+    return signed_text(value, radix).write_terminated(buffer);
 }
 
 char *gen_ultoa(std::uint64_t value, char *buffer, int radix)
 {
-    *write_digits(buffer, value, radix) = '\0';
-    return buffer;
+    return NUMBER_TEXT<std::uint64_t>(value, /*is_negative=*/false, radix).write_terminated(buffer);
 }

@@ -114,6 +114,21 @@ public:
         m_size = 0;
     }
 
+    void append_formatted(char const *spec, char *&cursor)
+    {
+        finish();
+        stl_output(&m_out, spec, cursor);
+    }
+
+    // Moves a cursor past what a specification takes.
+    void skip_formatted(char const *spec, char *&cursor)
+    {
+        finish();
+        std::size_t const size = m_out.size();
+        stl_output(&m_out, spec, cursor);
+        m_out.resize(size);
+    }
+
     // Takes back what was appended to a string of `size` characters.
     void drop(std::size_t size)
     {
@@ -147,7 +162,7 @@ public:
             m_position = 0;
         }
         while (++m_position < number)
-            step_over(tables);
+            step_over(out, tables);
 
         char const *const spec = tables.spec(number);
         switch (plain_conversion(spec)) {
@@ -155,11 +170,10 @@ public:
             print_text(out, next<char const *>());
             break;
         case 'd':
-            print_number(out, next<std::int32_t>());
+            print_number(out, static_cast<std::int32_t>(next<std::int64_t>())); // the low half counts
             break;
         default:
-            format(spec);
-            out.append(m_value.data(), m_value.size());
+            out.append_formatted(spec, m_cursor);
             break;
         }
     }
@@ -168,6 +182,7 @@ private:
     template <typename VALUE>
     VALUE next()
     {
+        static_assert(sizeof(VALUE) == SLOT_BYTES, "a slot has 8 bytes");
         VALUE value;
         std::memcpy(&value, m_cursor, sizeof value);
         m_cursor += SLOT_BYTES;
@@ -189,24 +204,17 @@ private:
     }
 
     // An argument is formatted to get past it, unless its conversion is known to take one slot.
-    void step_over(INSERT_TABLES const &tables)
+    void step_over(MESSAGE_TEXT &out, INSERT_TABLES const &tables)
     {
         if (!tables.is_used(m_position) || plain_conversion(tables.spec(m_position)) != '\0')
             m_cursor += SLOT_BYTES;
         else
-            format(tables.spec(m_position));
-    }
-
-    void format(char const *spec)
-    {
-        m_value.clear();
-        stl_output(&m_value, spec, m_cursor);
+            out.skip_formatted(tables.spec(m_position), m_cursor);
     }
 
     char *m_slots;
     char *m_cursor;
     int m_position = 0;
-    std::string m_value;
 };
 
 // Copies a text without inserts. A line feed and a carriage return change places, unless the line feed belongs to a
@@ -306,10 +314,9 @@ std::uint32_t store_in_block(std::string const &text, char *buffer, unsigned lon
 
 std::uint32_t store_in_buffer(std::string const &text, char *buffer, unsigned long size)
 {
-    if (text.empty())
+    if (text.empty() || size == 0)
         return 0;
-    // A size of 0 is the caller's fault: it gives the largest length of 32 bits.
-    std::uint32_t const length = static_cast<std::uint32_t>(text.size() >= size ? size - 1 : text.size());
+    std::uint32_t const length = static_cast<std::uint32_t>(std::min<std::size_t>(text.size(), size - 1));
     std::strncpy(buffer, text.c_str(), length);
     buffer[length] = '\0';
     return length;

@@ -48,8 +48,9 @@ inline int gen_compare_digits(gen_text_cursor &first, gen_text_cursor &second)
     first.skip('0');
     second.skip('0');
     int difference = 0;
-    while (difference == 0 && first.is_on_digit() && second.is_on_digit())
-        difference = *first.at++ - *second.at++;
+    for (; first.is_on_digit() && second.is_on_digit(); ++first.at, ++second.at)
+        if (difference == 0)
+            difference = *first.at - *second.at;
     // The number with more significant digits is greater, whatever the first digits that differ say.
     std::ptrdiff_t const left_over = first.skip_digits() - second.skip_digits();
     if (left_over != 0)

@@ -46,7 +46,9 @@
 /// without leading zeros at the folded index.
 ///
 /// A name ends, for every comparison, at its first null character.
-class GEN_API GEN_INDEX_COMPRESSOR_QUEUE
+///
+/// The members are written below and compiled into whoever uses them; the library exports a copy of each all the same.
+class GEN_INDEX_COMPRESSOR_QUEUE
 {
 public:
     /// What counts as an index.
@@ -61,15 +63,15 @@ public:
     ///
     /// @param error_check  whether the queue must be empty when it is destroyed
     /// @param type         what counts as an index
-    explicit GEN_INDEX_COMPRESSOR_QUEUE(bool error_check = true, BRACKET_TYPE type = BRACKET_REQUIRED);
+    GEN_API explicit GEN_INDEX_COMPRESSOR_QUEUE(bool error_check = true, BRACKET_TYPE type = BRACKET_REQUIRED);
 
     /// Copies share the entries: once one of them has changed, the others may only be assigned to. Under error check
     /// each must be empty, or assigned from an empty one, when it is destroyed.
-    GEN_INDEX_COMPRESSOR_QUEUE(GEN_INDEX_COMPRESSOR_QUEUE const &) = default;
-    GEN_INDEX_COMPRESSOR_QUEUE &operator=(GEN_INDEX_COMPRESSOR_QUEUE const &) = default;
+    GEN_API GEN_INDEX_COMPRESSOR_QUEUE(GEN_INDEX_COMPRESSOR_QUEUE const &other);
+    GEN_API GEN_INDEX_COMPRESSOR_QUEUE &operator=(GEN_INDEX_COMPRESSOR_QUEUE const &other);
 
     /// Frees no entries: clear() comes first. With error check a queue that is not empty is an internal error.
-    ~GEN_INDEX_COMPRESSOR_QUEUE();
+    GEN_API ~GEN_INDEX_COMPRESSOR_QUEUE();
 
     /// Adds a name at the back, folding where possible. The time is linear in the length of the names compared.
     ///
@@ -77,18 +79,18 @@ public:
     ///
     /// The entry in front of a name that does not fold becomes final, unless it has folded itself and the two differ in
     /// nothing but their indices: then it stays open for the next dimension.
-    void push_back(std::string const &name);
+    GEN_API void push_back(std::string const &name);
 
     /// Whether an entry is final, so that the front may be taken.
     ///
     /// An entry that expand_front() has taken apart while it was final counts for good: the queue is ready from there
     /// on, also when it is empty. A consumer that expands asks empty().
-    bool ready() const { return m_ready_count != 0; }
+    GEN_API bool ready() const;
 
-    bool empty() const { return m_head == nullptr; }
+    GEN_API bool empty() const;
 
     /// The entry at the front, valid until the queue changes. An internal error on an empty queue.
-    std::string const &front() const;
+    GEN_API std::string const &front() const;
 
     /// Takes the entry at the front apart until it holds no range, and returns what is then the front; valid until the
     /// queue changes. An internal error on an empty queue.
@@ -99,13 +101,13 @@ public:
     ///
     /// A range gives an entry for each of its values at once, in rising order. Only ranges in brackets count, whatever
     /// the type of the queue.
-    std::string const &expand_front();
+    GEN_API std::string const &expand_front();
 
     /// Removes the entry at the front, if there is one.
-    void pop_front();
+    GEN_API void pop_front();
 
     /// Removes all entries.
-    void clear();
+    GEN_API void clear();
 
 private:
     struct NODE
@@ -147,15 +149,17 @@ private:
         INDEX m_existing;
     };
 
-    inline bool merge(std::string &existing, std::string const &incoming, bool &compatible);
+    GEN_API bool merge(std::string &existing, std::string const &incoming, bool &compatible);
     // In these two `ch` is the current character of a text and `cursor` points one past it. Both move on success; past
     // a number that is out of range scan_int() moves too. The larger number comes last in `range`.
-    inline bool scan_index(char &ch, char const *&cursor, int *const range) const;
-    inline bool scan_int(char &ch, char const *&cursor, int &value) const;
+    GEN_API bool scan_index(char &ch, char const *&cursor, int *const range) const;
+    GEN_API bool scan_int(char &ch, char const *&cursor, int &value) const;
 
     inline bool read_index(char const *at, INDEX &index) const;
     inline static bool read_number(char const *&at, int &value, bool &plain);
-    static bool is_digit(char ch) { return ch >= '0' && ch <= '9'; }
+    // Above 9 for any other character.
+    static unsigned digit_of(char ch) { return static_cast<unsigned>(ch - '0'); }
+    static bool is_digit(char ch) { return digit_of(ch) <= 9; }
     bool starts_index(char ch) const { return ch == '[' || (m_bare_index_allowed && is_digit(ch)); }
     inline void update_bare_index_allowed(char ch);
     inline std::string::size_type walk_start(std::string const &existing, std::string const &incoming) const;
@@ -186,11 +190,58 @@ inline GEN_INDEX_COMPRESSOR_QUEUE::GEN_INDEX_COMPRESSOR_QUEUE(bool error_check, 
 {
 }
 
+inline GEN_INDEX_COMPRESSOR_QUEUE::GEN_INDEX_COMPRESSOR_QUEUE(GEN_INDEX_COMPRESSOR_QUEUE const &) = default;
+
+inline GEN_INDEX_COMPRESSOR_QUEUE &GEN_INDEX_COMPRESSOR_QUEUE::operator=(GEN_INDEX_COMPRESSOR_QUEUE const &) = default;
+
 inline GEN_INDEX_COMPRESSOR_QUEUE::~GEN_INDEX_COMPRESSOR_QUEUE()
 {
     if (m_error_check && (m_head != nullptr || m_tail != nullptr))
         err_report_internal_error("!m_error_check || m_head == NULL && m_tail == NULL", "GEN",
                                   "h/gen_index_compressor_queue_sys.h", __LINE__);
+}
+
+// What is imported stands in front of its first use: Windows' compiler then takes the definition in its place.
+
+inline bool GEN_INDEX_COMPRESSOR_QUEUE::ready() const
+{
+    return m_ready_count != 0;
+}
+
+inline bool GEN_INDEX_COMPRESSOR_QUEUE::empty() const
+{
+    return m_head == nullptr;
+}
+
+// Looks for the one index at which `incoming` takes up directly behind `existing`, and replaces `existing` by the
+// merged text. `compatible` tells that no plain character differs. A difference that forbids the merge doesn't end the
+// walk: `compatible` is still to be found out.
+inline bool GEN_INDEX_COMPRESSOR_QUEUE::merge(std::string &existing, std::string const &incoming, bool &compatible)
+{
+    compatible = true;
+    m_bare_index_allowed = m_bracket_optional;
+    if (incoming.empty())
+        return false;
+
+    std::string::size_type const start = walk_start(existing, incoming);
+    SEAM seam = {true, false, start, nullptr, {}, {}};
+    char const *at1 = incoming.c_str() + start;
+    char const *at2 = existing.c_str() + start;
+    while (*at1 != '\0' && *at2 != '\0') {
+        update_bare_index_allowed(*at2);
+        if (starts_index(*at1)) {
+            if (!step_index(at1, at2, seam))
+                return false;
+        } else {
+            compatible = *at1++ == *at2++;
+            if (!compatible)
+                return false;
+        }
+    }
+    if (!seam.m_ok || !seam.m_merged)
+        return false;
+    write_merged(existing, incoming, seam);
+    return true;
 }
 
 inline void GEN_INDEX_COMPRESSOR_QUEUE::push_back(std::string const &name)
@@ -242,37 +293,6 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::clear()
 {
     while (!empty())
         pop_front();
-}
-
-// Looks for the one index at which `incoming` takes up directly behind `existing`, and replaces `existing` by the
-// merged text. `compatible` tells that no plain character differs. A difference that forbids the merge doesn't end the
-// walk: `compatible` is still to be found out.
-inline bool GEN_INDEX_COMPRESSOR_QUEUE::merge(std::string &existing, std::string const &incoming, bool &compatible)
-{
-    compatible = true;
-    m_bare_index_allowed = m_bracket_optional;
-    if (incoming.empty())
-        return false;
-
-    std::string::size_type const start = walk_start(existing, incoming);
-    SEAM seam = {true, false, start, nullptr, {}, {}};
-    char const *at1 = incoming.c_str() + start;
-    char const *at2 = existing.c_str() + start;
-    while (*at1 != '\0' && *at2 != '\0') {
-        update_bare_index_allowed(*at2);
-        if (starts_index(*at1)) {
-            if (!step_index(at1, at2, seam))
-                return false;
-        } else {
-            compatible = *at1++ == *at2++;
-            if (!compatible)
-                return false;
-        }
-    }
-    if (!seam.m_ok || !seam.m_merged)
-        return false;
-    write_merged(existing, incoming, seam);
-    return true;
 }
 
 // A place that the walk is sure to reach with nothing found so far, so that it may start there. Where only brackets
@@ -370,9 +390,13 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::write_merged(std::string &existing, std:
     char const *const end = begin + incoming.size();
     // In a long run all is there but the high number.
     if (seam.m_begin == begin + seam.m_equal && seam.m_existing.m_plain && seam.m_incoming.m_plain) {
-        existing.resize(static_cast<std::string::size_type>(seam.m_existing.m_low_end - existing.c_str()));
-        existing.push_back(':');
-        existing.append(seam.m_incoming.m_high_begin, end);
+        char const *const high = seam.m_incoming.m_high_begin;
+        std::string::size_type const low_size =
+            static_cast<std::string::size_type>(seam.m_existing.m_low_end - existing.c_str());
+        std::string::size_type const high_size = static_cast<std::string::size_type>(end - high);
+        existing.resize(low_size + 1 + high_size);
+        existing[low_size] = ':';
+        std::memcpy(&existing[low_size + 1], high, high_size);
         return;
     }
     std::string const range =
@@ -441,18 +465,18 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_number(char const *&at, int &value,
     if (negative)
         ++at;
     char const *const digits = at;
-    bool good = is_digit(*at);
+    bool fits = true;
     int sum = 0;
-    for (; is_digit(*at); ++at) {
+    for (unsigned digit = digit_of(*at); digit <= 9; digit = digit_of(*++at)) {
         if (sum >= 214748364) // no further digit is sure to fit
-            good = false;
+            fits = false;
         else
-            sum = sum * 10 + (*at - '0');
+            sum = sum * 10 + static_cast<int>(digit);
     }
     value = negative ? -sum : sum;
     if (*digits == '0' && (negative || at - digits != 1))
         plain = false;
-    return good;
+    return fits && at != digits;
 }
 
 // Merges the back into what stands in front of it, as long as that works: further dimensions.
@@ -511,7 +535,8 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::split_front(RANGE_TEXT const &at)
     std::string const ahead = whole->m_name.substr(0, at.m_begin + 1);
     std::string const behind = whole->m_name.substr(at.m_end - 1);
     for (int value = at.m_range[1]; value >= at.m_range[0]; --value) {
-        NODE *const node = new NODE{m_head, nullptr, ahead + std::to_string(value) + behind, false, false};
+        NODE *const node = new NODE{m_head, nullptr, ahead, false, false};
+        node->m_name.append(std::to_string(value)).append(behind);
         m_head->m_prev = node;
         m_head = node;
     }

@@ -170,9 +170,9 @@ GEN_API std::int64_t gen_atotime_t(std::string const &text);
 GEN_API std::uint32_t gen_atoui_s(std::string const &text, bool *ok);
 
 // Number to text: digits 0 to 9, then lower-case letters from a for ten on. The `char *` forms return their buffer,
-// which must have room for the digits, a minus sign and a terminator: 66 bytes are always enough. A radix below 2 is
-// the caller's fault, which only the `std::string &` form catches: elsewhere 0 faults in the division, and 1 does not
-// return.
+// which must have room for the digits, a minus sign and a terminator: 66 bytes are always enough. A radix is 2 to 36.
+// One below 2 is the caller's fault, which the `std::string &` form ends the process for; the others give an empty
+// text. Above 36 the characters behind z go on as digits.
 
 /// In radix 10 a negative value has a minus sign; in any other its 32 bits are written as an unsigned number.
 ///
@@ -180,7 +180,7 @@ GEN_API std::uint32_t gen_atoui_s(std::string const &text, bool *ok);
 GEN_API std::string gen_itoa(int value, int radix);
 GEN_API char *gen_itoa(int value, char *buffer, int radix);
 
-/// The same in place of what `out` holds; a radix below 2 is an internal error.
+/// The same in place of what `out` holds. A radix below 2 is an internal error.
 GEN_API void gen_itoa(int value, std::string &out, int radix);
 
 /// A negative value has a minus sign in every radix: -255 in radix 16 gives "-ff".
@@ -352,8 +352,9 @@ constexpr unsigned long FORMAT_MESSAGE_MAX_WIDTH_MASK = 0xFF;   ///< not support
 /// @param language_id  not looked at
 /// @param buffer       receives the text with a terminator. With FORMAT_MESSAGE_ALLOCATE_BUFFER it is the address of a
 ///                     `char *`, which receives a block that the caller releases with free().
-/// @param size         the bytes of `buffer`, never 0, which is not guarded against: a longer text is cut to leave room
-///                     for the terminator. With FORMAT_MESSAGE_ALLOCATE_BUFFER the least length of the text.
+/// @param size         the bytes of `buffer`: a longer text is cut to leave room for the terminator, and with 0 nothing
+///                     is written and the result is 0. With FORMAT_MESSAGE_ALLOCATE_BUFFER the least length of the
+///                     text.
 /// @param args         the slots
 /// @return the number of characters stored, without the terminator
 ///

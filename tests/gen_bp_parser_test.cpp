@@ -443,8 +443,13 @@ TEST_F(GenBpParserDeathTest, ServesForOneParse)
     GEN_BP_PARSER parser;
     std::string text = "a=1";
     ASSERT_FALSE(parser.parse_string(&text));
-    EXPECT_EXIT(parser.parse_string(&text), ExitedWithCode(3),
-                HasSubstr("Internal error: token != 0\n  Library: GEN\n  Source:  gen/gen_bp_parser"));
+    // Copies have the same places of tokens that are gone.
+    GEN_BP_PARSER copy(parser);
+    GEN_BP_PARSER assigned;
+    assigned = parser;
+    for (GEN_BP_PARSER *used : {&parser, &copy, &assigned})
+        EXPECT_EXIT(used->parse_string(&text), ExitedWithCode(3),
+                    HasSubstr("Internal error: token != 0\n  Library: GEN\n  Source:  gen/gen_bp_parser"));
 }
 
 } // namespace

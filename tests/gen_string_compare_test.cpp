@@ -1,6 +1,7 @@
 #include "gen_string_sys.h"
 
 #include "gen/gen_string_number.h"
+#include "tests/support/lexcmp_reference.h"
 
 #include <algorithm>
 #include <limits>
@@ -52,97 +53,6 @@ std::string shown(std::string const &text)
 {
     return testing::PrintToString(text);
 }
-
-// The number-aware comparisons once more, character by character as they are documented.
-namespace plain {
-
-using Iterator = std::string::const_iterator;
-
-bool is_digit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-int code_of(char c, bool folds)
-{
-    int const code = static_cast<signed char>(c);
-    return folds && code >= 'A' && code <= 'Z' ? code + 32 : code;
-}
-
-int compare_digits(Iterator &first, Iterator first_end, Iterator &second, Iterator second_end)
-{
-    auto const not_zero = [](char c) { return c != '0'; };
-    auto const not_digit = [](char c) { return !is_digit(c); };
-    Iterator const first_run_end = std::find_if(first, first_end, not_digit);
-    Iterator const second_run_end = std::find_if(second, second_end, not_digit);
-    std::string const first_digits(std::find_if(first, first_run_end, not_zero), first_run_end);
-    std::string const second_digits(std::find_if(second, second_run_end, not_zero), second_run_end);
-    int const spent = static_cast<int>((first_run_end - first) - (second_run_end - second));
-    first = first_run_end;
-    second = second_run_end;
-    if (first_digits.size() != second_digits.size())
-        return static_cast<int>(first_digits.size()) - static_cast<int>(second_digits.size());
-    for (std::size_t i = 0; i < first_digits.size(); ++i)
-        if (first_digits[i] != second_digits[i])
-            return first_digits[i] - second_digits[i];
-    return spent;
-}
-
-int lexcmp(std::string const &first_text, std::string const &second_text, bool folds)
-{
-    Iterator first = first_text.begin();
-    Iterator second = second_text.begin();
-    while (first != first_text.end() && second != second_text.end()) {
-        int const result = is_digit(*first) && is_digit(*second)
-                               ? compare_digits(first, first_text.end(), second, second_text.end())
-                               : code_of(*first++, folds) - code_of(*second++, folds);
-        if (result != 0)
-            return result;
-    }
-    return static_cast<int>(first_text.size()) - static_cast<int>(second_text.size());
-}
-
-std::uint32_t take_number(Iterator &at, Iterator end, bool is_negative)
-{
-    std::uint32_t value = 0;
-    while (at != end && is_digit(*at))
-        value = value * 10 + static_cast<std::uint32_t>(*at++ - '0');
-    return is_negative ? ~value + 1 : value;
-}
-
-int signed_lexcmp(std::string const &first_text, std::string const &second_text)
-{
-    Iterator first = first_text.begin();
-    Iterator second = second_text.begin();
-    bool const is_first_negative = first != first_text.end() && *first == '-';
-    bool const is_second_negative = second != second_text.end() && *second == '-';
-    first += is_first_negative;
-    second += is_second_negative;
-    while (first != first_text.end() && second != second_text.end()) {
-        int result = 0;
-        if (!is_digit(*first) && !is_digit(*second)) {
-            result = code_of(*first++, false) - code_of(*second++, false);
-        } else if (!is_digit(*first)) {
-            result = -1;
-        } else if (!is_digit(*second)) {
-            result = 1;
-        } else {
-            Iterator const first_run = first;
-            Iterator const second_run = second;
-            result = static_cast<int>(take_number(first, first_text.end(), is_first_negative) -
-                                      take_number(second, second_text.end(), is_second_negative));
-            if (result == 0)
-                result = static_cast<int>((first - first_run) - (second - second_run));
-        }
-        if (result != 0)
-            return result;
-    }
-    if (first != first_text.end())
-        return 1;
-    return second != second_text.end() ? -1 : 0;
-}
-
-} // namespace plain
 
 } // namespace
 
@@ -411,6 +321,19 @@ std::vector<LexCase> const LEX_CASES = {
     {"a1", "a:", '1' - ':', '1' - ':', 1},
     {"a1b", "a12", -1, -1, -11},
     {"a0x", "a00", -1, -1, -1},
+    // A number that goes on behind the shorter text: the digits count, not the lengths.
+    {"a1", "a12bc", -1, -1, -11},
+    {"a12bc", "a1", 1, 1, 11},
+    {"a0", "a00bc", -1, -1, -1},
+    {"a", "a12bc", -4, -4, -1},
+    // A 0 where two numbers part: it leads the number, or it doesn't.
+    {"a100x", "a1001", -1, -1, -901},
+    {"a10x", "a1x", 1, 1, 9},
+    {"a00x", "a05x", -1, -1, -5},
+    {"a0005", "a000", 1, 1, 5},
+    {"a0050", "a005", 1, 1, 45},
+    {"a0x", "a10", -2, -2, -10},
+    {"a01", "a12", -1, -1, -11},
     // Bytes are signed.
     {"\x80", "a", -128 - 'a', -128 - 'a', -128 - 'a'},
     {"a", "\xff", 'a' + 1, 'a' + 1, 'a' + 1},
@@ -506,11 +429,23 @@ TEST(GenLexcmp, AgreesWithItsDefinitionOnEveryPairOfShortTexts)
     std::vector<std::string> const texts = short_texts("019aAZ-/\x80", 3);
     for (std::string const &first : texts)
         for (std::string const &second : texts) {
-            ASSERT_EQ(gen_lexcmp(first, second), plain::lexcmp(first, second, false))
+            ASSERT_EQ(gen_lexcmp(first, second), lexcmp_reference::lexcmp(first, second, false))
                 << shown(first) << ", " << shown(second);
-            ASSERT_EQ(gen_ilexcmp(first, second), plain::lexcmp(first, second, true))
+            ASSERT_EQ(gen_ilexcmp(first, second), lexcmp_reference::lexcmp(first, second, true))
                 << shown(first) << ", " << shown(second);
-            ASSERT_EQ(gen_signed_lexcmp(first, second), plain::signed_lexcmp(first, second))
+            ASSERT_EQ(gen_signed_lexcmp(first, second), lexcmp_reference::signed_lexcmp(first, second))
+                << shown(first) << ", " << shown(second);
+        }
+}
+
+TEST(GenLexcmp, AgreesWithItsDefinitionOnEveryPairOfShortNumbers)
+{
+    std::vector<std::string> const texts = short_texts("01a", 5);
+    for (std::string const &first : texts)
+        for (std::string const &second : texts) {
+            ASSERT_EQ(gen_lexcmp(first, second), lexcmp_reference::lexcmp(first, second, false))
+                << shown(first) << ", " << shown(second);
+            ASSERT_EQ(gen_ilexcmp(first, second), lexcmp_reference::lexcmp(first, second, true))
                 << shown(first) << ", " << shown(second);
         }
 }
@@ -527,13 +462,14 @@ TEST(GenLexcmp, AgreesWithItsDefinitionBehindCommonStartsOfAnyLength)
                     std::string const second = pattern.substr(0, length) + second_end;
                     std::string folded = second;
                     gen_tolower(folded);
-                    ASSERT_EQ(gen_lexcmp(first, second), plain::lexcmp(first, second, false))
+                    ASSERT_EQ(gen_lexcmp(first, second), lexcmp_reference::lexcmp(first, second, false))
                         << shown(first) << ", " << shown(second);
-                    ASSERT_EQ(gen_ilexcmp(first, folded), plain::lexcmp(first, folded, true))
+                    ASSERT_EQ(gen_ilexcmp(first, folded), lexcmp_reference::lexcmp(first, folded, true))
                         << shown(first) << ", " << shown(folded);
-                    ASSERT_EQ(gen_signed_lexcmp(first, second), plain::signed_lexcmp(first, second))
+                    ASSERT_EQ(gen_signed_lexcmp(first, second), lexcmp_reference::signed_lexcmp(first, second))
                         << shown(first) << ", " << shown(second);
-                    ASSERT_EQ(gen_signed_lexcmp('-' + first, second), plain::signed_lexcmp('-' + first, second))
+                    ASSERT_EQ(gen_signed_lexcmp('-' + first, second),
+                              lexcmp_reference::signed_lexcmp('-' + first, second))
                         << shown('-' + first) << ", " << shown(second);
                 }
 }
@@ -548,7 +484,7 @@ TEST(GenIlexcmp, FoldsTheLettersAndNoOtherByteInEveryPlaceOfAWord)
                 std::string second = first;
                 first[place] = static_cast<char>(first_code);
                 second[place] = static_cast<char>(second_code);
-                ASSERT_EQ(gen_ilexcmp(first, second), plain::lexcmp(first, second, true))
+                ASSERT_EQ(gen_ilexcmp(first, second), lexcmp_reference::lexcmp(first, second, true))
                     << shown(first) << ", " << shown(second);
             }
 }

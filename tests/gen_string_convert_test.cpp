@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <locale>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -257,6 +258,36 @@ TEST(GenItoa, ReadsBack)
         EXPECT_EQ(gen_atoi(gen_itoa(static_cast<int>(sample), 10)), static_cast<int>(sample));
 }
 
+TEST(GenItoa, GivesNoTextInARadixBelowTwo)
+{
+    for (int radix : {1, 0, -1, -10, -16, INT_LEAST})
+        for (int value : {0, 1, 5, -5, INT_MOST, INT_LEAST}) {
+            EXPECT_EQ(gen_itoa(value, radix), "") << value << " in radix " << radix;
+            char text[] = "xx";
+            EXPECT_EQ(gen_itoa(value, text, radix), text);
+            EXPECT_STREQ(text, "") << value << " in radix " << radix;
+            EXPECT_STREQ(gen_ltoa(value, text, radix), "") << value << " in radix " << radix;
+            EXPECT_STREQ(gen_ultoa(static_cast<std::uint64_t>(value), text, radix), "")
+                << value << " in radix " << radix;
+            EXPECT_EQ(text[1], 'x') << value << " in radix " << radix;
+        }
+}
+
+TEST(GenItoa, GoesOnBehindTheLettersInARadixAbove36)
+{
+    // The characters behind z, by their codes; a terminator may be among them.
+    for (int radix : {37, 100, 1000, INT_MOST})
+        for (std::uint64_t sample : sample_values()) {
+            std::string expected;
+            for (std::uint32_t rest = static_cast<std::uint32_t>(sample); expected.empty() || rest != 0;
+                 rest /= static_cast<std::uint32_t>(radix)) {
+                std::uint32_t const digit = rest % static_cast<std::uint32_t>(radix);
+                expected.insert(expected.begin(), static_cast<char>(digit + (digit < 10 ? '0' : 'a' - 10)));
+            }
+            ASSERT_EQ(gen_itoa(static_cast<int>(sample), radix), expected) << sample << " in radix " << radix;
+        }
+}
+
 TEST(GenItoaDeathTest, TestsTheRadixOfTheStringForm)
 {
     for (int radix : {1, 0, -1, -10, INT_LEAST}) {
@@ -282,6 +313,9 @@ constexpr LtoaCase LTOA_CASES[] = {
     {-std::numeric_limits<std::int64_t>::max(), 10, "-9223372036854775807"},
     {std::numeric_limits<std::int64_t>::max(), 36, "1y2p0ij32e8e7"},
     {-36, 37, "-{"},
+    // This one has no counterpart above 0.
+    {std::numeric_limits<std::int64_t>::min(), 10, "-9223372036854775808"},
+    {std::numeric_limits<std::int64_t>::min(), 16, "-8000000000000000"},
 };
 TEST(GenLtoa, WritesASignInEveryRadix)
 {
@@ -297,8 +331,6 @@ TEST(GenLtoa, WritesEveryRadix)
     for (int radix = 2; radix <= 36; ++radix)
         for (std::uint64_t sample : sample_values()) {
             std::int64_t const value = static_cast<std::int64_t>(sample);
-            if (value == std::numeric_limits<std::int64_t>::min())
-                continue; // what cannot be negated is outside the contract
             std::uint64_t const magnitude = value < 0 ? 0 - sample : sample;
             char buffer[66];
             ASSERT_EQ(gen_ltoa(value, buffer, radix),
@@ -319,6 +351,41 @@ TEST(GenUltoa, WritesEveryRadix)
     char buffer[66];
     EXPECT_STREQ(gen_ultoa(~std::uint64_t{0}, buffer, 10), "18446744073709551615");
     EXPECT_STREQ(gen_ultoa(~std::uint64_t{0}, buffer, 2), std::string(64, '1').c_str());
+}
+
+// Locales.
+
+// Groups the digits of every stream while it lives.
+class GroupedDigits
+{
+public:
+    GroupedDigits() : m_former(std::locale::global(std::locale(std::locale::classic(), new Grouping))) {}
+    ~GroupedDigits() { std::locale::global(m_former); }
+    GroupedDigits(GroupedDigits const &) = delete;
+    GroupedDigits &operator=(GroupedDigits const &) = delete;
+
+private:
+    class Grouping : public std::numpunct<char>
+    {
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    std::locale m_former;
+};
+
+TEST(GenNumbers, KnowNoLocale)
+{
+    GroupedDigits const grouped;
+    std::ostringstream shows;
+    shows << 1234567;
+    ASSERT_EQ(shows.str(), "1.234.567");
+
+    char buffer[66];
+    EXPECT_EQ(gen_itoa(1234567, 10), "1234567");
+    EXPECT_STREQ(gen_ltoa(-1234567, buffer, 10), "-1234567");
+    EXPECT_STREQ(gen_ultoa(1234567, buffer, 10), "1234567");
+    EXPECT_EQ(gen_atoi("1.234"), 1);
+    EXPECT_EQ(gen_atotime_t("1.234"), 1);
 }
 
 // Lines.

@@ -1,7 +1,7 @@
 #include "gen_string_sys.h"
 
-#include "mem_sys.h"
 #include "tests/support/argument_slots.h"
+#include "tests/support/formatmessage_reference.h"
 
 #include <climits>
 #include <cstdlib>
@@ -345,89 +345,6 @@ TEST(GenFormatMessage, HasRoomFor1365PlainInserts)
     EXPECT_EQ(expanded(repeated("%1", 100000), ArgumentSlots("a")), repeated("a", 1365));
 }
 
-// The same, character by character.
-class Reference
-{
-public:
-    Reference(std::string const &format, char *slots) : m_format(format.c_str()), m_slots(slots), m_cursor(slots) {}
-
-    std::string text()
-    {
-        scan(/*prints=*/false);
-        scan(/*prints=*/true);
-        return m_out;
-    }
-
-private:
-    void scan(bool prints)
-    {
-        for (char const *p = m_format; *p != '\0';) {
-            std::string const two(p, p[1] == '\0' ? 1 : 2);
-            bool const is_pair = two == "\r\n" || two == "\n\r";
-            if (two[0] != '%') {
-                print(prints, is_pair ? "\r\n" : two.substr(0, 1));
-                p += is_pair ? 2 : 1;
-            } else if (two == "%0")
-                return;
-            else if (two.size() == 2 && two[1] >= '1' && two[1] <= '9')
-                p = insert(prints, p + 1);
-            else {
-                print(prints, two == "%%" ? "%" : two);
-                p += two.size();
-            }
-        }
-    }
-
-    char const *insert(bool prints, char const *p)
-    {
-        std::size_t number = static_cast<std::size_t>(*p++ - '0');
-        if (*p >= '0' && *p <= '9')
-            number = 10 * number + static_cast<std::size_t>(*p++ - '0');
-        std::string spec = "%s";
-        if (*p == '!') {
-            std::string const rest = p + 1;
-            std::size_t const end = rest.find('!');
-            spec = "%" + rest.substr(0, end);
-            p += end == std::string::npos ? 1 + rest.size() : 2 + end;
-        }
-        m_specs[number] = spec;
-        if (prints)
-            print_argument(number);
-        return p;
-    }
-
-    void print_argument(std::size_t number)
-    {
-        if (number <= m_position) {
-            m_position = 0;
-            m_cursor = m_slots;
-        }
-        std::string value;
-        while (m_position < number) {
-            value.clear();
-            ++m_position;
-            if (m_specs[m_position].empty())
-                m_cursor += 8;
-            else
-                stl_output(&value, m_specs[m_position].c_str(), m_cursor);
-        }
-        m_out += value;
-    }
-
-    void print(bool prints, std::string const &text)
-    {
-        if (prints)
-            m_out += text;
-    }
-
-    char const *m_format;
-    char *m_slots;
-    char *m_cursor;
-    std::size_t m_position = 0;
-    std::string m_specs[100];
-    std::string m_out;
-};
-
 TEST(GenFormatMessage, ExpandsEveryShortTemplate)
 {
     constexpr char ALPHABET[] = {'%', '0', '1', '2', '!', 'd', '\r', '\n', 'a'};
@@ -437,7 +354,7 @@ TEST(GenFormatMessage, ExpandsEveryShortTemplate)
         std::string const format = templates[i];
         std::string out;
         gen_formatmessage(out, format.c_str(), slots.begin());
-        ASSERT_EQ(out, Reference(format, slots.begin()).text()) << shown(format);
+        ASSERT_EQ(out, FormatMessageReference(format, slots.begin()).text()) << shown(format);
         for (char c : ALPHABET)
             if (format.size() < 5)
                 templates.push_back(format + c);
@@ -516,6 +433,9 @@ TEST(GenFormatMessageIntoBuffer, CutsAndTerminates)
         {"", 0, 16, 0, ""},
         {"", 0, 0, 0, ""},
         {"%0hello", 0, 16, 0, ""},
+        // A buffer of no bytes stays as it is.
+        {"hello", 0, 0, 0, ""},
+        {"%1", 0x200, 0, 0, ""},
         {"", 0x200, 16, 0, ""},
         // Inserts and line ends.
         {"%2 %1!s!\n\r", 0, 16, 7, "bb a\r\n\0"s.insert(4, "A")},
@@ -612,7 +532,7 @@ TEST(GenFormatMessage, ReadsNothingBehindItsTemplate)
         ArgumentSlots slots = numbered_texts();
         std::string out;
         gen_formatmessage(out, exact.get(), slots.begin());
-        EXPECT_EQ(out, Reference(text, slots.begin()).text()) << shown(text);
+        EXPECT_EQ(out, FormatMessageReference(text, slots.begin()).text()) << shown(text);
     }
 }
 

@@ -26,6 +26,8 @@ struct Script
     bool case_matters = true;
     std::size_t reservation_limit = std::numeric_limits<std::size_t>::max();
     std::size_t reservation_count = 0;
+    gen_os_fake_profile_call profile_call;
+    int profile_result = 0;
     std::string debug_output;
 };
 
@@ -113,6 +115,16 @@ std::size_t gen_os_fake_reservation_count()
 {
     return script().reservation_count;
 }
+gen_os_fake_profile_call gen_os_fake_last_profile_call()
+{
+    return script().profile_call;
+}
+
+void gen_os_fake_set_profile_result(int result)
+{
+    script().profile_result = result;
+}
+
 char const *gen_os_fake_debug_output()
 {
     return script().debug_output.c_str();
@@ -214,9 +226,10 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
     return buffer.open(path, mode) != nullptr;
 }
 
-int gen_os_write_private_profile_string(char const *, char const *, char const *, char const *)
+int gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file)
 {
-    return 0;
+    script().profile_call = {section, key, value, file};
+    return script().profile_result;
 }
 
 bool gen_os_reserve_address_space(std::size_t)

@@ -48,6 +48,17 @@ GEN_API void gen_os_fake_set_reservation_limit(std::size_t count);
 /// How many were asked for.
 GEN_API std::size_t gen_os_fake_reservation_count();
 
+/// The last write of a private profile string, by the pointers that came, and what the next ones give; 0 at start.
+struct gen_os_fake_profile_call
+{
+    char const *section = nullptr;
+    char const *key = nullptr;
+    char const *value = nullptr;
+    char const *file = nullptr;
+};
+GEN_API gen_os_fake_profile_call gen_os_fake_last_profile_call();
+GEN_API void gen_os_fake_set_profile_result(int result);
+
 /// What came through the debug channel so far; valid until the next text.
 GEN_API char const *gen_os_fake_debug_output();
 
