@@ -235,4 +235,122 @@ GEN_API std::string gen_get_user_library_paths();
 GEN_API void gen_set_user_ip_search_paths(std::string paths);
 GEN_API std::string gen_get_user_ip_search_paths();
 
+// Temporary files and names that nobody else uses. Failures show in the results alone, and what is made belongs to the
+// caller: nothing here removes a file.
+
+/// Creates an empty file of a new name, which no other process gets.
+///
+/// @param dir     a directory; one that is missing or empty is a failure
+/// @param prefix  its first three characters begin the file's name
+/// @return the file's full path; empty on failure
+///
+///     "/work/", "netlist" -> "/work/netk3Qp0s.tmp" on Linux, and "c:/work/netA17.tmp" for "c:/work" on Windows
+GEN_API std::string gen_create_temp_file(std::string const &dir, std::string const &prefix);
+
+/// Creates a file as gen_create_temp_file() does, and then an empty one of the same name with another extension. Up to
+/// five attempts are made.
+///
+/// @param extension  with or without a dot in front
+/// @return the path of the last attempt, which may have failed; empty if not even the temporary file could be made
+///
+/// - The temporary file of each attempt stays: with an extension other than "tmp" there are two files at least.
+/// - A file that has the target's name already is emptied, and another attempt follows. None follows if `extension`
+///   occurs anywhere in the temporary file's path, be it in the name of a directory: the target then counts as the
+///   temporary file itself.
+/// - Two processes can come to the same target.
+GEN_API std::string gen_create_temp_file_with_extension(std::string const &dir, std::string const &prefix,
+                                                        std::string const &extension);
+
+/// A file name without directory: the time in seconds and a number of std::rand(), in hexadecimal, and ".tmp".
+///
+/// The generator is that of the process and is not seeded here. Nothing looks whether there is such a file; two
+/// processes that start in the same second can get the same name.
+///
+/// @param ignored  has no effect; may be null
+GEN_API std::string gen_unique_path(char const *ignored);
+
+/// A directory of a gen_unique_path() name.
+///
+/// @param base    the directory above it; not empty, or the root is meant
+/// @param out     receives the path, without a slash at its end; emptied on failure. May be `base` itself
+/// @param create  whether to make the directory; otherwise the path is a name only, and nothing fails
+/// @return false if it could not be made. There is one attempt; a missing `base` is not made
+GEN_API bool gen_create_unique_dir(std::string const &base, std::string &out, bool create);
+
+/// The directory for temporary files as the platform gives it, with "/" behind it unless it ends in one. On Windows it
+/// ends in both separators; "/" alone if the platform gives none.
+///
+///     TMPDIR unset on Linux -> "/tmp/"    Windows -> "C:\\Users\\me\\AppData\\Local\\Temp\\/"
+GEN_API std::string gen_get_temp_path();
+
+/// The name of an output file of the project: directory, name, and extension with a dot in front if it isn't empty.
+///
+/// @param directory  not null: kept for this call and those after it, with a debug message at each; an empty one takes
+///                   that back. Without one it is the database directory, or nothing if that isn't set.
+///
+/// Nothing is put between directory and name. One thread at a time may call it. Once exit has released the directory
+/// that is kept, there is none.
+///
+///     "a", "b", null with the database directory "c:/p/db/" -> "c:/p/db/a.b"
+GEN_API std::string gen_generate_pdb_filename(std::string const &name, std::string const &extension,
+                                              std::string const *directory);
+
+/// A copy with "/" for each back slash, and no other change.
+GEN_API std::string gen_sync_path_separators(std::string const &text);
+
+// Tool windows. Each is known to the user interface by a path in the module's directory, which need not exist.
+
+GEN_API FIO_PATH gen_get_acv_filename();                  ///< "die_editor.acv"
+GEN_API FIO_PATH gen_get_advanced_tan_tool_filename();    ///< "Deep Timing Tool.atfw"
+GEN_API FIO_PATH gen_get_ape_filename();                  ///< "Cell Property Editor.kcp"
+GEN_API FIO_PATH gen_get_ase_filename();                  ///< "Constraint Sheet.kcs"
+GEN_API FIO_PATH gen_get_awv_filename();                  ///< "Analog Trace Viewer.kawv"
+GEN_API FIO_PATH gen_get_cfw_filename();                  ///< "Build Flow Window.cfw"
+GEN_API FIO_PATH gen_get_ecui_filename();                 ///< "Formal Matcher.ecui"
+GEN_API FIO_PATH gen_get_lfp_filename();                  ///< "logic_floormap.lfp"
+GEN_API FIO_PATH gen_get_pgmw_cof_filename();             ///< "Convert Image Files.pgmwcof"
+GEN_API FIO_PATH gen_get_ppl_filename();                  ///< "pad_planner.ppl"
+GEN_API FIO_PATH gen_get_ptw_filename();                  ///< "Energy Tool Window.ptw"
+GEN_API FIO_PATH gen_get_kis_filename();                  ///< "Kalvern Suite Built-in Synthesis Tool Window.kis"
+GEN_API FIO_PATH gen_get_ram_editor_filename();           ///< "Memory Array Editor.kred"
+GEN_API FIO_PATH gen_get_reqc_filename();                 ///< "Formal_Matcher_Viewer.reqc"
+GEN_API FIO_PATH gen_get_rsm_filename();                  ///< "FSM_Viewer.krsm"
+GEN_API FIO_PATH gen_get_rui_filename();                  ///< "Source_Netlist_Viewer.krui"
+GEN_API FIO_PATH gen_get_rui_sim_viewer_ftm_filename();   ///< "Fast_Corner_Sim_Netlist_Viewer.krui"
+GEN_API FIO_PATH gen_get_rui_sim_viewer_fun_filename();   ///< "Logic_Sim_Netlist_Viewer.krui"
+GEN_API FIO_PATH gen_get_rui_sim_viewer_tim_filename();   ///< "Delay_Sim_Netlist_Viewer.krui"
+GEN_API FIO_PATH gen_get_sfw_filename();                  ///< "Sim Flow Window.sfw"
+GEN_API FIO_PATH gen_get_stp_filename();                  ///< "Wave Probe.stp"
+GEN_API FIO_PATH gen_get_stw_filename();                  ///< "Noise Tool Window.stw"
+GEN_API FIO_PATH gen_get_tech_post_fit_viewer_filename(); ///< "Mapped_Viewer_Post_Fit.krui"
+GEN_API FIO_PATH gen_get_tech_post_map_viewer_filename(); ///< "Mapped_Viewer_Post_Map.krui"
+GEN_API FIO_PATH gen_get_tech_viewer_filename();          ///< "Mapped_Viewer.krui"
+GEN_API FIO_PATH gen_get_tfw_filename();                  ///< "Timing Flow Window.tfw"
+
+/// "TimingFloorMap.fld", whatever the arguments.
+GEN_API FIO_PATH gen_get_fled_filename(std::string const &ignored, bool also_ignored);
+
+/// The window of one report: "Results_Window_03.krw" for 3. The number has two digits at least.
+GEN_API FIO_PATH gen_get_rpw_filename(int number);
+
+/// Windows of a stem that the caller gives, with the extensions "ksv", "kta" and "ktm". The stem is put to
+/// FIO_PATH::base() and loses what stands behind its last dot to the extension: "a.b" gives "a.ksv". Without a stem, or
+/// for null, only the directory is left.
+GEN_API FIO_PATH gen_get_snapshot_viewer_filename(char const *stem);
+GEN_API FIO_PATH gen_get_timing_analyzer_snapshot_filename(char const *stem);
+GEN_API FIO_PATH gen_get_tmv_snapshot_viewer_filename(char const *stem);
+
+// Advisors, by a path in "advisors/" under gen_get_common_data_fullpath(), which need not exist.
+
+/// The stem with the extension "oaw"; stems as for gen_get_snapshot_viewer_filename().
+GEN_API FIO_PATH gen_get_oaw_filename(char const *stem);
+
+GEN_API FIO_PATH gen_get_oaw_hk2_filename();          ///< "oa_hk2_table.xml"
+GEN_API FIO_PATH gen_get_oaw_incremental_filename();  ///< "oa_incremental_table.xml"
+GEN_API FIO_PATH gen_get_oaw_power_filename();        ///< "oa_power_table.xml"
+GEN_API FIO_PATH gen_get_oaw_productivity_filename(); ///< "oa_productivity_table.xml"
+GEN_API FIO_PATH gen_get_oaw_resource_filename();     ///< "oa_resource_table.xml"
+GEN_API FIO_PATH gen_get_oaw_ssn_filename();          ///< "oa_ssn_table.xml"
+GEN_API FIO_PATH gen_get_oaw_timing_filename();       ///< "oa_timing_table.xml"
+
 #endif

@@ -188,6 +188,29 @@ TEST(GenStaticOrderDeathTest, GettersAnswerWithEmptyTextsAfterTheRelease)
                   "check=0;"));
 }
 
+TEST(GenStaticOrderDeathTest, ThePdbDirectoryIsBuiltAtItsFirstUseAndReleasedBeforeTheState)
+{
+    EXPECT_EXIT(
+        {
+            std::string const directory = "/q/";
+            auto const tell = [] {
+                std::fprintf(stderr, "[%s]", gen_generate_pdb_filename("a", "b", nullptr).c_str());
+            };
+            auto const set_and_tell = [] {
+                std::string const other = "/r/";
+                std::fprintf(stderr, "[%s]", gen_generate_pdb_filename("a", "b", &other).c_str());
+            };
+            gen_set_db_dir_path("/p/db/");
+            mem_record().at_release = tell;
+            std::atexit(set_and_tell);
+            std::atexit(tell);
+            gen_generate_pdb_filename("a", "b", &directory);
+            std::atexit(tell); // what is built later is released earlier
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr("[/q/a.b][/p/db/a.b][/p/db/a.b][a.b]"));
+}
+
 TEST(GenStaticOrderDeathTest, SettersDoNothingAfterTheRelease)
 {
     EXPECT_EXIT(
