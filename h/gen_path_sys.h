@@ -4,15 +4,19 @@
 // Results are fresh copies unless said. Building a text looks at no disk unless said.
 //
 // Threads: the first question for the layout is to come from the main thread, which gen_exe_init() sees to; after that
-// any thread may ask. The project's paths have no lock: setters run on the thread that drives the flow. Once the exit
-// handlers have released the project's paths, their getters answer with empty texts and their setters do nothing.
+// any thread may ask. The project's paths have no lock: setters and searches run on the thread that drives the flow.
+// Once the exit handlers have released the project's paths, their getters answer with empty texts, their setters do
+// nothing, and searches find nothing.
 #ifndef GEN_PATH_SYS_H
 #define GEN_PATH_SYS_H
 
 #include "fio_sys.h"
 #include "zel_export_sys.h"
 
+#include <list>
 #include <string>
+#include <utility>
+#include <vector>
 
 // Names of directories.
 
@@ -234,6 +238,137 @@ GEN_API std::string gen_get_user_library_paths();
 /// The user's directories of IP. The text is kept for its readers; no search of this library uses it.
 GEN_API void gen_set_user_ip_search_paths(std::string paths);
 GEN_API std::string gen_get_user_ip_search_paths();
+
+/// Adds directories behind the project's library directories, each unless it is there already. Directories are compared
+/// by their text, with A to Z folded.
+///
+/// @param paths  directories, separated by ";"; empty elements don't count
+///
+/// If one was added, the whole list is stored anew in the form of FIO_PATH: slashes forward, one for a run of them.
+/// Otherwise the text stays as it was.
+///
+///     "c:\\a" + "d:/b;C:/A" -> "c:/a;d:/b"    "c:\\a" + "C:/A" -> "c:\\a"
+GEN_API void gen_append_project_library_paths(std::string const &paths);
+
+/// Takes directories out of the project's library directories, each as often as it is there; by the rules of
+/// gen_append_project_library_paths(). One that isn't there is passed over.
+GEN_API void gen_remove_project_library_paths(std::string const &paths);
+
+/// The project's library directories as the searches read them.
+///
+/// @return the list itself, at one address for the life of the process; null until the directories are set or appended
+///         to for the first time. It is made anew by each setter.
+GEN_API std::list<FIO_PATH> *gen_project_lib_fio_paths();
+
+// Searches. No search prints anything: what isn't found is an empty path or text.
+
+/// Looks for a file or directory that a user has named. An absolute or network path stands for itself. A relative one
+/// is looked for in these places, and the first hit is the answer:
+///
+///     1  the project directory
+///     2  the database directory
+///     3  the project's library directories
+///     4  the user's library directories
+///     5  the directories of the environment variable `KALVERN_LIBRARY_PATHS`, separated by ";", relative ones counting
+///        from the project directory; the variable is read once, by the first search that comes this far
+///     6  the project's IP blocks
+///     7  the general libraries of the installation: its root, then all of GEN_LIBRARY_TYPE in order but those of
+///        gen_find_eda_file()
+///
+/// Places that were never set are passed over. If no project directory was set, the current directory becomes it.
+///
+/// @param name  a path; with a drive and no slash behind it ("c:a/b.v") it is not found
+/// @return absolute; empty if nothing was found
+///
+/// The cost of a miss is one system call for each directory.
+GEN_API FIO_PATH gen_find_file(std::string const &name);
+
+/// The same in the installation's libraries for outside design tools alone: GEN_LIB_VITAL to GEN_LIB_SYNPLICITY, in
+/// order. No project directory is needed.
+GEN_API FIO_PATH gen_find_eda_file(std::string const &name);
+
+/// gen_find_file(), remembered: each name is looked for once, whether it is found or not, and names that differ in case
+/// are two. After a change of a directory, a list or a file it goes on with the old answers until
+/// gen_destroy_find_file_cache() is called, which is up to the caller.
+GEN_API FIO_PATH gen_find_file_cache_assisted(std::string const &name);
+
+/// Forgets all that gen_find_file_cache_assisted() has found; it starts anew at the next call.
+GEN_API void gen_destroy_find_file_cache();
+
+/// The first regular file of a name in the directories of the environment variable `PATH`, as "directory/name". The
+/// name is looked for as it is: no extension is tried. The elements are separated as the platform does it, empty ones
+/// are skipped.
+///
+/// @param ignored  has no effect
+GEN_API std::string gen_find_in_path(std::string const &name, bool ignored);
+
+/// Looks for the file that an include statement names: by gen_find_file(), and if that fails and the name is relative,
+/// beside the including file.
+///
+/// @param name      what the statement names; null finds nothing
+/// @param includer  the including file; null: nothing is looked for beside it
+/// @param parent    the file from which `relative` is to lead
+/// @param full      receives the simplified path of the hit, empty without one
+/// @param relative  receives the name put beside `parent`, simplified, if the file was found beside the includer;
+///                  otherwise it is emptied. Either of the two may be null.
+///
+///     name "d/b.vh", includer "/p/rtl/a.v", parent "rtl/a.v", found as /p/rtl/d/b.vh
+///         -> full "/p/rtl/d/b.vh", relative "rtl/d/b.vh"
+///
+/// The empty name, for one, is found beside an includer with a directory: it is that directory.
+///
+/// @return whether there was a hit
+GEN_API bool gen_find_include_file(char const *name, char const *includer, char const *parent, std::string *full,
+                                   std::string *relative);
+
+/// The general libraries of the installation as the searches read them.
+///
+/// @return the list itself, at one address for the life of the process
+GEN_API std::list<FIO_PATH> *gen_get_default_lib_fio_paths();
+
+/// A path as it reads from the project directory.
+///
+/// @param path  not null, otherwise an internal error; a relative one is looked for by gen_find_file()
+/// @return what stands behind the project directory, with forward slashes, if the path begins with it, A to Z folded;
+///         otherwise the path as it was given, also one that was found elsewhere
+///
+///     project directory "c:/p/":  "C:\\P\\a\\b.v" -> "a/b.v"    "c:/q/b.v" -> "c:/q/b.v"
+GEN_API std::string gen_get_relative_path_if_starts_with_project_dir(char const *path);
+
+// Source files of a design unit.
+
+/// The place that gave a source file. The numbers are not in the order of the search.
+enum GEN_LIBRARY_PATHS_ENUM : unsigned
+{
+    GEN_LIBRARY_PATHS_PROJECT_DIR = 1,  ///< the project directory
+    GEN_LIBRARY_PATHS_DB_DIR = 2,       ///< the database directory
+    GEN_LIBRARY_PATHS_PROJECT_LIBS = 3, ///< the project's library directories
+    GEN_LIBRARY_PATHS_KALVERN_LIBS = 4, ///< the project's IP blocks, and the general libraries of the installation
+    GEN_LIBRARY_PATHS_USER_LIBS = 5,    ///< the user's library directories
+    GEN_LIBRARY_PATHS_ENV_LIBS = 6      ///< the directories of `KALVERN_LIBRARY_PATHS`
+};
+
+/// Looks for the source files of a design unit in the places of gen_find_file(), in the same order: for each source
+/// language the first file that the unit's name with one of the language's extensions leads to. The extensions are v,
+/// sv, vhd, vhdl, edf, edif, blif, net, vh and svh; case doesn't count in them.
+///
+/// @param name   the unit's name without extension, which may have a relative directory in front; "*" is any name
+/// @param files  not null; the files are appended, place by place, and in byte order within a directory
+/// @return whether there is anything in `files`, be it from before
+///
+/// If no project directory was set, the current directory becomes it; its IP blocks are not searched by that first
+/// call. The search has a profile bin of its own, "gen_get_source_files".
+GEN_API bool gen_get_source_files(std::string const &name,
+                                  std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>> *files);
+
+/// The same in the general libraries of the installation alone, without a profile bin. For the name "*" it gives every
+/// file there is, whatever its extension.
+GEN_API bool gen_get_source_files_from_kalvern_lib(std::string const &name,
+                                                   std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>> *files);
+
+/// The names, without directory, of the device database's files: all of "*.ddb" in the module's directory, in byte
+/// order.
+GEN_API std::list<std::string> gen_get_all_device_files();
 
 // Temporary files and names that nobody else uses. Failures show in the results alone, and what is made belongs to the
 // caller: nothing here removes a file.
