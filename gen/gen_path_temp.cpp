@@ -34,14 +34,14 @@ void append_slash(std::string &text)
 // which exit handlers may outlive.
 std::string *alt_pdb_directory()
 {
-    static bool s_is_released = false;
+    static bool l_is_released = false;
     struct DIRECTORY
     {
         std::string m_text;
-        ~DIRECTORY() { s_is_released = true; }
+        ~DIRECTORY() { l_is_released = true; }
     };
-    static DIRECTORY s_directory;
-    return s_is_released ? nullptr : &s_directory.m_text;
+    static DIRECTORY l_directory;
+    return l_is_released ? nullptr : &l_directory.m_text;
 }
 
 FIO_PATH pdb_directory(std::string const *directory)

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
@@ -220,6 +221,17 @@ TEST(GenTempFileWithExtension, IsEmptyWithoutAUsableDirectory)
     EXPECT_THAT(names_in(dir.path()), ElementsAre("plain file"));
 }
 
+TEST(GenTempFileWithExtension, IsTheFifthPathIfNoneCanBeOpened)
+{
+    TempDir const dir;
+    std::string const extension(300, 'x'); // longer than any name
+    std::string const path = gen_create_temp_file_with_extension(dir.text(), "net", extension);
+    EXPECT_THAT(path, StartsWith(dir.text("net")));
+    EXPECT_THAT(path, EndsWith('.' + extension));
+    EXPECT_THAT(names_in(dir.path()), SizeIs(5));
+    EXPECT_THAT(names_in(dir.path()), Each(EndsWith(".tmp")));
+}
+
 TEST(GenUniquePath, IsAFileNameOfHexadecimalDigits)
 {
     for (char const *const ignored : {static_cast<char const *>(nullptr), "", "/some/where"}) {
@@ -242,13 +254,19 @@ TEST(GenUniqueDir, IsANameOnlyUnlessItIsToBeMade)
 TEST(GenUniqueDir, IsMadeUnderItsBase)
 {
     TempDir const dir;
-    for (std::string const &base : {dir.text(), dir.text() + '/'}) {
-        std::string out;
-        EXPECT_TRUE(gen_create_unique_dir(base, out, /*create=*/true)) << base;
-        EXPECT_EQ(out, dir.text(name_of(out)));
-        EXPECT_TRUE(std::filesystem::is_directory(out)) << out;
+    std::vector<std::string> names = {"a b  c", "%s"};
+    if (!ON_WINDOWS) {
+        names.emplace_back("\xe4\xff");
+        names.emplace_back(255, 'l');
     }
-    EXPECT_THAT(names_in(dir.path()), SizeIs(2));
+    for (std::string const &name : names)
+        for (std::string const &base : {dir.text(name), dir.text(name) + '/'}) {
+            std::filesystem::create_directory(dir.text(name));
+            std::string out;
+            EXPECT_TRUE(gen_create_unique_dir(base, out, /*create=*/true)) << base;
+            EXPECT_EQ(out, dir.text(name) + '/' + name_of(out));
+            EXPECT_TRUE(std::filesystem::is_directory(out)) << out;
+        }
 }
 
 TEST(GenUniqueDir, GetsOneSlashBehindItsBase)
