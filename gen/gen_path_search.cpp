@@ -190,11 +190,9 @@ std::string gen_get_relative_path_if_starts_with_project_dir(char const *path)
     FIO_PATH file(path);
     if (is_found(file) && file.relative())
         file = gen_find_file(path);
-    std::string project_dir = gen_get_project_dir_path();
+    std::string const project_dir = gen_get_project_dir_path(); // ends in a slash unless it is empty
     if (!is_found(file) || !file.absolute() || project_dir.empty())
         return path;
-    if (project_dir.back() != '/')
-        project_dir += '/';
     bool const is_in_project = gen_strnicmp(file, project_dir.c_str(), project_dir.size()) == 0;
     return is_in_project ? file.fullpath().substr(project_dir.size()) : path;
 }

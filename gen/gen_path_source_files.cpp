@@ -102,11 +102,9 @@ bool gen_get_source_files_from_kalvern_lib(std::string const &name, SOURCE_FILES
 
 std::list<std::string> gen_get_all_device_files()
 {
-    std::string directory = gen_get_module_path();
+    std::string const directory = gen_get_module_path(); // ends in a slash unless it is empty
     if (directory.empty())
         return {};
-    if (directory.back() != '/')
-        directory += '/';
     FIO_FIND find(directory + "*.ddb");
     std::list<std::string> names;
     for (std::string name = find.find_first(); !name.empty(); name = find.find_next())

@@ -6,7 +6,7 @@
 // Threads: the first question for the layout is to come from the main thread, which gen_exe_init() sees to; after that
 // any thread may ask. The project's paths have no lock: setters and searches run on the thread that drives the flow.
 // Once the exit handlers have released the project's paths, their getters answer with empty texts, their setters do
-// nothing, and searches find nothing.
+// nothing, and no place is searched.
 #ifndef GEN_PATH_SYS_H
 #define GEN_PATH_SYS_H
 
