@@ -103,6 +103,18 @@ TEST_F(GenSearchQuestions, AnAbsolutePathIsOne)
     EXPECT_THAT(calls(), testing::SizeIs(2));
 }
 
+TEST_F(GenSearchQuestions, DirectoriesOfEachFormLeadToFiles)
+{
+    gen_set_project_library_paths("//host/share;\\\\HOST\\a b\\;c:/lib;d:lib;./x/../lib;../lib;\xc3\xa4");
+    gen_set_user_library_paths("");
+    gen_find_file("a.v");
+    Calls const asked = calls();
+    ASSERT_GT(asked.size(), 9U);
+    EXPECT_THAT(Calls(asked.begin() + 2, asked.begin() + 9),
+                ElementsAre("exists //host/share/a.v", "exists //HOST/a b/a.v", "exists c:/lib/a.v", "exists d:lib/a.v",
+                            "exists /p/lib/a.v", "exists /lib/a.v", "exists /p/\xc3\xa4/a.v"));
+}
+
 TEST_F(GenSearchQuestions, WhatLeadsNowhereIsNone)
 {
     for (char const *const name : {"", "c:a/b.v", "c:../b.v"}) {

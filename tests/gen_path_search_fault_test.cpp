@@ -3,7 +3,9 @@
 #include "fio_sys.h"
 #include "gen/gen_statics.h"
 #include "gen_path_sys.h"
+#include "tests/support/gen_os_fake.h"
 #include "tests/support/mem_recorder.h"
+#include "tests/support/temp_dir.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -56,4 +58,14 @@ TEST(GenSearchCalls, SourceFilesAreLookedForInsideABin)
     gen_get_source_files("a", &files);
     EXPECT_THAT(mem_record().calls,
                 ElementsAre("open GEN gen_get_source_files 0x7fffffff null", "close gen_get_source_files"));
+}
+
+TEST(GenDeviceFilesOfAModuleWithoutADirectory, AreNone)
+{
+    TempDir const dir;
+    dir.write("here.ddb", "");
+    CurrentDirectory const current(dir.path());
+    gen_os_fake_set_executable_path("tool");
+    ASSERT_EQ(gen_get_module_path(), "");
+    EXPECT_THAT(gen_get_all_device_files(), ElementsAre());
 }

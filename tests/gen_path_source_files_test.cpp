@@ -89,7 +89,8 @@ TEST(GenLibraryPathsEnum, HasItsNumbers)
 
 TEST_F(GenGetSourceFiles, TheEarlierOfEachPairOfPlacesAnswersAnExtension)
 {
-    std::vector<SearchPlace> const &places = SearchWorld::places();
+    std::vector<SearchPlace> places = SearchWorld::places();
+    places.erase(places.end() - 21, places.end() - 1); // of the general libraries the first two and the last
     for (std::size_t first = 0; first < places.size(); ++first)
         for (std::size_t second = first; second < places.size(); ++second) {
             std::string const unit = "unit_" + std::to_string(first) + '_' + std::to_string(second);
