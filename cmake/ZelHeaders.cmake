@@ -7,6 +7,7 @@ set(ZEL_PUBLIC_HEADERS
   gen_flow_sys.h
   gen_fstream_sys.h
   gen_index_compressor_queue_sys.h
+  gen_iterator_sys.h
   gen_legal_sys.h
   gen_localization_sys.h
   gen_path_sys.h

@@ -37,12 +37,16 @@ GEN_PATH_STATE::GEN_PATH_STATE()
 GEN_PATH_STATE::~GEN_PATH_STATE()
 {
     l_path_state.store(nullptr, std::memory_order_relaxed);
+    release(kalvern_libs);
     release(project_ipblocks_libs);
     release(project_ipblocks_dir_path);
+    release(kalvern_eda_libs);
     release(user_libs);
+    release(env_libs);
     release(project_libs);
     release(project_dir_libs);
     release(db_dir_libs);
+    release(default_source_extensions);
     release(db_dir_path);
     release(db_dir_full_name);
 }

@@ -5,6 +5,7 @@
 #include "gen/gen_statics.h"
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
+#include "tests/support/environment.h"
 #include "tests/support/mem_recorder.h"
 
 #include <gmock/gmock.h>
@@ -30,7 +31,7 @@ struct Watched
     void const *address;
     char const *name;
 };
-Watched l_watched[16];
+Watched l_watched[32];
 std::size_t l_watched_count = 0;
 
 void watch(void const *address, char const *name)
@@ -63,10 +64,26 @@ void fill_state()
     gen_set_command_line(long_text("line").c_str());
 }
 
+using SourceFiles = std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>>;
+
+// Runs the searches that make the objects which no setter makes.
+void search()
+{
+    Environment const library_paths("KALVERN_LIBRARY_PATHS", "/env");
+    gen_find_file_cache_assisted("/no/such/file");
+    SourceFiles files;
+    gen_get_source_files("no_such_unit", &files);
+}
+
 void exit_and_tell_releases()
 {
     fill_state();
+    search();
     GEN_PATH_STATE const &state = *gen_path_state();
+    watch(state.kalvern_libs, "kalvern_libs");
+    watch(state.kalvern_eda_libs, "kalvern_eda_libs");
+    watch(state.env_libs, "env_libs");
+    watch(state.default_source_extensions, "default_source_extensions");
     watch(state.db_dir_path, "db_dir_path");
     watch(state.db_dir_full_name, "db_dir_full_name");
     watch(state.project_ipblocks_dir_path, "project_ipblocks_dir_path");
@@ -144,11 +161,12 @@ TEST(GenStaticOrder, HoldsTheTextsInTheOrderOfTheirBuilding)
 
 TEST(GenStaticOrderDeathTest, ReleasesTheObjectsThenTheTextsThenTheMemInitializer)
 {
-    EXPECT_EXIT(exit_and_tell_releases(), ExitedWithCode(0),
-                HasSubstr("project_ipblocks_libs project_ipblocks_dir_path user_libs project_libs project_dir_libs "
-                          "db_dir_libs db_dir_path db_dir_full_name user_ip_search_paths command_line "
-                          "project_output_directory user_library_paths project_library_paths project_dir "
-                          "MEM_INITIALIZER"));
+    EXPECT_EXIT(
+        exit_and_tell_releases(), ExitedWithCode(0),
+        HasSubstr("kalvern_libs project_ipblocks_libs project_ipblocks_dir_path kalvern_eda_libs user_libs env_libs "
+                  "project_libs project_dir_libs db_dir_libs default_source_extensions db_dir_path db_dir_full_name "
+                  "user_ip_search_paths command_line project_output_directory user_library_paths project_library_paths "
+                  "project_dir MEM_INITIALIZER"));
 }
 
 TEST(GenStaticOrderDeathTest, ReleasesAStateWithoutObjects)
@@ -188,6 +206,29 @@ TEST(GenStaticOrderDeathTest, GettersAnswerWithEmptyTextsAfterTheRelease)
                   "check=0;"));
 }
 
+TEST(GenStaticOrderDeathTest, ThePdbDirectoryIsBuiltAtItsFirstUseAndReleasedBeforeTheState)
+{
+    EXPECT_EXIT(
+        {
+            std::string const directory = "/q/";
+            auto const tell = [] {
+                std::fprintf(stderr, "[%s]", gen_generate_pdb_filename("a", "b", nullptr).c_str());
+            };
+            auto const set_and_tell = [] {
+                std::string const other = "/r/";
+                std::fprintf(stderr, "[%s]", gen_generate_pdb_filename("a", "b", &other).c_str());
+            };
+            gen_set_db_dir_path("/p/db/");
+            mem_record().at_release = tell;
+            std::atexit(set_and_tell);
+            std::atexit(tell);
+            gen_generate_pdb_filename("a", "b", &directory);
+            std::atexit(tell); // what is built later is released earlier
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr("[/q/a.b][/p/db/a.b][/p/db/a.b][a.b]"));
+}
+
 TEST(GenStaticOrderDeathTest, SettersDoNothingAfterTheRelease)
 {
     EXPECT_EXIT(
@@ -200,6 +241,31 @@ TEST(GenStaticOrderDeathTest, SettersDoNothingAfterTheRelease)
             std::exit(0);
         },
         ExitedWithCode(0), HasSubstr("command_line=;check=0;"));
+}
+
+TEST(GenStaticOrderDeathTest, SearchesFindNothingAfterTheRelease)
+{
+    EXPECT_EXIT(
+        {
+            gen_find_file_cache_assisted("/"); // the cache is not released
+            mem_record().at_release = [] {
+                std::string text = "former";
+                SourceFiles files;
+                gen_append_project_library_paths("/a");
+                gen_remove_project_library_paths("/a");
+                bool const is_included = gen_find_include_file("/", "/", "/", &text, &text);
+                std::fprintf(stderr, "[%s][%s][%s][%s][%d][%s][%d][%d][%d][%d][%s]",
+                             gen_find_file("/").fullpath().c_str(), gen_find_eda_file("/").fullpath().c_str(),
+                             gen_find_file_cache_assisted("/").fullpath().c_str(),
+                             gen_find_file_cache_assisted("/new").fullpath().c_str(), is_included, text.c_str(),
+                             gen_get_default_lib_fio_paths() == nullptr, gen_project_lib_fio_paths() == nullptr,
+                             gen_get_source_files("*", &files), gen_get_source_files_from_kalvern_lib("*", &files),
+                             gen_get_relative_path_if_starts_with_project_dir("a.v").c_str());
+                gen_destroy_find_file_cache();
+            };
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr("[][][/][][0][][1][1][0][0][a.v]"));
 }
 
 TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)

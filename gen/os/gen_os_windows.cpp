@@ -135,6 +135,24 @@ int gen_os_write_private_profile_string(char const *section, char const *key, ch
     return WritePrivateProfileStringA(section, key, value, file);
 }
 
+bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
+{
+    char buffer[PATH_BUFFER_SIZE] = {};
+    if (GetTempFileNameA(directory, prefix, 0, buffer) == 0)
+        return false;
+    path = buffer;
+    return true;
+}
+
+bool gen_os_read_temp_directory(std::string &path)
+{
+    char buffer[PATH_BUFFER_SIZE] = {};
+    if (GetTempPathA(PATH_BUFFER_SIZE - 1, buffer) == 0)
+        return false;
+    path = buffer;
+    return true;
+}
+
 bool gen_os_reserve_address_space(std::size_t size_bytes)
 {
     return VirtualAlloc(nullptr, size_bytes, MEM_RESERVE, PAGE_EXECUTE_READWRITE) != nullptr;

@@ -2,7 +2,9 @@
 
 #include "gen/os/gen_os.h"
 
+#include <fstream>
 #include <limits>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -29,6 +31,9 @@ struct Script
     gen_os_fake_profile_call profile_call;
     int profile_result = 0;
     std::string debug_output;
+    std::istringstream temp_file_names;
+    std::string temp_file_requests;
+    std::string temp_directory;
 };
 
 // Made at the first use and kept, since the library asks before and after every static object of a test.
@@ -110,6 +115,20 @@ void gen_os_fake_set_case_matters(bool case_matters)
 void gen_os_fake_set_reservation_limit(std::size_t count)
 {
     script().reservation_limit = count;
+}
+void gen_os_fake_set_temp_file_names(char const *names)
+{
+    script().temp_file_names.clear();
+    script().temp_file_names.str(names);
+    script().temp_file_requests.clear();
+}
+char const *gen_os_fake_temp_file_requests()
+{
+    return script().temp_file_requests.c_str();
+}
+void gen_os_fake_set_temp_directory(char const *path)
+{
+    script().temp_directory = path;
 }
 std::size_t gen_os_fake_reservation_count()
 {
@@ -230,6 +249,22 @@ int gen_os_write_private_profile_string(char const *section, char const *key, ch
 {
     script().profile_call = {section, key, value, file};
     return script().profile_result;
+}
+
+bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
+{
+    Script &s = script();
+    s.temp_file_requests += std::string(directory) + '|' + prefix + '\n';
+    std::string name;
+    if (!std::getline(s.temp_file_names, name) || name.empty())
+        return false;
+    path = std::string(directory) + '/' + name;
+    return std::ofstream(path).is_open();
+}
+
+bool gen_os_read_temp_directory(std::string &path)
+{
+    return answer_path(script().temp_directory, path);
 }
 
 bool gen_os_reserve_address_space(std::size_t)
