@@ -100,11 +100,11 @@ bool gen_check_is_running_in_container_for_file(std::string const &path)
     if (!file)
         return false;
     // The last line counts, or the last piece of a long one.
-    char line[LINE_SIZE] = "";
-    char last[LINE_SIZE] = "";
+    char line[LINE_SIZE];
+    std::string last;
     while (std::fgets(line, sizeof line, file.get()) != nullptr)
-        std::strcpy(last, line);
-    return std::strstr(last, "/docker") != nullptr || std::strstr(last, "/lxc") != nullptr;
+        last = line;
+    return last.find("/docker") != std::string::npos || last.find("/lxc") != std::string::npos;
 }
 
 int gen_is_running_in_container()

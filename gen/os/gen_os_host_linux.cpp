@@ -14,7 +14,7 @@ constexpr std::size_t NAME_SIZE = 512;
 
 // First room for the texts of a record of the system's data bases, and the most that is tried.
 constexpr std::size_t FIRST_RECORD_SIZE = 1024;
-constexpr std::size_t LAST_RECORD_SIZE = 1024 * 1024;
+constexpr std::size_t LAST_RECORD_SIZE = std::size_t{1024} * 1024;
 
 bool read_file(char const *path, std::string &text)
 {
