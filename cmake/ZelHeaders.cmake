@@ -9,6 +9,7 @@ set(ZEL_PUBLIC_HEADERS
   gen_index_compressor_queue_sys.h
   gen_legal_sys.h
   gen_localization_sys.h
+  gen_machine_sys.h
   gen_path_sys.h
   gen_profile_bins_sys.h
   gen_string_sys.h
