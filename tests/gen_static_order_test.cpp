@@ -315,5 +315,6 @@ THR_MUTEX_OBJ thr_mutex_create()
 
 void thr_mutex_destroy(THR_MUTEX_OBJ)
 {
-    std::fputs("mutex ", stderr);
+    if (mem_record().at_release != nullptr) // a test looks at the release
+        std::fputs("mutex ", stderr);
 }
