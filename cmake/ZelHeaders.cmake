@@ -10,6 +10,7 @@ set(ZEL_PUBLIC_HEADERS
   gen_iterator_sys.h
   gen_legal_sys.h
   gen_localization_sys.h
+  gen_machine_sys.h
   gen_path_sys.h
   gen_profile_bins_sys.h
   gen_string_sys.h

@@ -3,6 +3,7 @@
 #include "gen/gen_statics.h"
 
 #include "fio_sys.h"
+#include "gen/gen_machine_state.h"
 #include "mem_sys.h"
 
 namespace {
@@ -22,6 +23,7 @@ void release(OBJECT *&object)
 
 GEN_FIRST_STATIC MEM_INITIALIZER l_mem_initializer("GEN");
 GEN_FIRST_STATIC GEN_PATH_STATE l_state;
+GEN_FIRST_STATIC GEN_MACHINE_STATE l_machine_state;
 
 #undef GEN_FIRST_STATIC
 

@@ -1,11 +1,14 @@
-// The sources of the process frame stand in this executable itself, over a stand-in for zel_mem, so that the building
-// and the release of their static objects can be watched from both ends. What they release goes through the operators
-// at the end of this file.
+// The sources of the process frame and of the machine stand in this executable itself, over stand-ins for zel_mem and
+// for the mutexes of zel_thr, so that the building and the release of their static objects can be watched from both
+// ends. What they release goes through the operators at the end of this file.
 #include "fio_sys.h"
+#include "gen/gen_machine_state.h"
 #include "gen/gen_statics.h"
 #include "gen_exe_sys.h"
+#include "gen_machine_sys.h"
 #include "gen_path_sys.h"
 #include "tests/support/environment.h"
+#include "tests/support/gen_os_machine_fake.h"
 #include "tests/support/mem_recorder.h"
 
 #include <gmock/gmock.h>
@@ -24,6 +27,7 @@ namespace {
 
 // A static of a source file in front of the library's in link order.
 bool const l_state_before_first_static = gen_path_state() != nullptr;
+bool const l_machine_state_before_first_static = gen_machine_state() != nullptr;
 
 // Addresses whose release is told on the standard error stream.
 struct Watched
@@ -39,12 +43,20 @@ void watch(void const *address, char const *name)
     l_watched[l_watched_count++] = {address, name};
 }
 
-void tell_release(void const *address)
+// An element of a container stands somewhere in its block.
+void tell_release(void const *block, std::size_t size)
 {
-    for (std::size_t i = 0; i < l_watched_count; ++i)
-        if (l_watched[i].address == address)
+    char const *const begin = static_cast<char const *>(block);
+    for (std::size_t i = 0; i < l_watched_count; ++i) {
+        char const *const address = static_cast<char const *>(l_watched[i].address);
+        if (address == begin || (std::less<>()(begin, address) && std::less<>()(address, begin + size)))
             std::fprintf(stderr, "%s ", l_watched[i].name);
+    }
 }
+
+// Mutexes: how many were made, and whether the path state stood already when the first one was.
+int l_mutex_count = 0;
+bool l_state_before_first_mutex = false;
 
 // Texts that live on the heap.
 std::string long_text(char const *name)
@@ -75,10 +87,32 @@ void search()
     gen_get_source_files("no_such_unit", &files);
 }
 
+// Captures a machine of one processor that has a cache.
+void fill_machine_state()
+{
+    MachineDump machine;
+    machine.system_mask = machine.process_mask = 1;
+    machine.processors[0] = {{0, {GEN_CPUID{2, 0x756e6547, 0x6c65746e, 0x49656e69}}}, {2, {GEN_CPUID{1, 0x2c, 0, 0}}}};
+    gen_os_machine_fake_play(machine);
+    GEN_MACHINE_INFO::recapture_cpu_info();
+}
+
+void tell_machine()
+{
+    int cores = -1;
+    unsigned cache_size = 0;
+    bool const is_valid = GEN_MACHINE_INFO::get_core_cpu_count(&cores);
+    GEN_MACHINE_INFO::get_cache_size(1, &cache_size, nullptr, GEN_CACHE_DATA);
+    std::fprintf(stderr, "[%d: %d cores, %u KB]", is_valid, cores, cache_size);
+}
+
 void exit_and_tell_releases()
 {
     fill_state();
     search();
+    fill_machine_state();
+    watch(&*gen_machine_state()->m_packages.begin(), "packages");
+    watch(&*gen_machine_state()->m_cache_lookup_table.begin(), "cache_table");
     GEN_PATH_STATE const &state = *gen_path_state();
     watch(state.kalvern_libs, "kalvern_libs");
     watch(state.kalvern_eda_libs, "kalvern_eda_libs");
@@ -146,6 +180,13 @@ TEST(GenStaticOrder, BuildsTheStateBeforeOrdinaryStaticsOnEitherSideOfTheLinkOrd
     EXPECT_TRUE(mem_record().state_before_last_static);
 }
 
+TEST(GenStaticOrder, BuildsTheMachinesStateBehindThePaths)
+{
+    EXPECT_EQ(l_mutex_count, 1);
+    EXPECT_TRUE(l_state_before_first_mutex);
+    EXPECT_TRUE(l_machine_state_before_first_static);
+}
+
 TEST(GenStaticOrder, HoldsTheTextsInTheOrderOfTheirBuilding)
 {
     GEN_PATH_STATE const &state = *gen_path_state();
@@ -159,11 +200,11 @@ TEST(GenStaticOrder, HoldsTheTextsInTheOrderOfTheirBuilding)
     }
 }
 
-TEST(GenStaticOrderDeathTest, ReleasesTheObjectsThenTheTextsThenTheMemInitializer)
+TEST(GenStaticOrderDeathTest, ReleasesTheMachineThenTheObjectsThenTheTextsThenTheMemInitializer)
 {
     EXPECT_EXIT(
         exit_and_tell_releases(), ExitedWithCode(0),
-        HasSubstr("kalvern_libs project_ipblocks_libs project_ipblocks_dir_path kalvern_eda_libs user_libs env_libs "
+        HasSubstr("mutex cache_table packages kalvern_libs project_ipblocks_libs project_ipblocks_dir_path kalvern_eda_libs user_libs env_libs "
                   "project_libs project_dir_libs db_dir_libs default_source_extensions db_dir_path db_dir_full_name "
                   "user_ip_search_paths command_line project_output_directory user_library_paths project_library_paths "
                   "project_dir MEM_INITIALIZER"));
@@ -190,6 +231,32 @@ TEST(GenStaticOrderDeathTest, GettersAnswerInExitHandlersOfTheExecutable)
         ExitedWithCode(0),
         testing::AllOf(HasSubstr("db_dir_path_string=/p/db/;"), HasSubstr("incr_db_dir=/p/incremental_db/;"),
                        HasSubstr("project_dir=/p/ddd"), HasSubstr("command_line=line//"), HasSubstr("check=1;")));
+}
+
+TEST(GenStaticOrderDeathTest, TheMachineIsKnownInExitHandlersAndUnknownAfterTheRelease)
+{
+    EXPECT_EXIT(
+        {
+            fill_machine_state();
+            std::atexit(tell_machine);
+            mem_record().at_release = tell_machine;
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr("[1: 1 cores, 32 KB]mutex [0: 0 cores, 0 KB]"));
+}
+
+TEST(GenStaticOrderDeathTest, NothingIsVisitedAfterTheRelease)
+{
+    EXPECT_EXIT(
+        {
+            mem_record().at_release = [] {
+                fill_machine_state();
+                tell_machine();
+                std::fprintf(stderr, "[%zu calls]", gen_os_machine_fake_calls().size());
+            };
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr("mutex [0: 0 cores, 0 KB][0 calls]"));
 }
 
 TEST(GenStaticOrderDeathTest, GettersAnswerWithEmptyTextsAfterTheRelease)
@@ -283,21 +350,36 @@ TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[/fake/][tool][1]"));
 }
 
-void *operator new(std::size_t size)
+// Not inlined: the compiler would miss the other half of a pair.
+__attribute__((noinline)) void *operator new(std::size_t size)
 {
     if (void *const block = std::malloc(size == 0 ? 1 : size))
         return block;
     throw std::bad_alloc();
 }
 
-void operator delete(void *block) noexcept
+__attribute__((noinline)) void operator delete(void *block) noexcept
 {
-    tell_release(block);
+    tell_release(block, 0);
     std::free(block);
 }
 
-void operator delete(void *block, std::size_t) noexcept
+__attribute__((noinline)) void operator delete(void *block, std::size_t size) noexcept
 {
-    tell_release(block);
+    tell_release(block, size);
     std::free(block);
+}
+
+// A null mutex locks nothing, which is enough for one thread.
+THR_MUTEX_OBJ thr_mutex_create()
+{
+    if (l_mutex_count++ == 0)
+        l_state_before_first_mutex = gen_path_state() != nullptr;
+    return nullptr;
+}
+
+void thr_mutex_destroy(THR_MUTEX_OBJ)
+{
+    if (mem_record().at_release != nullptr) // a test looks at the release
+        std::fputs("mutex ", stderr);
 }
