@@ -3,8 +3,10 @@
 // at the end of this file.
 #include "fio_sys.h"
 #include "gen/gen_statics.h"
+#include "gen_dep_sys.h"
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
+#include "gen_time_sys.h"
 #include "tests/support/mem_recorder.h"
 
 #include <gmock/gmock.h>
@@ -13,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <new>
 
 using testing::ElementsAre;
@@ -23,6 +26,7 @@ namespace {
 
 // A static of a source file in front of the library's in link order.
 bool const l_state_before_first_static = gen_path_state() != nullptr;
+std::string const l_unit_before_first_static = GEN_TIME_UNIT::get_short_name(GEN_TIME_UNIT::UNIT_PICOSECOND);
 
 // Addresses whose release is told on the standard error stream.
 struct Watched
@@ -63,9 +67,19 @@ void fill_state()
     gen_set_command_line(long_text("line").c_str());
 }
 
+// A dependency that nobody removes.
+struct Dependant
+{
+    Dependant() = default;
+    Dependant(Dependant const &) = delete;
+    Dependant &operator=(Dependant const &) = delete;
+    ~Dependant() { std::fputs("dependencies ", stderr); }
+};
+
 void exit_and_tell_releases()
 {
     fill_state();
+    GEN_DEP::create_dependency(nullptr, [held = std::make_shared<Dependant>()](unsigned) {});
     GEN_PATH_STATE const &state = *gen_path_state();
     watch(state.db_dir_path, "db_dir_path");
     watch(state.db_dir_full_name, "db_dir_full_name");
@@ -142,11 +156,11 @@ TEST(GenStaticOrder, HoldsTheTextsInTheOrderOfTheirBuilding)
     }
 }
 
-TEST(GenStaticOrderDeathTest, ReleasesTheObjectsThenTheTextsThenTheMemInitializer)
+TEST(GenStaticOrderDeathTest, ReleasesTheDependenciesThenTheObjectsThenTheTextsThenTheMemInitializer)
 {
     EXPECT_EXIT(exit_and_tell_releases(), ExitedWithCode(0),
-                HasSubstr("project_ipblocks_libs project_ipblocks_dir_path user_libs project_libs project_dir_libs "
-                          "db_dir_libs db_dir_path db_dir_full_name user_ip_search_paths command_line "
+                HasSubstr("dependencies project_ipblocks_libs project_ipblocks_dir_path user_libs project_libs "
+                          "project_dir_libs db_dir_libs db_dir_path db_dir_full_name user_ip_search_paths command_line "
                           "project_output_directory user_library_paths project_library_paths project_dir "
                           "MEM_INITIALIZER"));
 }
@@ -202,6 +216,24 @@ TEST(GenStaticOrderDeathTest, SettersDoNothingAfterTheRelease)
         ExitedWithCode(0), HasSubstr("command_line=;check=0;"));
 }
 
+TEST(GenStaticOrder, ConstantTablesStandBeforeTheFirstStatic)
+{
+    EXPECT_EQ(l_unit_before_first_static, "ps");
+}
+
+TEST(GenStaticOrderDeathTest, ConstantTablesOutliveTheRelease)
+{
+    EXPECT_EXIT(
+        {
+            mem_record().at_release = [] {
+                std::fprintf(stderr, "[%s][%d]", GEN_TIME_UNIT::get_long_name(GEN_TIME_UNIT::UNIT_NANOSECOND).c_str(),
+                             GEN_TIME_FREQ::get_magnitude(GEN_TIME_FREQ::FREQ_GIGAHERTZ));
+            };
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr("[nanosecond][9]"));
+}
+
 TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
 {
     EXPECT_EXIT(
@@ -217,20 +249,21 @@ TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[/fake/][tool][1]"));
 }
 
-void *operator new(std::size_t size)
+// Out of line, where the compiler doesn't take their malloc() and free() for strangers.
+[[gnu::noinline]] void *operator new(std::size_t size)
 {
     if (void *const block = std::malloc(size == 0 ? 1 : size))
         return block;
     throw std::bad_alloc();
 }
 
-void operator delete(void *block) noexcept
+[[gnu::noinline]] void operator delete(void *block) noexcept
 {
     tell_release(block);
     std::free(block);
 }
 
-void operator delete(void *block, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void *block, std::size_t) noexcept
 {
     tell_release(block);
     std::free(block);
