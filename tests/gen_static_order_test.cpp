@@ -4,11 +4,13 @@
 #include "fio_sys.h"
 #include "gen/gen_machine_state.h"
 #include "gen/gen_statics.h"
+#include "gen_dep_sys.h"
 #include "gen_exe_sys.h"
 #include "gen_machine_sys.h"
 #include "gen_path_sys.h"
 #include "tests/support/environment.h"
 #include "tests/support/gen_os_machine_fake.h"
+#include "gen_time_sys.h"
 #include "tests/support/mem_recorder.h"
 
 #include <gmock/gmock.h>
@@ -17,6 +19,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <new>
 
 using testing::ElementsAre;
@@ -28,6 +31,7 @@ namespace {
 // A static of a source file in front of the library's in link order.
 bool const l_state_before_first_static = gen_path_state() != nullptr;
 bool const l_machine_state_before_first_static = gen_machine_state() != nullptr;
+std::string const l_unit_before_first_static = GEN_TIME_UNIT::get_short_name(GEN_TIME_UNIT::UNIT_PICOSECOND);
 
 // Addresses whose release is told on the standard error stream.
 struct Watched
@@ -106,6 +110,15 @@ void tell_machine()
     std::fprintf(stderr, "[%d: %d cores, %u KB]", is_valid, cores, cache_size);
 }
 
+// A dependency that nobody removes.
+struct Dependant
+{
+    Dependant() = default;
+    Dependant(Dependant const &) = delete;
+    Dependant &operator=(Dependant const &) = delete;
+    ~Dependant() { std::fputs("dependencies ", stderr); }
+};
+
 void exit_and_tell_releases()
 {
     fill_state();
@@ -113,6 +126,7 @@ void exit_and_tell_releases()
     fill_machine_state();
     watch(&*gen_machine_state()->m_packages.begin(), "packages");
     watch(&*gen_machine_state()->m_cache_lookup_table.begin(), "cache_table");
+    GEN_DEP::create_dependency(nullptr, [held = std::make_shared<Dependant>()](unsigned) {});
     GEN_PATH_STATE const &state = *gen_path_state();
     watch(state.kalvern_libs, "kalvern_libs");
     watch(state.kalvern_eda_libs, "kalvern_eda_libs");
@@ -200,11 +214,11 @@ TEST(GenStaticOrder, HoldsTheTextsInTheOrderOfTheirBuilding)
     }
 }
 
-TEST(GenStaticOrderDeathTest, ReleasesTheMachineThenTheObjectsThenTheTextsThenTheMemInitializer)
+TEST(GenStaticOrderDeathTest, ReleasesWhatTheSubsystemsHoldThenTheObjectsThenTheTextsThenTheMemInitializer)
 {
     EXPECT_EXIT(
         exit_and_tell_releases(), ExitedWithCode(0),
-        HasSubstr("mutex cache_table packages kalvern_libs project_ipblocks_libs project_ipblocks_dir_path kalvern_eda_libs user_libs env_libs "
+        HasSubstr("mutex cache_table packages dependencies kalvern_libs project_ipblocks_libs project_ipblocks_dir_path kalvern_eda_libs user_libs env_libs "
                   "project_libs project_dir_libs db_dir_libs default_source_extensions db_dir_path db_dir_full_name "
                   "user_ip_search_paths command_line project_output_directory user_library_paths project_library_paths "
                   "project_dir MEM_INITIALIZER"));
@@ -335,6 +349,24 @@ TEST(GenStaticOrderDeathTest, SearchesFindNothingAfterTheRelease)
         ExitedWithCode(0), HasSubstr("[][][/][][0][][1][1][0][0][a.v]"));
 }
 
+TEST(GenStaticOrder, ConstantTablesStandBeforeTheFirstStatic)
+{
+    EXPECT_EQ(l_unit_before_first_static, "ps");
+}
+
+TEST(GenStaticOrderDeathTest, ConstantTablesOutliveTheRelease)
+{
+    EXPECT_EXIT(
+        {
+            mem_record().at_release = [] {
+                std::fprintf(stderr, "[%s][%d]", GEN_TIME_UNIT::get_long_name(GEN_TIME_UNIT::UNIT_NANOSECOND).c_str(),
+                             GEN_TIME_FREQ::get_magnitude(GEN_TIME_FREQ::FREQ_GIGAHERTZ));
+            };
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr("[nanosecond][9]"));
+}
+
 TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
 {
     EXPECT_EXIT(
@@ -350,21 +382,21 @@ TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[/fake/][tool][1]"));
 }
 
-// Not inlined: the compiler would miss the other half of a pair.
-__attribute__((noinline)) void *operator new(std::size_t size)
+// Out of line, where the compiler doesn't take their malloc() and free() for strangers.
+[[gnu::noinline]] void *operator new(std::size_t size)
 {
     if (void *const block = std::malloc(size == 0 ? 1 : size))
         return block;
     throw std::bad_alloc();
 }
 
-__attribute__((noinline)) void operator delete(void *block) noexcept
+[[gnu::noinline]] void operator delete(void *block) noexcept
 {
     tell_release(block, 0);
     std::free(block);
 }
 
-__attribute__((noinline)) void operator delete(void *block, std::size_t size) noexcept
+[[gnu::noinline]] void operator delete(void *block, std::size_t size) noexcept
 {
     tell_release(block, size);
     std::free(block);

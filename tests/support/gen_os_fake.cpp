@@ -22,6 +22,7 @@ struct Script
     std::uint64_t job_kernel = 0;
     std::uint64_t process_user = 0;
     std::uint64_t process_kernel = 0;
+    std::uint64_t split_reading_count = 0;
     std::int64_t calendar_msec = 0;
     std::string executable_path = "/fake/bin/tool";
     std::string library_path;
@@ -94,6 +95,10 @@ void gen_os_fake_set_process_cpu(std::uint64_t user, std::uint64_t kernel)
 {
     script().process_user = user;
     script().process_kernel = kernel;
+}
+std::uint64_t gen_os_fake_split_reading_count()
+{
+    return script().split_reading_count;
 }
 
 void gen_os_fake_set_calendar_msec(std::int64_t msec)
@@ -179,6 +184,7 @@ bool gen_os_read_job_cpu(std::uint64_t &user, std::uint64_t &kernel)
 
 bool gen_os_read_process_cpu(std::uint64_t &user, std::uint64_t &kernel)
 {
+    ++script().split_reading_count;
     if (!script().answers.process_cpu)
         return false;
     user = script().process_user;

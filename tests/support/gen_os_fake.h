@@ -34,6 +34,8 @@ GEN_API void gen_os_fake_set_answers(gen_os_fake_answers const &answers);
 /// The split figures of the job and of the process, in units of 100 ns.
 GEN_API void gen_os_fake_set_job_cpu(std::uint64_t user, std::uint64_t kernel);
 GEN_API void gen_os_fake_set_process_cpu(std::uint64_t user, std::uint64_t kernel);
+/// How often the process's were asked for.
+GEN_API std::uint64_t gen_os_fake_split_reading_count();
 
 /// The calendar; local time is UTC.
 GEN_API void gen_os_fake_set_calendar_msec(std::int64_t msec);
