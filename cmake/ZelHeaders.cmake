@@ -2,7 +2,9 @@
 set(ZEL_PUBLIC_HEADERS
   err_sys.h
   fio_sys.h
+  gen_bindata_sys.h
   gen_bp_parser_sys.h
+  gen_cookie_sys.h
   gen_exe_sys.h
   gen_flow_sys.h
   gen_fstream_sys.h
@@ -13,6 +15,7 @@ set(ZEL_PUBLIC_HEADERS
   gen_profile_bins_sys.h
   gen_string_sys.h
   gen_time_sys.h
+  gen_tracq_sys.h
   mem_sys.h
   thr_sys.h
   ver_sys.h
