@@ -1,6 +1,7 @@
 #include "tests/support/gen_os_fake.h"
 
 #include "gen/os/gen_os.h"
+#include "tests/support/platform.h"
 
 #include <limits>
 #include <string>
@@ -210,7 +211,7 @@ char gen_os_path_list_separator()
 }
 char const *gen_os_library_pattern()
 {
-    return "*.so*";
+    return ON_WINDOWS ? "*.dll" : "*.so*";
 }
 bool gen_os_library_links_count()
 {
