@@ -259,6 +259,7 @@ TEST_F(GenFlowStages, BeginAtNamedBinsOfTheFlow)
     close_bin();
     run_bin("Placer", 0, 0);
     EXPECT_THAT(calls(), IsEmpty());
+    GEN_PROFILE_BINS::finalize("tool", /*close_root=*/false);
 }
 
 TEST_F(GenProfileBinsMem, WritesNoStageLogsWithTheKeyOff)
