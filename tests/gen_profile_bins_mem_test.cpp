@@ -4,6 +4,7 @@
 #include "mem_sys.h"
 #include "tests/support/mem_figures_fake.h"
 #include "tests/support/message_recorder.h"
+#include "tests/support/platform.h"
 #include "tests/support/profile_bins_script.h"
 #include "tests/support/temp_dir.h"
 
@@ -334,8 +335,12 @@ TEST_F(GenSelectedBins, AreMatchedByTheCallersWholeName)
     EXPECT_THAT(calls(), IsEmpty());
     open_bin("a::b");
     GEN_PROFILE_BINS::close("a::b");
-    // The bin's own name is in the file's.
-    EXPECT_THAT(files(), testing::Contains(Pair("mem_tbb_fileline_a->b_3.log", "fileline")));
+    // The bin's own name is in the file's, which Windows doesn't take.
+    if (ON_WINDOWS) {
+        EXPECT_THAT(files(), IsEmpty());
+    } else {
+        EXPECT_THAT(files(), testing::Contains(Pair("mem_tbb_fileline_a->b_3.log", "fileline")));
+    }
 }
 
 // A bin's own close and a guard's pass the name.
