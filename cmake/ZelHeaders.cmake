@@ -2,7 +2,9 @@
 set(ZEL_PUBLIC_HEADERS
   err_sys.h
   fio_sys.h
+  gen_bindata_sys.h
   gen_bp_parser_sys.h
+  gen_cookie_sys.h
   gen_dep_sys.h
   gen_dyn_flag_sys.h
   gen_exe_sys.h
@@ -19,6 +21,7 @@ set(ZEL_PUBLIC_HEADERS
   gen_rand_sys.h
   gen_string_sys.h
   gen_time_sys.h
+  gen_tracq_sys.h
   gen_undo_redo_sys.h
   mem_sys.h
   thr_sys.h

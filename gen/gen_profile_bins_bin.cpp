@@ -105,6 +105,13 @@ void GEN_PB_IMPL::add_child(GEN_PB_IMPL *child)
     }
 }
 
+void GEN_PB_IMPL::drop_moved_children()
+{
+    m_child_index.reset();
+    auto const is_moved = [this](GEN_PB_IMPL const *child) { return child->m_parent != this; };
+    m_children.erase(std::remove_if(m_children.begin(), m_children.end(), is_moved), m_children.end());
+}
+
 void GEN_PB_IMPL::close()
 {
     if (!gen_pb_is_own_thread())

@@ -45,6 +45,12 @@ bool gen_os_case_matters_in_paths();
 /// Between the elements of PATH.
 char gen_os_path_list_separator();
 
+/// What the file names of libraries look like, as a pattern of FIO_FILE_SYSTEM::findfirst().
+char const *gen_os_library_pattern();
+
+/// Whether a link to a library is one more library; where it isn't, it is another name of one.
+bool gen_os_library_links_count();
+
 // Files.
 
 /// Opens a file buffer through the system's long-path form; it has no file yet. Other processes may open the file too.

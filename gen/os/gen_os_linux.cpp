@@ -272,6 +272,16 @@ char gen_os_path_list_separator()
     return ':';
 }
 
+char const *gen_os_library_pattern()
+{
+    return "*.so*";
+}
+
+bool gen_os_library_links_count()
+{
+    return false;
+}
+
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
 {
     return buffer.open(path, mode) != nullptr;

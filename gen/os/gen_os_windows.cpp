@@ -125,6 +125,16 @@ char gen_os_path_list_separator()
     return ';';
 }
 
+char const *gen_os_library_pattern()
+{
+    return "*.dll";
+}
+
+bool gen_os_library_links_count()
+{
+    return true;
+}
+
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
 {
     return buffer.open(std::filesystem::path(fio_get_unc_full_path(path)), mode) != nullptr;

@@ -1,6 +1,7 @@
 #include "tests/support/gen_os_fake.h"
 
 #include "gen/os/gen_os.h"
+#include "tests/support/platform.h"
 
 #include <fstream>
 #include <limits>
@@ -244,6 +245,14 @@ bool gen_os_case_matters_in_paths()
 char gen_os_path_list_separator()
 {
     return ':';
+}
+char const *gen_os_library_pattern()
+{
+    return ON_WINDOWS ? "*.dll" : "*.so*";
+}
+bool gen_os_library_links_count()
+{
+    return false;
 }
 
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
