@@ -296,9 +296,9 @@ GEN_API FIO_PATH gen_find_file_cache_assisted(std::string const &name);
 GEN_API void gen_destroy_find_file_cache();
 
 /// The first regular file of a name in the directories of the environment variable `PATH`, as "directory/name". The
-/// name is looked for as it is: no extension is tried. The elements are separated as the platform does it, empty ones
-/// are skipped.
+/// elements are separated as the platform does it, empty ones are skipped.
 ///
+/// @param name     looked for as it is: no extension is tried
 /// @param ignored  has no effect
 GEN_API std::string gen_find_in_path(std::string const &name, bool ignored);
 
@@ -385,6 +385,8 @@ GEN_API std::string gen_create_temp_file(std::string const &dir, std::string con
 /// Creates a file as gen_create_temp_file() does, and then an empty one of the same name with another extension. Up to
 /// five attempts are made.
 ///
+/// @param dir        as for gen_create_temp_file()
+/// @param prefix     likewise
 /// @param extension  with or without a dot in front
 /// @return the path of the last attempt, which may have failed; empty if not even the temporary file could be made
 ///
@@ -418,13 +420,14 @@ GEN_API bool gen_create_unique_dir(std::string const &base, std::string &out, bo
 ///     TMPDIR unset on Linux -> "/tmp/"    Windows -> "C:\\Users\\me\\AppData\\Local\\Temp\\/"
 GEN_API std::string gen_get_temp_path();
 
-/// The name of an output file of the project: directory, name, and extension with a dot in front if it isn't empty.
+/// The name of an output file of the project.
 ///
+/// @param name       put behind the directory, with nothing between
+/// @param extension  put behind that with a dot between; empty: neither
 /// @param directory  not null: kept for this call and those after it, with a debug message at each; an empty one takes
 ///                   that back. Without one it is the database directory, or nothing if that isn't set.
 ///
-/// Nothing is put between directory and name. One thread at a time may call it. Once exit has released the directory
-/// that is kept, there is none.
+/// One thread at a time may call it. Once exit has released the directory that is kept, there is none.
 ///
 ///     "a", "b", null with the database directory "c:/p/db/" -> "c:/p/db/a.b"
 GEN_API std::string gen_generate_pdb_filename(std::string const &name, std::string const &extension,
