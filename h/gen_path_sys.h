@@ -242,7 +242,8 @@ GEN_API std::string gen_get_user_ip_search_paths();
 /// Adds directories behind the project's library directories, each unless it is there already. Directories are compared
 /// by their text, with A to Z folded.
 ///
-/// @param paths  directories, separated by ";"; empty elements don't count
+/// @param paths  directories, separated by ";"; empty elements don't count. A text without ";" that has "*" or "?" in
+///               its last component is a pattern and no list, as everywhere in FIO_FIND.
 ///
 /// If one was added, the whole list is stored anew in the form of FIO_PATH: slashes forward, one for a run of them.
 /// Otherwise the text stays as it was.
@@ -256,8 +257,8 @@ GEN_API void gen_remove_project_library_paths(std::string const &paths);
 
 /// The project's library directories as the searches read them.
 ///
-/// @return the list itself, at one address for the life of the process; null until the directories are set or appended
-///         to for the first time. It is made anew by each setter.
+/// @return the list itself, made anew by each setter, at one address until exit handlers release it; null from then on,
+///         and until the directories are set or appended to for the first time
 GEN_API std::list<FIO_PATH> *gen_project_lib_fio_paths();
 
 // Searches. No search prints anything: what isn't found is an empty path or text.
@@ -323,7 +324,7 @@ GEN_API bool gen_find_include_file(char const *name, char const *includer, char 
 
 /// The general libraries of the installation as the searches read them.
 ///
-/// @return the list itself, at one address for the life of the process
+/// @return the list itself, at one address until exit handlers release it; null from then on
 GEN_API std::list<FIO_PATH> *gen_get_default_lib_fio_paths();
 
 /// A path as it reads from the project directory.
