@@ -242,7 +242,8 @@ GEN_API std::string gen_get_user_ip_search_paths();
 /// Adds directories behind the project's library directories, each unless it is there already. Directories are compared
 /// by their text, with A to Z folded.
 ///
-/// @param paths  directories, separated by ";"; empty elements don't count
+/// @param paths  directories, separated by ";"; empty elements don't count. A text without ";" that has "*" or "?" in
+///               its last component is a pattern and no list, as everywhere in FIO_FIND.
 ///
 /// If one was added, the whole list is stored anew in the form of FIO_PATH: slashes forward, one for a run of them.
 /// Otherwise the text stays as it was.
@@ -256,8 +257,8 @@ GEN_API void gen_remove_project_library_paths(std::string const &paths);
 
 /// The project's library directories as the searches read them.
 ///
-/// @return the list itself, at one address for the life of the process; null until the directories are set or appended
-///         to for the first time. It is made anew by each setter.
+/// @return the list itself, made anew by each setter, at one address until exit handlers release it; null from then on,
+///         and until the directories are set or appended to for the first time
 GEN_API std::list<FIO_PATH> *gen_project_lib_fio_paths();
 
 // Searches. No search prints anything: what isn't found is an empty path or text.
@@ -296,9 +297,9 @@ GEN_API FIO_PATH gen_find_file_cache_assisted(std::string const &name);
 GEN_API void gen_destroy_find_file_cache();
 
 /// The first regular file of a name in the directories of the environment variable `PATH`, as "directory/name". The
-/// name is looked for as it is: no extension is tried. The elements are separated as the platform does it, empty ones
-/// are skipped.
+/// elements are separated as the platform does it, empty ones are skipped.
 ///
+/// @param name     looked for as it is: no extension is tried
 /// @param ignored  has no effect
 GEN_API std::string gen_find_in_path(std::string const &name, bool ignored);
 
@@ -323,7 +324,7 @@ GEN_API bool gen_find_include_file(char const *name, char const *includer, char 
 
 /// The general libraries of the installation as the searches read them.
 ///
-/// @return the list itself, at one address for the life of the process
+/// @return the list itself, at one address until exit handlers release it; null from then on
 GEN_API std::list<FIO_PATH> *gen_get_default_lib_fio_paths();
 
 /// A path as it reads from the project directory.
@@ -385,6 +386,8 @@ GEN_API std::string gen_create_temp_file(std::string const &dir, std::string con
 /// Creates a file as gen_create_temp_file() does, and then an empty one of the same name with another extension. Up to
 /// five attempts are made.
 ///
+/// @param dir        as for gen_create_temp_file()
+/// @param prefix     likewise
 /// @param extension  with or without a dot in front
 /// @return the path of the last attempt, which may have failed; empty if not even the temporary file could be made
 ///
@@ -418,13 +421,14 @@ GEN_API bool gen_create_unique_dir(std::string const &base, std::string &out, bo
 ///     TMPDIR unset on Linux -> "/tmp/"    Windows -> "C:\\Users\\me\\AppData\\Local\\Temp\\/"
 GEN_API std::string gen_get_temp_path();
 
-/// The name of an output file of the project: directory, name, and extension with a dot in front if it isn't empty.
+/// The name of an output file of the project.
 ///
+/// @param name       put behind the directory, with nothing between
+/// @param extension  put behind that with a dot between; empty: neither
 /// @param directory  not null: kept for this call and those after it, with a debug message at each; an empty one takes
 ///                   that back. Without one it is the database directory, or nothing if that isn't set.
 ///
-/// Nothing is put between directory and name. One thread at a time may call it. Once exit has released the directory
-/// that is kept, there is none.
+/// One thread at a time may call it. Once exit has released the directory that is kept, there is none.
 ///
 ///     "a", "b", null with the database directory "c:/p/db/" -> "c:/p/db/a.b"
 GEN_API std::string gen_generate_pdb_filename(std::string const &name, std::string const &extension,
