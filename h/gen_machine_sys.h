@@ -18,9 +18,9 @@ enum GEN_CACHE_TYPE : unsigned char
 /// Facts of the host; all members are static.
 ///
 /// The capture. The first operation that needs it visits the logical processors once for the whole process; operations
-/// that don't are marked so. A capture takes some ten microseconds per processor, or until a busy one lets the thread
-/// in. The calling thread ends with the affinity mask of the process, also if it was pinned to less before; other
-/// threads keep theirs. On Linux the mask of the process is that of its main thread.
+/// that don't are marked so. It takes some tens of microseconds per processor, and on a busy one until the thread's
+/// turn comes. The calling thread ends with the affinity mask of the process, also if it was pinned to less before;
+/// other threads keep theirs. On Linux the mask of the process is that of its main thread.
 ///
 /// At most the first 32 processors of the affinity masks are visited, and of these the ones that the process may run
 /// on. The others are missing in every count and mask.

@@ -153,6 +153,19 @@ TEST(GenCacheDescriptors, FillTheTableOnceForAllPackages)
         EXPECT_EQ(package.m_caches.size(), 1U);
 }
 
+TEST(GenCacheDescriptors, AreLookedUpInATableThatIsFilledAlready)
+{
+    PlayedMachine machine(machine_with_descriptors({{1, 0x220a4000, 0, 0}}));
+    auto &table = machine.state().m_cache_lookup_table;
+    table[0x0a] = {1, GEN_CACHE_INST, 7, 77};
+    table[0x00] = table[0x40] = {2, GEN_CACHE_DATA, 8, 88}; // which mean no cache, whatever the table says
+    GEN_MACHINE_INFO::recapture_cpu_info();
+    EXPECT_EQ(table.size(), 3U);
+    std::list<GEN_CACHE> const &caches = machine.state().m_packages.begin()->m_caches;
+    ASSERT_EQ(caches.size(), 1U);
+    EXPECT_EQ(text_of(caches.front()), "1i 77/7");
+}
+
 TEST(GenCacheDescriptors, AreNotLookedUpForOthers)
 {
     for (char const *const dump : {"amd_smt", "other_vendor", "no_cpuid", "masks_zero"}) {

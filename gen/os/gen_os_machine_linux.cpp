@@ -62,18 +62,18 @@ bool gen_os_read_processor_count(int &count)
     return true;
 }
 
-// The process's own processors are those of its main thread, whose thread id is that of the process.
+// The process's own processors are those of its main thread, whose thread id is that of the process. Where /sys isn't
+// mounted, they stand for all.
 bool gen_os_read_affinity(std::uint64_t &process_mask, std::uint64_t &system_mask)
 {
-    SystemFile const online("/sys/devices/system/cpu/online");
     ProcessorSet process_set{};
-    std::uint64_t existing;
-    if (!gen_read_processor_list(online.text(), existing) ||
-        sched_getaffinity(getpid(), sizeof process_set, reinterpret_cast<cpu_set_t *>(process_set.m_words)) != 0)
+    if (sched_getaffinity(getpid(), sizeof process_set, reinterpret_cast<cpu_set_t *>(process_set.m_words)) != 0)
         return false;
     l_process_set = process_set;
     process_mask = process_set.m_words[0];
-    system_mask = existing;
+    SystemFile const online("/sys/devices/system/cpu/online");
+    if (!gen_read_processor_list(online.text(), system_mask))
+        system_mask = process_mask;
     return true;
 }
 
