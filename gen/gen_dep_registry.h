@@ -26,8 +26,9 @@ public:
     {
         // Before anything is changed: the copying may throw, and may come back here.
         DEPENDENCY dependency{memory, callback, 0};
+        // Ahead of the increment: an exit handler that comes here after this error finds it again, and no id 0.
+        GEN_ASSERT(m_next_uid < std::numeric_limits<UID>::max(), "my_uid< std::numeric_limits<UID>::max()");
         UID const my_uid = m_next_uid++;
-        GEN_ASSERT(my_uid < std::numeric_limits<UID>::max(), "my_uid< std::numeric_limits<UID>::max()");
         // In this order a want of memory leaves no dependency behind that no address leads to.
         m_uids_of_memory[memory].push_back(my_uid);
         dependency.uid = my_uid;
