@@ -25,13 +25,15 @@ public:
     UID create_dependency(void const *memory, CALLBACK const &callback)
     {
         // Before anything is changed: the copying may throw, and may come back here.
-        CALLBACK copy = callback;
+        DEPENDENCY dependency{memory, callback, 0};
+        // Ahead of the increment: an exit handler that comes here after this error finds it again, and no id 0.
+        GEN_ASSERT(m_next_uid < std::numeric_limits<UID>::max(), "my_uid< std::numeric_limits<UID>::max()");
         UID const my_uid = m_next_uid++;
-        GEN_ASSERT(my_uid < std::numeric_limits<UID>::max(), "my_uid< std::numeric_limits<UID>::max()");
-        GEN_ASSERT(!dependency_exists(my_uid), "!dependency_exists( my_uid )");
         // In this order a want of memory leaves no dependency behind that no address leads to.
         m_uids_of_memory[memory].push_back(my_uid);
-        m_dependencies.emplace(my_uid, DEPENDENCY{memory, std::move(copy), my_uid});
+        dependency.uid = my_uid;
+        bool const is_new = m_dependencies.try_emplace(my_uid, std::move(dependency)).second;
+        GEN_ASSERT(is_new, "!dependency_exists( my_uid )");
         return my_uid;
     }
 
@@ -60,8 +62,6 @@ private:
         CALLBACK callback;
         UID uid;
     };
-
-    bool dependency_exists(UID uid) const { return m_dependencies.count(uid) != 0; }
 
     // Copies, in the order of creation: callbacks may change the registry.
     std::vector<DEPENDENCY> live_dependencies(void const *memory) const

@@ -10,7 +10,7 @@
 //     commands.end_section();
 //     commands.commit_file();
 //
-// An object belongs to one thread at a time. Texts end at their first character 0 where they are put into a line.
+// An object belongs to one thread at a time. A command or comment ends at its first character 0.
 #ifndef GEN_UNDO_REDO_SYS_H
 #define GEN_UNDO_REDO_SYS_H
 

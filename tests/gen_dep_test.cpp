@@ -373,26 +373,42 @@ namespace {
 // Holds a dependency of its own for as long as it lives, and so does each copy.
 struct Dependant
 {
+    static int s_count; // alive
+    static int s_calls;
+
     void const *memory;
     unsigned uid;
 
-    explicit Dependant(void const *address) : memory(address), uid(GEN_DEP::create_dependency(memory, [](unsigned) {}))
+    explicit Dependant(void const *address)
+        : memory(address), uid(GEN_DEP::create_dependency(memory, [](unsigned) { ++s_calls; }))
     {
+        ++s_count;
     }
     Dependant(Dependant const &other) : Dependant(other.memory) {}
     Dependant &operator=(Dependant const &) = delete;
-    ~Dependant() { GEN_DEP::remove_dependency(uid); }
+    ~Dependant()
+    {
+        GEN_DEP::remove_dependency(uid);
+        --s_count;
+    }
     void operator()(unsigned) const {}
 };
+int Dependant::s_count = 0;
+int Dependant::s_calls = 0;
 
 } // namespace
 
 TEST_F(GenDep, BearsCallbacksThatRegisterWhenTheyAreCopiedAndRemoveWhenTheyGo)
 {
     unsigned const uid = GEN_DEP::create_dependency(m_a, Dependant(m_a));
+    int const count = Dependant::s_count;
+    EXPECT_GT(count, 0);
     GEN_DEP::memory_is_being_invalidated(m_a);
+    EXPECT_EQ(Dependant::s_calls, count) << "those that the pass itself made aren't called";
+    EXPECT_EQ(Dependant::s_count, count);
     EXPECT_FALSE(is_safe(m_a));
     GEN_DEP::remove_dependency(uid);
+    EXPECT_EQ(Dependant::s_count, 0);
     EXPECT_TRUE(is_safe(m_a));
 }
 
@@ -400,6 +416,7 @@ TEST_F(GenDep, ServesThreadsThatTakeTurns)
 {
     std::mutex mutex;
     std::vector<std::thread> threads;
+    threads.reserve(3);
     for (int i = 0; i < 3; ++i)
         threads.emplace_back([&] {
             for (int k = 0; k < 100; ++k) {

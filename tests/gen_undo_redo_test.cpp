@@ -177,6 +177,13 @@ std::vector<FileCase> file_cases()
              mgr.end_section();
          },
          "a\nb\n\n\tRedo Commands\n\t     1.\tc\nd\n\t\t\te\nf\n\n\n"},
+        {"characters 0, where commands and comments end",
+         [](MGR &mgr) {
+             mgr.begin_section("s");
+             mgr.add_undo_command(std::string("u\0dropped", 9), std::string("c\0dropped", 9));
+             mgr.end_section();
+         },
+         "s\n\n\tUndo Commands\n\t     1.\tu\n\t\t\tc\n\n\n"},
         {"long texts",
          [](MGR &mgr) {
              mgr.begin_section("s");
