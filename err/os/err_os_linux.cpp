@@ -167,7 +167,7 @@ public:
     // The line table names the innermost place. Each function that was put in place of its call says where that was.
     void add_inlined(ERR_OS_FRAME &frame, std::uintptr_t call) const
     {
-        // As above. NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
+        // As above. NOLINTBEGIN(clang-analyzer-core.CallAndMessage)
         Dwfl_Module *module = m_dwfl == nullptr ? nullptr : libdw().module_of(m_dwfl, call);
         Dwarf_Addr bias = 0;
         Dwarf_Die *unit = module == nullptr ? nullptr : libdw().unit_of(module, call, &bias);
@@ -242,6 +242,8 @@ private:
         }
         return place;
     }
+
+    // NOLINTEND(clang-analyzer-core.CallAndMessage)
 
     Dwfl *m_dwfl = nullptr;
 };
