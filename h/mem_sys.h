@@ -291,7 +291,7 @@ MEM_API void mem_tbb_tracking_flush_peak();
 MEM_API bool mem_dump_tbb_fileline_tracking(std::ostream &out);
 /// Allocations by subsystem, that is by shared library.
 MEM_API bool mem_dump_tbb_subsystem_tracking(std::ostream &out);
-/// Figures of the profile bins that were opened and closed with the statistics on.
+/// Figures of the profile bins that were closed with the statistics on.
 MEM_API bool mem_dump_tbb_profile_bin_stats_tracking(std::ostream &out);
 /// The same by tag. A bin inside another one of its tag is part of that.
 MEM_API bool mem_dump_tbb_profile_bin_tag_stats_tracking(std::ostream &out);
@@ -325,9 +325,20 @@ public:
 // Counting, for the replaced operators new and delete of zel::mem_new. Any thread, at any time of its life and of the
 // process; they allocate nothing through the operators and don't fail.
 
-/// Adds a block of `bytes` to the count. The first call, also one with 0, makes this a process that counts.
-MEM_API void mem_count_allocation(std::size_t bytes);
-/// Takes a block of `bytes` off the count, the same figure that was added for it.
-MEM_API void mem_count_release(std::size_t bytes);
+/// Adds a block to the count, and to the tables by source line and by subsystem if they are recorded. The first call,
+/// also one with 0, makes this a process that counts.
+///
+/// @param block           the block; null if only its bytes are to be counted
+/// @param bytes           what is counted for it
+/// @param return_address  where the call that allocates it returns to
+/// @param stack           where the stack stands after that return; null if that isn't known. The calls further out are
+///                        then not seen.
+MEM_API void mem_count_allocation(void const *block, std::size_t bytes, void const *return_address, void const *stack);
+
+/// Takes a block off the count, and out of the tables if it is there, before it is released.
+///
+/// @param block  the block, or null, as when it was added
+/// @param bytes  the same figure that was added for it
+MEM_API void mem_count_release(void const *block, std::size_t bytes);
 
 #endif
