@@ -2,9 +2,13 @@
 // and the release of their static objects can be watched from both ends. What they release goes through the operators
 // at the end of this file.
 #include "fio_sys.h"
+#include "gen/gen_calendar.h"
+#include "gen/gen_profile_bins_impl.h"
 #include "gen/gen_statics.h"
+#include "gen_cookie_sys.h"
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
+#include "gen_time_sys.h"
 #include "tests/support/mem_recorder.h"
 
 #include <gmock/gmock.h>
@@ -45,6 +49,15 @@ void tell_release(void const *address)
             std::fprintf(stderr, "%s ", l_watched[i].name);
 }
 
+// A block of this size, which no other has, is the text of a cookie.
+constexpr std::size_t COOKIE_BLOCK_SIZE = 4322;
+
+void watch_if_cookie(void *block, std::size_t size)
+{
+    if (size == COOKIE_BLOCK_SIZE)
+        l_watched[l_watched_count++] = {block, "cookie"};
+}
+
 // Texts that live on the heap.
 std::string long_text(char const *name)
 {
@@ -81,6 +94,7 @@ void exit_and_tell_releases()
     watch(state.project_output_directory.data(), "project_output_directory");
     watch(state.command_line.data(), "command_line");
     watch(state.user_ip_search_paths.data(), "user_ip_search_paths");
+    gen_log_cookie(std::string(COOKIE_BLOCK_SIZE - 1, 'c').c_str(), 1);
     mem_record().at_release = [] { std::fputs("MEM_INITIALIZER", stderr); };
     std::exit(0);
 }
@@ -142,13 +156,14 @@ TEST(GenStaticOrder, HoldsTheTextsInTheOrderOfTheirBuilding)
     }
 }
 
-TEST(GenStaticOrderDeathTest, ReleasesTheObjectsThenTheTextsThenTheMemInitializer)
+TEST(GenStaticOrderDeathTest, ReleasesTheCookiesThenTheObjectsThenTheTextsThenTheMemInitializer)
 {
-    EXPECT_EXIT(exit_and_tell_releases(), ExitedWithCode(0),
-                HasSubstr("project_ipblocks_libs project_ipblocks_dir_path user_libs project_libs project_dir_libs "
-                          "db_dir_libs db_dir_path db_dir_full_name user_ip_search_paths command_line "
-                          "project_output_directory user_library_paths project_library_paths project_dir "
-                          "MEM_INITIALIZER"));
+    EXPECT_EXIT(
+        exit_and_tell_releases(), ExitedWithCode(0),
+        HasSubstr("cookie project_ipblocks_libs project_ipblocks_dir_path user_libs project_libs project_dir_libs "
+                  "db_dir_libs db_dir_path db_dir_full_name user_ip_search_paths command_line "
+                  "project_output_directory user_library_paths project_library_paths project_dir "
+                  "MEM_INITIALIZER"));
 }
 
 TEST(GenStaticOrderDeathTest, ReleasesAStateWithoutObjects)
@@ -202,6 +217,25 @@ TEST(GenStaticOrderDeathTest, SettersDoNothingAfterTheRelease)
         ExitedWithCode(0), HasSubstr("command_line=;check=0;"));
 }
 
+// Tells whether a cookie is taken, which is said.
+void tell_cookie(char const *description)
+{
+    std::size_t const before = mem_record().calls.size();
+    gen_log_cookie(description, 1);
+    std::fprintf(stderr, "%s=%d;", description, static_cast<int>(mem_record().calls.size() - before));
+}
+
+TEST(GenStaticOrderDeathTest, CookiesAreTakenUntilTheirRelease)
+{
+    EXPECT_EXIT(
+        {
+            std::atexit([] { tell_cookie("in_a_handler"); });
+            mem_record().at_release = [] { tell_cookie("after_the_release"); };
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr("in_a_handler=1;after_the_release=0;"));
+}
+
 TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
 {
     EXPECT_EXIT(
@@ -217,10 +251,29 @@ TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[/fake/][tool][1]"));
 }
 
+// Stand-ins for what the cookie log and the streams ask of other sources. There are no bins: cookies have no path.
+
+std::vector<std::string> gen_pb_current_path()
+{
+    return {};
+}
+
+std::int64_t gen_get_current_time_seconds()
+{
+    return 0;
+}
+
+std::string gen_asctime_text(std::int64_t /*seconds*/)
+{
+    return {};
+}
+
 void *operator new(std::size_t size)
 {
-    if (void *const block = std::malloc(size == 0 ? 1 : size))
+    if (void *const block = std::malloc(size == 0 ? 1 : size)) {
+        watch_if_cookie(block, size);
         return block;
+    }
     throw std::bad_alloc();
 }
 
