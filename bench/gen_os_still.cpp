@@ -58,6 +58,14 @@ char gen_os_path_list_separator()
 {
     return ':';
 }
+char const *gen_os_library_pattern()
+{
+    return "*.so*";
+}
+bool gen_os_library_links_count()
+{
+    return false;
+}
 bool gen_os_reserve_address_space(std::size_t)
 {
     return false;

@@ -2,14 +2,13 @@
 
 #include "gen/gen_cookie.h"
 #include "gen/gen_message.h"
+#include "gen/gen_profile_bins_impl.h"
 #include "gen_fstream_sys.h"
-#include "gen_profile_bins_sys.h"
 #include "mem_sys.h"
 #include "thr_sys.h"
 
 #include <algorithm>
 #include <atomic>
-#include <iomanip>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -18,10 +17,10 @@
 namespace {
 
 // Widths of the file's columns, and of the line below their titles.
-constexpr int DESCRIPTION_WIDTH = 60;
-constexpr int HASH_WIDTH = 25;
-constexpr int PATH_WIDTH = 20;
-constexpr int LINE_WIDTH = 200;
+constexpr std::size_t DESCRIPTION_WIDTH = 60;
+constexpr std::size_t HASH_WIDTH = 25;
+constexpr std::size_t PATH_WIDTH = 20;
+constexpr std::size_t LINE_WIDTH = 200;
 
 // The streams' sharing, which has no effect.
 constexpr int SHARE_ALL = 64;
@@ -94,39 +93,43 @@ void Log::append_pending()
     m_logged.insert(m_logged.end(), m_pending.begin(), m_pending.end());
 }
 
-// Path of the current bin; empty without one.
-Path current_path()
-{
-    Path path;
-    if (GEN_PROFILE_BIN const *const bin = gen_profile_bin_get_current_bin())
-        bin->get_path_names(&path, /*root=*/nullptr);
-    return path;
-}
-
 bool exists(std::string const &file)
 {
     return std::brisel_ifstream(file.c_str(), std::ios::in, SHARE_ALL).good();
 }
 
+// The texts as cells of their widths, which longer ones exceed.
+std::string first_cells(std::string const &description, std::string const &hash)
+{
+    std::string cells = description;
+    cells.resize(std::max(cells.size(), DESCRIPTION_WIDTH), ' ');
+    cells += '|';
+    std::size_t const width = cells.size() + HASH_WIDTH;
+    cells += hash;
+    cells.resize(std::max(cells.size(), width), ' ');
+    return cells + '|';
+}
+
 void write_heading(std::ostream &out, char const *name)
 {
-    out << "Cookie Database file for " << name << "\n\n";
-    out << std::left << std::setw(DESCRIPTION_WIDTH) << "Description" << '|' << std::setw(HASH_WIDTH) << "Hash Val"
-        << '|' << std::setw(PATH_WIDTH) << "Path" << std::endl;
-    out << std::string(LINE_WIDTH, '-') << std::endl;
+    std::string path = "Path";
+    path.resize(PATH_WIDTH, ' ');
+    out << "Cookie Database file for " << name << "\n\n"
+        << first_cells("Description", "Hash Val") << path << '\n'
+        << std::string(LINE_WIDTH, '-') << std::endl;
 }
 
 void write_row(std::ostream &out, Cookie const &cookie)
 {
-    // The number as a text of its own: a locale of the process must not group its digits.
-    out << std::left << std::setw(DESCRIPTION_WIDTH) << cookie.m_description << '|' << std::setw(HASH_WIDTH)
-        << std::to_string(cookie.m_hash) << '|';
+    std::string row = first_cells(cookie.m_description, std::to_string(cookie.m_hash));
     char const *separator = "";
     for (std::string const &name : cookie.m_path) {
-        out << separator << name;
+        row += separator;
+        row += name;
         separator = "::";
     }
-    out << '\n';
+    row += '\n';
+    out << row;
 }
 
 } // namespace
@@ -138,7 +141,7 @@ void gen_log_cookie(char const *description, std::uint64_t hash)
         return;
     if (description == nullptr)
         description = "";
-    log->add({current_path(), description, hash});
+    log->add({gen_pb_current_path(), description, hash});
     gen_say("Cookie logged %s: %I64u", description, hash);
 }
 

@@ -9,6 +9,7 @@
 #include "thr_sys.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 #include <boost/regex.hpp>
 
@@ -113,7 +114,12 @@ void gen_pb_fail(char const *text, char const *file, int line)
 
 bool gen_pb_is_selected_for_logs(char const *name)
 {
-    return l_gen_pb_fileline_re != nullptr && boost::regex_match(name, *l_gen_pb_fileline_re);
+    try {
+        return l_gen_pb_fileline_re != nullptr && boost::regex_match(name, *l_gen_pb_fileline_re);
+    } catch (std::runtime_error const &) {
+        // The expression takes too long on this name; no flow ends by that.
+        return false;
+    }
 }
 
 GEN_PROFILE_BIN const *gen_profile_bin_get_current_bin()

@@ -198,6 +198,12 @@ void gen_pb_fail(char const *text, char const *file, int line);
 /// Whether a condition holds; if not, gen_pb_fail().
 #define GEN_PB_CHECK(condition, text) ((condition) || (gen_pb_fail((text), __FILE__, __LINE__), false))
 
+// gen_profile_bins_bin.cpp
+
+/// The names from the top of the tree down to the current bin; empty without one, and on a thread that doesn't own the
+/// bins.
+std::vector<std::string> gen_pb_current_path();
+
 // gen_profile_bins_events.cpp
 
 /// Processes the buffered events and charges the cost to the bin that is current afterwards.

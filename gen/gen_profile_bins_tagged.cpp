@@ -141,6 +141,7 @@ bool gen_pb_build_tag_tree()
         return false;
     // The bins are deleted untracked.
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
+    GEN_PB_BUSY const busy;
     // The bins that lost children, which are dropped at the end, all of a parent at once.
     std::vector<GEN_PB_IMPL *> parents;
     for (GEN_PB_IMPL *bin : l_gen_pb_tagged_bins) {

@@ -27,7 +27,7 @@ auto tells_fault(char const *text)
 // A histogram that lives to the end of the process: its destructor's check would fail.
 GEN_BINDATA &kept(GEN_BINDATA *histogram)
 {
-    static std::vector<GEN_BINDATA *> all;
+    static auto &all = *new std::vector<GEN_BINDATA *>;
     all.push_back(histogram);
     return *histogram;
 }

@@ -222,6 +222,61 @@ TEST_F(GenCookie, WritesEverythingAgainAtASecondFinalize)
     EXPECT_EQ(file("again"), fresh_file("again", rows));
 }
 
+// What is logged with the log off, and behind the end of the bins, waits for a finalize that writes.
+TEST_F(GenCookie, CollectsAtAnyTime)
+{
+    mem_cfg_set("gen_print_cookie_log", "off");
+    start();
+    gen_log_cookie("off", 1);
+    finish();
+    EXPECT_FALSE(has_file());
+    gen_log_cookie("between", 2);
+    mem_cfg_set("gen_print_cookie_log", "on");
+    start();
+    finish();
+    gen_log_cookie("behind", 3);
+    start();
+    finish();
+    std::vector<std::string> const first = {
+        row("off", "1", "Root"), // of the first finalize
+        row("off", "1", "Root"), // as the path changed
+        row("between", "2", ""),
+    };
+    std::vector<std::string> second = first;
+    second.insert(second.end(), {row("behind", "3", ""), row("between", "2", "")}); // one group without a path
+    std::vector<std::string> rows = first;
+    rows.insert(rows.end(), second.begin(), second.end());
+    EXPECT_EQ(file(), fresh_file("tool", rows));
+}
+
+// Such a bin has no root above it.
+TEST_F(GenCookie, TakesThePathOfABinBehindTheClosedRoot)
+{
+    start();
+    close_bin();
+    open_bin("A");
+    open_bin("B");
+    gen_log_cookie("cookie", 1);
+    close_bin();
+    close_bin();
+    GEN_PROFILE_BINS::finalize("tool", /*close_root=*/false);
+    EXPECT_EQ(file(), fresh_file("tool", {row("cookie", "1", "A::B")}));
+}
+
+TEST_F(GenCookie, SaysNothingOfAFullDisk)
+{
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "no such device";
+    std::filesystem::create_symlink("/dev/full", m_directory.path() / "cookie_db_tool.log");
+    start();
+    for (std::uint64_t k = 0; k < 1000; ++k)
+        gen_log_cookie("cookie", k);
+    m_messages.clear();
+    finish();
+    for (std::string const &line : m_messages.lines())
+        EXPECT_EQ(line.find("cookie"), std::string::npos) << line;
+}
+
 TEST_F(GenCookie, WritesAHeadingAlone)
 {
     start();

@@ -274,6 +274,38 @@ TEST_F(GenProfileBinsMem, WritesNoStageLogsWithTheKeyOff)
     EXPECT_THAT(files(), IsEmpty());
 }
 
+// What is in a stage's bin doesn't match by the bin's name.
+TEST_F(GenFlowStages, AreNotBegunAgainInside)
+{
+    start();
+    open_bin("fit2_fit_plan");
+    forget();
+    run_bin("moves", 0, 0);
+    EXPECT_THAT(calls(), IsEmpty());
+    run_bin("Placer", 0, 0);
+    EXPECT_THAT(calls(), testing::Contains("label placer"));
+    close_bin();
+}
+
+TEST_F(GenFlowStages, SayNothingOfAFullDisk)
+{
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "no such device";
+    for (char const *dump : {"fileline", "subsystem", "bin stats", "tag stats"})
+        mem_fake_set_dump(dump, std::string(100000, 'x'));
+    mem_enable_tracking(BOTH);
+    for (char const *log : {"fileline", "subsystem", "pbin_tag_stats", "pbin_stats"})
+        std::filesystem::create_symlink("/dev/full",
+                                        m_directory.path() / (std::string("mem_tbb_") + log + ".prefit.log"));
+    start();
+    run_bin("fit2_fit_plan", 0, 0);
+    forget();
+    run_bin("Placer", 0, 0);
+    EXPECT_THAT(m_messages.lines(), ElementsAre(message_of("prefit")));
+    run_bin("fit2_fit_route_init", 0, 0);
+    EXPECT_THAT(m_messages.lines(), ElementsAre(message_of("prefit"), message_of("placer")));
+}
+
 // The key counts as it was at the first question.
 TEST_F(GenProfileBinsMem, KeepsTheKeyOfTheFirstQuestion)
 {
@@ -354,6 +386,19 @@ TEST_F(GenSelectedBins, LogAtEveryWayToClose)
     EXPECT_EQ(files().size(), 4u);
     open_bin("Moves")->close();
     EXPECT_EQ(files().size(), 8u);
+}
+
+// An expression that takes too long on a name doesn't match it.
+TEST_F(GenSelectedBins, AreNoneByAnEndlessExpression)
+{
+    mem_cfg_set("gen_mem_fileline_profile_bin", "(a*)*(a*)*(a*)*b");
+    start();
+    std::string const name(4000, 'a');
+    EXPECT_NE(open_bin(name), nullptr);
+    GEN_PROFILE_BINS::close(name.c_str());
+    EXPECT_THAT(calls(), IsEmpty());
+    GEN_PROFILE_BINS::open("TST", "b", GEN_PB_FLAG_IMMEDIATE);
+    EXPECT_THAT(calls(), ElementsAre("enable 12"));
 }
 
 TEST_F(GenSelectedBins, GoOnWithoutFiles)

@@ -40,6 +40,12 @@ void run(Stage const &stage)
     GEN_PROFILE_BINS::close(nullptr);
 }
 
+// Gives a bin a tag that no open can. The class is not exported, so that the sanitizer has no type to compare with.
+[[gnu::no_sanitize("vptr")]] void set_tag(GEN_PROFILE_BIN *bin, char const *tag)
+{
+    static_cast<GEN_PB_IMPL *>(bin)->m_tag = tag;
+}
+
 // A row of a bin.
 struct Row
 {
@@ -49,6 +55,7 @@ struct Row
     int start_mib = 0;
     int end_mib = 0;
     int peak_mib = 0;
+    int errors = 0;
 };
 
 // The file with these rows.
@@ -59,8 +66,8 @@ std::string file_of(std::vector<Row> const &rows)
     for (Row const &row : rows) {
         char line[256];
         std::snprintf(line, sizeof line, "%6d\t%9d.00\t%8d.00\t%12d\t%12d.00\t%12d.00\t%10d.00\t%11d.00\t%s\n",
-                      row.count, row.cpu_sec, row.cpu_sec * 2, 0, row.cpu_sec, row.start_mib, row.end_mib, row.peak_mib,
-                      row.name);
+                      row.count, row.cpu_sec, row.cpu_sec * 2, row.errors, row.cpu_sec, row.start_mib, row.end_mib,
+                      row.peak_mib, row.name);
         text += line;
     }
     return text + "\nEstimated bin overhead was 0.0s (0.0s WC)\n";
@@ -84,7 +91,7 @@ protected:
         for (Stage const &stage : stages)
             run(stage);
         if (m_root_tag != nullptr)
-            static_cast<GEN_PB_IMPL *>(root)->m_tag = m_root_tag;
+            set_tag(root, m_root_tag);
         m_messages.clear();
         GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
         return std::filesystem::exists(m_directory.path() / "profile_bins_tagged_tool.log");
@@ -370,6 +377,100 @@ TEST_F(GenProfileBinsTagged, MoveOnceThoughADumpNotedThemBefore)
                                         {"Fitter::t::Plan::OTHER", 0, 0},
                                         {"Fitter::t::OTHER", 0, 0},
                                         {"Fitter::OTHER", 0, 0}}));
+}
+
+// Errors of the clocks add up wherever numbers are taken out or added.
+TEST_F(GenProfileBinsTagged, LeaveAndBringClockErrors)
+{
+    constexpr int BACKWARD = -8;
+    ASSERT_TRUE(run_flow({{"Plan", nullptr, 20, {{"Read", "t", BACKWARD, {}}, {"Write", nullptr, 2, {}}}},
+                          {"Route", nullptr, 20, {{"Wires", "t", BACKWARD, {}}}}}));
+    // Both clocks went backward in a stage, and its interval counts as 0.
+    EXPECT_EQ(main_report(), file_of({{"Fitter", 1, 26},
+                                      {"Fitter::Plan", 1, 14},
+                                      {"Fitter::Plan::Read", 1, 0, 0, 0, 0, 2},
+                                      {"Fitter::Plan::Write", 1, 2},
+                                      {"Fitter::Plan::OTHER", 0, 12, 0, 0, 0, 2},
+                                      {"Fitter::Route", 1, 12},
+                                      {"Fitter::Route::Wires", 1, 0, 0, 0, 0, 2},
+                                      {"Fitter::Route::OTHER", 0, 12, 0, 0, 0, 2},
+                                      {"Fitter::OTHER", 0, 0}}));
+    EXPECT_EQ(tagged_report(), file_of({{"Fitter", 1, 26},
+                                        {"Fitter::Plan", 1, 14, 0, 0, 0, 2},
+                                        {"Fitter::Plan::Write", 1, 2},
+                                        {"Fitter::Plan::OTHER", 0, 12, 0, 0, 0, 2},
+                                        {"Fitter::Route", 1, 12, 0, 0, 0, 2},
+                                        {"Fitter::t", 1, 0, 0, 0, 0, 4},
+                                        {"Fitter::t::Plan", 1, 0, 0, 0, 0, 4},
+                                        {"Fitter::t::Plan::Read", 1, 0, 0, 0, 0, 2},
+                                        {"Fitter::t::Plan::Route", 1, 0, 0, 0, 0, 2},
+                                        {"Fitter::t::Plan::Route::Wires", 1, 0, 0, 0, 0, 2},
+                                        {"Fitter::t::Plan::Route::OTHER", 0, 0},
+                                        {"Fitter::t::Plan::OTHER", 0, 0},
+                                        {"Fitter::t::OTHER", 0, 0},
+                                        {"Fitter::OTHER", 0, 0}}));
+}
+
+// A bin without a name has no row and moves all the same. It has no memory figures, which the bin of its tag shows.
+TEST_F(GenProfileBinsTagged, MoveWithoutAName)
+{
+    ASSERT_TRUE(run_flow({{"Plan", nullptr, 1, {{"", "t", 4, {}}}}}));
+    std::string report = tagged_report();
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = report.find("-0.00", at)) != std::string::npos; ++count)
+        report[at] = ' '; // a byte less than nothing
+    EXPECT_EQ(count, 4u);
+    EXPECT_EQ(report, file_of({{"Fitter", 1, 5},
+                               {"Fitter::Plan", 1, 1},
+                               {"Fitter::t", 1, 4},
+                               {"Fitter::t::Plan", 1, 4},
+                               {"Fitter::t::Plan::OTHER", 0, 0},
+                               {"Fitter::t::OTHER", 0, 0},
+                               {"Fitter::OTHER", 0, 0}}));
+}
+
+TEST_F(GenProfileBinsTagged, TakeTheirTagFromEveryKindOfOpen)
+{
+    start_bins("Fitter");
+    GEN_PROFILE_BINS::open_with_user_tag("TST", "labelled", GEN_PB_FLAG_IMMEDIATE, "t", "Label");
+    close_bin();
+    {
+        GEN_PROFILER const guard("TST", "guarded", GEN_PB_FLAG_IMMEDIATE, "t");
+    }
+    GEN_PROFILE_BINS::open_with_tag("TST", "buffered", GEN_PB_FLAG_RECORD, "t");
+    close_bin();
+    GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
+    EXPECT_EQ(tagged_report(), file_of({{"Fitter", 1, 0},
+                                        {"Fitter::t", 1, 0},
+                                        {"Fitter::t::labelled", 1, 0},
+                                        {"Fitter::t::guarded", 1, 0},
+                                        {"Fitter::t::buffered", 1, 0},
+                                        {"Fitter::t::OTHER", 0, 0},
+                                        {"Fitter::OTHER", 0, 0}}));
+}
+
+// Bins must not change while they move.
+TEST_F(GenProfileBinsTagged, IgnoreCallsFromTheReceiverOfTheirMessages)
+{
+    m_root_tag = "t";
+    GEN_PROFILE_BIN *const root = start_bins("Fitter");
+    run({"a", "t", 2, {}});
+    set_tag(root, m_root_tag);
+    mem_msg_redirect(
+        [](MEM_MSG_KIND, char const *, char const *text, void *) {
+            if (std::string(text) != "root bin should not be tagged")
+                return;
+            run({"late", nullptr, 1, {}});
+            GEN_PROFILE_BINS::finalize("nested", /*close_root=*/false);
+        },
+        nullptr);
+    GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
+    EXPECT_EQ(tagged_report(), file_of({{"Fitter", 1, 2},
+                                        {"Fitter::t", 1, 2},
+                                        {"Fitter::t::a", 1, 2},
+                                        {"Fitter::t::OTHER", 0, 0},
+                                        {"Fitter::OTHER", 0, 0}}));
+    EXPECT_FALSE(std::filesystem::exists(m_directory.path() / "profile_bins_nested.log"));
 }
 
 TEST_F(GenProfileBinsTagged, AreNamedWithTheSuffix)

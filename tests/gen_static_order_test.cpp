@@ -3,14 +3,16 @@
 // ends. What they release goes through the operators at the end of this file.
 #include "fio_sys.h"
 #include "gen/gen_machine_state.h"
+#include "gen/gen_profile_bins_impl.h"
 #include "gen/gen_statics.h"
+#include "gen_cookie_sys.h"
 #include "gen_dep_sys.h"
 #include "gen_exe_sys.h"
 #include "gen_machine_sys.h"
 #include "gen_path_sys.h"
+#include "gen_time_sys.h"
 #include "tests/support/environment.h"
 #include "tests/support/gen_os_machine_fake.h"
-#include "gen_time_sys.h"
 #include "tests/support/mem_recorder.h"
 
 #include <gmock/gmock.h>
@@ -61,6 +63,15 @@ void tell_release(void const *block, std::size_t size)
 // Mutexes: how many were made, and whether the path state stood already when the first one was.
 int l_mutex_count = 0;
 bool l_state_before_first_mutex = false;
+
+// A block of this size, which no other has, is the text of a cookie.
+constexpr std::size_t COOKIE_BLOCK_SIZE = 4322;
+
+void watch_if_cookie(void *block, std::size_t size)
+{
+    if (size == COOKIE_BLOCK_SIZE)
+        l_watched[l_watched_count++] = {block, "cookie"};
+}
 
 // Texts that live on the heap.
 std::string long_text(char const *name)
@@ -146,6 +157,7 @@ void exit_and_tell_releases()
     watch(state.project_output_directory.data(), "project_output_directory");
     watch(state.command_line.data(), "command_line");
     watch(state.user_ip_search_paths.data(), "user_ip_search_paths");
+    gen_log_cookie(std::string(COOKIE_BLOCK_SIZE - 1, 'c').c_str(), 1);
     mem_record().at_release = [] { std::fputs("MEM_INITIALIZER", stderr); };
     std::exit(0);
 }
@@ -196,7 +208,7 @@ TEST(GenStaticOrder, BuildsTheStateBeforeOrdinaryStaticsOnEitherSideOfTheLinkOrd
 
 TEST(GenStaticOrder, BuildsTheMachinesStateBehindThePaths)
 {
-    EXPECT_EQ(l_mutex_count, 1);
+    EXPECT_EQ(l_mutex_count, 2); // the cookie log has one too
     EXPECT_TRUE(l_state_before_first_mutex);
     EXPECT_TRUE(l_machine_state_before_first_static);
 }
@@ -218,7 +230,8 @@ TEST(GenStaticOrderDeathTest, ReleasesWhatTheSubsystemsHoldThenTheObjectsThenThe
 {
     EXPECT_EXIT(
         exit_and_tell_releases(), ExitedWithCode(0),
-        HasSubstr("mutex cache_table packages dependencies kalvern_libs project_ipblocks_libs project_ipblocks_dir_path kalvern_eda_libs user_libs env_libs "
+        HasSubstr("dependencies mutex cookie mutex cache_table packages kalvern_libs project_ipblocks_libs "
+                  "project_ipblocks_dir_path kalvern_eda_libs user_libs env_libs "
                   "project_libs project_dir_libs db_dir_libs default_source_extensions db_dir_path db_dir_full_name "
                   "user_ip_search_paths command_line project_output_directory user_library_paths project_library_paths "
                   "project_dir MEM_INITIALIZER"));
@@ -367,6 +380,25 @@ TEST(GenStaticOrderDeathTest, ConstantTablesOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[nanosecond][9]"));
 }
 
+// Tells whether a cookie is taken, which is said.
+void tell_cookie(char const *description)
+{
+    std::size_t const before = mem_record().calls.size();
+    gen_log_cookie(description, 1);
+    std::fprintf(stderr, "%s=%d;", description, static_cast<int>(mem_record().calls.size() - before));
+}
+
+TEST(GenStaticOrderDeathTest, CookiesAreTakenUntilTheirRelease)
+{
+    EXPECT_EXIT(
+        {
+            std::atexit([] { tell_cookie("in_a_handler"); });
+            mem_record().at_release = [] { tell_cookie("after_the_release"); };
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr("in_a_handler=1;after_the_release=0;"));
+}
+
 TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
 {
     EXPECT_EXIT(
@@ -382,11 +414,19 @@ TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[/fake/][tool][1]"));
 }
 
+// There are no bins: cookies have no path.
+std::vector<std::string> gen_pb_current_path()
+{
+    return {};
+}
+
 // Out of line, where the compiler doesn't take their malloc() and free() for strangers.
 [[gnu::noinline]] void *operator new(std::size_t size)
 {
-    if (void *const block = std::malloc(size == 0 ? 1 : size))
+    if (void *const block = std::malloc(size == 0 ? 1 : size)) {
+        watch_if_cookie(block, size);
         return block;
+    }
     throw std::bad_alloc();
 }
 

@@ -5,6 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
+// The manager is made and deleted by its functions alone, and each class holds one pointer.
+static_assert(!std::is_default_constructible_v<GEN_TRACQ_MANAGER> && !std::is_destructible_v<GEN_TRACQ_MANAGER>);
+static_assert(sizeof(GEN_TRACQ_MANAGER) == sizeof(void *) && sizeof(GEN_TRACQ_SCOPED_PROFILE) == sizeof(void *) &&
+              sizeof(GEN_TRACQ_SCOPED_TASK) == sizeof(void *));
+
 TEST(GenTracq, EnablesAndDisablesInAnyOrder)
 {
     gen_tracq_disable();

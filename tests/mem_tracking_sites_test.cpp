@@ -78,7 +78,14 @@ protected:
     }
 };
 
-void *volatile l_block = nullptr;
+// Out of the compiler's sight, which may leave out a pair of new and delete.
+std::atomic<void *> l_block{nullptr};
+
+void *seen(void *block)
+{
+    l_block.store(block, std::memory_order_relaxed);
+    return block;
+}
 
 } // namespace
 
@@ -86,14 +93,12 @@ void *volatile l_block = nullptr;
 // allocation there.
 [[gnu::noinline]] void *mem_test_site(std::size_t bytes)
 {
-    l_block = ::operator new(bytes);
-    return l_block;
+    return seen(::operator new(bytes));
 }
 
 [[gnu::noinline]] void *mem_test_other_site(std::size_t bytes)
 {
-    l_block = ::operator new(bytes);
-    return l_block;
+    return seen(::operator new(bytes));
 }
 
 // Called by pointers, or the compiler makes a copy for some of the calls.
