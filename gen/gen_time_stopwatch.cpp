@@ -209,7 +209,7 @@ std::int64_t GEN_PROCESS_STOPWATCH::get_elapsed_cpu_time()
     return gen_truncate(to_sec(m_total_user + m_total_kernel) + 0.5);
 }
 
-void GEN_PROCESS_STOPWATCH::print_stats()
+void GEN_PROCESS_STOPWATCH::print_stats() const
 {
     // Single precision, about seven digits, is what is shown.
     auto const shown_sec = [](std::uint64_t usec) { return static_cast<double>(static_cast<float>(usec)) / 1e6; };

@@ -230,7 +230,7 @@ public:
     ///     PROCESS_STOPWATCH(name): user time: 1.500000 seconds
     ///     PROCESS_STOPWATCH(name): kernel time: 0.250000 seconds
     ///     PROCESS_STOPWATCH(name): user+kernel time: 1.750000 seconds
-    GEN_API void print_stats();
+    GEN_API void print_stats() const;
 
 private:
     std::uint64_t m_start_user = 0;
