@@ -269,7 +269,7 @@ TEST(GenStaticOrderDeathTest, TheMachineIsKnownInExitHandlersAndUnknownAfterTheR
             mem_record().at_release = tell_machine;
             std::exit(0);
         },
-        ExitedWithCode(0), HasSubstr("[1: 1 cores, 32 KB]mutex [0: 0 cores, 0 KB]"));
+        ExitedWithCode(0), HasSubstr("[1: 1 cores, 32 KB]mutex mutex [0: 0 cores, 0 KB]"));
 }
 
 TEST(GenStaticOrderDeathTest, NothingIsVisitedAfterTheRelease)
@@ -320,7 +320,7 @@ TEST(GenStaticOrderDeathTest, ThePdbDirectoryIsBuiltAtItsFirstUseAndReleasedBefo
             std::atexit(tell); // what is built later is released earlier
             std::exit(0);
         },
-        ExitedWithCode(0), HasSubstr("[/q/a.b][/p/db/a.b][/p/db/a.b][a.b]"));
+        ExitedWithCode(0), HasSubstr("[/q/a.b][/p/db/a.b][/p/db/a.b]mutex mutex [a.b]"));
 }
 
 TEST(GenStaticOrderDeathTest, SettersDoNothingAfterTheRelease)
@@ -396,7 +396,7 @@ TEST(GenStaticOrderDeathTest, CookiesAreTakenUntilTheirRelease)
             mem_record().at_release = [] { tell_cookie("after_the_release"); };
             std::exit(0);
         },
-        ExitedWithCode(0), HasSubstr("in_a_handler=1;after_the_release=0;"));
+        ExitedWithCode(0), HasSubstr("in_a_handler=1;mutex mutex after_the_release=0;"));
 }
 
 TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
