@@ -10,10 +10,12 @@
 #include "gen_path_sys.h"
 #include "gen_time_sys.h"
 #include "tests/support/mem_recorder.h"
+#include "tests/support/platform.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -34,7 +36,7 @@ struct Watched
     void const *address;
     char const *name;
 };
-Watched l_watched[16];
+Watched l_watched[20];
 std::size_t l_watched_count = 0;
 
 void watch(void const *address, char const *name)
@@ -48,6 +50,9 @@ void tell_release(void const *address)
         if (l_watched[i].address == address)
             std::fprintf(stderr, "%s ", l_watched[i].name);
 }
+
+// The mutex of the cookie log; null where the thread library has a heap operator of its own.
+void const *l_cookie_mutex = nullptr;
 
 // A block of this size, which no other has, is the text of a cookie.
 constexpr std::size_t COOKIE_BLOCK_SIZE = 4322;
@@ -94,7 +99,10 @@ void exit_and_tell_releases()
     watch(state.project_output_directory.data(), "project_output_directory");
     watch(state.command_line.data(), "command_line");
     watch(state.user_ip_search_paths.data(), "user_ip_search_paths");
-    gen_log_cookie(std::string(COOKIE_BLOCK_SIZE - 1, 'c').c_str(), 1);
+    watch(l_cookie_mutex, "mutex");
+    static char cookie[COOKIE_BLOCK_SIZE];
+    std::fill_n(cookie, COOKIE_BLOCK_SIZE - 1, 'c');
+    gen_log_cookie(cookie, 1);
     mem_record().at_release = [] { std::fputs("MEM_INITIALIZER", stderr); };
     std::exit(0);
 }
@@ -275,6 +283,16 @@ void *operator new(std::size_t size)
         return block;
     }
     throw std::bad_alloc();
+}
+
+// The first such block of the process is the mutex of the cookie log, where the thread library takes its blocks from
+// here.
+void *operator new(std::size_t size, std::nothrow_t const &) noexcept
+{
+    void *const block = std::malloc(size == 0 ? 1 : size);
+    if (l_cookie_mutex == nullptr)
+        l_cookie_mutex = block;
+    return block;
 }
 
 void operator delete(void *block) noexcept
