@@ -2,6 +2,15 @@
 
 #include "gen/gen_assert.h"
 
+namespace {
+
+void require_bin(std::uint64_t bin, std::uint64_t num_bins)
+{
+    GEN_ASSERT(bin < num_bins, "0 <= bin && bin < m_num_bins");
+}
+
+} // namespace
+
 GEN_BINDATA::GEN_BINDATA(double low, double high, std::uint64_t num_bins)
     : m_num_bins(num_bins), m_low(low), m_high(high),
       m_bin_width((high - low) / static_cast<double>(num_bins)) // not finite for 0 bins
@@ -23,7 +32,7 @@ GEN_BINDATA::~GEN_BINDATA()
 void GEN_BINDATA::add_item(double item)
 {
     std::uint64_t const index = bin(item);
-    require_bin(index);
+    require_bin(index, m_num_bins);
     ++m_counts[static_cast<std::ptrdiff_t>(index)];
     ++m_num_items;
 }
@@ -49,7 +58,7 @@ double GEN_BINDATA::highbound(std::uint64_t bin) const
 
 std::uint64_t GEN_BINDATA::item_count(std::uint64_t bin) const
 {
-    require_bin(bin);
+    require_bin(bin, m_num_bins);
     return m_counts[static_cast<std::ptrdiff_t>(bin)];
 }
 
@@ -61,9 +70,4 @@ std::uint64_t GEN_BINDATA::num_bins() const
 std::uint64_t GEN_BINDATA::size() const
 {
     return m_num_items;
-}
-
-void GEN_BINDATA::require_bin(std::uint64_t bin) const
-{
-    GEN_ASSERT(bin < m_num_bins, "0 <= bin && bin < m_num_bins");
 }

@@ -49,8 +49,6 @@ public:
     std::uint64_t size() const;
 
 private:
-    void require_bin(std::uint64_t bin) const;
-
     std::shared_ptr<std::uint32_t[]> m_counts; // an assigned object has the same ones
     std::uint64_t m_num_bins;
     std::uint64_t m_num_items = 0;
