@@ -75,6 +75,14 @@ int gen_os_write_private_profile_string(char const *, char const *, char const *
 {
     return 0;
 }
+bool gen_os_create_temp_file(char const *, char const *, std::string &)
+{
+    return false;
+}
+bool gen_os_read_temp_directory(std::string &)
+{
+    return false;
+}
 bool gen_os_open_stream(std::filebuf &, char const *, std::ios_base::openmode)
 {
     return false;
