@@ -143,8 +143,9 @@ void begin(MEM_THREAD_COUNT &count)
     mem_lock_watch_forks(forked);
     if (!mem_os_watch_thread_end(thread_ends))
         return set_state(count, MEM_THREAD_COUNT::ENDED);
-    set_state(count, MEM_THREAD_COUNT::LISTED);
+    // In this order: a change of the switch meanwhile either finds it in the list or is seen by it.
     enter(count);
+    set_state(count, MEM_THREAD_COUNT::LISTED);
 }
 
 [[gnu::noinline, gnu::cold]] void fold_at_limit(MEM_THREAD_COUNT &count)

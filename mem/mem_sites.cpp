@@ -33,6 +33,8 @@ struct ARRAY
         return &values[count++];
     }
 
+    void remove_last() { --count; }
+
     void clear()
     {
         std::free(static_cast<void *>(values));
@@ -191,9 +193,13 @@ bool add_site(MEM_CALLS const &calls, MODULE_NAME const &module_name)
     std::size_t const site = l_sites.count;
     std::uint64_t const key = key_of(calls);
     RECORD *const record = l_sites.add();
-    PLACE *const place = record == nullptr ? nullptr : l_places.find_or_add(key);
-    if (place == nullptr)
+    if (record == nullptr)
         return false;
+    PLACE *const place = l_places.find_or_add(key);
+    if (place == nullptr) {
+        l_sites.remove_last();
+        return false;
+    }
     place->site = site;
     record->site.calls = calls;
     record->site.module = module;
@@ -222,9 +228,9 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
     MODULE_NAME module_name = {};
     mem_os_module_name(calls.return_addresses[0], module_name, sizeof module_name);
     std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
-    bool const is_there = l_places.find(key_of(calls)) != nullptr || add_site(calls, module_name);
-    if (!is_there || !enter_at_known_site(block, bytes, calls))
-        l_lost_blocks += is_there ? 0 : 1;
+    if (!enter_at_known_site(block, bytes, calls) &&
+        !(add_site(calls, module_name) && enter_at_known_site(block, bytes, calls)))
+        ++l_lost_blocks;
 }
 
 void mem_sites_remove(void const *block)

@@ -1,5 +1,6 @@
 #include "mem/os/mem_os_call.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <link.h>
@@ -105,10 +106,26 @@ int answer_cxx_runtime(dl_phdr_info *info, std::size_t, void *data)
     return 1;
 }
 
+RANGE find_cxx_runtime()
+{
+    RANGE range{1, 1}; // found, and empty
+    dl_iterate_phdr(answer_cxx_runtime, &range);
+    return range;
+}
+
+// Where the C++ runtime is. Found by every thread that asks before the first has stored it: to wait for each other, as
+// the guard of a static does, would be to wait for the loader's lock while one may hold it.
+std::atomic<std::uintptr_t> l_cxx_runtime_begin{0};
+std::atomic<std::uintptr_t> l_cxx_runtime_end{0}; // stored last; 0 until then
+
 RANGE cxx_runtime()
 {
-    RANGE range{};
-    dl_iterate_phdr(answer_cxx_runtime, &range);
+    std::uintptr_t const end = l_cxx_runtime_end.load(std::memory_order_acquire);
+    if (end != 0)
+        return {l_cxx_runtime_begin.load(std::memory_order_relaxed), end};
+    RANGE const range = find_cxx_runtime();
+    l_cxx_runtime_begin.store(range.begin, std::memory_order_relaxed);
+    l_cxx_runtime_end.store(range.end, std::memory_order_release);
     return range;
 }
 
@@ -161,8 +178,8 @@ std::uintptr_t mem_os_return_address_at(std::uintptr_t)
 
 bool mem_os_is_cxx_runtime(std::uintptr_t address)
 {
-    static RANGE const CXX_RUNTIME = cxx_runtime();
-    return CXX_RUNTIME.begin <= address && address < CXX_RUNTIME.end;
+    RANGE const range = cxx_runtime();
+    return range.begin <= address && address < range.end;
 }
 
 void mem_os_module_name(std::uintptr_t address, char *name, std::size_t size)
