@@ -1,5 +1,6 @@
 #include "gen/gen_host_text.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace {

@@ -3,8 +3,6 @@
 
 #include "gen/os/gen_os_host.h"
 
-#include <iterator>
-
 namespace {
 
 // Zeros if the system doesn't tell.

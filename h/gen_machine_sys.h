@@ -113,7 +113,7 @@ public:
 
     /// The nominal frequency of the first processor. No capture.
     ///
-    /// @param mhz  receives it, in MHz; left alone if the system doesn't tell
+    /// @param mhz  receives it, in MHz; left alone if the system doesn't tell. Not null
     /// @return whether the system tells
     GEN_API static bool get_cpu_frequency(int *mhz);
 
@@ -134,7 +134,8 @@ public:
 
     /// "Windows 7", on Linux the distribution: "Debian GNU/Linux". False if the system doesn't tell.
     ///
-    /// From 6.3 on the name says nothing about the edition: servers have that of a desktop.
+    /// The name is that of a desktop for servers too; "Windows Server 2012", of version 6.2, is the only one of its
+    /// own.
     GEN_API static bool get_os_name(std::string *name);
     /// "6.1", on Linux the distribution's version, such as "12". False if the system doesn't tell.
     GEN_API static bool get_os_version(std::string *version);
@@ -157,7 +158,7 @@ private:
 // The host and its user. No function tells of a failure other than by its result. Any thread may call; two threads must
 // not be the first to ask for the addresses of this host at once.
 
-/// The host's name without its domain, as the system has it; empty if it doesn't tell.
+/// The host's name as the system has it, on Windows without its domain; empty if it doesn't tell.
 GEN_API std::string gen_get_host_name();
 
 /// All addresses of a host, in the order of the system's record.

@@ -1,7 +1,7 @@
 #include "gen/os/gen_os_host.h"
 
-#include <fstream>
-#include <iterator>
+#include "gen/os/gen_os_system_file_linux.h"
+
 #include <netdb.h>
 #include <pwd.h>
 #include <sys/sysinfo.h>
@@ -15,15 +15,6 @@ constexpr std::size_t NAME_SIZE = 512;
 // First room for the texts of a record of the system's data bases, and the most that is tried.
 constexpr std::size_t FIRST_RECORD_SIZE = 1024;
 constexpr std::size_t LAST_RECORD_SIZE = std::size_t{1024} * 1024;
-
-bool read_file(char const *path, std::string &text)
-{
-    std::ifstream file(path);
-    if (!file)
-        return false;
-    text.assign(std::istreambuf_iterator<char>(file), {});
-    return true;
-}
 
 // Asks with more and more room for the record's texts. `ask` takes the room and gives the system's error number.
 template <typename ASK>
@@ -42,8 +33,8 @@ bool ask_with_room(ASK ask)
 
 bool gen_os_read_memory(GEN_HOST_MEMORY &memory)
 {
-    std::string text;
-    if (read_file("/proc/meminfo", text) && gen_read_meminfo(text, memory))
+    GEN_OS_SYSTEM_FILE const meminfo("/proc/meminfo");
+    if (gen_read_meminfo(meminfo.text(), memory))
         return true;
     struct sysinfo info;
     if (sysinfo(&info) != 0)
@@ -60,9 +51,8 @@ bool gen_os_read_version(GEN_OS_VERSION &)
 
 bool gen_os_read_distribution(GEN_HOST_DISTRIBUTION &distribution)
 {
-    std::string text;
-    return (read_file("/etc/os-release", text) || read_file("/usr/lib/os-release", text)) &&
-           gen_read_os_release(text, distribution);
+    return gen_read_os_release(GEN_OS_SYSTEM_FILE("/etc/os-release").text(), distribution) ||
+           gen_read_os_release(GEN_OS_SYSTEM_FILE("/usr/lib/os-release").text(), distribution);
 }
 
 char const *gen_os_platform_name()

@@ -1,11 +1,8 @@
 #include "gen/os/gen_os_machine.h"
 
 #include "gen/gen_machine_text.h"
+#include "gen/os/gen_os_system_file_linux.h"
 
-#include <cerrno>
-#include <string_view>
-
-#include <fcntl.h>
 #include <sched.h>
 #include <unistd.h>
 
@@ -25,31 +22,6 @@ bool set_thread_affinity(ProcessorSet const &set)
 {
     return sched_setaffinity(0, sizeof set, reinterpret_cast<cpu_set_t const *>(set.m_words)) == 0;
 }
-
-// What a file of the system begins with, which is all of it or all that is looked for.
-class SystemFile
-{
-public:
-    explicit SystemFile(char const *path)
-    {
-        int const descriptor = open(path, O_RDONLY | O_CLOEXEC);
-        if (descriptor < 0)
-            return;
-        ssize_t count;
-        do
-            count = read(descriptor, m_buffer, sizeof m_buffer);
-        while (count < 0 && errno == EINTR);
-        close(descriptor);
-        if (count > 0)
-            m_size = static_cast<std::size_t>(count);
-    }
-
-    std::string_view text() const { return {m_buffer, m_size}; }
-
-private:
-    char m_buffer[4096];
-    std::size_t m_size = 0;
-};
 
 } // namespace
 
@@ -71,7 +43,7 @@ bool gen_os_read_affinity(std::uint64_t &process_mask, std::uint64_t &system_mas
         return false;
     l_process_set = process_set;
     process_mask = process_set.m_words[0];
-    SystemFile const online("/sys/devices/system/cpu/online");
+    GEN_OS_SYSTEM_FILE const online("/sys/devices/system/cpu/online");
     if (!gen_read_processor_list(online.text(), system_mask))
         system_mask = process_mask;
     return true;
@@ -93,9 +65,9 @@ bool gen_os_release_thread(std::uint64_t process_mask)
 
 bool gen_os_read_nominal_mhz(int &mhz)
 {
-    SystemFile const base_frequency("/sys/devices/system/cpu/cpu0/cpufreq/base_frequency");
+    GEN_OS_SYSTEM_FILE const base_frequency("/sys/devices/system/cpu/cpu0/cpufreq/base_frequency");
     if (gen_read_base_frequency(base_frequency.text(), mhz))
         return true;
-    SystemFile const processors("/proc/cpuinfo");
+    GEN_OS_SYSTEM_FILE const processors("/proc/cpuinfo");
     return gen_read_processor_frequency(processors.text(), mhz);
 }
