@@ -168,10 +168,11 @@ bool gen_find_include_file(char const *name, char const *includer, char const *p
     }
     if (!is_found(hit))
         return false;
-    if (full != nullptr)
-        *full = hit.become_simplified().fullpath();
+    // The names may be texts of the outputs: none is read once a text is stored.
     if (is_beside_includer && relative != nullptr)
         *relative = beside(parent, name).fullpath();
+    if (full != nullptr)
+        *full = hit.become_simplified().fullpath();
     return true;
 }
 
@@ -194,5 +195,5 @@ std::string gen_get_relative_path_if_starts_with_project_dir(char const *path)
     if (!is_found(file) || !file.absolute() || project_dir.empty())
         return path;
     bool const is_in_project = gen_strnicmp(file, project_dir.c_str(), project_dir.size()) == 0;
-    return is_in_project ? file.fullpath().substr(project_dir.size()) : path;
+    return is_in_project ? file.fullpath().erase(0, project_dir.size()) : path;
 }

@@ -278,8 +278,9 @@ GEN_API std::list<FIO_PATH> *gen_project_lib_fio_paths();
 ///
 /// Places that were never set are passed over. If no project directory was set, the current directory becomes it.
 ///
-/// @param name  a path; with a drive and no slash behind it ("c:a/b.v") it is not found
-/// @return absolute; empty if nothing was found
+/// @param name  a path; one with a drive that no slash follows is not found ("c:a/b.v"), unless nothing but a name is
+///              behind the drive ("c:b.v"): that is looked for like any other name
+/// @return absolute, unless a list names a directory with a drive that no slash follows; empty if nothing was found
 ///
 /// The cost of a miss is one system call for each directory.
 GEN_API FIO_PATH gen_find_file(std::string const &name);
@@ -309,9 +310,12 @@ GEN_API std::string gen_find_in_path(std::string const &name, bool ignored);
 /// @param name      what the statement names; null finds nothing
 /// @param includer  the including file; null: nothing is looked for beside it
 /// @param parent    the file from which `relative` is to lead
-/// @param full      receives the simplified path of the hit, empty without one
+/// @param full      receives the simplified path of the hit, empty without one; beside a relative includer it is
+///                  relative too
 /// @param relative  receives the name put beside `parent`, simplified, if the file was found beside the includer;
 ///                  otherwise it is emptied. Either of the two may be null.
+///
+/// The two are emptied first: a name that is the text of one of them reads as empty.
 ///
 ///     name "d/b.vh", includer "/p/rtl/a.v", parent "rtl/a.v", found as /p/rtl/d/b.vh
 ///         -> full "/p/rtl/d/b.vh", relative "rtl/d/b.vh"
@@ -376,9 +380,9 @@ GEN_API std::list<std::string> gen_get_all_device_files();
 
 /// Creates an empty file of a new name, which no other process gets.
 ///
-/// @param dir     a directory; one that is missing or empty is a failure
-/// @param prefix  its first three characters begin the file's name
-/// @return the file's full path; empty on failure
+/// @param dir     a directory; one that is missing, and the empty text, are failures
+/// @param prefix  its first three characters begin the file's name; on Linux a separator among them is a failure
+/// @return the file's path under `dir`, relative if that is; empty on failure
 ///
 ///     "/work/", "netlist" -> "/work/netk3Qp0s.tmp" on Linux, and "c:/work/netA17.tmp" for "c:/work" on Windows
 GEN_API std::string gen_create_temp_file(std::string const &dir, std::string const &prefix);

@@ -408,6 +408,35 @@ TEST_F(GenFindIncludeFile, OutputsMayBeNull)
     EXPECT_EQ(relative, "inc_null.vh");
 }
 
+TEST_F(GenFindIncludeFile, ABareIncluderCountsFromTheCurrentDirectory)
+{
+    CurrentDirectory const current(world().dir().path() / "elsewhere");
+    world().put("elsewhere/inc_bare.vh");
+    std::string full;
+    std::string relative;
+    EXPECT_TRUE(gen_find_include_file("./inc_bare.vh", "a.v", "rtl/a.v", &full, &relative));
+    EXPECT_EQ(full, "inc_bare.vh") << "no directory is made up";
+    EXPECT_EQ(relative, "rtl/inc_bare.vh");
+}
+
+TEST_F(GenFindIncludeFile, AnInputInAnOutputReadsAsEmpty)
+{
+    std::filesystem::create_directories(world().dir().path() / "elsewhere" / "rtl");
+    std::string const includer = world().text("elsewhere/rtl/a.v");
+    for (char const *const input : {"inc.vh", "an include of a name that no short text holds.vh"}) {
+        std::string full = input;
+        std::string relative;
+        EXPECT_TRUE(gen_find_include_file(full.c_str(), includer.c_str(), "rtl/a.v", &full, &relative)) << input;
+        EXPECT_EQ(full, world().text("elsewhere/rtl/")) << input;
+        EXPECT_EQ(relative, "rtl/") << input;
+
+        full = input;
+        EXPECT_TRUE(gen_find_include_file("", includer.c_str(), full.c_str(), &full, &relative)) << input;
+        EXPECT_EQ(full, world().text("elsewhere/rtl/")) << input;
+        EXPECT_EQ(relative, "") << input;
+    }
+}
+
 TEST_F(GenDefaultLibs, AreTheListThatIsSearched)
 {
     std::list<FIO_PATH> *const paths = gen_get_default_lib_fio_paths();
@@ -466,6 +495,13 @@ TEST_F(GenRelativePath, StartsBehindTheProjectDirectory)
         EXPECT_EQ(gen_get_relative_path_if_starts_with_project_dir(c.path), c.relative)
             << c.project_dir << " and " << c.path;
     }
+}
+
+TEST_F(GenRelativePath, AZeroInTheProjectDirectoryEndsTheComparison)
+{
+    gen_set_project_dir_path(std::string("/p\0q", 4));
+    EXPECT_EQ(gen_get_relative_path_if_starts_with_project_dir("/p"), "");
+    EXPECT_EQ(gen_get_relative_path_if_starts_with_project_dir("/p/a.v"), "/p/a.v");
 }
 
 TEST_F(GenRelativePath, ARelativePathIsLookedFor)
