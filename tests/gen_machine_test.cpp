@@ -331,6 +331,36 @@ TEST(GenMachine, OrdersPackagesCoresAndLogicalProcessorsByTheirIds)
                     "16: 0(0@2 1@512) 2(0@8 1@2048) 4(0@32 1@8192) 6(0@128 1@32768)\n");
 }
 
+TEST(GenMachine, ThreadsOfACoreAreAWholeQuotient)
+{
+    struct QuotientCase
+    {
+        std::uint32_t logical_per_package;
+        std::uint32_t cores_per_package;
+        int packages;
+        int cores;
+    };
+    constexpr QuotientCase CASES[] = {
+        {16, 8, 1, 4}, {12, 8, 1, 8}, // 1.5 count as 1
+        {7, 2, 1, 2},                 // 3 need two bits
+        {8, 16, 1, 8},                // 0 need none
+        {4, 64, 2, 8}, {255, 1, 1, 1}, {2, 1, 4, 4}, {1, 1, 8, 8}, {0, 1, 8, 8},
+    };
+    for (QuotientCase const &c : CASES) {
+        MachineDump dump = load_machine_dump("intel_desktop_smt"); // 8 processors with the ids from 0 to 7
+        for (auto &[number, leaves] : dump.processors) {
+            std::uint32_t &ebx = leaves[1].front()->m_ebx;
+            ebx = (ebx & 0xff00ffff) | c.logical_per_package << 16;
+            leaves[4].front()->m_eax = (c.cores_per_package - 1) << 26 | 0x03ffffff;
+        }
+        PlayedMachine const machine(dump);
+        EXPECT_EQ(count_by(GEN_MACHINE_INFO::get_physical_cpu_count), (Count{true, c.packages}))
+            << c.logical_per_package << " / " << c.cores_per_package;
+        EXPECT_EQ(count_by(GEN_MACHINE_INFO::get_core_cpu_count), (Count{true, c.cores}))
+            << c.logical_per_package << " / " << c.cores_per_package;
+    }
+}
+
 TEST(GenMachine, TheFirstPackageIsTheOneWithTheLowestId)
 {
     MachineDump dump = load_machine_dump("amd_two_packages");
