@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -48,8 +49,10 @@ struct Log
     Log &operator=(Log const &) = delete;
 
     void add(Cookie cookie);
-    // Sorts the pending cookies behind the logged ones; they stay pending as well.
-    void append_pending();
+    // Sorts the pending cookies behind the logged ones.
+    void move_pending();
+    // The same, but they stay pending as well.
+    void copy_pending();
 
     THR_MUTEX_OBJ m_mutex = thr_mutex_create();
     bool m_enabled = false;
@@ -78,16 +81,21 @@ void Log::add(Cookie cookie)
 {
     THR_SCOPED_MUTEX const lock(m_mutex);
     if (cookie.m_path != m_last_path) {
-        if (!m_last_path.empty()) {
-            append_pending();
-            m_pending.clear();
-        }
+        if (!m_last_path.empty())
+            move_pending();
         m_last_path = cookie.m_path;
     }
     m_pending.push_back(std::move(cookie));
 }
 
-void Log::append_pending()
+void Log::move_pending()
+{
+    std::sort(m_pending.begin(), m_pending.end());
+    std::move(m_pending.begin(), m_pending.end(), std::back_inserter(m_logged));
+    m_pending.clear();
+}
+
+void Log::copy_pending()
 {
     std::sort(m_pending.begin(), m_pending.end());
     m_logged.insert(m_logged.end(), m_pending.begin(), m_pending.end());
@@ -166,7 +174,7 @@ void gen_cookie_log_write(char const *name)
     Log *const log = l_log_in_life.load(std::memory_order_acquire);
     if (log == nullptr)
         return;
-    log->append_pending();
+    log->copy_pending();
     if (!log->m_enabled)
         return;
     if (name == nullptr)
