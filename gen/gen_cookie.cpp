@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -48,8 +49,10 @@ struct Log
     Log &operator=(Log const &) = delete;
 
     void add(Cookie cookie);
-    // Sorts the pending cookies behind the logged ones; they stay pending as well.
-    void append_pending();
+    // Sorts the pending cookies behind the logged ones.
+    void move_pending();
+    // The same, but they stay pending as well.
+    void copy_pending();
 
     THR_MUTEX_OBJ m_mutex = thr_mutex_create();
     bool m_enabled = false;
@@ -78,16 +81,21 @@ void Log::add(Cookie cookie)
 {
     THR_SCOPED_MUTEX const lock(m_mutex);
     if (cookie.m_path != m_last_path) {
-        if (!m_last_path.empty()) {
-            append_pending();
-            m_pending.clear();
-        }
+        if (!m_last_path.empty())
+            move_pending();
         m_last_path = cookie.m_path;
     }
     m_pending.push_back(std::move(cookie));
 }
 
-void Log::append_pending()
+void Log::move_pending()
+{
+    std::sort(m_pending.begin(), m_pending.end());
+    std::move(m_pending.begin(), m_pending.end(), std::back_inserter(m_logged));
+    m_pending.clear();
+}
+
+void Log::copy_pending()
 {
     std::sort(m_pending.begin(), m_pending.end());
     m_logged.insert(m_logged.end(), m_pending.begin(), m_pending.end());
@@ -98,30 +106,31 @@ bool exists(std::string const &file)
     return std::brisel_ifstream(file.c_str(), std::ios::in, SHARE_ALL).good();
 }
 
-// The texts as cells of their widths, which longer ones exceed.
-std::string first_cells(std::string const &description, std::string const &hash)
+// Appends a text with blanks up to a width, which a longer text exceeds.
+void append_cell(std::string &line, std::string const &text, std::size_t width)
 {
-    std::string cells = description;
-    cells.resize(std::max(cells.size(), DESCRIPTION_WIDTH), ' ');
-    cells += '|';
-    std::size_t const width = cells.size() + HASH_WIDTH;
-    cells += hash;
-    cells.resize(std::max(cells.size(), width), ' ');
-    return cells + '|';
+    line += text;
+    if (text.size() < width)
+        line.append(width - text.size(), ' ');
 }
 
 void write_heading(std::ostream &out, char const *name)
 {
-    std::string path = "Path";
-    path.resize(PATH_WIDTH, ' ');
-    out << "Cookie Database file for " << name << "\n\n"
-        << first_cells("Description", "Hash Val") << path << '\n'
-        << std::string(LINE_WIDTH, '-') << std::endl;
+    std::string titles;
+    append_cell(titles, "Description", DESCRIPTION_WIDTH);
+    titles += '|';
+    append_cell(titles, "Hash Val", HASH_WIDTH);
+    titles += '|';
+    append_cell(titles, "Path", PATH_WIDTH);
+    out << "Cookie Database file for " << name << "\n\n" << titles << '\n' << std::string(LINE_WIDTH, '-') << std::endl;
 }
 
-void write_row(std::ostream &out, Cookie const &cookie)
+void append_row(std::string &row, Cookie const &cookie)
 {
-    std::string row = first_cells(cookie.m_description, std::to_string(cookie.m_hash));
+    append_cell(row, cookie.m_description, DESCRIPTION_WIDTH);
+    row += '|';
+    append_cell(row, std::to_string(cookie.m_hash), HASH_WIDTH);
+    row += '|';
     char const *separator = "";
     for (std::string const &name : cookie.m_path) {
         row += separator;
@@ -129,7 +138,16 @@ void write_row(std::ostream &out, Cookie const &cookie)
         separator = "::";
     }
     row += '\n';
-    out << row;
+}
+
+void write_rows(std::ostream &out, std::vector<Cookie> const &cookies)
+{
+    std::string row;
+    for (Cookie const &cookie : cookies) {
+        row.clear();
+        append_row(row, cookie);
+        out << row;
+    }
 }
 
 } // namespace
@@ -156,7 +174,7 @@ void gen_cookie_log_write(char const *name)
     Log *const log = l_log_in_life.load(std::memory_order_acquire);
     if (log == nullptr)
         return;
-    log->append_pending();
+    log->copy_pending();
     if (!log->m_enabled)
         return;
     if (name == nullptr)
@@ -170,8 +188,6 @@ void gen_cookie_log_write(char const *name)
         if (out.good())
             write_heading(out, name);
     }
-    if (!out.good())
-        return;
-    for (Cookie const &cookie : log->m_logged)
-        write_row(out, cookie);
+    if (out.good())
+        write_rows(out, log->m_logged);
 }

@@ -5,7 +5,6 @@
 #include "gen_string_sys.h"
 #include "mem_sys.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -131,6 +130,7 @@ GEN_DYN_FLAG GEN_DYN_FLAG_MANAGER::get_named_flag(char const *name) const
 
 void GEN_DYN_FLAG_MANAGER::get_usage_stats(int *used, int *dirty, int *clean) const
 {
+    GEN_ASSERT(used != nullptr && dirty != nullptr && clean != nullptr, "used != 0 && dirty != 0 && clean != 0");
     *used = *dirty = *clean = 0;
     for (std::uint64_t slot = 0; slot < m_slot_count; ++slot) {
         if (m_names[slot] == nullptr)

@@ -100,7 +100,8 @@ public:
     /// Takes the marks of `flag` away from every object that the client holds.
     ///
     /// The constructor of a manager calls it, and so may any create_flag(). From the second it may call the manager
-    /// back: the flag that is being created is there by then, under its name. What it destroys counts as clean at once.
+    /// back: the flag that is being created is there by then, under its name. Once it has returned, all bits of `flag`
+    /// count as clean, also those of flags that it destroyed in the meantime.
     virtual void clear_flags(GEN_DYN_FLAG const &flag) = 0;
 };
 
@@ -130,8 +131,8 @@ public:
     ///
     /// @param name  the flag's name; copied. Null is an internal error
     ///
-    /// A name that another flag has is an internal error if that flag's bit is below the new one; above it, the name
-    /// goes unnoticed, and get_named_flag() finds the lower flag. The 33rd flag is an internal error.
+    /// A name that another flag has is an internal error, but for a flag above a clean bit that is taken: its name goes
+    /// unnoticed, and get_named_flag() finds the new flag from then on. The 33rd flag is an internal error.
     ///
     /// An exception of the clearer passes through. The flag exists then, and the bits count as dirty still.
     GEN_API GEN_DYN_FLAG create_flag(char const *name);
@@ -149,10 +150,12 @@ public:
     /// The flag of a name; none of that name is an internal error.
     GEN_API GEN_DYN_FLAG get_named_flag(char const *name) const;
 
-    /// Counts the slots.
+    /// Counts the slots. A null pointer is an internal error.
     ///
-    /// @param used   receives the count of flags; not null, like the others
-    /// @param dirty  receives the count of flags on dirty bits: 0, but while create_flag() calls the clearer
+    /// @param used   receives the count of flags
+    /// @param dirty  receives the count of flags on dirty bits: 0, but while create_flag() calls the clearer and after
+    /// an
+    ///               exception of it
     /// @param clean  receives the count of slots without a flag, whether dirty or clean
     GEN_API void get_usage_stats(int *used, int *dirty, int *clean) const;
 

@@ -62,8 +62,8 @@ public:
     /// Writes the file anew from all finished sections, the oldest first; an empty one if there are none. A file that
     /// can't be opened or written is silently left out.
     ///
-    /// The sections stay, so that it may be called again. If the file could be opened, the current section is then a
-    /// copy of the last finished one.
+    /// The sections stay, so that it may be called again. If the file could be opened and there is a finished section,
+    /// the current section is then a copy of the last one.
     GEN_API void commit_file();
 
 private:

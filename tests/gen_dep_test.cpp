@@ -15,6 +15,7 @@
 #include <stdexcept>
 #include <thread>
 #include <type_traits>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -23,6 +24,7 @@ using testing::ElementsAre;
 using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Pair;
 
 using UIDS = std::vector<unsigned>;
 
@@ -510,7 +512,27 @@ struct Opened
 };
 template struct Opened<&GEN_DEP_REGISTRY::m_next_uid>;
 
+using UidsOfMemory = std::unordered_map<void const *, UIDS>;
+UidsOfMemory &uids_of_memory_of(GEN_DEP_REGISTRY &registry);
+template <auto UIDS_OF_MEMORY>
+struct OpenedUids
+{
+    friend UidsOfMemory &uids_of_memory_of(GEN_DEP_REGISTRY &registry) { return registry.*UIDS_OF_MEMORY; }
+};
+template struct OpenedUids<&GEN_DEP_REGISTRY::m_uids_of_memory>;
+
 } // namespace
+
+TEST(GenDepRegistry, KeepsTheIdsOfAnAddressForGood)
+{
+    GEN_DEP_REGISTRY registry;
+    for (int i = 0; i < 3; ++i)
+        registry.remove_dependency(registry.create_dependency(nullptr, tell_call));
+    EXPECT_TRUE(registry.memory_is_now_safe_to_invalidate(nullptr));
+    registry.memory_is_being_invalidated(&registry);
+    EXPECT_THAT(uids_of_memory_of(registry), ElementsAre(Pair(nullptr, ElementsAre(1U, 2U, 3U))))
+        << "a question makes no entry";
+}
 
 TEST_F(GenDepDeathTest, EndsTheProcessAtAMisuse)
 {

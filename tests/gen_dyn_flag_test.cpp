@@ -328,6 +328,19 @@ TEST(GenDynFlagManager, MayBeCalledBackByItsClearer)
     EXPECT_EQ(Usage(flags.manager).text(), "32/0/0");
 }
 
+TEST(GenDynFlagManager, LetsItsClearerDestroyFlags)
+{
+    Flags flags(32);
+    flags.destroy(bit(3));
+    flags.destroy(bit(7));
+    flags.client.during_next_call = [&] {
+        flags.destroy(bit(0));
+        flags.destroy(bit(7)); // the one being created
+    };
+    EXPECT_EQ(flags.create("gone again"), bit(7));
+    EXPECT_EQ(flags.name_of(bit(0) | bit(3) | bit(7)), "(0x89) DIRTY | BAD_FLAG | BAD_FLAG");
+}
+
 TEST(GenDynFlagManager, KeepsTheFlagWhenTheClearerThrows)
 {
     Flags flags(32);
@@ -456,6 +469,15 @@ std::vector<FaultCase> fault_cases()
          {},
          [](Flags &f) { f.manager.get_named_flag(nullptr); },
          "couldn't find flag '(null)'",
+         "5/0/27 (0x11) 0 | 4 calls 0"},
+        {"to count without a place for a count",
+         5,
+         {},
+         [](Flags &f) {
+             int count;
+             f.manager.get_usage_stats(&count, nullptr, &count);
+         },
+         "used != 0 && dirty != 0 && clean != 0",
          "5/0/27 (0x11) 0 | 4 calls 0"},
     };
 }
