@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <set>
 #include <sstream>
 #include <string>
@@ -18,6 +20,8 @@
 using testing::Each;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::ExitedWithCode;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
@@ -112,16 +116,32 @@ TEST(GenTempFile, IsMadeInADirectoryOfBlanks)
     EXPECT_THAT(gen_create_temp_file(dir.text("a b  c"), "x y"), StartsWith(dir.text("a b  c/x y")));
 }
 
-TEST(GenTempFile, TakesNamesUpToTheLimitOfTheSystem)
+TEST(GenTempFile, IsFoundFromTheCurrentDirectoryIfItsOwnIsRelative)
 {
     TempDir const dir;
-    std::string const longest = dir.text(std::string(255, 'l'));
-    std::error_code failed;
-    std::filesystem::create_directory(longest, failed);
-    std::string const path = gen_create_temp_file(longest, "net");
-    // Windows has 260 characters for the whole path.
-    EXPECT_EQ(path.empty(), ON_WINDOWS);
-    EXPECT_EQ(is_empty_file(path), !ON_WINDOWS);
+    std::filesystem::create_directory(dir.path() / "sub");
+    CurrentDirectory const current(dir.path());
+    for (char const *const directory : {".", "sub"}) {
+        std::string const path = gen_create_temp_file(directory, "net");
+        EXPECT_THAT(path, StartsWith(std::string(directory) + "/net"));
+        EXPECT_TRUE(is_empty_file(path)) << path;
+    }
+}
+
+TEST(GenTempFile, TakesDirectoriesUpToTheLimitOfTheSystem)
+{
+    TempDir const dir;
+    std::size_t const above = dir.text().size() + 1;
+    for (std::size_t const length : {std::size_t{246}, std::size_t{247}, std::size_t{259}, above + 255}) {
+        std::string const directory = dir.text(std::string(length - above, 'l'));
+        std::error_code failed;
+        std::filesystem::create_directory(directory, failed);
+        std::string const path = gen_create_temp_file(directory, "net");
+        // Windows has 260 characters for a path, and keeps 14 for the name.
+        bool const is_made = !ON_WINDOWS || length <= 246;
+        EXPECT_EQ(path.empty(), !is_made) << length;
+        EXPECT_EQ(is_empty_file(path), is_made) << length;
+    }
 }
 
 #ifndef _WIN32
@@ -394,6 +414,24 @@ TEST(GenPdbFilename, TellsOfADirectoryOtherThanTheDatabases)
 
     gen_generate_pdb_filename("a", "b", &none);
     EXPECT_THAT(recorder.messages(), SizeIs(2));
+}
+
+TEST(GenPdbFilenameDeathTest, HasNoDirectoryOnceExitHasReleasedIt)
+{
+    // A library of Windows is released behind the handlers of the program.
+    char const *const late = ON_WINDOWS ? "[c:/late/a.b][c:/late/a.b]" : "[a.b][a.b]";
+    EXPECT_EXIT(
+        {
+            std::atexit([] {
+                std::string const directory = "c:/late/";
+                for (std::string const *const given : {&directory, static_cast<std::string const *>(nullptr)})
+                    std::fprintf(stderr, "[%s]", gen_generate_pdb_filename("a", "b", given).c_str());
+            });
+            std::string const directory = "c:/q/";
+            gen_generate_pdb_filename("a", "b", &directory);
+            std::exit(0);
+        },
+        ExitedWithCode(0), HasSubstr(late));
 }
 
 TEST(GenSyncPathSeparators, TurnsBackSlashesAlone)

@@ -2,6 +2,7 @@
 
 #include "fio_sys.h"
 
+#include <cstring>
 #include <filesystem>
 
 #include <windows.h>
@@ -147,8 +148,9 @@ int gen_os_write_private_profile_string(char const *section, char const *key, ch
 
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
 {
+    // Its limit is 14 characters below that of a path, and not every system keeps to it.
     char buffer[PATH_BUFFER_SIZE] = {};
-    if (GetTempFileNameA(directory, prefix, 0, buffer) == 0)
+    if (std::strlen(directory) > MAX_PATH - 14 || GetTempFileNameA(directory, prefix, 0, buffer) == 0)
         return false;
     path = buffer;
     return true;
