@@ -454,12 +454,25 @@ TEST(GenMathOfInt64, LcmOfThreeDividesOnceOnly)
     };
     constexpr std::int64_t MIN = LEAST<std::int64_t>;
     constexpr std::int64_t TWO_32 = std::int64_t{1} << 32;
+    constexpr std::int64_t TWO_62 = std::int64_t{1} << 62;
     constexpr Case CASES[] = {
-        {1, 1, 1, 1, false},          {2, 4, 8, 32, false},   {6, 4, 2, 24, false},
-        {4, 6, 10, 120, false},       {3, 5, 7, 105, false},  {0, 0, 5, 0, false},
-        {5, 0, 0, 0, false},          {0, 5, 0, 0, false},    {-2, 4, 8, 32, false}, // by a divisor of -2
-        {2, -4, 8, -32, false},       {2, 4, -8, -32, false}, {TWO_32, 3, TWO_32, 0, true},
-        {TWO_32, TWO_32, 1, 0, true}, {0, 5, MIN, 0, true}, // 0 + 64 bits
+        {1, 1, 1, 1, false},
+        {2, 4, 8, 32, false},
+        {6, 4, 2, 24, false},
+        {4, 6, 10, 120, false},
+        {3, 5, 7, 105, false},
+        {0, 0, 5, 0, false},
+        {5, 0, 0, 0, false},
+        {0, 5, 0, 0, false},
+        {-2, 4, 8, 32, false}, // by a divisor of -2
+        {2, -4, 8, -32, false},
+        {2, 4, -8, -32, false},
+        {TWO_32, 3, TWO_32, 0, true},
+        {TWO_32, TWO_32, 1, 0, true},
+        {0, 5, MIN, 0, true}, // 0 + 64 bits
+        // The first two are multiplied first.
+        {0, 3, TWO_62, 0, false},
+        {TWO_62, 3, 0, 0, true},
     };
     for (Case const &c : CASES) {
         bool overflow = false;
