@@ -380,7 +380,7 @@ GEN_API std::list<std::string> gen_get_all_device_files();
 
 /// Creates an empty file of a new name, which no other process gets.
 ///
-/// @param dir     a directory; one that is missing, the empty text, and on Windows more than 246 characters are failures
+/// @param dir     a directory; a missing one, the empty text and, on Windows, more than 246 characters are failures
 /// @param prefix  its first three characters begin the file's name; on Linux a separator among them is a failure
 /// @return the file's path under `dir`, relative if that is; empty on failure
 ///
