@@ -3,6 +3,7 @@
 #include "draws.h"
 #include "error.h"
 #include "fingerprint.h"
+#include "gen_machine_sys.h"
 #include "gen_path_sys.h"
 #include "machine.h"
 #include "options.h"
@@ -15,12 +16,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <limits>
 #include <map>
 #include <memory>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -116,9 +117,19 @@ TEST(FitterDraws, TakeTwoNumbersOfTheGenerator)
 TEST(FitterMachine, TellsItsFacts)
 {
     std::string const facts = fitter::machine_facts();
-    EXPECT_TRUE(std::regex_search(facts, std::regex("^[1-9][0-9]* processors?, [1-9][0-9]* cores?, "
-                                                    "[0-9]+\\.[0-9]{2} GiB memory, [^,]+")))
+    int processors = 0, cores = 0, known_processors = 0, known_cores = 0;
+    double memory = 0.0;
+    char system = '\0';
+    EXPECT_EQ(std::sscanf(facts.c_str(), "%d processor%*[s,] %d core%*[s,] %lf GiB memory, %c", &processors, &cores,
+                          &memory, &system),
+              4)
         << facts;
+    GEN_MACHINE_INFO::get_logical_cpu_count(&known_processors);
+    GEN_MACHINE_INFO::get_core_cpu_count(&known_cores);
+    EXPECT_EQ(processors, known_processors);
+    EXPECT_EQ(cores, known_cores);
+    EXPECT_GT(memory, 0.0);
+    EXPECT_THAT(facts, HasSubstr(", host " + gen_get_host_name()));
 }
 
 // --- The reader.
@@ -574,6 +585,16 @@ TEST(FitterPlace, IsToldWhenItsNetlistGoes)
     EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
 }
 
+TEST(FitterPlace, TellsThatItsMovesCannotBeWritten)
+{
+    fitter::Fit const fit = make_fit(make_design(30));
+    TempDir const dir;
+    dir.write("d/undo_redo.txt/inside", "");
+    for (std::string const &place : {dir.text("d"), dir.text("none")})
+        EXPECT_EQ(error_in([&] { fitter::write_undo_file(place, fit.packing, fit.device, fit.placement); }),
+                  "cannot write \"" + place + "/undo_redo.txt\"");
+}
+
 // The commands behind a heading of the undo file, from top to bottom.
 std::vector<std::string> commands_of(std::string const &file, std::string const &heading)
 {
@@ -905,8 +926,8 @@ TEST(FitterTool, FitsADesignAndAccountsForIt)
     EXPECT_THAT(run.out, HasSubstr("\nsources       small.blif (project)"));
     EXPECT_THAT(run.out, HasSubstr("Starting Fitter Step 1 Netlist Reader at "));
     EXPECT_THAT(run.out, HasSubstr("  Ending Fitter Step 7 Report Writer at "));
-    EXPECT_TRUE(std::regex_search(run.out, std::regex("\ntime          [0-9.e-]+ seconds \\([0-9.e-]+ wallclock, ")))
-        << run.out;
+    EXPECT_THAT(run.out, HasSubstr("\ntime          "));
+    EXPECT_THAT(run.out, HasSubstr(" wallclock, "));
     EXPECT_THAT(run.out, HasSubstr("legal         yes"));
     std::string const result = dir.read("results/small.fit.txt");
     EXPECT_THAT(result, StartsWith("design        made: 300 LUTs, 100 flip-flops, 0 macros, 9 inputs, 8 outputs"));

@@ -140,8 +140,8 @@ void write_reports(Fit const &fit, std::string const &path)
         VisibleWork const work("fit2_fit_finalize_init");
         text = result_text(fit);
     }
-    write_result(path, text);
     write_undo_file(gen_get_project_output_directory(), fit.packing, fit.device, fit.placement);
+    write_result(path, text);
     log_fingerprint(fit);
 }
 

@@ -4,6 +4,9 @@
 #include "gen_undo_redo_sys.h"
 #include "text.h"
 
+#include <filesystem>
+#include <system_error>
+
 namespace fitter {
 namespace {
 
@@ -41,6 +44,11 @@ void write_undo_file(std::string const &directory, Packing const &packing, Devic
         return name(move.block) + (move.other == NONE ? "" : " and " + name(move.other));
     };
 
+    // The library tells nothing of a file that it can't write, and a former one must not be taken for this one.
+    std::filesystem::path const file = std::filesystem::path(directory) / "undo_redo.txt";
+    std::error_code ignored;
+    std::filesystem::remove(file, ignored);
+
     std::vector<Move> const &moves = placement.last_moves;
     GEN_UNDO_REDO_MGR commands;
     commands.start_new_file(directory);
@@ -53,6 +61,8 @@ void write_undo_file(std::string const &directory, Packing const &packing, Devic
         commands.add_redo_command(command(move), comment(move));
     commands.end_section();
     commands.commit_file();
+    if (!std::filesystem::is_regular_file(file, ignored))
+        throw Error("cannot write \"" + file.generic_string() + "\"");
 }
 
 } // namespace fitter

@@ -8,8 +8,8 @@
 
 namespace fitter {
 
-/// Writes "undo_redo.txt" into a directory, in place of a former one. Throws an Error if the netlist of the placement
-/// is gone.
+/// Writes "undo_redo.txt" into a directory, in place of a former one. Throws an Error if it can't be written, or if
+/// the netlist of the placement is gone.
 ///
 /// A command is "swap A B": what stands on site A goes to site B, and what stands on B, if anything, to A. A site is
 /// "column,row" or "column,row,slot", as in the result file. The comment names the blocks by the first cell in each.
