@@ -22,7 +22,6 @@ using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using testing::StartsWith;
 
 // A stand-in for that of zel_thr: the resting is part of the steps.
 void thr_sleep(unsigned milliseconds)
@@ -390,18 +389,18 @@ TEST(GenMachine, EachFeatureIsOneBit)
     struct FeatureCase
     {
         std::uint32_t leaf;
-        std::uint32_t GEN_CPUID::*word;
         unsigned bit;
+        std::uint32_t GEN_CPUID::*word;
         char const *feature;
     };
     constexpr FeatureCase CASES[] = {
-        {1, &GEN_CPUID::m_edx, 25, "sse"},           {1, &GEN_CPUID::m_edx, 26, "sse2"},
-        {1, &GEN_CPUID::m_ecx, 0, "sse3"},           {1, &GEN_CPUID::m_ecx, 9, "ssse3"},
-        {1, &GEN_CPUID::m_ecx, 19, "sse4_1"},        {1, &GEN_CPUID::m_ecx, 20, "sse4_2"},
-        {1, &GEN_CPUID::m_ecx, 23, "popcnt"},        {1, &GEN_CPUID::m_ecx, 27, "avx"},
-        {1, &GEN_CPUID::m_ecx, 28, "avx"},           {7, &GEN_CPUID::m_ebx, 5, "avx2"},
-        {7, &GEN_CPUID::m_ebx, 3, "bmi1"},           {7, &GEN_CPUID::m_ebx, 8, "bmi2"},
-        {0x80000001, &GEN_CPUID::m_ecx, 5, "lzcnt"},
+        {1, 25, &GEN_CPUID::m_edx, "sse"},           {1, 26, &GEN_CPUID::m_edx, "sse2"},
+        {1, 0, &GEN_CPUID::m_ecx, "sse3"},           {1, 9, &GEN_CPUID::m_ecx, "ssse3"},
+        {1, 19, &GEN_CPUID::m_ecx, "sse4_1"},        {1, 20, &GEN_CPUID::m_ecx, "sse4_2"},
+        {1, 23, &GEN_CPUID::m_ecx, "popcnt"},        {1, 27, &GEN_CPUID::m_ecx, "avx"},
+        {1, 28, &GEN_CPUID::m_ecx, "avx"},           {7, 5, &GEN_CPUID::m_ebx, "avx2"},
+        {7, 3, &GEN_CPUID::m_ebx, "bmi1"},           {7, 8, &GEN_CPUID::m_ebx, "bmi2"},
+        {0x80000001, 5, &GEN_CPUID::m_ecx, "lzcnt"},
     };
     for (FeatureCase const &c : CASES)
         for (bool const is_set : {true, false}) {
@@ -831,6 +830,7 @@ TEST(GenMachineThreads, ThatAskFirstTogetherCaptureOnce)
     constexpr int THREADS = 8;
     Count counts[THREADS] = {};
     std::vector<std::thread> threads;
+    threads.reserve(THREADS);
     for (int i = 0; i < THREADS; ++i)
         threads.emplace_back([&counts, i] { counts[i] = count_by(GEN_MACHINE_INFO::get_core_cpu_count); });
     for (std::thread &thread : threads)
