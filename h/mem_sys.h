@@ -267,10 +267,10 @@ MEM_API void mem_open_profile_bin(std::string const &name, std::string const &ta
 ///                     two others
 ///
 /// In a process that counts, the figures are the counted bytes. Those at open and close are exact if the other threads
-/// are at rest then. The peak is exact if one thread allocates while the bin is open, whichever it is, and within
-/// 64 KiB for each further one. In any other process they are the working set, whose peak is that of the boundaries of
-/// bins, unless the process reached its highest ever in between. A bin for which the system gave no memory, and a close
-/// without an open, give the figure now three times.
+/// are at rest then. The peak is exact if one thread allocates while the bin is open, whichever it is, and rests
+/// while others open, close or ask for the total; it is within 64 KiB for each further one. In any other process they
+/// are the working set, whose peak is that of the boundaries of bins, unless the process reached its highest ever in
+/// between. A bin for which the system gave no memory, and a close without an open, give the figure now three times.
 MEM_API void mem_close_profile_bin(std::string const &tag, std::size_t *open_bytes, std::size_t *close_bytes,
                                    std::size_t *peak_bytes);
 

@@ -43,8 +43,10 @@ struct STATE
 
 STATE &state()
 {
-    static STATE &s = *new STATE;
-    return s;
+    static STATE *s = nullptr; // a guard would be asked at each boundary
+    if (s == nullptr)
+        s = new STATE;
+    return *s;
 }
 
 // The figures of the process at the last boundary, for processes without zel::mem_new. Of the same thread.
@@ -66,7 +68,7 @@ void raise_innermost(std::int64_t peak_bytes)
 }
 
 // What the system doesn't tell stays as it was. A high-water mark that rose did so since the boundary before.
-MEM_BOUNDARY process_boundary()
+[[gnu::noinline]] MEM_BOUNDARY process_boundary()
 {
     std::size_t const former_mark = l_working_set_mark;
     mem_os_working_set_and_mark(&l_working_set, &l_working_set_mark);
@@ -103,9 +105,8 @@ std::string const &label_now()
 
 void add_row(char const *event, MEM_BOUNDARY const &boundary)
 {
-    if (mem_tracking_has(MEM_TRACKING_TIMELINE))
-        mem_timeline_add({event, boundary.now_bytes, boundary.peak_bytes, label_now(), path_of_innermost()},
-                         mem_tracking_has(MEM_TRACKING_SOURCES));
+    mem_timeline_add({event, boundary.now_bytes, boundary.peak_bytes, label_now(), path_of_innermost()},
+                     mem_tracking_has(MEM_TRACKING_SOURCES));
 }
 
 // The tag of the innermost bin, unless a bin around it has the same.
@@ -120,34 +121,43 @@ std::string const &outermost_tag()
     return tag;
 }
 
-// Records are dropped for want of memory; the figures are not.
+// Records are dropped for want of memory; the figures are not. False if this one was.
 template <typename ACTION>
-void record(ACTION action)
+bool record(ACTION action)
 {
     try {
         action();
+        return true;
     } catch (std::bad_alloc const &) {
+        return false;
     }
+}
+
+void add_row_if_recorded(char const *event, MEM_BOUNDARY const &boundary)
+{
+    if (mem_tracking_has(MEM_TRACKING_TIMELINE))
+        record([&] { add_row(event, boundary); });
 }
 
 void push(std::string const &name, std::string const &tag, std::int64_t now_bytes)
 {
     STATE &s = state();
-    record([&] {
-        if (s.count == s.bins.size())
-            s.bins.emplace_back();
-    });
+    if (s.count == s.bins.size())
+        record([&] { s.bins.emplace_back(); });
     ++s.count;
     OPEN_BIN *const bin = innermost_bin();
     if (bin == nullptr)
         return;
     bin->open_bytes = bin->peak_bytes = now_bytes;
-    bin->name.clear();
-    bin->tag.clear();
-    record([&] {
+    bool const is_named = record([&] {
         bin->name = name;
-        bin->tag = tag;
+        if (bin->tag != tag) // mostly both are empty, which spares a call
+            bin->tag = tag;
     });
+    if (!is_named) {
+        bin->name.clear();
+        bin->tag.clear();
+    }
 }
 
 } // namespace
@@ -156,7 +166,7 @@ void mem_bins_open(std::string const &name, std::string const &tag)
 {
     MEM_BOUNDARY const boundary = take_boundary();
     push(name, tag, boundary.now_bytes);
-    record([&] { add_row("open", boundary); });
+    add_row_if_recorded("open", boundary);
 }
 
 MEM_BIN_FIGURES mem_bins_close()
@@ -166,11 +176,9 @@ MEM_BIN_FIGURES mem_bins_close()
     MEM_BIN_FIGURES figures{boundary.now_bytes, boundary.now_bytes, boundary.now_bytes};
     if (bin != nullptr) {
         figures = {bin->open_bytes, boundary.now_bytes, bin->peak_bytes};
-        record([&] {
-            add_row("close", boundary);
-            if (mem_tracking_has(MEM_TRACKING_STATISTICS))
-                mem_statistics_add(path_of_innermost(), outermost_tag(), figures);
-        });
+        add_row_if_recorded("close", boundary);
+        if (mem_tracking_has(MEM_TRACKING_STATISTICS))
+            record([&] { mem_statistics_add(path_of_innermost(), outermost_tag(), figures); });
     }
     state().count -= state().count != 0 ? 1 : 0;
     raise_innermost(figures.peak_bytes);
@@ -184,11 +192,8 @@ void mem_bins_flush_peak()
 
 void mem_bins_set_label(std::string const &label)
 {
-    record([&] {
-        state().label = label;
-        if (mem_tracking_has(MEM_TRACKING_TIMELINE))
-            add_row("label", take_boundary());
-    });
+    if (record([&] { state().label = label; }) && mem_tracking_has(MEM_TRACKING_TIMELINE))
+        add_row_if_recorded("label", take_boundary());
 }
 
 void mem_bins_disable_tag_labels()

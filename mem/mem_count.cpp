@@ -9,6 +9,9 @@
 #include <limits>
 #include <mutex>
 
+// Apart from the totals, as every boundary and no fold needs it.
+alignas(64) std::atomic<bool> mem_count_linked{false};
+
 namespace {
 
 constexpr std::int64_t FOLD_BYTES = 65536;
@@ -24,9 +27,6 @@ struct alignas(64) Totals
     std::atomic<std::int64_t> peak_bytes{LOWEST};
 };
 Totals l_totals;
-
-// Set by the first count and never cleared. Apart from the totals, as every boundary and no fold needs it.
-alignas(64) std::atomic<bool> l_linked{false};
 
 // Whether blocks are recorded. Written in the lock of the switches.
 std::atomic<bool> l_blocks_are_watched{false};
@@ -54,7 +54,7 @@ void set_limits(MEM_THREAD_COUNT &count)
     count.low_bytes.store(all ? HIGHEST : folded - FOLD_BYTES, std::memory_order_relaxed);
 }
 
-void fold(MEM_THREAD_COUNT &count)
+[[gnu::noinline]] void fold(MEM_THREAD_COUNT &count)
 {
     std::lock_guard<MEM_LOCK> const lock(count.lock);
     std::int64_t const bytes = count.bytes.load(std::memory_order_relaxed);
@@ -74,18 +74,22 @@ void fold_if_moved(MEM_THREAD_COUNT &count)
         fold(count);
 }
 
-void fold_all()
+[[gnu::noinline]] void fold_listed()
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_threads_lock);
+    for (MEM_THREAD_COUNT *count = l_threads; count != nullptr; count = count->next)
+        fold_if_moved(*count);
+}
+
+inline void fold_all()
 {
     std::size_t others = l_thread_count.load(std::memory_order_relaxed);
     if (MEM_THREAD_COUNT *const own = mem_os_thread_count()) {
         fold_if_moved(*own);
         others -= own->state == MEM_THREAD_COUNT::LISTED ? 1 : 0;
     }
-    if (others == 0)
-        return;
-    std::lock_guard<MEM_LOCK> const lock(mem_threads_lock);
-    for (MEM_THREAD_COUNT *count = l_threads; count != nullptr; count = count->next)
-        fold_if_moved(*count);
+    if (others != 0)
+        fold_listed();
 }
 
 void enter(MEM_THREAD_COUNT &count)
@@ -139,7 +143,7 @@ void forked()
 
 void begin(MEM_THREAD_COUNT &count)
 {
-    l_linked.store(true, std::memory_order_relaxed);
+    mem_count_linked.store(true, std::memory_order_relaxed);
     mem_lock_watch_forks(forked);
     if (!mem_os_watch_thread_end(thread_ends))
         return set_state(count, MEM_THREAD_COUNT::ENDED);
@@ -161,7 +165,7 @@ void begin(MEM_THREAD_COUNT &count)
 // For a thread without a record.
 [[gnu::noinline, gnu::cold]] void count_at_once(std::int64_t bytes)
 {
-    l_linked.store(true, std::memory_order_relaxed);
+    mem_count_linked.store(true, std::memory_order_relaxed);
     add_to_total(bytes, 0);
 }
 
@@ -209,21 +213,12 @@ void mem_count_release(void const *block, std::size_t bytes)
 
 MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT::MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT()
 {
-    if (MEM_THREAD_COUNT *const count = mem_os_thread_count())
-        ++count->suspensions;
+    MEM_SUSPENSION::begin();
 }
 
 MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT::~MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT()
 {
-    // There may have been no record, for want of memory, when the scope began.
-    MEM_THREAD_COUNT *const count = mem_os_thread_count();
-    if (count != nullptr && count->suspensions != 0)
-        --count->suspensions;
-}
-
-bool mem_count_is_linked()
-{
-    return l_linked.load(std::memory_order_relaxed);
+    MEM_SUSPENSION::end();
 }
 
 std::int64_t mem_count_total()

@@ -15,10 +15,19 @@
 #ifndef MEM_COUNT_H
 #define MEM_COUNT_H
 
+#include "mem/os/mem_os_thread.h"
+
+#include <atomic>
 #include <cstdint>
 
+/// Set by the first count, for ever.
+extern std::atomic<bool> mem_count_linked;
+
 /// True once zel::mem_new has counted, which it does when the process starts.
-bool mem_count_is_linked();
+inline bool mem_count_is_linked()
+{
+    return mem_count_linked.load(std::memory_order_relaxed);
+}
 
 /// The total with all that all threads have counted. May be below 0, where blocks from scopes without tracking
 /// were released outside of such scopes. Any thread.
@@ -30,6 +39,29 @@ struct MEM_BOUNDARY
     std::int64_t now_bytes;
     /// The highest sample since the boundary before, this figure included.
     std::int64_t peak_bytes;
+};
+
+/// MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT without calls, for the boundaries of bins.
+class MEM_SUSPENSION
+{
+public:
+    MEM_SUSPENSION() { begin(); }
+    ~MEM_SUSPENSION() { end(); }
+    MEM_SUSPENSION(MEM_SUSPENSION const &) = delete;
+    MEM_SUSPENSION &operator=(MEM_SUSPENSION const &) = delete;
+
+    static void begin()
+    {
+        if (MEM_THREAD_COUNT *const count = mem_os_thread_count())
+            ++count->suspensions;
+    }
+    static void end()
+    {
+        // There may have been no record, for want of memory, when the scope began.
+        MEM_THREAD_COUNT *const count = mem_os_thread_count();
+        if (count != nullptr && count->suspensions != 0)
+            --count->suspensions;
+    }
 };
 
 /// Folds all threads and begins a new peak. One thread at a time.

@@ -15,18 +15,19 @@
 #include <mutex>
 #include <utility>
 
+// With two marks of our own. Written in the lock of the switches.
+std::atomic<int> mem_tracking_in_force{0};
+
 namespace {
 
-// The granularities in force, with two marks of our own above them. Written in the lock of the switches.
 constexpr int GRANULARITIES = MEM_TRACKING_STATISTICS | MEM_TRACKING_TIMELINE | MEM_TRACKING_SOURCES;
 constexpr int KEY_READ = 0x100;
 constexpr int KEY_NOT_ZERO = 0x200;
-std::atomic<int> l_tracking{0};
 
 // Sets the word and what follows from it. Gives the bits that came on. In the lock of the switches.
 int set_tracking(int tracking)
 {
-    int const former = l_tracking.exchange(tracking, std::memory_order_relaxed);
+    int const former = mem_tracking_in_force.exchange(tracking, std::memory_order_relaxed);
     if (((former ^ tracking) & MEM_TRACKING_SOURCES) != 0)
         mem_count_watch_blocks((tracking & MEM_TRACKING_SOURCES) != 0);
     return tracking & ~former;
@@ -42,18 +43,18 @@ void start(int bits)
 // The word as it stands, at the first question as the key gives it. Of several first questions, one sets the word.
 int tracking()
 {
-    int const current = l_tracking.load(std::memory_order_relaxed);
+    int const current = mem_tracking_in_force.load(std::memory_order_relaxed);
     if (current != 0)
         return current;
     int const key = mem_cfg_get_int_value("mem_tracking", 0);
     int bits = 0;
     {
         std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
-        if (l_tracking.load(std::memory_order_relaxed) == 0)
+        if (mem_tracking_in_force.load(std::memory_order_relaxed) == 0)
             bits = set_tracking((key & GRANULARITIES) | (key != 0 ? KEY_NOT_ZERO : 0) | KEY_READ);
     }
     start(bits);
-    return l_tracking.load(std::memory_order_relaxed);
+    return mem_tracking_in_force.load(std::memory_order_relaxed);
 }
 
 std::size_t shown(std::int64_t bytes)
@@ -101,18 +102,13 @@ bool dump(std::ostream &out, TABLE table)
 
 } // namespace
 
-bool mem_tracking_has(MEM_TRACKING_GRANULARITY granularity)
-{
-    return (l_tracking.load(std::memory_order_relaxed) & granularity) != 0;
-}
-
 void mem_enable_tracking(MEM_TRACKING_GRANULARITY granularity)
 {
     tracking();
     int bits = 0;
     {
         std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
-        bits = set_tracking(l_tracking.load(std::memory_order_relaxed) | (granularity & GRANULARITIES));
+        bits = set_tracking(mem_tracking_in_force.load(std::memory_order_relaxed) | (granularity & GRANULARITIES));
     }
     start(bits);
 }
@@ -121,7 +117,7 @@ void mem_disable_tracking(MEM_TRACKING_GRANULARITY granularity)
 {
     tracking();
     std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
-    set_tracking(l_tracking.load(std::memory_order_relaxed) & ~(granularity & GRANULARITIES));
+    set_tracking(mem_tracking_in_force.load(std::memory_order_relaxed) & ~(granularity & GRANULARITIES));
 }
 
 bool mem_tracking_is_enabled(MEM_TRACKING_GRANULARITY granularity)
@@ -136,14 +132,14 @@ bool mem_get_tbb_memory_tracking_enabled()
 
 void mem_open_profile_bin(std::string const &name, std::string const &tag)
 {
-    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    MEM_SUSPENSION const scope;
     mem_bins_open(name, tag);
 }
 
 void mem_close_profile_bin(std::string const & /*tag*/, std::size_t *open_bytes, std::size_t *close_bytes,
                            std::size_t *peak_bytes)
 {
-    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    MEM_SUSPENSION const scope;
     MEM_BIN_FIGURES const figures = mem_bins_close();
     *open_bytes = shown(figures.open_bytes);
     *close_bytes = shown(figures.close_bytes);
