@@ -117,6 +117,9 @@ TEST(GenProjectLibFioPaths, IsTheListThatTheSettersMakeAnew)
     live->emplace_front("a");
     gen_remove_project_library_paths("a");
     EXPECT_EQ(gen_get_project_library_paths(), "");
+    live->emplace_front("a");
+    gen_remove_project_library_paths("a");
+    EXPECT_EQ(live_list(), std::vector<std::string>{"a"}) << "nothing is removed from an empty text";
     gen_set_project_library_paths("x");
     EXPECT_EQ(live_list(), std::vector<std::string>{"x"});
     EXPECT_EQ(gen_project_lib_fio_paths(), live);

@@ -160,6 +160,16 @@ TEST_F(GenSearchQuestions, UnreadableDirectoriesGiveNothing)
     EXPECT_THAT(calls(), ElementsAre("list /fake/bin/"));
 }
 
+TEST_F(GenSearchQuestions, AStarIsAloneOrANameLikeAnyOther)
+{
+    Calls const directories = search_directories();
+    for (std::string const &directory : {directories[directories.size() - 2], directories.back()})
+        fio_fake().entries[directory + "*a.v"] = false;
+    std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>> files;
+    EXPECT_TRUE(gen_get_source_files_from_kalvern_lib("*a", &files));
+    EXPECT_THAT(files, testing::SizeIs(1)) << "one of each extension";
+}
+
 TEST_F(GenSearchQuestions, SourceFilesEndWithTheLastExtension)
 {
     for (char const *const extension : {"v", "sv", "vhd", "vhdl", "edf", "edif", "blif", "net", "vh"})

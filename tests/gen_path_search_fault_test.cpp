@@ -60,6 +60,21 @@ TEST(GenSearchCalls, SourceFilesAreLookedForInsideABin)
                 ElementsAre("open GEN gen_get_source_files 0x7fffffff null", "close gen_get_source_files"));
 }
 
+TEST(GenSourceExtensions, MayHaveADotInFront)
+{
+    TempDir const dir;
+    dir.write("a.v", "");
+    dir.write("a.vhd", "");
+    gen_set_project_dir_path(dir.text());
+    gen_path_state()->default_source_extensions = new std::vector<std::string>{".v", "vhd", ".V"};
+    SourceFiles files;
+    EXPECT_TRUE(gen_get_source_files("a", &files));
+    std::vector<std::string> names;
+    for (auto const &[tag, path] : files)
+        names.push_back(path.filename());
+    EXPECT_THAT(names, ElementsAre("a.v", "a.vhd"));
+}
+
 TEST(GenDeviceFilesOfAModuleWithoutADirectory, AreNone)
 {
     TempDir const dir;

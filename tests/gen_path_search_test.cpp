@@ -481,6 +481,7 @@ TEST_F(GenRelativePath, StartsBehindTheProjectDirectory)
         {"c:/p/", "c:/p/../q/b.v", "../q/b.v"}, // by text alone
         {"c:/p/", "d:b.v", "d:b.v"},
         {"c:/p/", "c:b.v", "c:b.v"},
+        {"d:p", "d:p/b.v", "d:p/b.v"}, // neither absolute nor relative
         {"/p/", "/P/A.v", "A.v"},
         {"/", "/a/b.v", "a/b.v"},
         {"//host/p/", "\\\\HOST\\p\\a.v", "a.v"},
