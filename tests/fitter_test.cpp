@@ -16,7 +16,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <limits>
@@ -24,6 +23,7 @@
 #include <memory>
 #include <set>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -116,20 +116,16 @@ TEST(FitterDraws, TakeTwoNumbersOfTheGenerator)
 
 TEST(FitterMachine, TellsItsFacts)
 {
+    int processors = 0;
+    int cores = 0;
+    GEN_MACHINE_INFO::get_logical_cpu_count(&processors);
+    GEN_MACHINE_INFO::get_core_cpu_count(&cores);
     std::string const facts = fitter::machine_facts();
-    int processors = 0, cores = 0, known_processors = 0, known_cores = 0;
-    double memory = 0.0;
-    char system = '\0';
-    EXPECT_EQ(std::sscanf(facts.c_str(), "%d processor%*[s,] %d core%*[s,] %lf GiB memory, %c", &processors, &cores,
-                          &memory, &system),
-              4)
-        << facts;
-    GEN_MACHINE_INFO::get_logical_cpu_count(&known_processors);
-    GEN_MACHINE_INFO::get_core_cpu_count(&known_cores);
-    EXPECT_EQ(processors, known_processors);
-    EXPECT_EQ(cores, known_cores);
-    EXPECT_GT(memory, 0.0);
-    EXPECT_THAT(facts, HasSubstr(", host " + gen_get_host_name()));
+    EXPECT_THAT(facts, StartsWith(std::to_string(processors) + " processor"));
+    EXPECT_THAT(facts, HasSubstr(", " + std::to_string(cores) + " core"));
+    EXPECT_THAT(facts, HasSubstr(" GiB memory, "));
+    EXPECT_THAT(facts, testing::Not(HasSubstr(", 0.00 GiB")));
+    EXPECT_THAT(facts, testing::EndsWith(", host " + gen_get_host_name()));
 }
 
 // --- The reader.
@@ -389,7 +385,7 @@ TEST(FitterSource, TellsWhereASearchFails)
         dir.write("p/deep" + std::to_string(i) + ".blif",
                   box("m" + std::to_string(i)) + ".search deep" + std::to_string(i + 1) + ".blif\n");
     dir.write("p/deep17.blif", box("m17"));
-    for (auto const &[name, message] : std::map<std::string, std::string>{
+    for (ErrorCase const &c : std::initializer_list<ErrorCase>{
              {"itself.blif", "itself.blif:4: .search goes round in a circle: itself.blif -> itself.blif"},
              {"one.blif", "sub/three.blif:1: .search goes round in a circle: "
                           "one.blif -> sub/two.blif -> sub/three.blif -> one.blif"},
@@ -399,7 +395,7 @@ TEST(FitterSource, TellsWhereASearchFails)
              {"faulty.blif", "sub/fault.blif:1: expected .model, found \".inputs\""},
              {"deep1.blif", "deep16.blif:5: .search leads through more than 16 files"},
          })
-        EXPECT_EQ(error_in([&] { fitter::read_blif(fitter::read_design(name)); }), message);
+        EXPECT_EQ(error_in([&] { fitter::read_blif(fitter::read_design(c.text)); }), c.message) << c.text;
     // One file less is not too many: what fails is that the first model is a black box.
     EXPECT_EQ(error_in([] { fitter::read_blif(fitter::read_design("deep2.blif")); }),
               "deep2.blif:1: model \"m2\" is a black box, there is nothing to fit");
@@ -429,14 +425,15 @@ TEST(FitterNetlistLink, IsNullOnceItsNetlistIsGone)
     auto first = read(make_design(20));
     auto const second = read(make_design(20));
     fitter::NetlistLink link(*first);
-    fitter::NetlistLink const copy = link;
+    std::vector<fitter::NetlistLink> const copies(2, link);
     fitter::NetlistLink moved_on = link;
     moved_on = fitter::NetlistLink(*second);
     EXPECT_EQ(link.get(), first.get());
-    EXPECT_EQ(copy.get(), first.get());
+    EXPECT_EQ(copies[1].get(), first.get());
     first.reset();
     EXPECT_EQ(link.get(), nullptr);
-    EXPECT_EQ(copy.get(), nullptr);
+    EXPECT_EQ(copies[0].get(), nullptr);
+    EXPECT_EQ(copies[1].get(), nullptr);
     EXPECT_EQ(moved_on.get(), second.get());
     moved_on = fitter::NetlistLink(moved_on);
     EXPECT_EQ(moved_on.get(), second.get());
@@ -1002,12 +999,17 @@ TEST(FitterTool, GivesTheSameForTheSameSeedAndLeavesEveryLog)
 {
     TempDir const dir;
     dir.write("small.blif", make_design(100));
-    dir.write("kalvern.ini", "gen_print_profile_bins = on\ngen_print_cookie_log = on\nmem_tracking = 10\n"
-                             "gen_enable_mem_fileline_profiling = on\n"
-                             "gen_mem_fileline_profile_bin = fit2_fit_finalize_init\n");
-    for (char const *arguments :
-         {"--seed 9 --out a small.blif", "--seed 9 --out b small.blif", "--seed 10 --out c small.blif"})
+    // The other logs are asked for once: measuring what profiling itself costs takes seconds on slow clocks.
+    std::string const cookies_on = "gen_print_cookie_log = on\n";
+    std::string const all_on = cookies_on + "gen_print_profile_bins = on\nmem_tracking = 10\n"
+                                            "gen_enable_mem_fileline_profiling = on\n"
+                                            "gen_mem_fileline_profile_bin = fit2_fit_finalize_init\n";
+    for (auto const &[arguments, keys] :
+         {std::pair{"--seed 9 --out a small.blif", cookies_on}, std::pair{"--seed 9 --out b small.blif", cookies_on},
+          std::pair{"--seed 10 --out c small.blif", all_on}}) {
+        dir.write("kalvern.ini", keys);
         ASSERT_EQ(run_fitter(dir, arguments).status, 0) << arguments;
+    }
     for (char const *file : {"/small.fit.txt", "/undo_redo.txt"}) {
         EXPECT_NE(dir.read(std::string("a") + file), "") << file;
         EXPECT_EQ(dir.read(std::string("a") + file), dir.read(std::string("b") + file));

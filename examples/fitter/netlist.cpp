@@ -237,7 +237,7 @@ private:
         std::string way = searched.name;
         for (Index file = statement.place.file; file != NONE; file = m_files[file].includer) {
             Source const &includer = m_files[file].source;
-            way = includer.name + " -> " + way;
+            way.insert(0, includer.name + " -> ");
             if (includer.path == searched.path)
                 fail(statement.place, ".search goes round in a circle: " + way);
             ++length;

@@ -62,6 +62,7 @@ std::vector<std::string> list_sources(Source const &design)
     std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>> files;
     gen_get_source_files(unit.generic_string(), &files);
     std::vector<std::string> names;
+    names.reserve(files.size());
     for (auto const &[place, path] : files)
         names.push_back(name_in_project(path.fullpath()) + " (" + place_name(place) + ")");
     return names;
