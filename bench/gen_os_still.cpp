@@ -58,6 +58,14 @@ char gen_os_path_list_separator()
 {
     return ':';
 }
+char const *gen_os_library_pattern()
+{
+    return "*.so*";
+}
+bool gen_os_library_links_count()
+{
+    return false;
+}
 bool gen_os_reserve_address_space(std::size_t)
 {
     return false;
@@ -66,6 +74,14 @@ void gen_os_debug_output(char const *) {}
 int gen_os_write_private_profile_string(char const *, char const *, char const *, char const *)
 {
     return 0;
+}
+bool gen_os_create_temp_file(char const *, char const *, std::string &)
+{
+    return false;
+}
+bool gen_os_read_temp_directory(std::string &)
+{
+    return false;
 }
 bool gen_os_open_stream(std::filebuf &, char const *, std::ios_base::openmode)
 {

@@ -1,7 +1,9 @@
-// Opens and closes of profile bins with the clocks taken out. One iteration is five pairs, a full buffer.
+// Opens and closes of profile bins with the clocks taken out. One iteration is five pairs, a full buffer. The program
+// is there twice, with counted allocations and without: then each boundary of a bin asks for the process's figures.
 #include "gen_profile_bins_sys.h"
 
 #include "bench/bench.h"
+#include "mem_sys.h"
 
 namespace {
 
@@ -26,7 +28,16 @@ void pairs(benchmark::State &state)
         }
 }
 
-BENCHMARK(pairs<1>)->Name("still/buffered");
+// With statistics of the memory of each bin and tag.
+void tracked_pairs(benchmark::State &state)
+{
+    mem_enable_tracking(MEM_TRACKING_STATISTICS);
+    pairs<GEN_PB_FLAG_RECORD>(state);
+    mem_disable_tracking(MEM_TRACKING_STATISTICS);
+}
+
+BENCHMARK(pairs<GEN_PB_FLAG_RECORD>)->Name("still/buffered");
+BENCHMARK(tracked_pairs)->Name("still/buffered_with_memory_statistics");
 BENCHMARK(pairs<GEN_PB_FLAG_IMMEDIATE>)->Name("still/immediate");
 
 BenchGoals const GOALS{

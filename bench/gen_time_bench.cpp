@@ -1,4 +1,5 @@
-// The clocks; one iteration is one reading. The floors are the system's clocks behind them.
+// The clocks; one iteration is one reading. The floors are the system's clocks behind them. And the stopwatches; one
+// iteration is a start and a stop. Their floors are the readings of both ends.
 #include "gen_time_sys.h"
 
 #include "bench/bench.h"
@@ -45,6 +46,39 @@ void reading(benchmark::State &state)
         benchmark::DoNotOptimize(READ());
 }
 
+template <unsigned TYPES>
+void start_stop(benchmark::State &state)
+{
+    GEN_STOPWATCH watch(/*accumulate=*/true, TYPES);
+    for (auto _ : state) {
+        watch.start();
+        watch.stop();
+    }
+    benchmark::DoNotOptimize(watch.lap_sec(GEN_STOPWATCH_WALLCLOCK));
+}
+
+void start_stop_process(benchmark::State &state)
+{
+    GEN_PROCESS_STOPWATCH watch("bench");
+    for (auto _ : state) {
+        watch.start();
+        watch.stop();
+    }
+    benchmark::DoNotOptimize(watch.get_elapsed_cpu_time());
+}
+
+template <unsigned TYPES>
+void two_readings(benchmark::State &state)
+{
+    for (auto _ : state)
+        for (int i = 0; i < 2; ++i) {
+            if ((TYPES & GEN_STOPWATCH_WALLCLOCK) != 0)
+                benchmark::DoNotOptimize(gen_get_usec_wallclock());
+            if ((TYPES & (GEN_STOPWATCH_KERNEL | GEN_STOPWATCH_USER)) != 0)
+                benchmark::DoNotOptimize(read_split());
+        }
+}
+
 // The argument is the number of sleeping threads beside the reading one.
 BENCHMARK(reading<read_system_clock<CLOCK_MONOTONIC>>)->Name("floor/monotonic")->Arg(0);
 BENCHMARK(reading<read_system_clock<CLOCK_PROCESS_CPUTIME_ID>>)->Name("floor/process_cpu")->Arg(0)->Arg(8)->Arg(64);
@@ -60,6 +94,16 @@ BENCHMARK(reading<gen_get_tick_count>)->Name("tick_count")->Arg(0);
 BENCHMARK(reading<read_split>)->Name("usec_user_and_kernel")->Arg(0);
 BENCHMARK(reading<gen_get_current_time_milliseconds>)->Name("current_time_milliseconds")->Arg(0);
 
+constexpr unsigned WALL = GEN_STOPWATCH_WALLCLOCK;
+constexpr unsigned CPU = GEN_STOPWATCH_KERNEL | GEN_STOPWATCH_USER;
+BENCHMARK(two_readings<WALL>)->Name("floor/two_readings_wall");
+BENCHMARK(two_readings<CPU>)->Name("floor/two_readings_cpu");
+BENCHMARK(two_readings<WALL | CPU>)->Name("floor/two_readings_all");
+BENCHMARK(start_stop<WALL>)->Name("stopwatch_wall");
+BENCHMARK(start_stop<CPU>)->Name("stopwatch_cpu");
+BENCHMARK(start_stop<WALL | CPU>)->Name("stopwatch_all");
+BENCHMARK(start_stop_process)->Name("process_stopwatch");
+
 BenchGoals const GOALS{
     {"tick clock / CLOCK_MONOTONIC", "hires_ticks/0", "floor/monotonic/0", 1.15},
     {"tick clock / steady_clock", "hires_ticks/0", "peer/steady_clock/0", 1.15},
@@ -67,6 +111,10 @@ BenchGoals const GOALS{
     {"  beside 8 sleeping threads", "usec_cpu/8", "floor/process_cpu/8", 1.05},
     {"  beside 64 sleeping threads", "usec_cpu/64", "floor/process_cpu/64", 1.05},
     {"CPU clock / getrusage", "usec_cpu/0", "floor/getrusage/0", 0.80},
+    {"stopwatch of the wall clock / its readings", "stopwatch_wall", "floor/two_readings_wall", 1.20},
+    {"stopwatch of CPU time / its readings", "stopwatch_cpu", "floor/two_readings_cpu", 1.05},
+    {"stopwatch of all clocks / its readings", "stopwatch_all", "floor/two_readings_all", 1.10},
+    {"process stopwatch / its readings", "process_stopwatch", "floor/two_readings_cpu", 1.05},
 };
 
 } // namespace

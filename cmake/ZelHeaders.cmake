@@ -2,17 +2,27 @@
 set(ZEL_PUBLIC_HEADERS
   err_sys.h
   fio_sys.h
+  gen_bindata_sys.h
   gen_bp_parser_sys.h
+  gen_cookie_sys.h
+  gen_dep_sys.h
+  gen_dyn_flag_sys.h
   gen_exe_sys.h
   gen_flow_sys.h
   gen_fstream_sys.h
   gen_index_compressor_queue_sys.h
+  gen_iterator_sys.h
   gen_legal_sys.h
   gen_localization_sys.h
+  gen_machine_sys.h
+  gen_math_sys.h
   gen_path_sys.h
   gen_profile_bins_sys.h
+  gen_rand_sys.h
   gen_string_sys.h
   gen_time_sys.h
+  gen_tracq_sys.h
+  gen_undo_redo_sys.h
   mem_sys.h
   thr_sys.h
   ver_sys.h

@@ -20,6 +20,13 @@ include(GNUInstallDirs)
 
 find_package(Threads REQUIRED)
 
+# The source that executes the CPUID instruction, or the one for processors without it.
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
+  set(ZEL_CPUID x86)
+else()
+  set(ZEL_CPUID none)
+endif()
+
 # Boost through a link of its own, so that no other header of the system leaks into a cross build.
 find_path(ZEL_BOOST_INCLUDE_DIR boost/version.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
 file(STRINGS "${ZEL_BOOST_INCLUDE_DIR}/boost/version.hpp" boost_version REGEX "define BOOST_VERSION ")

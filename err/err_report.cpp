@@ -19,14 +19,12 @@
 //                                    ends the process with the reporter's status
 #include "err_sys.h"
 
+#include "err/err_demangle.h"
 #include "err/os/err_os.h"
-
-#include <cxxabi.h>
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <mutex>
 #include <new>
 #include <string>
@@ -83,21 +81,13 @@ std::string hexadecimal(std::uint64_t value)
     return text;
 }
 
-std::string demangled(std::string const &name)
-{
-    int status = 0;
-    std::unique_ptr<char, void (*)(void *)> const text(abi::__cxa_demangle(name.c_str(), nullptr, nullptr, &status),
-                                                       std::free);
-    return text == nullptr ? name : text.get();
-}
-
 std::string rendered(ERR_OS_FRAME const &frame, void *address)
 {
     std::string const object = frame.object.empty() ? hexadecimal(reinterpret_cast<std::uintptr_t>(address))
                                                     : frame.object + "+" + hexadecimal(frame.object_offset);
     if (frame.function.empty())
         return object;
-    std::string text = demangled(frame.function) + "+" + hexadecimal(frame.function_offset);
+    std::string text = err_demangled(frame.function) + "+" + hexadecimal(frame.function_offset);
     if (!frame.file.empty())
         text += " at " + frame.file + ":" + std::to_string(frame.line);
     return text + " (" + object + ")";
@@ -116,7 +106,7 @@ void append_stack(std::string &block, ERR_OS_STACK const &stack, void const *cal
 {
     std::size_t const first = first_frame(stack, caller);
     void *const *addresses = stack.addresses + first;
-    std::vector<ERR_OS_FRAME> const frames = err_os_describe(addresses, stack.count - first);
+    std::vector<ERR_OS_FRAME> const frames = err_os_describe(addresses, stack.count - first, /*with_inlined=*/false);
     block += "  Stack:\n";
     for (std::size_t i = 0; i < frames.size(); ++i)
         block += "    #" + std::to_string(i) + " " + rendered(frames[i], addresses[i]) + "\n";

@@ -52,6 +52,12 @@ bool has_root(std::string_view text)
     return has_host(text) || root_length(text) > volume_length(text);
 }
 
+// "c:", to which a separator would add the root.
+bool is_drive_alone(std::string_view text)
+{
+    return text.size() == 2 && has_drive(text);
+}
+
 std::string_view without_leading_dot(std::string_view extension)
 {
     return !extension.empty() && extension.front() == '.' ? extension.substr(1) : extension;
@@ -228,9 +234,12 @@ FIO_PATH &FIO_PATH::cd(std::string const &text)
     if (m_text.empty() || !target.relative())
         m_text = target.m_text;
     else {
-        end_in_separator(m_text, m_separator);
+        if (!is_drive_alone(m_text))
+            end_in_separator(m_text, m_separator);
         m_text += target.m_text;
         become_simplified();
+        if (is_drive_alone(m_text))
+            m_text += '.';
     }
     end_in_separator(m_text, m_separator);
     normalise(m_text, m_separator);
@@ -264,6 +273,9 @@ FIO_PATH &FIO_PATH::become_simplified()
 
     std::string result(text.substr(0, root));
     std::vector<std::string_view> const kept = simplified(text.substr(root), has_root(text));
+    // A name that looks like a drive does not become one.
+    if (root == 0 && !kept.empty() && has_drive(kept.front()))
+        result.append(1, '.').append(1, m_separator);
     for (std::string_view component : kept) {
         if (component.data() != kept.front().data())
             result += m_separator;

@@ -1,6 +1,7 @@
 #include "gen/gen_profile_bins_impl.h"
 
 #include "err_sys.h"
+#include "gen/gen_cookie.h"
 #include "gen/gen_message.h"
 #include "gen_flow_sys.h"
 #include "gen_time_sys.h"
@@ -8,6 +9,7 @@
 #include "thr_sys.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 #include <boost/regex.hpp>
 
@@ -110,6 +112,16 @@ void gen_pb_fail(char const *text, char const *file, int line)
     gen_pb_disable();
 }
 
+bool gen_pb_is_selected_for_logs(char const *name)
+{
+    try {
+        return l_gen_pb_fileline_re != nullptr && boost::regex_match(name, *l_gen_pb_fileline_re);
+    } catch (std::runtime_error const &) {
+        // The expression takes too long on this name; no flow ends by that.
+        return false;
+    }
+}
+
 GEN_PROFILE_BIN const *gen_profile_bin_get_current_bin()
 {
     return gen_pb_is_own_thread() ? GEN_PB_IMPL::get_current_bin() : nullptr;
@@ -122,11 +134,14 @@ void GEN_PROFILE_BINS::initialize(char const *name, bool primary, bool debug_mes
         return;
     s_gen_pb.m_thread.store(thr_thread_self(), std::memory_order_relaxed);
     read_configuration(primary);
+    gen_cookie_log_configure(primary, debug_messages);
     compile_expressions();
     gen_pb_calibrate(debug_messages || s_gen_pb.m_print_log.load(std::memory_order_relaxed));
     open("GEN", name, GEN_PB_FLAG_ALL);
     // The root is there already: no rule applies to it.
     gen_pb_add_builtin_ratio_rules();
+    if (gen_pb_mem_profile_enabled() && (primary || debug_messages))
+        gen_pb_init_flow_stages();
 }
 
 void GEN_PROFILE_BINS::finalize(char const *name, bool close_root)
@@ -155,6 +170,8 @@ void GEN_PROFILE_BINS::finalize(char const *name, bool close_root)
     gen_say("%d bins may have been ignored improperly (use show_ignored_bin_warnings=on for details)",
             s_gen_pb.m_ignored_count);
     drop_expressions();
+    gen_pb_dump_stage_logs();
+    gen_cookie_log_write(name);
 }
 
 void GEN_PROFILE_BINS::force_finalize(char const *name)

@@ -53,6 +53,19 @@ std::string gen_pb_join_names(std::vector<GEN_PB_IMPL const *> const &bins, char
     return path;
 }
 
+std::vector<std::string> gen_pb_current_path()
+{
+    if (!gen_pb_is_own_thread())
+        return {};
+    std::size_t depth = 0;
+    for (GEN_PB_IMPL const *bin = s_gen_pb.m_current; bin != nullptr; bin = bin->m_parent)
+        ++depth;
+    std::vector<std::string> names(depth);
+    for (GEN_PB_IMPL const *bin = s_gen_pb.m_current; bin != nullptr; bin = bin->m_parent)
+        names[--depth] = bin->m_name;
+    return names;
+}
+
 GEN_PROFILE_BIN::GEN_PROFILE_BIN() = default;
 GEN_PROFILE_BIN::GEN_PROFILE_BIN(GEN_PROFILE_BIN const &) = default;
 GEN_PROFILE_BIN::~GEN_PROFILE_BIN() = default;
@@ -103,6 +116,13 @@ void GEN_PB_IMPL::add_child(GEN_PB_IMPL *child)
         for (GEN_PB_IMPL *each : m_children)
             m_child_index->emplace(each->m_name, each);
     }
+}
+
+void GEN_PB_IMPL::drop_moved_children()
+{
+    m_child_index.reset();
+    auto const is_moved = [this](GEN_PB_IMPL const *child) { return child->m_parent != this; };
+    m_children.erase(std::remove_if(m_children.begin(), m_children.end(), is_moved), m_children.end());
 }
 
 void GEN_PB_IMPL::close()

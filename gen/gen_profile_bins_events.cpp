@@ -76,6 +76,12 @@ void number_step(GEN_PB_IMPL &bin)
         bin.m_step = std::to_string(++s_gen_pb.m_root->m_child_steps);
 }
 
+// Few runs select any bin; then no name is looked at.
+bool is_selected_for_logs(GEN_PB_EVENT const &event)
+{
+    return s_gen_pb.m_checks_names && event.m_name != nullptr && gen_pb_is_selected_for_logs(event.m_name);
+}
+
 GEN_PB_IMPL *create_bin(GEN_PB_EVENT const &event, std::string_view name)
 {
     auto bin = std::make_unique<GEN_PB_IMPL>();
@@ -150,6 +156,15 @@ void announce_close(GEN_PB_IMPL const &bin, Memory const &memory)
     }
 }
 
+// The root, or the stray bin that stands above.
+GEN_PB_IMPL const &top_of(GEN_PB_IMPL const &bin)
+{
+    GEN_PB_IMPL const *top = &bin;
+    while (top->m_parent != nullptr)
+        top = top->m_parent;
+    return *top;
+}
+
 void process_open(GEN_PB_EVENT const &event)
 {
     std::string copy;
@@ -176,8 +191,13 @@ void process_open(GEN_PB_EVENT const &event)
     bin->m_open_count = 1;
     bin->m_flags = event.m_flags;
     bin->m_computed = false;
-    if (!bin->m_name.empty())
+    if (!bin->m_name.empty()) {
         mem_open_profile_bin(bin->m_name, bin->m_tag);
+        if (gen_pb_mem_profile_enabled())
+            gen_pb_check_flow_stage(bin->get_path("::", &top_of(*bin)));
+    }
+    if (is_selected_for_logs(event))
+        gen_pb_start_detailed_tracking(event.m_name);
     s_gen_pb.m_current = bin;
     if ((bin->m_flags & GEN_PB_FLAG_ANNOUNCE) != 0)
         announce_open(*bin);
@@ -257,6 +277,8 @@ void process_close(GEN_PB_EVENT const &event)
     Memory memory;
     if (!bin->m_name.empty())
         memory = take_memory(*bin);
+    if (is_selected_for_logs(event))
+        gen_pb_dump_detailed_logs(*bin);
     if ((bin->m_flags & GEN_PB_FLAG_ANNOUNCE) != 0)
         announce_close(*bin, memory);
     s_gen_pb.m_current = bin->m_parent;

@@ -69,6 +69,8 @@ public:
     /// The child of that name, which is not empty; null if there is none.
     GEN_PB_IMPL *find_child(std::string_view name) const;
     void add_child(GEN_PB_IMPL *child);
+    /// Drops the children whose parent is another bin by now; that bin owns them.
+    void drop_moved_children();
 
     /// The bins from `root` (null: the root bin) down to this one; empty, after an internal error, if `root` does not
     /// stand above this bin.
@@ -189,10 +191,18 @@ private:
 
 /// The bins fall silent for the rest of the process.
 void gen_pb_disable();
+/// Whether the configuration selects bins of that name, as the caller gave it, for detailed memory logs.
+bool gen_pb_is_selected_for_logs(char const *name);
 /// An internal error; in a customer build the bins are disabled instead, without a word, and the call returns.
 void gen_pb_fail(char const *text, char const *file, int line);
 /// Whether a condition holds; if not, gen_pb_fail().
 #define GEN_PB_CHECK(condition, text) ((condition) || (gen_pb_fail((text), __FILE__, __LINE__), false))
+
+// gen_profile_bins_bin.cpp
+
+/// The names from the top of the tree down to the current bin; empty without one, and on a thread that doesn't own the
+/// bins.
+std::vector<std::string> gen_pb_current_path();
 
 // gen_profile_bins_events.cpp
 
@@ -214,8 +224,31 @@ void gen_pb_apply_ratio_rules(GEN_PB_IMPL &bin);
 
 /// Writes the report files of finalize().
 void gen_pb_write_reports(char const *name);
-/// Forgets the bins with a tag, as the bins are about to be deleted.
+
+// gen_profile_bins_tagged.cpp
+
+/// Notes a bin with a tag for the tagged report; children come before their parents.
+void gen_pb_note_tagged_bin(GEN_PB_IMPL &bin);
+/// Moves the noted bins into a subtree for each tag. False if there is none; the tree is as it was then.
+bool gen_pb_build_tag_tree();
+/// Forgets the noted bins, as the bins are about to be deleted.
 void gen_pb_forget_tagged_bins();
+
+// gen_profile_bins_mem.cpp
+
+/// The key of the stage logs, read at the first question and kept.
+bool gen_pb_mem_profile_enabled();
+/// Builds the table of the flow's stages.
+void gen_pb_init_flow_stages();
+/// Looks whether a bin of that path, joined by "::", begins the next stage, and if so writes the logs of the one
+/// before.
+void gen_pb_check_flow_stage(std::string const &path);
+/// Writes the logs of the present stage.
+void gen_pb_dump_stage_logs();
+/// Starts the detailed tracking of a selected bin.
+void gen_pb_start_detailed_tracking(char const *name);
+/// Ends it and writes the bin's logs.
+void gen_pb_dump_detailed_logs(GEN_PB_IMPL const &bin);
 
 /// Readings of the clocks in seconds.
 inline double gen_pb_seconds_of_ticks(std::int64_t ticks)

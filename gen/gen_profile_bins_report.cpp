@@ -53,9 +53,6 @@ constexpr GEN_PB_COLUMN GEN_PB_COLUMNS[] = {
 std::FILE *l_gen_pb_current_file = nullptr;
 char const *l_gen_pb_current_code_prefix = nullptr;
 
-// Bins with a tag in the order of the first dump's rows, children before parents; not owned.
-std::vector<GEN_PB_IMPL const *> l_gen_pb_tagged_bins;
-
 // Lines are data: a "%" in a bin's name stays one.
 void print_line(std::string const &line)
 {
@@ -76,14 +73,14 @@ std::string header_line(char separator)
     return line + "name\n";
 }
 
-// "profile_bins_Fitter.log", or "profile_bins_Fitter_<suffix>.log".
-std::string report_file_name(char const *name)
+// "<stem>_Fitter.log", or "<stem>_Fitter_<suffix>.log".
+std::string report_file_name(char const *stem, char const *name)
 {
     std::string file;
     if (GEN_PROFILE_BINS::s_log_file_suffix.empty())
-        stl_sprintf(&file, "profile_bins_%s.log", name);
+        stl_sprintf(&file, "%s_%s.log", stem, name);
     else
-        stl_sprintf(&file, "profile_bins_%s_%s.log", name, GEN_PROFILE_BINS::s_log_file_suffix.c_str());
+        stl_sprintf(&file, "%s_%s_%s.log", stem, name, GEN_PROFILE_BINS::s_log_file_suffix.c_str());
     return file;
 }
 
@@ -106,7 +103,7 @@ public:
 
     /// Writes the rows of a bin and of all below it; `depth` is the bin's indentation, of no meaning in a file. False,
     /// after an internal error, if a bin is open.
-    bool write(GEN_PB_IMPL const &bin, int depth, bool collect_tags) const
+    bool write(GEN_PB_IMPL &bin, int depth, bool collect_tags) const
     {
         if (!GEN_PB_CHECK(bin.m_open_count == 0, "m_open_count == 0"))
             return false;
@@ -115,7 +112,7 @@ public:
         if (!bin.m_children.empty() && !write_children(bin, depth + 1, collect_tags))
             return false;
         if (collect_tags && !bin.m_tag.empty())
-            l_gen_pb_tagged_bins.push_back(&bin);
+            gen_pb_note_tagged_bin(bin);
         return true;
     }
 
@@ -130,26 +127,26 @@ private:
         return row + bin.m_name + '\n';
     }
 
-    bool write_children(GEN_PB_IMPL const &bin, int depth, bool collect_tags) const
+    bool write_children(GEN_PB_IMPL &bin, int depth, bool collect_tags) const
     {
         bool const is_sorted = &bin == GEN_PB_IMPL::get_root_bin() && !collect_tags;
         std::vector<GEN_PB_IMPL *> children = bin.m_children;
         if (is_sorted)
             std::stable_sort(children.begin(), children.end(),
                              [](GEN_PB_IMPL const *a, GEN_PB_IMPL const *b) { return a->m_name < b->m_name; });
-        for (GEN_PB_IMPL const *child : children)
+        for (GEN_PB_IMPL *child : children)
             if (!write(*child, depth, collect_tags))
                 return false;
         return bin.m_name.empty() || write_other(bin, depth);
     }
 
     // What no child accounts for, as if it were the last child.
-    bool write_other(GEN_PB_IMPL const &bin, int depth) const
+    bool write_other(GEN_PB_IMPL &bin, int depth) const
     {
         GEN_PB_IMPL other;
         other.m_code_prefix = bin.m_code_prefix;
         other.m_name = "OTHER";
-        other.m_parent = const_cast<GEN_PB_IMPL *>(&bin);
+        other.m_parent = &bin;
         other.m_report = bin.m_self;
         return write(other, depth, /*collect_tags=*/false);
     }
@@ -162,12 +159,10 @@ private:
 
 void gen_pb_write_reports(char const *name)
 {
-    s_gen_pb.m_root->dump(report_file_name(name).c_str(), /*collect_tags=*/true);
-}
-
-void gen_pb_forget_tagged_bins()
-{
-    l_gen_pb_tagged_bins.clear();
+    gen_pb_forget_tagged_bins(); // noted by a tool's own dump
+    s_gen_pb.m_root->dump(report_file_name("profile_bins", name).c_str(), /*collect_tags=*/true);
+    if (gen_pb_build_tag_tree())
+        s_gen_pb.m_root->dump(report_file_name("profile_bins_tagged", name).c_str(), /*collect_tags=*/false);
 }
 
 void GEN_PB_IMPL::dump(char const *file, bool collect_tags)

@@ -3,6 +3,7 @@
 #include "gen/gen_statics.h"
 
 #include "fio_sys.h"
+#include "gen/gen_machine_state.h"
 #include "mem_sys.h"
 
 namespace {
@@ -22,6 +23,7 @@ void release(OBJECT *&object)
 
 GEN_FIRST_STATIC MEM_INITIALIZER l_mem_initializer("GEN");
 GEN_FIRST_STATIC GEN_PATH_STATE l_state;
+GEN_FIRST_STATIC GEN_MACHINE_STATE l_machine_state;
 
 #undef GEN_FIRST_STATIC
 
@@ -37,12 +39,16 @@ GEN_PATH_STATE::GEN_PATH_STATE()
 GEN_PATH_STATE::~GEN_PATH_STATE()
 {
     l_path_state.store(nullptr, std::memory_order_relaxed);
+    release(kalvern_libs);
     release(project_ipblocks_libs);
     release(project_ipblocks_dir_path);
+    release(kalvern_eda_libs);
     release(user_libs);
+    release(env_libs);
     release(project_libs);
     release(project_dir_libs);
     release(db_dir_libs);
+    release(default_source_extensions);
     release(db_dir_path);
     release(db_dir_full_name);
 }

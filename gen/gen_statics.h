@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <string>
+#include <vector>
 
 class FIO_FIND;
 class FIO_PATH;
@@ -45,6 +46,15 @@ struct GEN_PATH_STATE
     FIO_FIND *project_libs = nullptr;
     FIO_FIND *user_libs = nullptr;
     FIO_FIND *project_ipblocks_libs = nullptr;
+    FIO_FIND *env_libs = nullptr; // over KALVERN_LIBRARY_PATHS; null unless the variable had a value
+    bool env_libs_checked = false;
+
+    // The installation's, made together by the first search that needs one of them, and the same from then on.
+    FIO_FIND *kalvern_libs = nullptr;
+    FIO_FIND *kalvern_eda_libs = nullptr;
+
+    // The extensions of source files, in the order in which they are tried.
+    std::vector<std::string> *default_source_extensions = nullptr;
 };
 
 /// The state; null before it is built and after its release, which callbacks of zel_mem may outlive.

@@ -1,12 +1,15 @@
-// Internal errors and the exit state of the process. An internal error is a fault of the program
-// itself, found by a check that stays in release builds. Any thread may call any of these functions,
-// at any time from the construction of static objects to the last exit handler.
+// Internal errors and the exit state of the process, and where calls stand in the source. An internal error is a fault
+// of the program itself, found by a check that stays in release builds. Any thread may call any of these functions, at
+// any time from the construction of static objects to the last exit handler.
 #ifndef ERR_SYS_H
 #define ERR_SYS_H
 
 #include "zel_export_sys.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 /// Reports an internal error and ends the process with status 3. Never returns and never throws.
 ///
@@ -56,5 +59,36 @@ ERR_API void err_set_module_fullpath(std::string const &path);
 /// True from the first internal error on, in exit handlers too; false in an ordinary run and an
 /// ordinary exit.
 ERR_API bool err_is_in_abnormal_exit();
+
+/// A place in the source, as far as the program's symbols and debug information tell: a text that isn't known is empty,
+/// a line 0.
+struct ERR_LINE
+{
+    std::string function;
+    std::string file;
+    int line;
+    /// It belongs to the C++ standard library.
+    bool is_standard_library;
+};
+
+/// Where a call stands.
+struct ERR_PLACE
+{
+    /// File name of the executable or library; empty if the address is in none.
+    std::string object;
+    /// The return address from the beginning of that.
+    std::uint64_t object_offset;
+    /// The functions around the call: first those that the compiler has put in place of their calls, innermost first,
+    /// last the one that they were put into. Empty if nothing is known, on Windows always.
+    std::vector<ERR_LINE> lines;
+};
+
+/// Tells where calls stand, one place for each, in their order.
+///
+/// @param return_addresses  where the calls return to
+/// @param count             how many they are
+///
+/// Reads symbols and debug information from disk, which takes milliseconds and more. Throws std::bad_alloc only.
+ERR_API std::vector<ERR_PLACE> err_describe_calls(void const *const *return_addresses, std::size_t count);
 
 #endif

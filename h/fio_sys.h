@@ -246,6 +246,8 @@ public:
     /// @return *this
     ///
     ///     c:/a/b, "../x" -> c:/a/x/    c:/a/b/, "d:/y" -> d:/y/    (empty), "../x" -> ../x/
+    ///
+    /// A drive without a root does not get one: c:a, ".." -> c:./
     FIO_PATH &cd(std::string const &text);
 
     /// Makes a relative path absolute, and simplifies it. Any other path stays as it is, and so
@@ -258,11 +260,13 @@ public:
 
     /// Removes "." and "..", by text alone. ".." never rises above a root, and stays in front of a
     /// relative path. What ended in one of the two ends in a separator; a relative path of which
-    /// nothing is left is "./". An empty path stays empty.
+    /// nothing is left is "./", and one that would begin like a drive has "./" in front. An empty
+    /// path stays empty.
     ///
     /// @return *this
     ///
     ///     a/./b/../c -> a/c    c:/../x -> c:/x    a/../../b -> ../b    a/b/.. -> a/    a/.. -> ./
+    ///     a/../c:/x -> ./c:/x
     FIO_PATH &become_simplified();
 
     /// The path counts from a root; network paths do.

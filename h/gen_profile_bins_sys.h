@@ -165,6 +165,17 @@ public:
 /// The innermost open bin among the processed events; null if there is none.
 GEN_API GEN_PROFILE_BIN const *gen_profile_bin_get_current_bin();
 
+/// Tells, as debug messages, what the suite's libraries and the process take at a point of a flow. Each configuration
+/// key switches a part of it, and is off by default:
+///
+///     profile_dll_usage    the bytes on disk of the loaded and of the other libraries beside this one
+///     list_dll_details     with it, a line for each loaded library
+///     report_modules_flow  the memory of the process: allocated, resident now, resident at most
+///
+/// @param tool   label of the process; ten characters of it are shown
+/// @param point  label of the moment; null means "start"
+GEN_API void gen_meminfo_report_dll_usage(char const *tool, char const *point);
+
 /// A bin that is open as long as the guard lives.
 class GEN_PROFILER
 {

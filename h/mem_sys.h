@@ -149,8 +149,9 @@ class MEM_API MEM_MANAGER
 public:
     /// What the allocator has given out and not taken back.
     ///
-    /// In a process that links zel::mem_new: the counted bytes, those of the calling thread exactly, those of every
-    /// other running thread within 64 KiB; never below 0. In any other process: the working set.
+    /// In a process that links zel::mem_new: the counted bytes. Exact for the calling thread and for every thread at
+    /// rest; a thread that allocates meanwhile is seen at some moment of the call. Never below 0. In any other process:
+    /// the working set.
     static std::size_t current_total_memory();
 };
 
@@ -215,8 +216,11 @@ MEM_API void mem_set_gen_get_project_output_directory_callback(char const *(*cal
 //
 // Two things are told apart. Counting runs always in a process that links the static library zel::mem_new, whose
 // operators new and delete count the bytes of every block, for all modules of the process on Linux and for the modules
-// that link it on Windows. Tracking, by the granularities below, is what is recorded beyond that. This version records
-// nothing beyond the count: the granularities keep their state, and the dumps have nothing to write.
+// that link it on Windows. A byte counted is one of the block's usable size, alike when it is allocated and when it is
+// released. Tracking, by the granularities below, is what is recorded beyond that.
+//
+// What needs the operators is empty in a process without zel::mem_new: the tables by source line and by subsystem, and
+// the modules of the time line. The figures of the bins are those of the process there.
 
 /// What is tracked; values add up.
 enum MEM_TRACKING_GRANULARITY : int
@@ -229,9 +233,12 @@ enum MEM_TRACKING_GRANULARITY : int
 
 /// Turns the bits of `granularity` on; the others stay. At the start those of the key "mem_tracking" are on, which is
 /// read once, at the first call of any of these four functions. Any thread; other bits than the three are dropped.
+///
+/// What was recorded before stays, and more is added. A block that was released while the sources were off is still in
+/// their tables, until its address is allocated anew or mem_reset_tracking_entries() is called.
 MEM_API void mem_enable_tracking(MEM_TRACKING_GRANULARITY granularity);
 
-/// Turns the bits of `granularity` off; the others stay. Any thread.
+/// Turns the bits of `granularity` off; the others stay. Any thread. What was recorded can still be written.
 MEM_API void mem_disable_tracking(MEM_TRACKING_GRANULARITY granularity);
 
 /// True if all bits of `granularity` are on. Any thread.
@@ -245,9 +252,10 @@ MEM_API bool mem_get_tbb_memory_tracking_enabled();
 /// @param name  the bin's name
 /// @param tag   its tag, may be empty
 ///
-/// All opens and closes of a process come from one thread. Neither text is kept. In a process that counts it costs
-/// some nanoseconds, takes no lock, and allocates only when bins nest deeper than ever before; elsewhere it reads the
-/// figures of the process, which costs system calls, one to two microseconds.
+/// All opens and closes of a process come from one thread, and so do the labels and the flush of the peak below. With
+/// the statistics and the time line off it costs some nanoseconds for each thread that runs, and allocates only when
+/// bins nest deeper, or have longer names, than ever before. In a process that doesn't count it reads the figures of
+/// the process, which costs system calls, one to two microseconds.
 MEM_API void mem_open_profile_bin(std::string const &name, std::string const &tag);
 
 /// Closes the innermost open profile bin and tells its figures, in bytes.
@@ -258,34 +266,45 @@ MEM_API void mem_open_profile_bin(std::string const &name, std::string const &ta
 /// @param peak_bytes   receives the highest figure in between, bins inside it included; not null, never less than the
 ///                     two others
 ///
-/// In a process that counts, the figures are the counted bytes; those of other running threads, and the peak, are
-/// seen in steps of 64 KiB for each thread. In any other process they are the working set, whose peak is that of the
-/// boundaries of bins, unless the process reached its highest ever in between. A bin for which the system gave no
-/// memory, and a close without an open, give the figure now three times.
+/// In a process that counts, the figures are the counted bytes. Those at open and close are exact if the other threads
+/// are at rest then. The peak is exact if one thread allocates while the bin is open, whichever it is, and rests
+/// while others open, close or ask for the total; it is within 64 KiB for each further one. In any other process they
+/// are the working set, whose peak is that of the boundaries of bins, unless the process reached its highest ever in
+/// between. A bin for which the system gave no memory, and a close without an open, give the figure now three times.
 MEM_API void mem_close_profile_bin(std::string const &tag, std::size_t *open_bytes, std::size_t *close_bytes,
                                    std::size_t *peak_bytes);
 
-/// Drops what was recorded. The count and the open bins stay.
+/// Drops what was recorded, of all granularities. The count, the open bins and the label of the time line stay. Any
+/// thread.
 MEM_API void mem_reset_tracking_entries();
 
-/// Folds what the calling thread has counted into the total, and the peak up to now into the innermost open bin. On
-/// the thread of the bins.
+/// Folds the peak up to now into the innermost open bin, and begins a new peak in the tables by source line and by
+/// subsystem: their peak columns then show the time from here on.
 MEM_API void mem_tbb_tracking_flush_peak();
 
-/// Writes what was recorded by source line. True if there was anything; nothing is written otherwise.
+// The dumps. Each writes a text table, widest row first, whose columns stand in docs/file-formats.md. True if there was
+// anything and the stream has taken it; nothing is written if there was nothing. The stream is flushed, so that a full
+// disk shows; a stream that throws is answered with false. Any thread.
+
+/// Allocations by source line: function, file and line where the program has debug information, a library and an offset
+/// where it hasn't. Code of the C++ standard library is passed over in favour of what called it, as far as it is seen.
 MEM_API bool mem_dump_tbb_fileline_tracking(std::ostream &out);
-/// The same by subsystem, that is by shared library.
+/// Allocations by subsystem, that is by shared library.
 MEM_API bool mem_dump_tbb_subsystem_tracking(std::ostream &out);
-/// The same by profile bin.
+/// Figures of the profile bins that were closed with the statistics on.
 MEM_API bool mem_dump_tbb_profile_bin_stats_tracking(std::ostream &out);
-/// The same by tag.
+/// The same by tag. A bin inside another one of its tag is part of that.
 MEM_API bool mem_dump_tbb_profile_bin_tag_stats_tracking(std::ostream &out);
-/// Writes the time line, and its detailed form by module. True if there was anything for either.
+/// The time line in the order of its rows, and a second table with the bytes of each module at each row.
+///
+/// The second stream stays empty if the sources were not tracked beside the time line. True if there was a time line
+/// and both streams have taken what was written.
 MEM_API bool mem_dump_tbb_module_tracking(std::ostream &timeline, std::ostream &details);
 
-/// Labels the rows of the time line from now on. Without effect while no time line is recorded.
+/// Labels the rows of the time line from now on, and adds one if it is recorded. An empty text is no label.
 MEM_API void mem_set_timeline_label(std::string const &label);
-/// Stops labelling the rows of the time line by the tags of profile bins. Without effect while none is recorded.
+/// Stops labelling the rows of the time line by the tags of profile bins, for good. Until then the tag of the innermost
+/// open bin with a tag stands in place of the label.
 MEM_API void mem_disable_profile_bin_tag_timeline_labels();
 
 /// While one lives, the calling thread counts and tracks nothing. Objects nest; each ends on the thread it began on.
@@ -306,9 +325,20 @@ public:
 // Counting, for the replaced operators new and delete of zel::mem_new. Any thread, at any time of its life and of the
 // process; they allocate nothing through the operators and don't fail.
 
-/// Adds a block of `bytes` to the count. The first call, also one with 0, makes this a process that counts.
-MEM_API void mem_count_allocation(std::size_t bytes);
-/// Takes a block of `bytes` off the count, the same figure that was added for it.
-MEM_API void mem_count_release(std::size_t bytes);
+/// Adds a block to the count, and to the tables by source line and by subsystem if they are recorded. The first call,
+/// also one with 0, makes this a process that counts.
+///
+/// @param block           the block; null if only its bytes are to be counted
+/// @param bytes           what is counted for it
+/// @param return_address  where the call that allocates it returns to
+/// @param stack           where the stack stands after that return; null if that isn't known. The calls further out are
+///                        then not seen.
+MEM_API void mem_count_allocation(void const *block, std::size_t bytes, void const *return_address, void const *stack);
+
+/// Takes a block off the count, and out of the tables if it is there, before it is released.
+///
+/// @param block  the block, or null, as when it was added
+/// @param bytes  the same figure that was added for it
+MEM_API void mem_count_release(void const *block, std::size_t bytes);
 
 #endif

@@ -8,20 +8,30 @@
 // The link of a tool asks for this name, and so for this source, which its own references might leave out. Counting
 // nothing tells zel_mem that this process counts.
 extern bool const mem_new_linked;
-bool const mem_new_linked = (mem_count_allocation(0), true);
+bool const mem_new_linked = (mem_count_allocation(nullptr, 0, nullptr, nullptr), true);
 
 namespace {
 
-inline void count_allocation(std::size_t bytes)
+// What is inlined here always is, into the operators: their call is what they tell of, and a jump to what is seldom
+// needed leaves their main road without a register to save.
+
+[[gnu::always_inline]] inline bool count_allocation_in_place(std::size_t bytes)
 {
-    if (!mem_os_count_in_place(static_cast<std::int64_t>(bytes)))
-        mem_count_allocation(bytes);
+    MEM_THREAD_COUNT *const count = mem_os_thread_count_in_place();
+    return count != nullptr && count->try_add(static_cast<std::int64_t>(bytes));
 }
 
-inline void count_release(std::size_t bytes)
+[[gnu::noinline]] void *count_allocation(void *block, std::size_t bytes, void const *return_address, void const *stack)
 {
-    if (!mem_os_count_in_place(-static_cast<std::int64_t>(bytes)))
-        mem_count_release(bytes);
+    mem_count_allocation(block, bytes, return_address, stack);
+    return block;
+}
+
+[[gnu::always_inline]] inline void count_release(void *block, std::size_t bytes)
+{
+    MEM_THREAD_COUNT *const count = mem_os_thread_count_in_place();
+    if (count == nullptr || !count->try_take(static_cast<std::int64_t>(bytes)))
+        mem_count_release(block, bytes);
 }
 
 // Called when the heap gives nothing: what the new-handler does may help; one that can't throws or ends the process.
@@ -33,45 +43,61 @@ void call_new_handler()
     handler();
 }
 
-[[gnu::noinline, gnu::cold]] void *retry(std::size_t bytes, std::size_t *counted_bytes)
+[[gnu::noinline, gnu::cold]] void *retry(std::size_t bytes, void const *return_address, void const *stack)
 {
     void *block = nullptr;
     while (block == nullptr) {
         call_new_handler();
-        block = mem_os_heap_allocate(bytes, counted_bytes);
+        block = mem_os_heap_allocate(bytes);
     }
-    return block;
+    return count_allocation(block, mem_os_heap_begin_count(block), return_address, stack);
 }
 
-inline void *allocate(std::size_t bytes)
+[[gnu::noinline, gnu::cold]] void *retry_aligned(std::size_t bytes, std::size_t alignment, void const *return_address,
+                                                 void const *stack)
 {
-    std::size_t counted_bytes = 0;
-    void *block = mem_os_heap_allocate(bytes, &counted_bytes);
-    if (block == nullptr)
-        block = retry(bytes, &counted_bytes);
-    count_allocation(counted_bytes);
-    return block;
-}
-
-void *allocate_aligned(std::size_t bytes, std::align_val_t alignment)
-{
-    std::size_t counted_bytes = 0;
     void *block = nullptr;
-    while ((block = mem_os_heap_allocate_aligned(bytes, static_cast<std::size_t>(alignment), &counted_bytes)) ==
-           nullptr)
+    while (block == nullptr) {
         call_new_handler();
-    count_allocation(counted_bytes);
-    return block;
+        block = mem_os_heap_allocate_aligned(bytes, alignment);
+    }
+    return count_allocation(block, mem_os_heap_begin_count_aligned(block), return_address, stack);
 }
 
-inline void release(void *block)
+[[gnu::always_inline]] inline void *allocate(std::size_t bytes)
 {
-    count_release(mem_os_heap_release(block));
+    void *const block = mem_os_heap_allocate(bytes);
+    if (block == nullptr)
+        return retry(bytes, __builtin_return_address(0), MEM_OS_STACK_OF_CALLER());
+    std::size_t const counted_bytes = mem_os_heap_begin_count(block);
+    if (count_allocation_in_place(counted_bytes))
+        return block;
+    return count_allocation(block, counted_bytes, __builtin_return_address(0), MEM_OS_STACK_OF_CALLER());
 }
 
-void release_aligned(void *block)
+[[gnu::always_inline]] inline void *allocate_aligned(std::size_t bytes, std::align_val_t align)
 {
-    count_release(mem_os_heap_release_aligned(block));
+    std::size_t const alignment = static_cast<std::size_t>(align);
+    void *const block = mem_os_heap_allocate_aligned(bytes, alignment);
+    if (block == nullptr)
+        return retry_aligned(bytes, alignment, __builtin_return_address(0), MEM_OS_STACK_OF_CALLER());
+    std::size_t const counted_bytes = mem_os_heap_begin_count_aligned(block);
+    if (count_allocation_in_place(counted_bytes))
+        return block;
+    return count_allocation(block, counted_bytes, __builtin_return_address(0), MEM_OS_STACK_OF_CALLER());
+}
+
+// Counted first: once released, the block may be another thread's.
+[[gnu::always_inline]] inline void release(void *block)
+{
+    count_release(block, mem_os_heap_end_count(block));
+    mem_os_heap_release(block);
+}
+
+[[gnu::always_inline]] inline void release_aligned(void *block)
+{
+    count_release(block, mem_os_heap_end_count_aligned(block));
+    mem_os_heap_release_aligned(block);
 }
 
 } // namespace

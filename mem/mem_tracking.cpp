@@ -1,82 +1,60 @@
-// The memory of the profile bins, and what is tracked.
-//
-// The open bins lie on a stack, each with its bytes at the open and the highest bytes seen since. A boundary, that is
-// an open or a close, sees two figures: the bytes now and the peak since the boundary before. The peak goes to the
-// innermost bin alone, which hands its own to the bin around it as it closes, so that a boundary costs the same at
-// any depth:
-//
-//     boundary   now  peak since   stack (open, peak)       reported
-//     open A      10           -   A(10, 10)
-//     open B      20          50   A(10, 50)  B(20, 20)
-//     close B     30          70   A(10, 70)                B: 20, 30, 70
-//     close A     15          40                            A: 10, 15, 70
-#include "mem_sys.h"
+#include "mem/mem_tracking.h"
 
+#include "mem/mem_bins.h"
 #include "mem/mem_count.h"
-#include "mem/os/mem_os.h"
+#include "mem/mem_lock.h"
+#include "mem/mem_sites.h"
+#include "mem/mem_sites_table.h"
+#include "mem/mem_statistics.h"
+#include "mem/mem_table.h"
+#include "mem/mem_timeline.h"
 
 #include <algorithm>
 #include <atomic>
-#include <cstdlib>
+#include <exception>
+#include <mutex>
+#include <utility>
+
+// With two marks of our own. Written in the lock of the switches.
+std::atomic<int> mem_tracking_in_force{0};
 
 namespace {
 
-struct OpenBin
+constexpr int GRANULARITIES = MEM_TRACKING_STATISTICS | MEM_TRACKING_TIMELINE | MEM_TRACKING_SOURCES;
+constexpr int KEY_READ = 0x100;
+constexpr int KEY_NOT_ZERO = 0x200;
+
+// Sets the word and what follows from it. Gives the bits that came on. In the lock of the switches.
+int set_tracking(int tracking)
 {
-    std::int64_t open_bytes;
-    std::int64_t peak_bytes;
-};
-
-// The stack belongs to the one thread that opens and closes the bins. It only grows, by the plain heap, whose blocks
-// aren't counted, and is never released: bins may close while the process exits.
-OpenBin *l_bins = nullptr;
-std::size_t l_bin_capacity = 0;
-// May be above the capacity when the heap gave nothing: the bins up there are known by their number alone.
-std::size_t l_bin_count = 0;
-
-// The figures of the process at the last boundary, for processes without zel::mem_new. Of the same thread.
-std::size_t l_working_set = 0;
-std::size_t l_working_set_mark = 0;
-
-bool grow_bins()
-{
-    constexpr std::size_t FIRST_CAPACITY = 64;
-    std::size_t const capacity = l_bin_capacity == 0 ? FIRST_CAPACITY : 2 * l_bin_capacity;
-    void *const bins = std::realloc(l_bins, capacity * sizeof(OpenBin));
-    if (bins == nullptr)
-        return false;
-    l_bins = static_cast<OpenBin *>(bins);
-    l_bin_capacity = capacity;
-    return true;
+    int const former = mem_tracking_in_force.exchange(tracking, std::memory_order_relaxed);
+    if (((former ^ tracking) & MEM_TRACKING_SOURCES) != 0)
+        mem_count_watch_blocks((tracking & MEM_TRACKING_SOURCES) != 0);
+    return tracking & ~former;
 }
 
-// The innermost bin; null if none is open or if it has no place.
-OpenBin *innermost_bin()
+void start(int bits)
 {
-    return l_bin_count == 0 || l_bin_count > l_bin_capacity ? nullptr : &l_bins[l_bin_count - 1];
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    if ((bits & MEM_TRACKING_TIMELINE) != 0)
+        mem_bins_start_timeline();
 }
 
-void raise_innermost(std::int64_t peak_bytes)
+// The word as it stands, at the first question as the key gives it. Of several first questions, one sets the word.
+int tracking()
 {
-    OpenBin *const bin = innermost_bin();
-    if (bin != nullptr && bin->peak_bytes < peak_bytes)
-        bin->peak_bytes = peak_bytes;
-}
-
-// What the system doesn't tell stays as it was. A high-water mark that rose did so since the boundary before.
-MEM_BOUNDARY process_boundary()
-{
-    std::size_t const former_mark = l_working_set_mark;
-    mem_os_working_set_and_mark(&l_working_set, &l_working_set_mark);
-    std::size_t const peak = l_working_set_mark > former_mark ? l_working_set_mark : l_working_set;
-    return {static_cast<std::int64_t>(l_working_set), static_cast<std::int64_t>(std::max(peak, l_working_set))};
-}
-
-MEM_BOUNDARY take_boundary()
-{
-    MEM_BOUNDARY const boundary = mem_count_is_linked() ? mem_count_boundary() : process_boundary();
-    raise_innermost(boundary.peak_bytes);
-    return boundary;
+    int const current = mem_tracking_in_force.load(std::memory_order_relaxed);
+    if (current != 0)
+        return current;
+    int const key = mem_cfg_get_int_value("mem_tracking", 0);
+    int bits = 0;
+    {
+        std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
+        if (mem_tracking_in_force.load(std::memory_order_relaxed) == 0)
+            bits = set_tracking((key & GRANULARITIES) | (key != 0 ? KEY_NOT_ZERO : 0) | KEY_READ);
+    }
+    start(bits);
+    return mem_tracking_in_force.load(std::memory_order_relaxed);
 }
 
 std::size_t shown(std::int64_t bytes)
@@ -84,23 +62,42 @@ std::size_t shown(std::int64_t bytes)
     return static_cast<std::size_t>(std::max<std::int64_t>(bytes, 0));
 }
 
-// The granularities in force, with two marks of our own above them. Any thread may write; enabling and disabling
-// order nothing else.
-constexpr int GRANULARITIES = MEM_TRACKING_STATISTICS | MEM_TRACKING_TIMELINE | MEM_TRACKING_SOURCES;
-constexpr int KEY_READ = 0x100;
-constexpr int KEY_NOT_ZERO = 0x200;
-std::atomic<int> l_tracking{0};
-
-// The word as it stands, at the first question as the key gives it.
-int tracking()
+// A text of our own, which isn't counted. What a stream takes to hold it is its owner's and is.
+class UNCOUNTED_TEXT
 {
-    int current = l_tracking.load(std::memory_order_relaxed);
-    if (current != 0)
-        return current;
-    int const key = mem_cfg_get_int_value("mem_tracking", 0);
-    int const initial = (key & GRANULARITIES) | (key != 0 ? KEY_NOT_ZERO : 0) | KEY_READ;
-    // Of several first questions, one sets the word; it may have been changed since.
-    return l_tracking.compare_exchange_strong(current, initial, std::memory_order_relaxed) ? initial : current;
+public:
+    UNCOUNTED_TEXT() = default;
+    ~UNCOUNTED_TEXT()
+    {
+        MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+        std::string().swap(m_text);
+    }
+    UNCOUNTED_TEXT(UNCOUNTED_TEXT const &) = delete;
+    UNCOUNTED_TEXT &operator=(UNCOUNTED_TEXT const &) = delete;
+
+    template <typename TABLE>
+    void set(TABLE table)
+    {
+        MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+        m_text = table();
+    }
+
+    std::string const &get() const { return m_text; }
+
+private:
+    std::string m_text;
+};
+
+template <typename TABLE>
+bool dump(std::ostream &out, TABLE table)
+{
+    try {
+        UNCOUNTED_TEXT text;
+        text.set(table);
+        return !text.get().empty() && mem_table_write(out, text.get());
+    } catch (std::exception const &) {
+        return false; // no memory, or a stream that throws
+    }
 }
 
 } // namespace
@@ -108,13 +105,19 @@ int tracking()
 void mem_enable_tracking(MEM_TRACKING_GRANULARITY granularity)
 {
     tracking();
-    l_tracking.fetch_or(granularity & GRANULARITIES, std::memory_order_relaxed);
+    int bits = 0;
+    {
+        std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
+        bits = set_tracking(mem_tracking_in_force.load(std::memory_order_relaxed) | (granularity & GRANULARITIES));
+    }
+    start(bits);
 }
 
 void mem_disable_tracking(MEM_TRACKING_GRANULARITY granularity)
 {
     tracking();
-    l_tracking.fetch_and(~(granularity & GRANULARITIES), std::memory_order_relaxed);
+    std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
+    set_tracking(mem_tracking_in_force.load(std::memory_order_relaxed) & ~(granularity & GRANULARITIES));
 }
 
 bool mem_tracking_is_enabled(MEM_TRACKING_GRANULARITY granularity)
@@ -127,62 +130,76 @@ bool mem_get_tbb_memory_tracking_enabled()
     return (tracking() & KEY_NOT_ZERO) != 0;
 }
 
-void mem_open_profile_bin(std::string const & /*name*/, std::string const & /*tag*/)
+void mem_open_profile_bin(std::string const &name, std::string const &tag)
 {
-    MEM_BOUNDARY const boundary = take_boundary();
-    if (l_bin_count == l_bin_capacity)
-        grow_bins();
-    ++l_bin_count;
-    if (OpenBin *const bin = innermost_bin())
-        *bin = {boundary.now_bytes, boundary.now_bytes};
+    MEM_SUSPENSION const scope;
+    mem_bins_open(name, tag);
 }
 
 void mem_close_profile_bin(std::string const & /*tag*/, std::size_t *open_bytes, std::size_t *close_bytes,
                            std::size_t *peak_bytes)
 {
-    std::int64_t const now = take_boundary().now_bytes;
-    OpenBin const *const place = innermost_bin();
-    OpenBin const bin = place != nullptr ? *place : OpenBin{now, now};
-    if (l_bin_count != 0)
-        --l_bin_count;
-    raise_innermost(bin.peak_bytes);
-    *open_bytes = shown(bin.open_bytes);
-    *close_bytes = shown(now);
-    *peak_bytes = shown(bin.peak_bytes);
+    MEM_SUSPENSION const scope;
+    MEM_BIN_FIGURES const figures = mem_bins_close();
+    *open_bytes = shown(figures.open_bytes);
+    *close_bytes = shown(figures.close_bytes);
+    *peak_bytes = shown(figures.peak_bytes);
 }
 
-void mem_reset_tracking_entries() {}
+void mem_reset_tracking_entries()
+{
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    mem_sites_reset();
+    mem_statistics_reset();
+    mem_timeline_reset();
+}
 
 void mem_tbb_tracking_flush_peak()
 {
-    take_boundary();
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    mem_bins_flush_peak();
+    mem_sites_begin_peak();
 }
 
-bool mem_dump_tbb_fileline_tracking(std::ostream & /*out*/)
+bool mem_dump_tbb_fileline_tracking(std::ostream &out)
 {
-    return false;
+    return dump(out, mem_sites_table_by_line);
 }
 
-bool mem_dump_tbb_subsystem_tracking(std::ostream & /*out*/)
+bool mem_dump_tbb_subsystem_tracking(std::ostream &out)
 {
-    return false;
+    return dump(out, mem_sites_table_by_module);
 }
 
-bool mem_dump_tbb_profile_bin_stats_tracking(std::ostream & /*out*/)
+bool mem_dump_tbb_profile_bin_stats_tracking(std::ostream &out)
 {
-    return false;
+    return dump(out, mem_statistics_table_by_bin);
 }
 
-bool mem_dump_tbb_profile_bin_tag_stats_tracking(std::ostream & /*out*/)
+bool mem_dump_tbb_profile_bin_tag_stats_tracking(std::ostream &out)
 {
-    return false;
+    return dump(out, mem_statistics_table_by_tag);
 }
 
-bool mem_dump_tbb_module_tracking(std::ostream & /*timeline*/, std::ostream & /*details*/)
+bool mem_dump_tbb_module_tracking(std::ostream &timeline, std::ostream &details)
 {
-    return false;
+    UNCOUNTED_TEXT modules;
+    bool const is_written = dump(timeline, [&modules] {
+        MEM_TIMELINE_TABLES tables = mem_timeline_tables();
+        modules.set([&tables] { return std::move(tables.modules); });
+        return std::move(tables.rows);
+    });
+    return modules.get().empty() ? is_written : dump(details, [&modules] { return modules.get(); }) && is_written;
 }
 
-void mem_set_timeline_label(std::string const & /*label*/) {}
+void mem_set_timeline_label(std::string const &label)
+{
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    mem_bins_set_label(label);
+}
 
-void mem_disable_profile_bin_tag_timeline_labels() {}
+void mem_disable_profile_bin_tag_timeline_labels()
+{
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    mem_bins_disable_tag_labels();
+}

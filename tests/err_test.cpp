@@ -170,6 +170,48 @@ TEST_F(ErrReportDeathTest, PrintsTheStackFromTheCallerOn)
                           HasSubstr(" at tests/err_test.cpp:"), HasSubstr(" (err_test+0x")));
 }
 
+void const *l_return_address = nullptr;
+
+[[gnu::noinline]] void note_return_address()
+{
+    l_return_address = __builtin_return_address(0);
+}
+
+inline void inlined_caller()
+{
+    note_return_address();
+}
+
+TEST(ErrDescribeCalls, TellsTheFunctionTheFileAndTheLine)
+{
+    inlined_caller();
+    std::vector<ERR_PLACE> const places = err_describe_calls(&l_return_address, 1);
+    ASSERT_EQ(places.size(), 1U);
+    EXPECT_THAT(places[0].object, testing::StartsWith("err_test"));
+    EXPECT_NE(places[0].object_offset, 0U);
+    if (ON_WINDOWS) {
+        EXPECT_TRUE(places[0].lines.empty());
+        return;
+    }
+    ASSERT_FALSE(places[0].lines.empty());
+    EXPECT_THAT(places[0].lines.front().function, HasSubstr("inlined_caller"));
+    EXPECT_EQ(places[0].lines.front().file, "tests/err_test.cpp");
+    EXPECT_GT(places[0].lines.front().line, 0);
+    EXPECT_FALSE(places[0].lines.front().is_standard_library);
+}
+
+TEST(ErrDescribeCalls, AnAddressOutsideOfTheProgramHasNoNames)
+{
+    void const *const addresses[] = {nullptr, reinterpret_cast<void const *>(16)};
+    std::vector<ERR_PLACE> const places = err_describe_calls(addresses, 2);
+    ASSERT_EQ(places.size(), 2U);
+    for (ERR_PLACE const &place : places) {
+        EXPECT_EQ(place.object, "");
+        EXPECT_TRUE(place.lines.empty());
+    }
+    EXPECT_TRUE(err_describe_calls(nullptr, 0).empty());
+}
+
 TEST_F(ErrReportDeathTest, CutsADeepStack)
 {
     EXPECT_EXIT(l_err_test_outer_function(3000), ExitedWithCode(3),

@@ -417,6 +417,11 @@ constexpr SetCase CD_CASES[] = {
     {"a", "../../b", "../b/"},
     {"../", "..", "../../"},
     {"c:a", "../../b", "c:../b/"},
+    // a drive alone gets no root
+    {"c:", "x", "c:x/"},
+    {"c:a", "..", "c:./"},
+    {"c:a/b/", "../../../x", "c:../x/"},
+    {"c:", ".", "c:./"},
     {"c:/root/", "./x/.", "c:/root/x/"},
     {"c:/root/", "x/../y", "c:/root/y/"},
     {"c:/a/./b/../c", "x", "c:/a/c/x/"},
@@ -536,6 +541,13 @@ constexpr SetCase SIMPLIFIED_CASES[] = {
     {"c:a/../b", "", "c:b"},
     {"c:../b", "", "c:../b"},
     {"c:a/..", "", "c:"},
+    // a name that looks like a drive does not become one
+    {"x/../c:/y", "", "./c:/y"},
+    {"./c:y", "", "./c:y"},
+    {"x/../c:", "", "./c:"},
+    {"../c:/y", "", "../c:/y"},
+    {"/x/../c:/y", "", "/c:/y"},
+    {"c:x/../d:/y", "", "c:d:/y"},
 };
 
 TEST(FioPathBecomeSimplified, RemovesDots)

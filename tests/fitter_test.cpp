@@ -1,19 +1,29 @@
 // The sample fitter: its reader, packer, placer and router on small designs, and the tool as a process.
+#include "checked_sum.h"
+#include "draws.h"
 #include "error.h"
+#include "fingerprint.h"
+#include "gen_machine_sys.h"
 #include "gen_path_sys.h"
+#include "machine.h"
 #include "options.h"
-#include "random.h"
 #include "report.h"
+#include "source.h"
 #include "tests/support/temp_dir.h"
+#include "undo.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
+#include <limits>
 #include <map>
+#include <memory>
 #include <set>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -25,9 +35,9 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 // Layers of LUTs with registers behind each third of them; the same text for the same seed.
-std::string make_design(unsigned luts, std::uint64_t seed = 7)
+std::string make_design(unsigned luts, std::uint32_t seed = 7)
 {
-    fitter::Random random(seed);
+    fitter::Draws draws(seed);
     std::vector<std::string> names;
     std::string text = ".model made\n.inputs clk";
     for (int i = 0; i < 8; ++i) {
@@ -44,7 +54,7 @@ std::string make_design(unsigned luts, std::uint64_t seed = 7)
         // Mostly near neighbours, as in a real design.
         for (int input = 0; input < 3; ++input) {
             auto const count = static_cast<std::uint32_t>(names.size());
-            text += " " + names[count - 1 - random.below(std::min(count, 40u))];
+            text += " " + names[count - 1 - draws.below(std::min(count, 40u))];
         }
         text += " " + name + "\n110 1\n";
         names.push_back(name);
@@ -56,36 +66,83 @@ std::string make_design(unsigned luts, std::uint64_t seed = 7)
     return text + ".end\n";
 }
 
-fitter::Netlist read(std::string const &text)
+std::unique_ptr<fitter::Netlist> read(std::string const &text)
 {
-    return fitter::read_blif(text, "t.blif");
+    return fitter::read_blif({"", "t.blif", text});
 }
 
-std::string error_of(std::string const &text)
+std::string error_in(std::function<void()> const &act)
 {
     try {
-        read(text);
+        act();
     } catch (fitter::Error const &error) {
         return error.what();
     }
     return "no error";
 }
 
+std::string error_of(std::string const &text)
+{
+    return error_in([&] { read(text); });
+}
+
+// --- The small helpers.
+
+TEST(FitterCheckedSum, TellsThatItNoLongerFits)
+{
+    constexpr std::int64_t MOST = std::numeric_limits<std::int64_t>::max();
+    fitter::CheckedSum sum("cost of it");
+    sum.add(MOST);
+    EXPECT_EQ(sum.value(), MOST);
+    sum.add(1);
+    sum.add(-2); // comes back to what would fit, but by a way that didn't
+    EXPECT_EQ(error_in([&] { sum.value(); }), "the cost of it is beyond 64 bits");
+}
+
+TEST(FitterDraws, TakeTwoNumbersOfTheGenerator)
+{
+    EXPECT_EQ(fitter::Draws(0).below(1u << 30), (38u << 15) + 7719);
+    fitter::Draws draws(1);
+    std::set<int> drawn;
+    for (int i = 0; i < 200; ++i) {
+        drawn.insert(draws.between(-3, 3));
+        EXPECT_LT(draws.below(5), 5u);
+        double const fraction = draws.fraction();
+        EXPECT_TRUE(fraction >= 0.0 && fraction < 1.0) << fraction;
+    }
+    EXPECT_THAT(drawn, ElementsAre(-3, -2, -1, 0, 1, 2, 3));
+    EXPECT_NE(fitter::Draws(4294967295u).below(1000000), fitter::Draws(4294967294u).below(1000000));
+}
+
+TEST(FitterMachine, TellsItsFacts)
+{
+    int processors = 0;
+    int cores = 0;
+    GEN_MACHINE_INFO::get_logical_cpu_count(&processors);
+    GEN_MACHINE_INFO::get_core_cpu_count(&cores);
+    std::string const facts = fitter::machine_facts();
+    EXPECT_THAT(facts, StartsWith(std::to_string(processors) + " processor"));
+    EXPECT_THAT(facts, HasSubstr(", " + std::to_string(cores) + " core"));
+    EXPECT_THAT(facts, HasSubstr(" GiB memory, "));
+    EXPECT_THAT(facts, testing::Not(HasSubstr(", 0.00 GiB")));
+    EXPECT_THAT(facts, testing::EndsWith(", host " + gen_get_host_name()));
+}
+
 // --- The reader.
 
 TEST(FitterNetlist, ReadsCellsAndNets)
 {
-    fitter::Netlist const netlist = read(".model top\n.inputs a b clk\n.outputs q y\n"
-                                         ".names a b y\n11 1\n"
-                                         ".latch y q re clk 2\n"
-                                         ".end\n");
-    EXPECT_EQ(netlist.name, "top");
-    EXPECT_EQ(netlist.count(CellKind::INPUT_PAD), 3u);
-    EXPECT_EQ(netlist.count(CellKind::OUTPUT_PAD), 2u);
-    EXPECT_EQ(netlist.count(CellKind::LUT), 1u);
-    EXPECT_EQ(netlist.count(CellKind::FLOP), 1u);
-    ASSERT_EQ(netlist.nets.size(), 5u);
-    for (fitter::Net const &net : netlist.nets) {
+    auto const netlist = read(".model top\n.inputs a b clk\n.outputs q y\n"
+                              ".names a b y\n11 1\n"
+                              ".latch y q re clk 2\n"
+                              ".end\n");
+    EXPECT_EQ(netlist->name, "top");
+    EXPECT_EQ(netlist->count(CellKind::INPUT_PAD), 3u);
+    EXPECT_EQ(netlist->count(CellKind::OUTPUT_PAD), 2u);
+    EXPECT_EQ(netlist->count(CellKind::LUT), 1u);
+    EXPECT_EQ(netlist->count(CellKind::FLOP), 1u);
+    ASSERT_EQ(netlist->nets.size(), 5u);
+    for (fitter::Net const &net : netlist->nets) {
         ASSERT_NE(net.driver, NONE) << net.name;
         EXPECT_EQ(net.sinks.size(), net.name == "clk" ? 0u : net.name == "y" ? 2u : 1u) << net.name;
         EXPECT_EQ(net.clocked.size(), net.name == "clk" ? 1u : 0u) << net.name;
@@ -105,22 +162,22 @@ constexpr char const *SAME_DESIGNS[] = {
 TEST(FitterNetlist, ReadsEverySpelling)
 {
     for (char const *text : SAME_DESIGNS) {
-        fitter::Netlist netlist;
+        std::unique_ptr<fitter::Netlist> netlist;
         ASSERT_NO_THROW(netlist = read(text)) << text << "\n" << error_of(text);
-        EXPECT_EQ(netlist.name, "t") << text;
-        EXPECT_EQ(netlist.cells.size(), 4u) << text;
-        EXPECT_EQ(netlist.nets.size(), 3u) << text;
-        EXPECT_EQ(netlist.count(CellKind::LUT), 1u) << text;
+        EXPECT_EQ(netlist->name, "t") << text;
+        EXPECT_EQ(netlist->cells.size(), 4u) << text;
+        EXPECT_EQ(netlist->nets.size(), 3u) << text;
+        EXPECT_EQ(netlist->count(CellKind::LUT), 1u) << text;
     }
 }
 
 TEST(FitterNetlist, TakesBlackBoxesAsCells)
 {
-    fitter::Netlist const netlist = read(".model t\n.inputs a\n.outputs y\n"
-                                         ".subckt ram d=a q=y\n.subckt ram d=y\n"
-                                         ".end\n.model ram\n.inputs d\n.outputs q\n.blackbox\n.end\n");
-    EXPECT_EQ(netlist.count(CellKind::MACRO), 2u);
-    EXPECT_EQ(netlist.nets.size(), 2u);
+    auto const netlist = read(".model t\n.inputs a\n.outputs y\n"
+                              ".subckt ram d=a q=y\n.subckt ram d=y\n"
+                              ".end\n.model ram\n.inputs d\n.outputs q\n.blackbox\n.end\n");
+    EXPECT_EQ(netlist->count(CellKind::MACRO), 2u);
+    EXPECT_EQ(netlist->nets.size(), 2u);
 }
 
 TEST(FitterNetlist, ReadsALineOfAMillionNames)
@@ -128,7 +185,7 @@ TEST(FitterNetlist, ReadsALineOfAMillionNames)
     std::string text = ".model t\n.outputs y\n.names y\n.inputs";
     for (int i = 0; i < 1000000; ++i)
         text += " i" + std::to_string(i);
-    EXPECT_EQ(read(text).count(CellKind::INPUT_PAD), 1000000u);
+    EXPECT_EQ(read(text)->count(CellKind::INPUT_PAD), 1000000u);
 }
 
 struct ErrorCase
@@ -202,20 +259,20 @@ TEST(FitterNetlist, ShortensALongNameInAMessage)
 TEST(FitterNetlist, SurvivesGarbage)
 {
     std::string const good = make_design(40);
-    fitter::Random random(3);
+    fitter::Draws draws(3);
     int faults = 0;
     for (int round = 0; round < 2000; ++round) {
         std::string text = good;
-        for (std::uint32_t i = 0; i <= random.below(4); ++i) {
-            std::size_t const at = random.below(static_cast<std::uint32_t>(text.size()));
-            if (random.below(3) == 0)
-                text.erase(at, random.below(30));
+        for (std::uint32_t i = 0; i <= draws.below(4); ++i) {
+            std::size_t const at = draws.below(static_cast<std::uint32_t>(text.size()));
+            if (draws.below(3) == 0)
+                text.erase(at, draws.below(30));
             else
-                text[at] = static_cast<char>(random.below(256));
+                text[at] = static_cast<char>(draws.below(256));
         }
         try {
-            fitter::Netlist const netlist = read(text);
-            for (fitter::Net const &net : netlist.nets)
+            auto const netlist = read(text);
+            for (fitter::Net const &net : netlist->nets)
                 EXPECT_NE(net.driver, NONE) << text;
         } catch (fitter::Error const &error) {
             EXPECT_THAT(error.what(), StartsWith("t.blif")) << text;
@@ -234,13 +291,166 @@ TEST(FitterNetlist, TellsAFileThatCannotBeRead)
     EXPECT_EQ(fitter::read_file(dir.write("some.blif", std::string("a\r\n\0b", 5))), std::string("a\r\n\0b", 5));
 }
 
+// --- The design's files.
+
+// A project with a library, told to the library for as long as it lives.
+class Project
+{
+public:
+    Project()
+    {
+        gen_set_project_dir_path(m_dir.text("p/"));
+        gen_set_project_library_paths("../lib");
+    }
+    ~Project()
+    {
+        gen_set_project_library_paths("");
+        gen_set_project_dir_path("");
+    }
+
+    TempDir const &dir() const { return m_dir; }
+    std::string library(std::string const &name) const { return m_dir.text("lib/" + name); }
+
+private:
+    TempDir m_dir;
+};
+
+TEST(FitterSource, FindsTheDesignInTheProjectThenInItsLibraries)
+{
+    Project const project;
+    project.dir().write("lib/a.blif", "library");
+    fitter::Source const in_library = fitter::read_design("a.blif");
+    EXPECT_EQ(in_library.text, "library");
+    EXPECT_EQ(std::filesystem::path(in_library.name), std::filesystem::path(project.library("a.blif")));
+
+    project.dir().write("p/a.blif", "project");
+    project.dir().write("p/sub/b.blif", "below");
+    for (auto const &[name, text] :
+         std::map<std::string, std::string>{{"a.blif", "project"}, {"sub/b.blif", "below"}}) {
+        fitter::Source const found = fitter::read_design(name);
+        EXPECT_EQ(found.text, text);
+        EXPECT_EQ(found.name, name);
+    }
+    EXPECT_EQ(fitter::read_design(project.library("a.blif")).text, "library"); // an absolute path stands for itself
+    EXPECT_EQ(error_in([] { fitter::read_design("b.blif"); }),
+              "cannot find \"b.blif\" in the project, its libraries or the installation");
+}
+
+TEST(FitterSource, ListsTheFilesOfADesign)
+{
+    Project const project;
+    for (char const *name : {"p/a.blif", "p/a.v", "p/a.txt", "p/ab.v", "lib/a.v", "lib/a.vhd"})
+        project.dir().write(name, "");
+    std::vector<std::string> names = fitter::list_sources(fitter::read_design("a.blif"));
+    for (std::string &name : names)
+        if (std::size_t const directory = name.find("lib/"); directory != std::string::npos)
+            name.erase(0, directory);
+    EXPECT_THAT(names, ElementsAre("a.blif (project)", "a.v (project)", "lib/a.vhd (project library)"));
+}
+
+std::string box(std::string const &name)
+{
+    return ".model " + name + "\n.inputs d\n.blackbox\n.end\n";
+}
+
+TEST(FitterSource, TakesModelsOfSearchedFiles)
+{
+    Project const project;
+    project.dir().write("p/top.blif", ".search sub/a.blif\n.model top\n.inputs x\n.search shared.blif\n"
+                                      ".subckt a d=x\n.subckt b d=x\n.subckt shared d=x\n");
+    project.dir().write("p/sub/a.blif", box("a") + ".search b.blif\n.search shared.blif");
+    project.dir().write("p/sub/b.blif", box("b")); // beside the file that names it
+    project.dir().write("lib/shared.blif", box("shared"));
+    auto const netlist = fitter::read_blif(fitter::read_design("top.blif"));
+    EXPECT_EQ(netlist->name, "top");
+    EXPECT_EQ(netlist->count(CellKind::MACRO), 3u);
+}
+
+TEST(FitterSource, TellsWhereASearchFails)
+{
+    Project const project;
+    TempDir const &dir = project.dir();
+    std::string const good = ".model top\n.inputs x\n.end\n";
+    dir.write("p/itself.blif", good + ".search itself.blif\n");
+    dir.write("p/one.blif", good + ".search sub/two.blif\n");
+    dir.write("p/sub/two.blif", "\n.search three.blif\n");
+    dir.write("p/sub/three.blif", ".search one.blif\n");
+    dir.write("p/missing.blif", good + ".search sub/gone.blif\n");
+    dir.write("p/unnamed.blif", good + ".search\n");
+    dir.write("p/again.blif", good + ".search sub/top.blif\n");
+    dir.write("p/sub/top.blif", "\n" + box("top"));
+    dir.write("p/faulty.blif", good + ".search sub/fault.blif\n");
+    dir.write("p/sub/fault.blif", ".inputs a\n");
+    for (int i = 1; i <= 16; ++i)
+        dir.write("p/deep" + std::to_string(i) + ".blif",
+                  box("m" + std::to_string(i)) + ".search deep" + std::to_string(i + 1) + ".blif\n");
+    dir.write("p/deep17.blif", box("m17"));
+    for (ErrorCase const &c : std::initializer_list<ErrorCase>{
+             {"itself.blif", "itself.blif:4: .search goes round in a circle: itself.blif -> itself.blif"},
+             {"one.blif", "sub/three.blif:1: .search goes round in a circle: "
+                          "one.blif -> sub/two.blif -> sub/three.blif -> one.blif"},
+             {"missing.blif", "missing.blif:4: cannot find \"sub/gone.blif\""},
+             {"unnamed.blif", "unnamed.blif:4: .search needs one file"},
+             {"again.blif", "sub/top.blif:2: model \"top\" already stands at again.blif:1"},
+             {"faulty.blif", "sub/fault.blif:1: expected .model, found \".inputs\""},
+             {"deep1.blif", "deep16.blif:5: .search leads through more than 16 files"},
+         })
+        EXPECT_EQ(error_in([&] { fitter::read_blif(fitter::read_design(c.text)); }), c.message) << c.text;
+    // One file less is not too many: what fails is that the first model is a black box.
+    EXPECT_EQ(error_in([] { fitter::read_blif(fitter::read_design("deep2.blif")); }),
+              "deep2.blif:1: model \"m2\" is a black box, there is nothing to fit");
+}
+
+// --- What hangs on a netlist.
+
+TEST(FitterCellMark, IsOnNoCellWhenItIsMade)
+{
+    auto const netlist = read(make_design(20));
+    fitter::CellMark kept(*netlist, "kept");
+    kept.put_on(3);
+    for (int round = 0; round < 100; ++round) { // far more than there are bits
+        fitter::CellMark mark(*netlist, "mark");
+        for (Index cell = 0; cell < netlist->cells.size(); ++cell) {
+            EXPECT_FALSE(mark.is_on(cell)) << "round " << round << " cell " << cell;
+            mark.put_on(cell);
+            EXPECT_TRUE(mark.is_on(cell));
+        }
+        EXPECT_TRUE(kept.is_on(3)) << "round " << round;
+        EXPECT_FALSE(kept.is_on(4)) << "round " << round;
+    }
+}
+
+TEST(FitterNetlistLink, IsNullOnceItsNetlistIsGone)
+{
+    auto first = read(make_design(20));
+    auto const second = read(make_design(20));
+    fitter::NetlistLink link(*first);
+    std::vector<fitter::NetlistLink> const copies(2, link);
+    fitter::NetlistLink moved_on = link;
+    moved_on = fitter::NetlistLink(*second);
+    EXPECT_EQ(link.get(), first.get());
+    EXPECT_EQ(copies[1].get(), first.get());
+    first.reset();
+    EXPECT_EQ(link.get(), nullptr);
+    EXPECT_EQ(copies[0].get(), nullptr);
+    EXPECT_EQ(copies[1].get(), nullptr);
+    EXPECT_EQ(moved_on.get(), second.get());
+    moved_on = fitter::NetlistLink(moved_on);
+    EXPECT_EQ(moved_on.get(), second.get());
+}
+
 // --- The packer.
+
+fitter::Packing pack(fitter::Netlist const &netlist)
+{
+    return fitter::pack(netlist, fitter::make_elements(netlist));
+}
 
 TEST(FitterPack, PutsEachCellIntoOneLegalBlock)
 {
     for (unsigned const luts : {8u, 50u, 300u}) {
-        fitter::Netlist const netlist = read(make_design(luts));
-        fitter::Packing const packing = fitter::pack(netlist);
+        auto const netlist = read(make_design(luts));
+        fitter::Packing const packing = pack(*netlist);
         std::map<Index, int> times; // by cell
         for (fitter::Block const &block : packing.blocks)
             if (block.is_pad)
@@ -263,65 +473,70 @@ TEST(FitterPack, PutsEachCellIntoOneLegalBlock)
             EXPECT_LE(inputs.size(), fitter::CLUSTER_INPUTS);
             EXPECT_LE(clocks.size(), 1u);
         }
-        EXPECT_EQ(times.size(), netlist.cells.size());
+        EXPECT_EQ(times.size(), netlist->cells.size());
         for (auto const &[cell, count] : times)
-            EXPECT_EQ(count, 1) << netlist.cells[cell].name;
+            EXPECT_EQ(count, 1) << netlist->cells[cell].name;
     }
 }
 
 TEST(FitterPack, PairsALutWithTheFlopThatAloneReadsIt)
 {
-    fitter::Packing const paired = fitter::pack(read(".model t\n.inputs a c\n.outputs q\n.names a n\n1 1\n"
-                                                     ".latch n q re c 0\n"));
+    fitter::Packing const paired = pack(*read(".model t\n.inputs a c\n.outputs q\n.names a n\n1 1\n"
+                                              ".latch n q re c 0\n"));
     ASSERT_EQ(paired.elements.size(), 1u);
     EXPECT_NE(paired.elements[0].lut, NONE);
     EXPECT_NE(paired.elements[0].flop, NONE);
-    fitter::Packing const apart = fitter::pack(read(".model t\n.inputs a c\n.outputs q n\n.names a n\n1 1\n"
-                                                    ".latch n q re c 0\n"));
+    fitter::Packing const apart = pack(*read(".model t\n.inputs a c\n.outputs q n\n.names a n\n1 1\n"
+                                             ".latch n q re c 0\n"));
     EXPECT_EQ(apart.elements.size(), 2u);
 }
 
 TEST(FitterPack, KeepsClocksAndEdgesApart)
 {
     fitter::Packing const packing =
-        fitter::pack(read(".model t\n.inputs a c d\n.outputs p q r s\n.latch a p re c 0\n.latch a q fe c 0\n"
-                          ".latch a r re d 0\n.latch a s re c 0\n"));
+        pack(*read(".model t\n.inputs a c d\n.outputs p q r s\n.latch a p re c 0\n.latch a q fe c 0\n"
+                   ".latch a r re d 0\n.latch a s re c 0\n"));
     EXPECT_EQ(packing.elements.size(), 4u);
     EXPECT_EQ(packing.clusters.size(), 3u);
 }
 
 TEST(FitterPack, LeavesClocksOutOfTheFabric)
 {
-    fitter::Netlist const netlist = read(make_design(60));
-    for (fitter::FabricNet const &net : fitter::pack(netlist).nets) {
-        EXPECT_NE(netlist.nets[net.net].name, "clk");
-        EXPECT_GE(net.blocks.size(), 2u) << netlist.nets[net.net].name;
+    auto const netlist = read(make_design(60));
+    for (fitter::FabricNet const &net : pack(*netlist).nets) {
+        EXPECT_NE(netlist->nets[net.net].name, "clk");
+        EXPECT_GE(net.blocks.size(), 2u) << netlist->nets[net.net].name;
     }
 }
 
 // --- A whole fit.
 
-fitter::Fit make_fit(std::string const &text, std::uint64_t seed = 1, Index channel_width = 16)
+fitter::Fit make_fit(std::string const &text, std::uint32_t seed = 1, Index channel_width = 16)
 {
     fitter::Fit fit;
     fit.netlist = read(text);
-    fit.packing = fitter::pack(fit.netlist);
+    fit.packing = pack(*fit.netlist);
     fit.device = fitter::Device::for_packing(fit.packing);
-    fit.placement = fitter::place(fit.packing, fit.device, {seed, /*effort=*/2});
+    fit.placement = fitter::place(*fit.netlist, fit.packing, fit.device, {seed, /*effort=*/2});
     fit.expected_use = fitter::analyse_congestion(fit.packing, fit.device, fit.placement.site_of_block);
     fit.routing = fitter::route(fit.packing, fit.device, fit.placement, {channel_width});
-    fit.timing = fitter::analyse_timing(fit.netlist, fit.packing, fit.device, fit.placement, fit.routing);
+    fit.timing = fitter::analyse_timing(*fit.netlist, fit.packing, fit.device, fit.placement, fit.routing);
     return fit;
+}
+
+std::string check(fitter::Fit const &fit, fitter::Routing const &routing)
+{
+    return fitter::check_routing(fit.packing, fit.device, fit.placement, routing);
 }
 
 std::string check(fitter::Fit const &fit)
 {
-    return fitter::check_routing(fit.packing, fit.device, fit.placement, fit.routing);
+    return check(fit, fit.routing);
 }
 
 TEST(FitterPlace, GivesEachBlockASiteOfItsKind)
 {
-    for (std::uint64_t const seed : {0u, 1u, 2u, 3u}) {
+    for (std::uint32_t const seed : {0u, 1u, 2u, 3u}) {
         fitter::Fit const fit = make_fit(make_design(200), seed);
         std::set<Index> sites;
         ASSERT_EQ(fit.placement.site_of_block.size(), fit.packing.blocks.size());
@@ -342,14 +557,87 @@ TEST(FitterPlace, IsTheSameForTheSameSeedOnEveryPlatform)
 {
     struct Golden
     {
-        std::uint64_t seed, placed, routed;
+        std::uint32_t seed;
+        std::uint64_t placed, routed, fingerprint;
     };
-    for (Golden const &c : {Golden{1, 533, 619}, Golden{2, 551, 632}, Golden{18446744073709551615u, 547, 612}}) {
+    for (Golden const &c : {Golden{1, 553, 639, 2372207431892899684u}, Golden{2, 557, 632, 2492102502016116075u},
+                            Golden{4294967295u, 542, 614, 5806614909458734517u}}) {
         fitter::Fit const fit = make_fit(make_design(200), c.seed);
         EXPECT_EQ(fit.placement.wire_length, c.placed) << "seed " << c.seed;
         EXPECT_EQ(fit.routing.wire_length, c.routed) << "seed " << c.seed;
+        EXPECT_EQ(fitter::fingerprint(fit), c.fingerprint) << "seed " << c.seed;
         EXPECT_EQ(fitter::result_text(fit), fitter::result_text(make_fit(make_design(200), c.seed)));
     }
+}
+
+TEST(FitterPlace, IsToldWhenItsNetlistGoes)
+{
+    fitter::Fit fit = make_fit(make_design(30));
+    EXPECT_EQ(fit.placement.netlist.get(), fit.netlist.get());
+    fit.netlist.reset();
+    EXPECT_EQ(fit.placement.netlist.get(), nullptr);
+    TempDir const dir;
+    EXPECT_EQ(error_in([&] { fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement); }),
+              "the netlist of the placement is gone");
+    EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
+}
+
+TEST(FitterPlace, TellsThatItsMovesCannotBeWritten)
+{
+    fitter::Fit const fit = make_fit(make_design(30));
+    TempDir const dir;
+    dir.write("d/undo_redo.txt/inside", "");
+    for (std::string const &place : {dir.text("d"), dir.text("none")})
+        EXPECT_EQ(error_in([&] { fitter::write_undo_file(place, fit.packing, fit.device, fit.placement); }),
+                  "cannot write \"" + place + "/undo_redo.txt\"");
+}
+
+// The commands behind a heading of the undo file, from top to bottom.
+std::vector<std::string> commands_of(std::string const &file, std::string const &heading)
+{
+    std::vector<std::string> commands;
+    std::istringstream lines(file.substr(std::min(file.find(heading), file.size())));
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line) && line.size() > 1) // an empty line ends them
+        if (std::size_t const command = line.find("swap "); command != std::string::npos)
+            commands.push_back(line.substr(command, line.find_last_not_of('\r') + 1 - command));
+    return commands;
+}
+
+TEST(FitterPlace, LeavesTheMovesOfItsLastPassToUndo)
+{
+    TempDir const dir;
+    fitter::Fit const fit = make_fit(make_design(200));
+    fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement);
+    std::string const file = dir.read("undo_redo.txt");
+    EXPECT_THAT(file, StartsWith("Last pass of the placement"));
+    EXPECT_THAT(file, HasSubstr("made: " + std::to_string(fit.placement.last_moves.size()) + " moves"));
+
+    std::map<std::string, Index> site_of_name;
+    for (Index site = 0; site < fit.device.sites(); ++site) {
+        fitter::Point const at = fit.device.position(site);
+        std::string const slot =
+            fit.device.is_pad_site(site) ? "," + std::to_string(fit.device.pad_slot(site)) : std::string();
+        site_of_name[std::to_string(at.x) + "," + std::to_string(at.y) + slot] = site;
+    }
+    std::vector<Index> sites = fit.placement.site_of_block;
+    auto const carry_out = [&](std::string const &heading) {
+        for (std::string const &command : commands_of(file, heading)) {
+            std::size_t const blank = command.rfind(' ');
+            Index const from = site_of_name.at(command.substr(5, blank - 5));
+            Index const to = site_of_name.at(command.substr(blank + 1));
+            for (Index &site : sites)
+                site = site == from ? to : site == to ? from : site;
+        }
+    };
+    ASSERT_FALSE(fit.placement.last_moves.empty());
+    EXPECT_EQ(commands_of(file, "Undo Commands").size(), fit.placement.last_moves.size());
+    carry_out("Undo Commands");
+    EXPECT_NE(sites, fit.placement.site_of_block);
+    EXPECT_EQ(std::set<Index>(sites.begin(), sites.end()).size(), sites.size());
+    carry_out("Redo Commands");
+    EXPECT_EQ(sites, fit.placement.site_of_block);
 }
 
 TEST(FitterPlace, HandlesTheSmallestDesigns)
@@ -395,9 +683,9 @@ TEST(FitterDevice, HasALargestSize)
     std::string text = ".model t\n.inputs";
     for (int i = 0; i < 8000; ++i)
         text += " i" + std::to_string(i);
-    EXPECT_EQ(fitter::Device::for_packing(fitter::pack(read(text))).size(), 500);
+    EXPECT_EQ(fitter::Device::for_packing(pack(*read(text))).size(), 500);
     try {
-        fitter::Device::for_packing(fitter::pack(read(text + " one_more")));
+        fitter::Device::for_packing(pack(*read(text + " one_more")));
         ADD_FAILURE() << "there is a device for 8001 pads";
     } catch (fitter::Error const &error) {
         EXPECT_STREQ(error.what(), "0 clusters and 8001 pads need a device of 501 columns, the largest has 500");
@@ -441,21 +729,21 @@ TEST(FitterRoute, IsCheckedFromScratch)
         routing.trees.begin());
     ASSERT_GE(routing.trees[longest].size(), 3u);
 
-    fitter::Fit cut = good;
-    cut.routing.trees[longest].pop_back();
-    EXPECT_THAT(check(cut), HasSubstr("does not reach block")) << longest;
-    fitter::Fit torn = good;
-    torn.routing.trees[longest].erase(torn.routing.trees[longest].begin());
-    EXPECT_NE(check(torn), "");
-    fitter::Fit doubled = good;
-    doubled.routing.trees[longest].push_back(doubled.routing.trees[longest].front());
-    EXPECT_THAT(check(doubled), HasSubstr("twice"));
-    fitter::Fit hidden = good;
-    ++hidden.routing.use[0];
-    EXPECT_EQ(check(hidden), "the use of the segments is not that of the trees");
-    fitter::Fit narrow = good;
-    narrow.routing.channel_width = 1;
-    EXPECT_EQ(check(narrow), "the count of overused segments is wrong");
+    fitter::Routing cut = routing;
+    cut.trees[longest].pop_back();
+    EXPECT_THAT(check(good, cut), HasSubstr("does not reach block")) << longest;
+    fitter::Routing torn = routing;
+    torn.trees[longest].erase(torn.trees[longest].begin());
+    EXPECT_NE(check(good, torn), "");
+    fitter::Routing doubled = routing;
+    doubled.trees[longest].push_back(doubled.trees[longest].front());
+    EXPECT_THAT(check(good, doubled), HasSubstr("twice"));
+    fitter::Routing hidden = routing;
+    ++hidden.use[0];
+    EXPECT_EQ(check(good, hidden), "the use of the segments is not that of the trees");
+    fitter::Routing narrow = routing;
+    narrow.channel_width = 1;
+    EXPECT_EQ(check(good, narrow), "the count of overused segments is wrong");
 }
 
 // --- Timing.
@@ -485,7 +773,7 @@ TEST(FitterTiming, TellsLutsOnLoops)
     fitter::Fit const fit = make_fit(".model t\n.inputs a\n.outputs y\n.names a n m\n11 1\n.names m n\n1 1\n"
                                      ".names n y\n1 1\n");
     EXPECT_EQ(fit.timing.untimed_luts, 3u);
-    EXPECT_THAT(fitter::summary(fit), HasSubstr("3 LUTs on or behind combinational loops"));
+    EXPECT_THAT(fitter::summary(fit), HasSubstr("3 LUTs on or behind combinational loops, from lut m on"));
 }
 
 // --- Options.
@@ -493,12 +781,13 @@ TEST(FitterTiming, TellsLutsOnLoops)
 TEST(FitterOptions, ReadsThem)
 {
     fitter::Options const options =
-        fitter::parse_options({"--seed", "18446744073709551615", "--channel-width", "9", "--out", "o", "--project", "p",
-                               "--effort", "fast", "--", "-x.blif"});
-    EXPECT_EQ(options.seed, 18446744073709551615u);
+        fitter::parse_options({"--seed", "4294967295", "--channel-width", "9", "--out", "o", "--project", "p",
+                               "--library", "l", "--library", "m", "--effort", "fast", "--", "-x.blif"});
+    EXPECT_EQ(options.seed, 4294967295u);
     EXPECT_EQ(options.channel_width, 9u);
     EXPECT_EQ(options.output_directory, "o");
     EXPECT_EQ(options.project_directory, "p");
+    EXPECT_EQ(options.libraries, "l;m");
     EXPECT_LT(options.effort, fitter::Options().effort);
     EXPECT_EQ(options.design, "-x.blif");
 }
@@ -517,10 +806,10 @@ TEST(FitterOptions, RefusesWhatHasNoMeaning)
              {{"--sed", "1", "a.blif"}, "unknown option \"--sed\", see fitter --help"},
              {{"a.blif", "--seed"}, "--seed needs a value"},
              {{"a.blif", "--out", ""}, "--out needs a directory"},
-             {{"--seed", "-1"}, "--seed \"-1\", expected a number from 0 to 18446744073709551615"},
-             {{"--seed", "1x"}, "--seed \"1x\", expected a number from 0 to 18446744073709551615"},
-             {{"--seed", "18446744073709551616"},
-              "--seed \"18446744073709551616\", expected a number from 0 to 18446744073709551615"},
+             {{"a.blif", "--library", ""}, "--library needs a directory"},
+             {{"--seed", "-1"}, "--seed \"-1\", expected a number from 0 to 4294967295"},
+             {{"--seed", "1x"}, "--seed \"1x\", expected a number from 0 to 4294967295"},
+             {{"--seed", "4294967296"}, "--seed \"4294967296\", expected a number from 0 to 4294967295"},
              {{"--channel-width", "0"}, "--channel-width \"0\", expected a number from 1 to 100000"},
              {{"--channel-width", "100001"}, "--channel-width \"100001\", expected a number from 1 to 100000"},
              {{"--effort", "5"}, "--effort \"5\", expected fast, normal or high"},
@@ -559,6 +848,16 @@ TEST(FitterResult, KeepsWhatIsThereIfItCannotBeReplaced)
     EXPECT_THROW(fitter::write_result(dir.text("s.txt"), "new"), fitter::Error);
     EXPECT_THROW(fitter::check_writable(dir.text("s.txt")), fitter::Error);
     EXPECT_EQ(dir.read("s.txt"), "old");
+}
+
+TEST(FitterResult, CountsNetsByTheirLength)
+{
+    fitter::Fit fit = make_fit(make_design(20));
+    fit.routing.trees.clear();
+    for (std::size_t const length : {1u, 4u, 5u, 28u, 29u, 32u, 33u, 500u})
+        fit.routing.trees.emplace_back(length);
+    EXPECT_THAT(fitter::summary(fit), HasSubstr("net lengths   1-4: 2, 5-8: 1, 9-12: 0, 13-16: 0, 17-20: 0, 21-24: 0, "
+                                                "25-28: 1, 29 and more: 4\n"));
 }
 
 // --- The tool as a process.
@@ -619,8 +918,13 @@ TEST(FitterTool, FitsADesignAndAccountsForIt)
     ToolRun const run = run_fitter(dir, "--seed 5 --out results small.blif");
     ASSERT_EQ(run.status, 0) << run.out << run.err;
     EXPECT_EQ(run.err, "");
+    EXPECT_THAT(run.out, StartsWith("machine       " + fitter::machine_facts()));
+    EXPECT_THAT(run.out, HasSubstr("\nnetlist       small.blif"));
+    EXPECT_THAT(run.out, HasSubstr("\nsources       small.blif (project)"));
     EXPECT_THAT(run.out, HasSubstr("Starting Fitter Step 1 Netlist Reader at "));
-    EXPECT_THAT(run.out, HasSubstr("  Ending Fitter Step 6 Report Writer at "));
+    EXPECT_THAT(run.out, HasSubstr("  Ending Fitter Step 7 Report Writer at "));
+    EXPECT_THAT(run.out, HasSubstr("\ntime          "));
+    EXPECT_THAT(run.out, HasSubstr(" wallclock, "));
     EXPECT_THAT(run.out, HasSubstr("legal         yes"));
     std::string const result = dir.read("results/small.fit.txt");
     EXPECT_THAT(result, StartsWith("design        made: 300 LUTs, 100 flip-flops, 0 macros, 9 inputs, 8 outputs"));
@@ -634,21 +938,30 @@ TEST(FitterTool, FitsADesignAndAccountsForIt)
         values[row.path] = row.values;
     }
     EXPECT_THAT(
-        paths, ElementsAre(
-                   "Fitter", "Fitter::Netlist Reader", "Fitter::Packer", "Fitter::Packer::Element Pairing",
-                   "Fitter::Packer::Clustering", "Fitter::Packer::Cluster Merging", "Fitter::Packer::OTHER",
-                   "Fitter::Placer", "Fitter::Placer::Initial Placement", "Fitter::Placer::Cluster Annealing",
-                   "Fitter::Placer::Cluster Annealing::Start Temperature",
-                   "Fitter::Placer::Cluster Annealing::Perform Temperature", "Fitter::Placer::Cluster Annealing::OTHER",
-                   "Fitter::Placer::Placement Congestion Analysis", "Fitter::Placer::OTHER", "Fitter::Router",
-                   "Fitter::Router::Router Main Loop Before First Convergence",
-                   "Fitter::Router::Router Main Loop Before First Convergence::Core Routing",
-                   "Fitter::Router::Router Main Loop Before First Convergence::Congestion Update",
-                   "Fitter::Router::Router Main Loop Before First Convergence::OTHER",
-                   "Fitter::Router::Router Main Loop After First Convergence",
-                   "Fitter::Router::Router Main Loop After First Convergence::Core Routing",
-                   "Fitter::Router::Router Main Loop After First Convergence::OTHER", "Fitter::Router::Routing Check",
-                   "Fitter::Router::OTHER", "Fitter::TDC Timing Analysis", "Fitter::Report Writer", "Fitter::OTHER"));
+        paths,
+        ElementsAre("Fitter", "Fitter::fit2_fit_plan", "Fitter::fit2_fit_plan::gen_get_source_files",
+                    "Fitter::fit2_fit_plan::Netlist Reader", "Fitter::fit2_fit_plan::Fingerprint",
+                    "Fitter::fit2_fit_plan::OTHER", "Fitter::fit2_fit_early_place_init",
+                    "Fitter::fit2_fit_early_place_init::Fingerprint", "Fitter::fit2_fit_early_place_init::OTHER",
+                    "Fitter::LSC Clustering", "Fitter::LSC Clustering::Cluster Growth",
+                    "Fitter::LSC Clustering::Cluster Merging", "Fitter::LSC Clustering::Fingerprint",
+                    "Fitter::LSC Clustering::OTHER", "Fitter::Placer", "Fitter::Placer::Initial Placement",
+                    "Fitter::Placer::Cluster Annealing", "Fitter::Placer::Cluster Annealing::Start Temperature",
+                    "Fitter::Placer::Cluster Annealing::Perform Temperature",
+                    "Fitter::Placer::Cluster Annealing::OTHER", "Fitter::Placer::Placement Congestion Analysis",
+                    "Fitter::Placer::Fingerprint", "Fitter::Placer::OTHER", "Fitter::Router",
+                    "Fitter::Router::fit2_fit_route_init", "Fitter::Router::Router Main Loop Before First Convergence",
+                    "Fitter::Router::Router Main Loop Before First Convergence::Core Routing",
+                    "Fitter::Router::Router Main Loop Before First Convergence::Congestion Update",
+                    "Fitter::Router::Router Main Loop Before First Convergence::OTHER",
+                    "Fitter::Router::Router Main Loop After First Convergence",
+                    "Fitter::Router::Router Main Loop After First Convergence::Core Routing",
+                    "Fitter::Router::Router Main Loop After First Convergence::OTHER", "Fitter::Router::Routing Check",
+                    "Fitter::Router::Fingerprint", "Fitter::Router::OTHER", "Fitter::TDC Timing Analysis",
+                    "Fitter::TDC Timing Analysis::fit2_fit_retime_init", "Fitter::TDC Timing Analysis::Fingerprint",
+                    "Fitter::TDC Timing Analysis::OTHER", "Fitter::Report Writer",
+                    "Fitter::Report Writer::fit2_fit_finalize_init", "Fitter::Report Writer::Fingerprint",
+                    "Fitter::Report Writer::OTHER", "Fitter::OTHER"));
     std::vector<double> const &temperatures = values["Fitter::Placer::Cluster Annealing::Perform Temperature"];
     EXPECT_THAT(result, HasSubstr(" " + std::to_string(static_cast<int>(temperatures[0])) + " temperatures"));
     // This stage is known to run on 2.85 processors.
@@ -657,25 +970,111 @@ TEST(FitterTool, FitsADesignAndAccountsForIt)
     EXPECT_GE(values["Fitter"][1], temperatures[1]);
 }
 
-TEST(FitterTool, GivesTheSameFileForTheSameSeed)
+// Hash and path of each row of the cookie database.
+std::vector<std::pair<std::string, std::string>> cookies_of(std::string const &text)
+{
+    std::vector<std::pair<std::string, std::string>> cookies;
+    std::istringstream lines(text.substr(std::min(text.find("\n---"), text.size())));
+    std::string line;
+    while (std::getline(lines, line)) {
+        std::size_t const hash = line.find('|') + 1;
+        std::size_t const path = line.rfind('|') + 1;
+        if (hash == path)
+            continue;
+        cookies.emplace_back(line.substr(hash, line.find(' ', hash) - hash),
+                             line.substr(path, line.find_last_not_of('\r') + 1 - path));
+    }
+    return cookies;
+}
+
+std::set<std::string> files_in(TempDir const &dir, std::string const &below)
+{
+    std::set<std::string> names;
+    for (auto const &entry : std::filesystem::directory_iterator(dir.path() / below))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+TEST(FitterTool, GivesTheSameForTheSameSeedAndLeavesEveryLog)
 {
     TempDir const dir;
     dir.write("small.blif", make_design(100));
-    for (char const *arguments :
-         {"--seed 9 --out a small.blif", "--seed 9 --out b small.blif", "--seed 10 --out c small.blif"})
+    // The other logs are asked for once: measuring what profiling itself costs takes seconds on slow clocks.
+    std::string const cookies_on = "gen_print_cookie_log = on\n";
+    std::string const all_on = cookies_on + "gen_print_profile_bins = on\nmem_tracking = 10\n"
+                                            "gen_enable_mem_fileline_profiling = on\n"
+                                            "gen_mem_fileline_profile_bin = fit2_fit_finalize_init\n";
+    for (auto const &[arguments, keys] :
+         {std::pair{"--seed 9 --out a small.blif", cookies_on}, std::pair{"--seed 9 --out b small.blif", cookies_on},
+          std::pair{"--seed 10 --out c small.blif", all_on}}) {
+        dir.write("kalvern.ini", keys);
         ASSERT_EQ(run_fitter(dir, arguments).status, 0) << arguments;
-    EXPECT_NE(dir.read("a/small.fit.txt"), "");
-    EXPECT_EQ(dir.read("a/small.fit.txt"), dir.read("b/small.fit.txt"));
-    EXPECT_NE(dir.read("a/small.fit.txt"), dir.read("c/small.fit.txt"));
-    EXPECT_FALSE(std::filesystem::exists(dir.path() / "profile_bins_Fitter.log")); // not asked for
+    }
+    for (char const *file : {"/small.fit.txt", "/undo_redo.txt"}) {
+        EXPECT_NE(dir.read(std::string("a") + file), "") << file;
+        EXPECT_EQ(dir.read(std::string("a") + file), dir.read(std::string("b") + file));
+        EXPECT_NE(dir.read(std::string("a") + file), dir.read(std::string("c") + file));
+    }
+
+    // One cookie for each stage, run behind run. The seed shows from the placer on.
+    auto const cookies = cookies_of(dir.read("cookie_db_Fitter.log"));
+    char const *const stages[] = {"fit2_fit_plan", "fit2_fit_early_place_init", "LSC Clustering", "Placer",
+                                  "Router",        "TDC Timing Analysis",       "Report Writer"};
+    ASSERT_EQ(cookies.size(), 3 * std::size(stages)) << dir.read("cookie_db_Fitter.log");
+    for (std::size_t i = 0; i < std::size(stages); ++i) {
+        auto const &[hash, path] = cookies[i];
+        EXPECT_EQ(path, std::string("Fitter::") + stages[i] + "::Fingerprint");
+        EXPECT_EQ(cookies[std::size(stages) + i].first, hash) << path;
+        EXPECT_EQ(cookies[2 * std::size(stages) + i].first == hash, i < 3) << path;
+    }
+
+    std::set<std::string> files{"a",
+                                "b",
+                                "c",
+                                "err.txt",
+                                "kalvern.ini",
+                                "out.txt",
+                                "small.blif",
+                                "cookie_db_Fitter.log",
+                                "profile_bins_Fitter.log",
+                                "profile_bins_tagged_Fitter.log"};
+    for (std::string const log :
+         {"mem_tbb_fileline", "mem_tbb_subsystem", "mem_tbb_timeline", "mem_tbb_timeline_detailed"})
+        files.insert(log + "_fit2_fit_finalize_init_1.log");
+    for (std::string const stage : {"prefit", "early_place", "cluster", "placer", "router", "retimer", "postfit"}) {
+        for (std::string const log : {"mem_tbb_pbin_stats.", "mem_tbb_pbin_tag_stats."})
+            files.insert(log + stage + ".log");
+        // The sources are no longer tracked behind the selected bin, which lies in the last stage.
+        if (stage != "postfit")
+            for (std::string const log : {"mem_tbb_fileline.", "mem_tbb_subsystem."})
+                files.insert(log + stage + ".log");
+    }
+    EXPECT_EQ(files_in(dir, "."), files);
+    EXPECT_THAT(dir.read("mem_tbb_pbin_stats.placer.log"), HasSubstr("Perform Temperature"));
+    EXPECT_THAT(dir.read("mem_tbb_pbin_tag_stats.placer.log"), HasSubstr("wires"));
+
+    std::vector<std::string> tagged;
+    for (ReportRow const &row : rows_of_report(dir.read("profile_bins_tagged_Fitter.log")))
+        tagged.push_back(row.path);
+    EXPECT_THAT(tagged, testing::IsSupersetOf({"Fitter::netlist", "Fitter::netlist::fit2_fit_plan",
+                                               "Fitter::netlist::LSC Clustering", "Fitter::wires::Placer",
+                                               "Fitter::wires::Router", "Fitter::timing::TDC Timing Analysis",
+                                               "Fitter::Report Writer"}));
 }
 
-TEST(FitterTool, WritesIntoTheProjectByDefault)
+TEST(FitterTool, FindsItsFilesAndWritesIntoTheProject)
 {
     TempDir const dir;
-    dir.write("p/small.blif", make_design(20));
-    ASSERT_EQ(run_fitter(dir, "--project p p/small.blif").status, 0);
+    dir.write("p/lib/small.blif", make_design(20) + ".search boxes.blif\n");
+    dir.write("p/lib/boxes.blif", box("unused"));
+    dir.write("p/small.v", "");
+    ToolRun const run = run_fitter(dir, "--project p --library lib small.blif");
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("\nnetlist       lib/small.blif"));
+    EXPECT_THAT(run.out, HasSubstr("\nsources       "));
     EXPECT_THAT(dir.read("p/small.fit.txt"), HasSubstr("legal         yes"));
+    EXPECT_EQ(files_in(dir, "p"), (std::set<std::string>{"lib", "small.fit.txt", "small.v", "undo_redo.txt"}));
+    EXPECT_EQ(files_in(dir, "."), (std::set<std::string>{"err.txt", "out.txt", "p"})); // no log was asked for
 }
 
 TEST(FitterTool, EndsWithStatusOneAndSaysWhy)
@@ -692,7 +1091,7 @@ TEST(FitterTool, EndsWithStatusOneAndSaysWhy)
         char const *message;
     };
     for (Case const &c : {
-             Case{"none.blif", "fitter: cannot open \"none.blif\""},
+             Case{"none.blif", "fitter: cannot find \"none.blif\" in the project, its libraries or the installation"},
              Case{"bad.blif", "fitter: bad.blif:3: cannot read \".gate\""},
              Case{"--out plain good.blif", "fitter: cannot make the output directory \"plain\""},
              Case{"--out plain/under good.blif", "fitter: cannot make the output directory \"plain/under\""},

@@ -3,6 +3,7 @@
 #include "gen/gen_profile_bins_impl.h"
 
 #include "err_sys.h"
+#include "gen_cookie_sys.h"
 #include "gen_flow_sys.h"
 #include "mem_sys.h"
 #include "tests/support/gen_os_fake.h"
@@ -505,6 +506,31 @@ TEST(GenProfileBinsDumpDeathTest, WithinADumpIsAFault)
         expect_fault_is_silent(dump_within_a_dump, {});
     else
         expect_fault_ends(dump_within_a_dump, "l_gen_pb_current_code_prefix == 0LL", {});
+}
+
+// An early return of finalize writes neither report nor cookies nor the logs of the last stage.
+void finalize_with_a_bin_open()
+{
+    for (char const *key : {"gen_print_profile_bins", "gen_print_cookie_log", "gen_enable_mem_fileline_profiling"})
+        mem_cfg_set(key, "on");
+    mem_enable_tracking(MEM_TRACKING_STATISTICS);
+    Flow const flow; // whose open bin is a stage
+    gen_log_cookie("cookie", 1);
+    GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
+}
+
+TEST(GenProfileBinsFilesDeathTest, AreNotWrittenAfterAFault)
+{
+    TempDir const directory;
+    CurrentDirectory const current(directory.path());
+    if (IS_CUSTOMER_BUILD) {
+        MessageRecorder const recorder;
+        finalize_with_a_bin_open();
+        GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
+    } else {
+        expect_fault_ends(finalize_with_a_bin_open, NONE_OPEN, {"Cookie logged cookie: 1"});
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
 }
 
 // In both builds.

@@ -52,6 +52,16 @@ constexpr std::int64_t FAR_TIME = std::numeric_limits<std::int64_t>::max() / 2; 
 // Long enough for any machine, so that a test of progress fails in the end instead of hanging.
 constexpr double PATIENCE_SEC = 60;
 
+// A reading of both CPU clocks.
+struct UserAndKernel
+{
+    UserAndKernel() { gen_get_usec_user_and_kernel(&user, &kernel); }
+    std::uint64_t sum() const { return user + kernel; }
+
+    std::uint64_t user = 0;
+    std::uint64_t kernel = 0;
+};
+
 template <typename CONDITION>
 bool burn_cpu_until(CONDITION condition)
 {
@@ -446,6 +456,48 @@ TEST(GenCpuClock, GoesOnWithoutTheJob)
     gen_disable_windows_cpu_time_hack();
     gen_disable_windows_cpu_time_hack();
     EXPECT_TRUE(burn_cpu_until([&] { return gen_get_usec_cpu() >= start + 20000; }));
+}
+
+// Stopwatches over the real clocks; gen_time_stopwatch_test.cpp has their rules.
+
+TEST(GenStopwatch, MeasuresWhatTheClocksShow)
+{
+    std::uint64_t const wall_before = gen_get_usec_wallclock();
+    GEN_STOPWATCH watch;
+    GEN_STOPWATCH total(/*accumulate=*/true);
+    total.start();
+    watch.start();
+    std::uint64_t const wall_start = gen_get_usec_wallclock();
+    UserAndKernel const cpu_start;
+    ASSERT_TRUE(burn_cpu_until([&] { return UserAndKernel().sum() >= cpu_start.sum() + 30000; }));
+    std::uint64_t const wall_end = gen_get_usec_wallclock();
+    watch.stop();
+    total.lap_usec(GEN_STOPWATCH_WALLCLOCK);
+    total.stop(); // a second lap
+    std::uint64_t const wall_after = gen_get_usec_wallclock();
+
+    std::uint64_t const wall = watch.lap_usec(GEN_STOPWATCH_WALLCLOCK);
+    EXPECT_GE(wall, wall_end - wall_start);
+    EXPECT_LE(wall, wall_after - wall_before);
+    EXPECT_GE(total.lap_usec(GEN_STOPWATCH_WALLCLOCK), wall);
+    EXPECT_LE(total.lap_usec(GEN_STOPWATCH_WALLCLOCK), wall_after - wall_before);
+
+    std::uint64_t const cpu = watch.lap_usec(GEN_STOPWATCH_KERNEL | GEN_STOPWATCH_USER);
+    EXPECT_GE(cpu, 30000U);
+    EXPECT_EQ(cpu, watch.lap_usec(GEN_STOPWATCH_KERNEL) + watch.lap_usec(GEN_STOPWATCH_USER));
+    EXPECT_GE(total.lap_usec(GEN_STOPWATCH_KERNEL | GEN_STOPWATCH_USER), cpu);
+}
+
+TEST(GenProcessStopwatch, MeasuresWhatTheClocksShow)
+{
+    GEN_PROCESS_STOPWATCH watch("busy");
+    watch.start();
+    UserAndKernel const cpu_start;
+    ASSERT_TRUE(burn_cpu_until([&] { return UserAndKernel().sum() >= cpu_start.sum() + 600000; }));
+    watch.stop();
+    std::int64_t const seconds = watch.get_elapsed_cpu_time();
+    EXPECT_GE(seconds, 1); // more than a half
+    EXPECT_LT(seconds, PATIENCE_SEC);
 }
 
 TEST(GenTime, ServesManyThreadsAtOnce)

@@ -331,7 +331,7 @@ TEST(MemCount, WhatCrossesAScopeStaysOnTheSideWhereItWasCounted)
 TEST(MemCount, TheTotalIsNeverShownBelowZero)
 {
     std::size_t const now = MEM_MANAGER::current_total_memory();
-    mem_count_release(now + MIB);
+    mem_count_release(nullptr, now + MIB);
     EXPECT_EQ(MEM_MANAGER::current_total_memory(), 0U);
     mem_open_profile_bin("A", "");
     Figures const f = close_bin();
@@ -339,7 +339,7 @@ TEST(MemCount, TheTotalIsNeverShownBelowZero)
     EXPECT_EQ(f.close_bytes, 0U);
     EXPECT_EQ(f.peak_bytes, 0U);
     // The true figure goes on below.
-    mem_count_allocation(now + MIB);
+    mem_count_allocation(nullptr, now + MIB, nullptr, nullptr);
     EXPECT_LE(std::abs(total() - static_cast<std::int64_t>(now)), static_cast<std::int64_t>(64 * KIB));
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -83,4 +84,23 @@ TEST(MemTrackingWithoutNew, TheScopeMayStandAnywhere)
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const inner;
     mem_open_profile_bin("A", "");
     EXPECT_GT(close_bin().close_bytes, 0U);
+}
+
+TEST(MemTrackingWithoutNew, TheTablesHaveTheProcessesFiguresAndNoSites)
+{
+    mem_enable_tracking(static_cast<MEM_TRACKING_GRANULARITY>(MEM_TRACKING_STATISTICS | MEM_TRACKING_SELECTED_BIN));
+    mem_open_profile_bin("A", "tag");
+    std::unique_ptr<char[]> const memory = resident_bytes(MIB);
+    Figures const f = close_bin();
+    std::ostringstream none;
+    EXPECT_FALSE(mem_dump_tbb_fileline_tracking(none));
+    EXPECT_FALSE(mem_dump_tbb_subsystem_tracking(none));
+    std::ostringstream bins;
+    std::ostringstream timeline;
+    EXPECT_TRUE(mem_dump_tbb_profile_bin_stats_tracking(bins));
+    EXPECT_NE(bins.str().find(' ' + std::to_string(f.peak_bytes) + '\t'), std::string::npos) << bins.str();
+    EXPECT_TRUE(mem_dump_tbb_profile_bin_tag_stats_tracking(bins));
+    EXPECT_TRUE(mem_dump_tbb_module_tracking(timeline, none));
+    EXPECT_NE(timeline.str().find(' ' + std::to_string(f.close_bytes) + '\t'), std::string::npos) << timeline.str();
+    EXPECT_EQ(none.str(), "");
 }

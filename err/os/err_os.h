@@ -17,6 +17,15 @@ struct ERR_OS_STACK
     bool is_in_exit = false;
 };
 
+/// A place in the source; a text that is not known is empty, a line 0.
+struct ERR_OS_LINE
+{
+    /// Name as the linker has it, or as the source has it where the linker has none.
+    std::string function;
+    std::string file;
+    int line = 0;
+};
+
 /// Where a return address lies; a text that is not known is empty, a line 0.
 struct ERR_OS_FRAME
 {
@@ -28,6 +37,9 @@ struct ERR_OS_FRAME
     std::uint64_t function_offset = 0;
     std::string file;
     int line = 0;
+    /// If asked for: the functions that the compiler has put in place of their calls there, innermost first, and at
+    /// last the function above with the line from which it goes into them. Empty if there are none.
+    std::vector<ERR_OS_LINE> inlined;
 };
 
 /// The calling thread's identity; never 0.
@@ -38,7 +50,7 @@ std::uint64_t err_os_process_id();
 std::string err_os_executable();
 
 void err_os_capture_stack(ERR_OS_STACK &stack);
-std::vector<ERR_OS_FRAME> err_os_describe(void *const *addresses, std::size_t count);
+std::vector<ERR_OS_FRAME> err_os_describe(void const *const *addresses, std::size_t count, bool with_inlined);
 
 /// Writes to the standard error stream with one call.
 void err_os_write_error_stream(char const *text, std::size_t size);

@@ -1,6 +1,8 @@
 #include "err/os/err_os.h"
 
 #include <dlfcn.h>
+#include <dwarf.h>
+#include <elfutils/libdw.h>
 #include <elfutils/libdwfl.h>
 #include <link.h>
 #include <pthread.h>
@@ -72,7 +74,12 @@ struct LIBDW
                    find(find_by_build_id, "dwfl_build_id_find_debuginfo") &&
                    find(report_process, "dwfl_linux_proc_report") && find(report_end, "dwfl_report_end") &&
                    find(module_of, "dwfl_addrmodule") && find(symbol_of, "dwfl_module_addrinfo") &&
-                   find(line_of, "dwfl_module_getsrc") && find(line_info, "dwfl_lineinfo");
+                   find(line_of, "dwfl_module_getsrc") && find(line_info, "dwfl_lineinfo") &&
+                   find(unit_of, "dwfl_module_addrdie") && find(scopes_of, "dwarf_getscopes") &&
+                   find(scopes_around, "dwarf_getscopes_die") && find(tag_of, "dwarf_tag") &&
+                   find(name_of, "dwarf_diename") && find(attribute_of, "dwarf_attr_integrate") &&
+                   find(text_of, "dwarf_formstring") && find(number_of, "dwarf_formudata") &&
+                   find(files_of, "dwarf_getsrcfiles") && find(file_of, "dwarf_filesrc");
     }
 
     void *library;
@@ -86,6 +93,16 @@ struct LIBDW
     decltype(&dwfl_module_addrinfo) symbol_of = nullptr;
     decltype(&dwfl_module_getsrc) line_of = nullptr;
     decltype(&dwfl_lineinfo) line_info = nullptr;
+    decltype(&dwfl_module_addrdie) unit_of = nullptr;
+    decltype(&dwarf_getscopes) scopes_of = nullptr;
+    decltype(&dwarf_getscopes_die) scopes_around = nullptr;
+    decltype(&dwarf_tag) tag_of = nullptr;
+    decltype(&dwarf_diename) name_of = nullptr;
+    decltype(&dwarf_attr_integrate) attribute_of = nullptr;
+    decltype(&dwarf_formstring) text_of = nullptr;
+    decltype(&dwarf_formudata) number_of = nullptr;
+    decltype(&dwarf_getsrcfiles) files_of = nullptr;
+    decltype(&dwarf_filesrc) file_of = nullptr;
     bool is_there = false;
 
 private:
@@ -147,16 +164,96 @@ public:
             frame.file = file;
     }
 
+    // The line table names the innermost place. Each function that was put in place of its call says where that was.
+    void add_inlined(ERR_OS_FRAME &frame, std::uintptr_t call) const
+    {
+        // As above. NOLINTBEGIN(clang-analyzer-core.CallAndMessage)
+        Dwfl_Module *module = m_dwfl == nullptr ? nullptr : libdw().module_of(m_dwfl, call);
+        Dwarf_Addr bias = 0;
+        Dwarf_Die *unit = module == nullptr ? nullptr : libdw().unit_of(module, call, &bias);
+        if (unit == nullptr)
+            return;
+        SCOPES const scopes(unit, call - bias);
+        ERR_OS_LINE place{{}, frame.file, frame.line};
+        for (Dwarf_Die &scope : scopes) {
+            int const tag = libdw().tag_of(&scope);
+            if (tag == DW_TAG_subprogram)
+                break;
+            if (tag != DW_TAG_inlined_subroutine)
+                continue;
+            place.function = function_name(scope);
+            frame.inlined.push_back(place);
+            place = call_place(unit, scope);
+        }
+        if (frame.inlined.empty())
+            return;
+        place.function = frame.function;
+        frame.inlined.push_back(place);
+    }
+
 private:
+    // The scopes around an address, innermost first. Those of a function that was put in place of its call are asked
+    // for from that function outward: the plain question ends at its definition.
+    class SCOPES
+    {
+    public:
+        SCOPES(Dwarf_Die *unit, Dwarf_Addr address)
+        {
+            Dwarf_Die *innermost = nullptr;
+            if (libdw().scopes_of(unit, address, &innermost) > 0)
+                m_count = libdw().scopes_around(&innermost[0], &m_scopes);
+            std::free(innermost);
+        }
+        ~SCOPES() { std::free(m_scopes); }
+        SCOPES(SCOPES const &) = delete;
+        SCOPES &operator=(SCOPES const &) = delete;
+
+        Dwarf_Die *begin() const { return m_scopes; }
+        Dwarf_Die *end() const { return m_count > 0 ? m_scopes + m_count : m_scopes; }
+
+    private:
+        Dwarf_Die *m_scopes = nullptr;
+        int m_count = 0;
+    };
+
+    static std::string function_name(Dwarf_Die &function)
+    {
+        Dwarf_Attribute attribute;
+        char const *name =
+            libdw().text_of(libdw().attribute_of(&function, DW_AT_linkage_name, &attribute)); // of none: null
+        if (name == nullptr)
+            name = libdw().name_of(&function);
+        return name == nullptr ? "" : name;
+    }
+
+    static ERR_OS_LINE call_place(Dwarf_Die *unit, Dwarf_Die &inlined)
+    {
+        ERR_OS_LINE place;
+        Dwarf_Attribute attribute;
+        Dwarf_Word number = 0;
+        if (libdw().number_of(libdw().attribute_of(&inlined, DW_AT_call_line, &attribute), &number) == 0)
+            place.line = static_cast<int>(number);
+        Dwarf_Files *files = nullptr;
+        std::size_t count = 0;
+        if (libdw().files_of(unit, &files, &count) == 0 &&
+            libdw().number_of(libdw().attribute_of(&inlined, DW_AT_call_file, &attribute), &number) == 0) {
+            char const *const file = libdw().file_of(files, number, nullptr, nullptr);
+            place.file = file == nullptr ? "" : file;
+        }
+        return place;
+    }
+
+    // NOLINTEND(clang-analyzer-core.CallAndMessage)
+
     Dwfl *m_dwfl = nullptr;
 };
 
-ERR_OS_FRAME describe_by_loader(void *address)
+ERR_OS_FRAME describe_by_loader(void const *address)
 {
     ERR_OS_FRAME frame;
     std::uintptr_t const call = call_of(address);
     Dl_info info;
-    if (dladdr(reinterpret_cast<void *>(call), &info) == 0)
+    if (dladdr(reinterpret_cast<void const *>(call), &info) == 0)
         return frame;
     if (info.dli_fname != nullptr) {
         char const *slash = std::strrchr(info.dli_fname, '/');
@@ -196,7 +293,7 @@ void err_os_capture_stack(ERR_OS_STACK &stack)
     _Unwind_Backtrace(take_frame, &walk);
 }
 
-std::vector<ERR_OS_FRAME> err_os_describe(void *const *addresses, std::size_t count)
+std::vector<ERR_OS_FRAME> err_os_describe(void const *const *addresses, std::size_t count, bool with_inlined)
 {
     DEBUG_INFO const debug_info;
     std::vector<ERR_OS_FRAME> frames;
@@ -204,6 +301,8 @@ std::vector<ERR_OS_FRAME> err_os_describe(void *const *addresses, std::size_t co
     for (std::size_t i = 0; i < count; ++i) {
         frames.push_back(describe_by_loader(addresses[i]));
         debug_info.complete(frames.back(), call_of(addresses[i]));
+        if (with_inlined)
+            debug_info.add_inlined(frames.back(), call_of(addresses[i]));
     }
     return frames;
 }

@@ -82,7 +82,7 @@ private:
     std::size_t m_count = 0;
 };
 
-ERR_OS_FRAME describe_by_module(void *address)
+ERR_OS_FRAME describe_by_module(void const *address)
 {
     ERR_OS_FRAME frame;
     HMODULE module = nullptr;
@@ -137,7 +137,7 @@ void err_os_capture_stack(ERR_OS_STACK &stack)
     stack.is_in_exit = stack.is_in_exit || err_os_is_last_thread_of_exit();
 }
 
-std::vector<ERR_OS_FRAME> err_os_describe(void *const *addresses, std::size_t count)
+std::vector<ERR_OS_FRAME> err_os_describe(void const *const *addresses, std::size_t count, bool)
 {
     std::vector<ERR_OS_FRAME> frames;
     frames.reserve(count);

@@ -2,12 +2,18 @@
 // what came out. It is also the shortest complete example of a tool of the suite: how the library is
 // started, told of the project, given the stages of the flow, and ended.
 #include "error.h"
+#include "fingerprint.h"
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
 #include "gen_profile_bins_sys.h"
+#include "gen_time_sys.h"
+#include "machine.h"
 #include "options.h"
 #include "report.h"
+#include "source.h"
 #include "stage.h"
+#include "text.h"
+#include "undo.h"
 #include "ver_sys.h"
 
 #include <csignal>
@@ -17,6 +23,7 @@
 #include <new>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace fitter {
@@ -41,6 +48,7 @@ void tell_project(Options const &options)
     std::string const text = (project / "").generic_string();
     gen_set_project_dir_path(text);
     gen_set_db_dir_path(text + GEN_DB_DIR_NAME + "/");
+    gen_set_project_library_paths(options.libraries);
     if (!options.output_directory.empty())
         gen_set_project_output_directory(options.output_directory.c_str());
 }
@@ -56,62 +64,104 @@ std::string result_path(Options const &options)
     return directory + std::filesystem::path(options.design).stem().string() + ".fit.txt";
 }
 
-void read_netlist(Fit &fit, Options const &options)
+void tell_design(Source const &design)
 {
-    Stage const stage("Netlist Reader", "Netlist Reader");
-    std::string const text = read_file(options.design);
-    fit.netlist = read_blif(text, options.design);
+    std::string sources;
+    for (std::string const &source : list_sources(design))
+        sources += (sources.empty() ? "" : ", ") + source;
+    std::cout << line("netlist", design.name);
+    if (!sources.empty())
+        std::cout << line("sources", sources);
+    std::cout.flush();
 }
 
-void run_packer(Fit &fit)
+// The stages of the flow. The library knows the bins named fit2_* and two more, and cuts its memory logs there. Each
+// stage ends by putting on record what has come out so far.
+
+void read_netlist(Fit &fit, Options const &options)
 {
-    Stage const stage("Packer", "Packer");
-    fit.packing = pack(fit.netlist);
+    Stage const stage("fit2_fit_plan", "Netlist Reader", "netlist");
+    Source design = read_design(options.design);
+    tell_design(design);
+    {
+        Work const work("Netlist Reader");
+        fit.netlist = read_blif(std::move(design));
+    }
+    log_fingerprint(fit);
+}
+
+void run_pairing(Fit &fit)
+{
+    Stage const stage("fit2_fit_early_place_init", "Element Pairing", "netlist");
+    fit.packing.elements = make_elements(*fit.netlist);
+    log_fingerprint(fit);
+}
+
+void run_clustering(Fit &fit)
+{
+    Stage const stage("LSC Clustering", "Clustering", "netlist");
+    fit.packing = pack(*fit.netlist, std::move(fit.packing.elements));
     fit.device = Device::for_packing(fit.packing);
+    log_fingerprint(fit);
 }
 
 void run_placer(Fit &fit, Options const &options)
 {
-    Stage const stage("Placer", "Placer");
-    fit.placement = place(fit.packing, fit.device, {options.seed, options.effort});
+    Stage const stage("Placer", "Placer", "wires");
+    fit.placement = place(*fit.netlist, fit.packing, fit.device, {options.seed, options.effort});
     fit.expected_use = analyse_congestion(fit.packing, fit.device, fit.placement.site_of_block);
+    log_fingerprint(fit);
 }
 
 void run_router(Fit &fit, Options const &options)
 {
-    Stage const stage("Router", "Router");
+    Stage const stage("Router", "Router", "wires");
     RouteOptions route_options;
     route_options.channel_width = options.channel_width;
     fit.routing = route(fit.packing, fit.device, fit.placement, route_options);
     std::string const fault = check_routing(fit.packing, fit.device, fit.placement, fit.routing);
     if (!fault.empty())
         throw Error("the router failed: " + fault);
+    log_fingerprint(fit);
 }
 
 void run_timing(Fit &fit)
 {
-    Stage const stage("TDC Timing Analysis", "Timing Analysis");
-    fit.timing = analyse_timing(fit.netlist, fit.packing, fit.device, fit.placement, fit.routing);
+    Stage const stage("TDC Timing Analysis", "Timing Analysis", "timing");
+    fit.timing = analyse_timing(*fit.netlist, fit.packing, fit.device, fit.placement, fit.routing);
+    log_fingerprint(fit);
 }
 
-void write_report(Fit const &fit, std::string const &path)
+void write_reports(Fit const &fit, std::string const &path)
 {
-    Stage const stage("Report Writer", "Report Writer");
-    write_result(path, result_text(fit));
+    Stage const stage("Report Writer", "Report Writer", /*tag=*/nullptr);
+    std::string text;
+    {
+        VisibleWork const work("fit2_fit_finalize_init");
+        text = result_text(fit);
+    }
+    write_undo_file(gen_get_project_output_directory(), fit.packing, fit.device, fit.placement);
+    write_result(path, text);
+    log_fingerprint(fit);
 }
 
 void run_flow(Options const &options)
 {
+    constexpr unsigned ALL_CLOCKS = GEN_STOPWATCH_WALLCLOCK | GEN_STOPWATCH_KERNEL | GEN_STOPWATCH_USER;
+    GEN_STOPWATCH watch(/*accumulate=*/false, ALL_CLOCKS);
+    watch.start();
     std::string const path = result_path(options);
     check_writable(path);
     Fit fit;
     read_netlist(fit, options);
-    run_packer(fit);
+    run_pairing(fit);
+    run_clustering(fit);
     run_placer(fit, options);
     run_router(fit, options);
     run_timing(fit);
-    write_report(fit, path);
-    std::cout << summary(fit) << "result        " << path << std::endl;
+    write_reports(fit, path);
+    watch.stop();
+    std::cout << summary(fit) << line("time", watch.lap_str(ALL_CLOCKS)) << line("result", path) << std::flush;
     if (!fit.routing.is_legal())
         throw Error("not routable with channel width " + std::to_string(options.channel_width));
 }
@@ -121,8 +171,16 @@ void run_profiled(Options const &options)
 {
     struct Bins
     {
-        Bins() { GEN_PROFILE_BINS::initialize("Fitter", /*primary=*/true, /*debug_messages=*/false); }
-        ~Bins() { GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true); }
+        Bins()
+        {
+            GEN_PROFILE_BINS::initialize("Fitter", /*primary=*/true, /*debug_messages=*/false);
+            gen_meminfo_report_dll_usage("Fitter", "start");
+        }
+        ~Bins()
+        {
+            gen_meminfo_report_dll_usage("Fitter", "end");
+            GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
+        }
     };
     Bins const bins;
     run_flow(options);
@@ -138,6 +196,7 @@ void run(std::vector<char const *> const &arguments)
         std::cout << "fitter " << ver_get_version_string() << "\n";
     else {
         tell_project(options);
+        std::cout << line("machine", machine_facts()) << std::flush;
         run_profiled(options);
     }
 }

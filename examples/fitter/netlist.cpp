@@ -1,29 +1,48 @@
 #include "netlist.h"
 
 #include "error.h"
-#include "gen_fstream_sys.h"
+#include "gen_dep_sys.h"
 
 #include <algorithm>
-#include <iterator>
+#include <deque>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace fitter {
 namespace {
 
 using Words = std::vector<std::string_view>;
 
+// Files of a chain of .search lines, the design's included.
+constexpr std::size_t LONGEST_SEARCH = 16;
+
+// Where something stands in the design's files.
+struct Place
+{
+    Index file = 0;
+    Index line = 0;
+};
+
 // One statement or cover row; continued lines count as one, at the first of them.
 struct Statement
 {
-    Index line = 0;
+    Place place;
     Words words;
 };
 
-// A name with the line it stands on.
+// A name with the place it stands at.
 struct Reference
 {
     std::string_view name;
-    Index line = 0;
+    Place place;
+};
+
+// One of the design's files, with the one whose .search line named it.
+struct File
+{
+    Source source;
+    Index includer = NONE; // of the design's own file
 };
 
 struct Model
@@ -45,39 +64,37 @@ std::string quoted(std::string_view text)
     return out + (text.size() > LONGEST ? "...\"" : "\"");
 }
 
-// Cuts the text into statements.
+// Cuts a file's text into statements.
 class Scanner
 {
 public:
-    explicit Scanner(std::string_view text) : m_text(text) {}
+    Scanner(std::string_view text, Index file) : m_text(text), m_place{file, 1} {}
 
     /// False at the end of the text.
     bool next(Statement &statement)
     {
         statement.words.clear();
-        statement.line = m_line;
+        statement.place = m_place;
         while (m_at < m_text.size()) {
             char const c = m_text[m_at];
             if (c == '\n') {
                 ++m_at;
-                ++m_line;
+                ++m_place.line;
                 if (!statement.words.empty())
                     return true;
-                statement.line = m_line;
+                statement.place = m_place;
             } else if (c == '#')
                 m_at = std::min(m_text.find('\n', m_at), m_text.size());
             else if (is_blank(c))
                 ++m_at;
             else if (std::size_t const length = continuation_length()) {
                 m_at += length;
-                ++m_line;
+                ++m_place.line;
             } else
                 statement.words.push_back(word());
         }
         return !statement.words.empty();
     }
-
-    Index line() const { return m_line; }
 
 private:
     static bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v'; }
@@ -104,38 +121,45 @@ private:
 
     std::string_view m_text;
     std::size_t m_at = 0;
-    Index m_line = 1;
+    Place m_place;
 };
 
 class Reader
 {
 public:
-    Reader(std::string_view text, std::string const &file) : m_scanner(text), m_file(file) {}
+    explicit Reader(Source design) { m_files.push_back({std::move(design), NONE}); }
 
-    Netlist read()
+    std::unique_ptr<Netlist> read()
     {
-        read_models();
+        // Files that .search lines name are appended meanwhile.
+        for (Index file = 0; file < m_files.size(); ++file)
+            read_models(file);
         m_netlist.name = m_models.front().title.name;
         build();
         check_drivers();
-        return std::move(m_netlist);
+        return std::move(m_owned_netlist);
     }
 
 private:
-    [[noreturn]] void fail(Index line, std::string const &text) const
+    std::string const &file_name(Place place) const { return m_files[place.file].source.name; }
+
+    [[noreturn]] void fail(Place place, std::string const &text) const
     {
-        throw Error(m_file + ":" + std::to_string(line) + ": " + text);
+        throw Error(file_name(place) + ":" + std::to_string(place.line) + ": " + text);
     }
 
     // The text, as models and statements.
 
-    void read_models()
+    void read_models(Index file)
     {
+        Source const &source = m_files[file].source;
+        Scanner scanner(source.text, file);
         Statement statement;
-        while (m_scanner.next(statement))
+        m_in_model = false;
+        while (scanner.next(statement))
             take(statement);
         if (m_models.empty())
-            throw Error(m_file + ": no .model, the file is empty");
+            throw Error(source.name + ": no .model, the file is empty");
     }
 
     void take(Statement const &statement)
@@ -143,8 +167,10 @@ private:
         std::string_view const keyword = statement.words.front();
         if (keyword == ".model")
             return begin_model(statement);
+        if (keyword == ".search")
+            return take_search(statement);
         if (!m_in_model)
-            fail(statement.line, "expected .model, found " + quoted(keyword));
+            fail(statement.place, "expected .model, found " + quoted(keyword));
         if (keyword.front() != '.')
             return take_cover_row(statement);
         m_cover_inputs = NONE;
@@ -162,38 +188,78 @@ private:
         else if (keyword == ".end")
             m_in_model = false;
         else if (keyword != ".clock")
-            fail(statement.line, "cannot read " + quoted(keyword));
+            fail(statement.place, "cannot read " + quoted(keyword));
     }
 
     void begin_model(Statement const &statement)
     {
         if (statement.words.size() != 2)
-            fail(statement.line, ".model needs one name");
-        Reference const title{statement.words[1], statement.line};
+            fail(statement.place, ".model needs one name");
+        Reference const title{statement.words[1], statement.place};
         auto const [former, is_new] = m_model_of_name.emplace(title.name, m_models.size());
         if (!is_new)
-            fail(title.line, "model " + quoted(title.name) + " already stands at line " +
-                                 std::to_string(m_models[former->second].title.line));
+            fail(title.place, "model " + quoted(title.name) + " already stands at " +
+                                  place_text(m_models[former->second].title.place, title.place));
         m_models.emplace_back();
         m_models.back().title = title;
         m_in_model = true;
         m_cover_inputs = NONE;
     }
 
+    // "line 3", in another file than that of `from` with the file's name: "lib.blif:3"
+    std::string place_text(Place place, Place from) const
+    {
+        std::string const line = std::to_string(place.line);
+        return place.file == from.file ? "line " + line : file_name(place) + ":" + line;
+    }
+
+    void take_search(Statement const &statement)
+    {
+        if (statement.words.size() != 2)
+            fail(statement.place, ".search needs one file");
+        m_cover_inputs = NONE;
+        Source source = find_searched(std::string(statement.words[1]), m_files[statement.place.file].source);
+        if (source.path.empty())
+            fail(statement.place, "cannot find " + quoted(statement.words[1]));
+        check_chain(statement, source);
+        bool const is_known = std::any_of(m_files.begin(), m_files.end(),
+                                          [&](File const &file) { return file.source.path == source.path; });
+        if (is_known)
+            return;
+        source.text = read_file(source.path);
+        m_files.push_back({std::move(source), statement.place.file});
+    }
+
+    // The chain leads from the file of a .search line back to the design's.
+    void check_chain(Statement const &statement, Source const &searched) const
+    {
+        std::size_t length = 1;
+        std::string way = searched.name;
+        for (Index file = statement.place.file; file != NONE; file = m_files[file].includer) {
+            Source const &includer = m_files[file].source;
+            way.insert(0, includer.name + " -> ");
+            if (includer.path == searched.path)
+                fail(statement.place, ".search goes round in a circle: " + way);
+            ++length;
+        }
+        if (length > LONGEST_SEARCH)
+            fail(statement.place, ".search leads through more than " + std::to_string(LONGEST_SEARCH) + " files");
+    }
+
     static void append_names(std::vector<Reference> &names, Statement const &statement)
     {
         for (std::size_t i = 1; i < statement.words.size(); ++i)
-            names.push_back({statement.words[i], statement.line});
+            names.push_back({statement.words[i], statement.place});
     }
 
     void take_names(Model &model, Statement const &statement)
     {
         if (statement.words.size() < 2)
-            fail(statement.line, ".names needs an output");
+            fail(statement.place, ".names needs an output");
         m_cover_inputs = static_cast<Index>(statement.words.size() - 2);
         m_cover_value = '\0';
         if (m_cover_inputs > LUT_INPUTS)
-            fail(statement.line,
+            fail(statement.place,
                  ".names with " + std::to_string(m_cover_inputs) + " inputs, a LUT has " + std::to_string(LUT_INPUTS));
         model.cells.push_back(statement);
     }
@@ -203,20 +269,20 @@ private:
     void take_cover_row(Statement const &row)
     {
         if (m_cover_inputs == NONE)
-            fail(row.line, "expected a statement, found " + quoted(row.words.front()));
+            fail(row.place, "expected a statement, found " + quoted(row.words.front()));
         std::size_t const columns = m_cover_inputs == 0 ? 1 : 2;
         if (row.words.size() != columns)
-            fail(row.line,
+            fail(row.place,
                  "cover row of " + std::to_string(row.words.size()) + " columns, expected " + std::to_string(columns));
         std::string_view const plane = columns == 2 ? row.words.front() : std::string_view();
         if (plane.size() != m_cover_inputs || plane.find_first_not_of("01-") != std::string_view::npos)
-            fail(row.line,
+            fail(row.place,
                  "cover row " + quoted(plane) + ", expected " + std::to_string(m_cover_inputs) + " of 0, 1 and -");
         std::string_view const value = row.words.back();
         if (value != "0" && value != "1")
-            fail(row.line, "cover value " + quoted(value) + ", expected 0 or 1");
+            fail(row.place, "cover value " + quoted(value) + ", expected 0 or 1");
         if (m_cover_value != '\0' && m_cover_value != value.front())
-            fail(row.line, "cover with rows for both 0 and 1");
+            fail(row.place, "cover with rows for both 0 and 1");
         m_cover_value = value.front();
     }
 
@@ -226,7 +292,7 @@ private:
     {
         Model const &top = m_models.front();
         if (top.black_box)
-            fail(top.title.line, "model " + quoted(top.title.name) + " is a black box, there is nothing to fit");
+            fail(top.title.place, "model " + quoted(top.title.name) + " is a black box, there is nothing to fit");
         for (Reference const &input : top.inputs)
             drive(input, add_cell(CellKind::INPUT_PAD, input.name));
         for (Statement const &statement : top.cells)
@@ -234,7 +300,7 @@ private:
         for (Reference const &output : top.outputs)
             read_net(output, add_cell(CellKind::OUTPUT_PAD, output.name));
         if (m_netlist.cells.empty())
-            fail(top.title.line, "model " + quoted(top.title.name) + " has no cells, there is nothing to fit");
+            fail(top.title.place, "model " + quoted(top.title.name) + " has no cells, there is nothing to fit");
     }
 
     void build_cell(Statement const &statement)
@@ -253,8 +319,8 @@ private:
         Words const &words = statement.words;
         Index const cell = add_cell(CellKind::LUT, words.back());
         for (std::size_t i = 1; i + 1 < words.size(); ++i)
-            read_net({words[i], statement.line}, cell);
-        drive({words.back(), statement.line}, cell);
+            read_net({words[i], statement.place}, cell);
+        drive({words.back(), statement.place}, cell);
     }
 
     // .latch input output [type control] [initial value]
@@ -262,16 +328,16 @@ private:
     {
         Words const &words = statement.words;
         if (words.size() < 3 || words.size() > 6)
-            fail(statement.line, ".latch with " + std::to_string(words.size() - 1) + " operands, expected 2 to 5");
+            fail(statement.place, ".latch with " + std::to_string(words.size() - 1) + " operands, expected 2 to 5");
         Index const cell = add_cell(CellKind::FLOP, words[2]);
-        read_net({words[1], statement.line}, cell);
-        drive({words[2], statement.line}, cell);
+        read_net({words[1], statement.place}, cell);
+        drive({words[2], statement.place}, cell);
         bool const has_control = words.size() >= 5;
         if (has_control)
             build_clock(statement, cell);
         if (words.size() == (has_control ? 6u : 4u) &&
             (words.back().size() != 1 || words.back() < "0" || words.back() > "3"))
-            fail(statement.line, "initial value " + quoted(words.back()) + ", expected 0 to 3");
+            fail(statement.place, "initial value " + quoted(words.back()) + ", expected 0 to 3");
     }
 
     void build_clock(Statement const &statement, Index cell)
@@ -279,12 +345,12 @@ private:
         std::string_view const type = statement.words[3];
         std::string_view const control = statement.words[4];
         if (type != "re" && type != "fe")
-            fail(statement.line,
+            fail(statement.place,
                  "latch type " + quoted(type) + ", the device has flip-flops of types \"re\" and \"fe\"");
         m_netlist.cells[cell].falling = type == "fe";
         if (control == "NIL")
             return;
-        Index const net = net_of({control, statement.line});
+        Index const net = net_of({control, statement.place});
         m_netlist.cells[cell].clock = net;
         m_netlist.nets[net].clocked.push_back(cell);
     }
@@ -293,13 +359,13 @@ private:
     {
         Words const &words = statement.words;
         if (words.size() < 2)
-            fail(statement.line, ".subckt needs a model");
+            fail(statement.place, ".subckt needs a model");
         auto const found = m_model_of_name.find(words[1]);
         if (found == m_model_of_name.end())
-            fail(statement.line, ".subckt of unknown model " + quoted(words[1]));
+            fail(statement.place, ".subckt of unknown model " + quoted(words[1]));
         Model const &model = m_models[found->second];
         if (!model.black_box)
-            fail(statement.line,
+            fail(statement.place,
                  ".subckt of " + quoted(words[1]) + ", which is no black box: flatten the design first");
         std::unordered_map<std::string_view, std::string_view> const actuals = pin_connections(statement);
         Index const cell = add_cell(CellKind::MACRO, words[1]);
@@ -307,13 +373,13 @@ private:
         for (Reference const &formal : model.inputs) {
             auto const actual = actuals.find(formal.name);
             if (actual == actuals.end())
-                fail(statement.line, "input " + quoted(formal.name) + " of " + quoted(words[1]) + " is not connected");
-            read_net({actual->second, statement.line}, cell);
+                fail(statement.place, "input " + quoted(formal.name) + " of " + quoted(words[1]) + " is not connected");
+            read_net({actual->second, statement.place}, cell);
             ++connected;
         }
         for (Reference const &formal : model.outputs)
             if (auto const actual = actuals.find(formal.name); actual != actuals.end()) {
-                drive({actual->second, statement.line}, cell);
+                drive({actual->second, statement.place}, cell);
                 ++connected;
             }
         if (connected != actuals.size())
@@ -329,9 +395,9 @@ private:
             std::string_view const word = statement.words[i];
             std::size_t const equals = word.find('=');
             if (equals == 0 || equals == std::string_view::npos || equals + 1 == word.size())
-                fail(statement.line, "connection " + quoted(word) + ", expected pin=net");
+                fail(statement.place, "connection " + quoted(word) + ", expected pin=net");
             if (!actuals.emplace(word.substr(0, equals), word.substr(equals + 1)).second)
-                fail(statement.line, "pin " + quoted(word.substr(0, equals)) + " is connected twice");
+                fail(statement.place, "pin " + quoted(word.substr(0, equals)) + " is connected twice");
         }
         return actuals;
     }
@@ -344,9 +410,9 @@ private:
         for (std::size_t i = 2; i < statement.words.size(); ++i) {
             std::string_view const pin = statement.words[i].substr(0, statement.words[i].find('='));
             if (!is_pin(model.inputs, pin) && !is_pin(model.outputs, pin))
-                fail(statement.line, quoted(model.title.name) + " has no pin " + quoted(pin));
+                fail(statement.place, quoted(model.title.name) + " has no pin " + quoted(pin));
         }
-        fail(model.title.line, "model " + quoted(model.title.name) + " names a pin twice");
+        fail(model.title.place, "model " + quoted(model.title.name) + " names a pin twice");
     }
 
     Index add_cell(CellKind kind, std::string_view name)
@@ -357,15 +423,15 @@ private:
         return static_cast<Index>(m_netlist.cells.size() - 1);
     }
 
-    // The net of a name; the line of its first mention is kept for messages.
+    // The net of a name; the place of its first mention is kept for messages.
     Index net_of(Reference const &reference)
     {
         auto const [found, is_new] = m_net_of_name.emplace(reference.name, static_cast<Index>(m_netlist.nets.size()));
         if (is_new) {
             m_netlist.nets.emplace_back();
             m_netlist.nets.back().name = reference.name;
-            m_first_line.push_back(reference.line);
-            m_driver_line.push_back(0);
+            m_first_place.push_back(reference.place);
+            m_driver_place.emplace_back();
         }
         return found->second;
     }
@@ -381,10 +447,10 @@ private:
     {
         Index const net = net_of(reference);
         if (m_netlist.nets[net].driver != NONE)
-            fail(reference.line,
-                 "net " + quoted(reference.name) + " is already driven at line " + std::to_string(m_driver_line[net]));
+            fail(reference.place, "net " + quoted(reference.name) + " is already driven at " +
+                                      place_text(m_driver_place[net], reference.place));
         m_netlist.nets[net].driver = cell;
-        m_driver_line[net] = reference.line;
+        m_driver_place[net] = reference.place;
         m_netlist.cells[cell].outputs.push_back(net);
     }
 
@@ -395,26 +461,37 @@ private:
         if (first == m_netlist.nets.end())
             return;
         auto const others = std::count_if(first + 1, m_netlist.nets.end(), has_no_driver);
-        fail(m_first_line[static_cast<std::size_t>(first - m_netlist.nets.begin())],
+        fail(m_first_place[static_cast<std::size_t>(first - m_netlist.nets.begin())],
              "net " + quoted(first->name) + " has no driver" +
                  (others == 0 ? "" : " (" + std::to_string(others) + " more like it)"));
     }
 
-    Scanner m_scanner;
-    std::string const &m_file;
+    std::deque<File> m_files; // a text stays where it is when files are appended
     bool m_in_model = false;
     Index m_cover_inputs = NONE; // of the .names whose rows may follow
     char m_cover_value = '\0';
     std::vector<Model> m_models;
     std::unordered_map<std::string_view, std::size_t> m_model_of_name;
 
-    Netlist m_netlist;
+    std::unique_ptr<Netlist> m_owned_netlist = std::make_unique<Netlist>();
+    Netlist &m_netlist = *m_owned_netlist;
     std::unordered_map<std::string_view, Index> m_net_of_name;
-    std::vector<Index> m_first_line;
-    std::vector<Index> m_driver_line;
+    std::vector<Place> m_first_place;
+    std::vector<Place> m_driver_place;
 };
 
 } // namespace
+
+void CellClearer::clear_flags(GEN_DYN_FLAG const &flag)
+{
+    for (Cell const &cell : m_cells)
+        cell.marks.clear_flag(flag);
+}
+
+Netlist::~Netlist()
+{
+    GEN_DEP::memory_is_being_invalidated(this);
+}
 
 Index Netlist::count(CellKind kind) const
 {
@@ -422,25 +499,9 @@ Index Netlist::count(CellKind kind) const
         std::count_if(cells.begin(), cells.end(), [kind](Cell const &cell) { return cell.kind == kind; }));
 }
 
-Netlist read_blif(std::string_view text, std::string const &file)
+std::unique_ptr<Netlist> read_blif(Source design)
 {
-    return Reader(text, file).read();
-}
-
-std::string read_file(std::string const &path)
-{
-    constexpr int SHARED = 0x40; // others may read and write it meanwhile
-    std::brisel_ifstream file(path.c_str(), std::ios::binary, SHARED);
-    if (!file.good())
-        throw Error("cannot open \"" + path + "\"");
-    // Block by block: a stream reports a failed read only to the caller of read.
-    std::string text;
-    char block[65536];
-    while (file.read(block, sizeof block) || file.gcount() > 0)
-        text.append(block, static_cast<std::size_t>(file.gcount()));
-    if (file.bad() || !file.eof())
-        throw Error("cannot read \"" + path + "\"");
-    return text;
+    return Reader(std::move(design)).read();
 }
 
 } // namespace fitter

@@ -2,9 +2,12 @@
 #ifndef FITTER_NETLIST_H
 #define FITTER_NETLIST_H
 
+#include "gen_dyn_flag_sys.h"
+#include "source.h"
+
 #include <cstdint>
+#include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace fitter {
@@ -32,7 +35,8 @@ struct Cell
     std::vector<Index> inputs;
     std::vector<Index> outputs;
     Index clock = NONE;
-    bool falling = false; // clocked by the falling edge
+    bool falling = false;       // clocked by the falling edge
+    mutable GEN_DYN_FLAG marks; // scratch, see CellMark
 };
 
 struct Net
@@ -43,29 +47,72 @@ struct Net
     std::vector<Index> clocked; // one entry for each clock pin; these are on the device's clock network
 };
 
+/// Takes marks off all cells of a netlist, for the manager that gives the marks out.
+class CellClearer : public GEN_DYN_FLAG_CLEARER
+{
+public:
+    explicit CellClearer(std::vector<Cell> const &cells) : m_cells(cells) {}
+    void clear_flags(GEN_DYN_FLAG const &flag) override;
+
+private:
+    std::vector<Cell> const &m_cells;
+};
+
+/// A netlist stays where it was made. Before it goes it tells all that depend on its address.
 struct Netlist
 {
+    Netlist() : m_clearer(cells), m_marks(&m_clearer) {}
+    ~Netlist();
+    Netlist(Netlist const &) = delete;
+    Netlist &operator=(Netlist const &) = delete;
+
+    Index count(CellKind kind) const;
+
     std::string name;
     std::vector<Cell> cells;
     std::vector<Net> nets;
 
-    Index count(CellKind kind) const;
+private:
+    friend class CellMark;
+
+    CellClearer m_clearer;
+    mutable GEN_DYN_FLAG_MANAGER m_marks; // scratch, like the marks themselves
+};
+
+/// A mark on cells, for one walk over a netlist: no cell has it when it is made. Making one costs nothing most times,
+/// as the cells are cleaned of former marks only when the bits run out.
+class CellMark
+{
+public:
+    CellMark(Netlist const &netlist, char const *name)
+        : m_cells(netlist.cells), m_manager(netlist.m_marks), m_flag(m_manager.create_flag(name))
+    {
+    }
+    ~CellMark() { m_manager.destroy_flag(m_flag); }
+    CellMark(CellMark const &) = delete;
+    CellMark &operator=(CellMark const &) = delete;
+
+    void put_on(Index cell) { m_cells[cell].marks.set_flag(m_flag); }
+    bool is_on(Index cell) const { return m_cells[cell].marks.test(m_flag); }
+
+private:
+    std::vector<Cell> const &m_cells;
+    GEN_DYN_FLAG_MANAGER &m_manager;
+    GEN_DYN_FLAG const m_flag;
 };
 
 /// Reads a design in the Berkeley logic interchange format.
 ///
-/// @param text  the content of the file
-/// @param file  the file's name for messages
-///
 /// Understood are .model, .inputs, .outputs, .clock (without meaning here), .names with its cover, .latch, .subckt,
-/// .blackbox and .end, comments, lines continued by a backslash, and both kinds of line ends. The first model is the
-/// design; the models behind it can be black boxes that it uses. A missing .end at the end of the file is no fault.
+/// .blackbox, .search and .end, comments, lines continued by a backslash, and both kinds of line ends. The first model
+/// is the design; the models behind it can be black boxes that it uses. A missing .end at the end of a file is no
+/// fault.
+///
+/// ".search FILE" adds the models of another file behind those of this one, wherever it stands. A file that is named
+/// more than once is read once; one that leads back to itself, or through more than 16 files, is a fault.
 ///
 /// Every net must have just one driver. A fault is thrown as an Error: "design.blif:12: net \"x\" has no driver".
-Netlist read_blif(std::string_view text, std::string const &file);
-
-/// The content of a file; throws an Error if it can't be read.
-std::string read_file(std::string const &path);
+std::unique_ptr<Netlist> read_blif(Source design);
 
 } // namespace fitter
 

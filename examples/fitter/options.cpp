@@ -44,13 +44,15 @@ std::string directory_option(std::string const &option, std::string const &value
 void take_value(Options &options, std::string const &option, std::string const &value)
 {
     if (option == "--seed")
-        options.seed = number_option<std::uint64_t>(option, value, 0, UINT64_MAX);
+        options.seed = number_option<std::uint32_t>(option, value, 0, UINT32_MAX);
     else if (option == "--channel-width")
         options.channel_width = number_option<Index>(option, value, 1, WIDEST_CHANNEL);
     else if (option == "--effort")
         options.effort = effort_option(value);
     else if (option == "--out")
         options.output_directory = directory_option(option, value);
+    else if (option == "--library")
+        options.libraries += (options.libraries.empty() ? "" : ";") + directory_option(option, value);
     else
         options.project_directory = directory_option(option, value);
 }
@@ -58,7 +60,7 @@ void take_value(Options &options, std::string const &option, std::string const &
 bool takes_value(std::string const &word)
 {
     return word == "--seed" || word == "--channel-width" || word == "--effort" || word == "--out" ||
-           word == "--project";
+           word == "--library" || word == "--project";
 }
 
 void take_design(Options &options, std::string const &word)
@@ -79,11 +81,14 @@ char const *const USAGE = "usage: fitter [option]... design.blif\n"
                           "  --seed N            start of the random numbers of the placement (1)\n"
                           "  --channel-width N   tracks of a routing channel (24)\n"
                           "  --effort E          of the placement: fast, normal or high (normal)\n"
-                          "  --out DIR           where <design>.fit.txt goes; made if missing (the project)\n"
+                          "  --out DIR           where the results go; made if missing (the project)\n"
                           "  --project DIR       the project's directory (the current one)\n"
+                          "  --library DIR       a library directory, relative to the project; may be repeated\n"
                           "  --version           tell the version\n"
                           "  --help              tell this\n"
                           "\n"
+                          "The design is looked for in the project, its libraries and the installation.\n"
+                          "Results are <design>.fit.txt and undo_redo.txt.\n"
                           "The status is 0 if the design fits, 1 if it doesn't or if something fails.\n"
                           "With gen_print_profile_bins = on in kalvern.ini, profile_bins_Fitter.log in the\n"
                           "current directory tells where the time went.\n";

@@ -17,7 +17,8 @@ struct Options
     std::string design;
     std::string output_directory;  // empty: the project directory
     std::string project_directory; // empty: the current directory
-    std::uint64_t seed = 1;
+    std::string libraries;         // directories, separated by ";"
+    std::uint32_t seed = 1;
     Index channel_width = 24;
     unsigned effort = 5;
 };

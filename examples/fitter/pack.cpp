@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace fitter {
 namespace {
@@ -44,36 +45,6 @@ void add_flop(LogicElement &element, Netlist const &netlist, Index flop)
     element.output = cell.outputs.front();
     element.clock = cell.clock;
     element.falling = cell.falling;
-}
-
-std::vector<LogicElement> make_elements(Netlist const &netlist)
-{
-    Work const work("Element Pairing");
-    std::vector<LogicElement> elements;
-    std::vector<bool> is_paired(netlist.cells.size());
-    for (Index i = 0; i < netlist.cells.size(); ++i) {
-        Cell const &cell = netlist.cells[i];
-        if (cell.kind != CellKind::LUT)
-            continue;
-        LogicElement element;
-        element.lut = i;
-        element.output = cell.outputs.front();
-        for (Index const net : cell.inputs)
-            add_once(element.inputs, net);
-        if (Index const flop = only_flop_behind(netlist, cell); flop != NONE) {
-            add_flop(element, netlist, flop);
-            is_paired[flop] = true;
-        }
-        elements.push_back(element);
-    }
-    for (Index i = 0; i < netlist.cells.size(); ++i)
-        if (netlist.cells[i].kind == CellKind::FLOP && !is_paired[i]) {
-            LogicElement element;
-            add_flop(element, netlist, i);
-            element.inputs = netlist.cells[i].inputs;
-            elements.push_back(element);
-        }
-    return elements;
 }
 
 // A cluster as it fills: what it drives and what it takes from outside.
@@ -137,7 +108,7 @@ public:
 
     std::vector<OpenCluster> run()
     {
-        Work const work("Clustering");
+        Work const work("Cluster Growth");
         std::vector<Index> seeds(m_elements.size());
         std::iota(seeds.begin(), seeds.end(), 0u);
         std::stable_sort(seeds.begin(), seeds.end(), [this](Index a, Index b) {
@@ -291,10 +262,39 @@ void add_fabric_nets(Packing &packing, Netlist const &netlist)
 
 } // namespace
 
-Packing pack(Netlist const &netlist)
+std::vector<LogicElement> make_elements(Netlist const &netlist)
+{
+    std::vector<LogicElement> elements;
+    CellMark paired(netlist, "paired");
+    for (Index i = 0; i < netlist.cells.size(); ++i) {
+        Cell const &cell = netlist.cells[i];
+        if (cell.kind != CellKind::LUT)
+            continue;
+        LogicElement element;
+        element.lut = i;
+        element.output = cell.outputs.front();
+        for (Index const net : cell.inputs)
+            add_once(element.inputs, net);
+        if (Index const flop = only_flop_behind(netlist, cell); flop != NONE) {
+            add_flop(element, netlist, flop);
+            paired.put_on(flop);
+        }
+        elements.push_back(element);
+    }
+    for (Index i = 0; i < netlist.cells.size(); ++i)
+        if (netlist.cells[i].kind == CellKind::FLOP && !paired.is_on(i)) {
+            LogicElement element;
+            add_flop(element, netlist, i);
+            element.inputs = netlist.cells[i].inputs;
+            elements.push_back(element);
+        }
+    return elements;
+}
+
+Packing pack(Netlist const &netlist, std::vector<LogicElement> elements)
 {
     Packing packing;
-    packing.elements = make_elements(netlist);
+    packing.elements = std::move(elements);
     for (OpenCluster const &cluster : merge_part_filled(Clusterer(netlist, packing.elements).run(), packing.elements))
         packing.clusters.push_back({cluster.elements(), NONE});
     for (Index i = 0; i < netlist.cells.size(); ++i)

@@ -56,11 +56,14 @@ struct Packing
     std::vector<Index> fabric_of_net; // NONE for a net that stays inside
 };
 
-/// Packs a design. The same design always gives the same packing.
+/// The logic elements of a design: each LUT, with the flip-flop that alone reads it, and the other flip-flops.
+std::vector<LogicElement> make_elements(Netlist const &netlist);
+
+/// Packs the logic elements of a design. The same design always gives the same packing.
 ///
 /// Clusters grow one at a time from the unpacked element with most inputs, by the element that shares most nets with
 /// the cluster; at the end part-filled clusters are put together where they fit.
-Packing pack(Netlist const &netlist);
+Packing pack(Netlist const &netlist, std::vector<LogicElement> elements);
 
 } // namespace fitter
 

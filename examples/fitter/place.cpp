@@ -11,7 +11,8 @@
 // exact everywhere. So one seed gives one placement on every platform.
 #include "place.h"
 
-#include "random.h"
+#include "checked_sum.h"
+#include "draws.h"
 #include "stage.h"
 
 #include <algorithm>
@@ -127,10 +128,11 @@ std::uint64_t integer_cube_root(std::uint64_t value)
 class Annealer
 {
 public:
-    Annealer(Packing const &packing, Device const &device, PlaceOptions const &options)
-        : m_packing(packing), m_device(device), m_random(options.seed), m_block_at_site(device.sites(), NONE),
+    Annealer(Netlist const &netlist, Packing const &packing, Device const &device, PlaceOptions const &options)
+        : m_packing(packing), m_device(device), m_draws(options.seed), m_block_at_site(device.sites(), NONE),
           m_stamp_of_net(packing.nets.size())
     {
+        m_placement.netlist = NetlistLink(netlist);
         std::uint64_t const blocks = packing.blocks.size();
         m_moves_per_temperature = std::max<std::uint64_t>(options.effort * blocks * integer_cube_root(blocks), 1);
         for (FabricNet const &net : packing.nets)
@@ -183,7 +185,7 @@ private:
         for (FabricNet const &net : m_packing.nets)
             m_boxes.push_back(box_of(net.blocks, m_position_of_block));
         for (Index net = 0; net < m_boxes.size(); ++net)
-            m_cost += net_cost(net, m_boxes[net]);
+            m_cost.add(net_cost(net, m_boxes[net]));
     }
 
     // Draws `wanted` of the `count` sites from `first` on.
@@ -193,7 +195,7 @@ private:
         for (Index i = 0; i < count; ++i)
             sites[i] = first + i;
         for (Index i = 0; i < wanted; ++i) {
-            std::swap(sites[i], sites[i + m_random.below(count - i)]);
+            std::swap(sites[i], sites[i + m_draws.below(count - i)]);
             out.push_back(sites[i]);
         }
     }
@@ -202,13 +204,19 @@ private:
     {
         m_range = m_device.size();
         double temperature = start_temperature();
-        while (temperature > 0.005 * static_cast<double>(m_cost) / static_cast<double>(m_packing.nets.size())) {
+        while (temperature > 0.005 * mean_net_cost()) {
             double const acceptance = perform_temperature(temperature);
             temperature *= cooling(acceptance);
             double const range = m_range * (1.0 - 0.44 + acceptance);
             m_range = std::clamp(range, 1.0, static_cast<double>(m_device.size()));
         }
+        m_is_last_pass = true;
         perform_temperature(0.0);
+    }
+
+    double mean_net_cost() const
+    {
+        return static_cast<double>(m_cost.value()) / static_cast<double>(m_packing.nets.size());
     }
 
     // So hot that nearly all moves are accepted: twenty times their mean change of cost.
@@ -216,13 +224,13 @@ private:
     {
         Work const work("Start Temperature");
         std::uint64_t const tries = m_packing.blocks.size();
-        std::uint64_t change = 0;
+        CheckedSum change("change of the placement's cost");
         for (std::uint64_t i = 0; i < tries; ++i)
             if (propose()) {
-                change += static_cast<std::uint64_t>(std::llabs(m_change));
+                change.add(std::llabs(m_change));
                 accept();
             }
-        return 20.0 * static_cast<double>(change) / static_cast<double>(tries);
+        return 20.0 * static_cast<double>(change.value()) / static_cast<double>(tries);
     }
 
     static double cooling(double acceptance)
@@ -258,13 +266,13 @@ private:
     {
         if (m_change <= 0)
             return true;
-        return temperature > 0.0 && m_random.fraction() < exp_of_minus(static_cast<double>(m_change) / temperature);
+        return temperature > 0.0 && m_draws.fraction() < exp_of_minus(static_cast<double>(m_change) / temperature);
     }
 
     // Makes a move on the map and works out what it changes. False if the site drawn is the block's own.
     bool propose()
     {
-        Index const block = m_random.below(static_cast<Index>(m_packing.blocks.size()));
+        Index const block = m_draws.below(static_cast<Index>(m_packing.blocks.size()));
         Index const from = m_placement.site_of_block[block];
         Index const to = m_packing.blocks[block].is_pad ? pad_target(from) : cluster_target(from);
         if (from == to)
@@ -282,8 +290,8 @@ private:
         Point const at = position(from);
         int const range = static_cast<int>(m_range);
         int const last = m_device.size() - 1;
-        int const x = m_random.between(std::max(at.x - range, 0), std::min(at.x + range, last));
-        int const y = m_random.between(std::max(at.y - range, 0), std::min(at.y + range, last));
+        int const x = m_draws.between(std::max(at.x - range, 0), std::min(at.x + range, last));
+        int const y = m_draws.between(std::max(at.y - range, 0), std::min(at.y + range, last));
         return m_device.cluster_site(x, y);
     }
 
@@ -292,8 +300,8 @@ private:
     {
         int const range = static_cast<int>(m_range);
         int const places = 4 * m_device.size();
-        int const place = (m_device.pad_place(from) + m_random.between(-range, range) + places) % places;
-        return m_device.pad_site(place, m_random.between(0, PADS_PER_PLACE - 1));
+        int const place = (m_device.pad_place(from) + m_draws.between(-range, range) + places) % places;
+        return m_device.pad_site(place, m_draws.between(0, PADS_PER_PLACE - 1));
     }
 
     void put_blocks()
@@ -357,9 +365,11 @@ private:
 
     void accept()
     {
-        m_cost += m_change;
+        m_cost.add(m_change);
         for (Index const net : m_changed_nets)
             m_boxes[net] = m_new_boxes[net];
+        if (m_is_last_pass)
+            m_placement.last_moves.push_back({m_steps[0].block, m_steps[0].from, m_steps[0].to, m_steps[1].block});
     }
 
     void take_back()
@@ -372,7 +382,7 @@ private:
 
     Packing const &m_packing;
     Device const &m_device;
-    Random m_random;
+    Draws m_draws;
     std::uint64_t m_moves_per_temperature = 0;
     std::vector<int> m_weight_of_net;
     std::vector<Point> m_position_of_site;
@@ -381,8 +391,9 @@ private:
     std::vector<Index> m_block_at_site;
     std::vector<Point> m_position_of_block;
     std::vector<Box> m_boxes;
-    std::int64_t m_cost = 0;
+    CheckedSum m_cost{"cost of the placement"};
     double m_range = 1.0; // a move goes so many sites at most
+    bool m_is_last_pass = false;
 
     // The move under way.
     Step m_steps[2];
@@ -408,19 +419,19 @@ void spread(std::vector<std::uint64_t> &map, int columns, int x_low, int x_high,
 
 } // namespace
 
-Placement place(Packing const &packing, Device const &device, PlaceOptions const &options)
+Placement place(Netlist const &netlist, Packing const &packing, Device const &device, PlaceOptions const &options)
 {
-    return Annealer(packing, device, options).run();
+    return Annealer(netlist, packing, device, options).run();
 }
 
 std::uint64_t half_perimeter_wire_length(Packing const &packing, Device const &device,
                                          std::vector<Index> const &site_of_block)
 {
     std::vector<Point> const position_of_block = positions(device, site_of_block);
-    std::uint64_t length = 0;
+    CheckedSum length("wire length of the placement");
     for (FabricNet const &net : packing.nets)
-        length += static_cast<std::uint64_t>(box_of(net.blocks, position_of_block).half_perimeter());
-    return length;
+        length.add(box_of(net.blocks, position_of_block).half_perimeter());
+    return static_cast<std::uint64_t>(length.value());
 }
 
 ExpectedUse analyse_congestion(Packing const &packing, Device const &device, std::vector<Index> const &site_of_block)

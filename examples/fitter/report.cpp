@@ -1,8 +1,11 @@
 #include "report.h"
 
 #include "error.h"
+#include "gen_bindata_sys.h"
 #include "gen_fstream_sys.h"
+#include "text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <filesystem>
@@ -12,26 +15,6 @@ namespace fitter {
 namespace {
 
 constexpr int SHARED = 0x40; // others may read and write the file meanwhile
-
-std::string number(std::uint64_t value)
-{
-    return std::to_string(value);
-}
-
-// "12.05"
-std::string hundredths(std::uint64_t value)
-{
-    std::string const digits = number(value % 100);
-    return number(value / 100) + (digits.size() == 1 ? ".0" : ".") + digits;
-}
-
-std::string line(char const *title, std::string const &text)
-{
-    constexpr std::size_t WIDTH = 14;
-    std::string out = title;
-    out.resize(WIDTH, ' ');
-    return out + text + "\n";
-}
 
 char const *kind_name(CellKind kind)
 {
@@ -51,7 +34,7 @@ char const *kind_name(CellKind kind)
 
 std::string described(Fit const &fit, Index cell)
 {
-    return std::string(kind_name(fit.netlist.cells[cell].kind)) + " " + fit.netlist.cells[cell].name;
+    return std::string(kind_name(fit.netlist->cells[cell].kind)) + " " + fit.netlist->cells[cell].name;
 }
 
 std::string path_summary(Fit const &fit)
@@ -70,6 +53,25 @@ std::string path_rows(Fit const &fit)
     return out;
 }
 
+// How many nets have how many segments: "1-4: 310, ..., 29 and more: 2"
+std::string length_histogram(Routing const &routing)
+{
+    constexpr std::size_t RANGES = 8;
+    constexpr std::size_t WIDTH = 4;
+    constexpr std::size_t LAST = RANGES * WIDTH; // stands for all longer ones
+    // Halves, so that each whole number lies within a range.
+    GEN_BINDATA lengths(0.5, LAST + 0.5, RANGES);
+    for (Tree const &tree : routing.trees)
+        lengths.add_item(static_cast<double>(std::clamp<std::size_t>(tree.size(), 1, LAST)));
+    std::string out;
+    for (std::size_t range = 0; range < RANGES; ++range) {
+        std::size_t const first = range * WIDTH + 1;
+        std::string const end = range + 1 < RANGES ? "-" + number(first + WIDTH - 1) : " and more";
+        out += (out.empty() ? "" : ", ") + number(first) + end + ": " + number(lengths.item_count(range));
+    }
+    return out;
+}
+
 std::string content(Fit const &fit, Block const &block)
 {
     if (block.is_pad)
@@ -82,9 +84,9 @@ std::string content(Fit const &fit, Block const &block)
         LogicElement const &element = fit.packing.elements[index];
         out += " ";
         if (element.lut != NONE)
-            out += fit.netlist.cells[element.lut].name;
+            out += fit.netlist->cells[element.lut].name;
         if (element.flop != NONE)
-            out += ">" + fit.netlist.cells[element.flop].name;
+            out += ">" + fit.netlist->cells[element.flop].name;
     }
     return out;
 }
@@ -108,7 +110,7 @@ std::string routing_rows(Fit const &fit)
     for (std::size_t i = 0; i < fit.packing.nets.size(); ++i) {
         FabricNet const &net = fit.packing.nets[i];
         Tree const &tree = fit.routing.trees[i];
-        out += fit.netlist.nets[net.net].name + "\t" + number(net.blocks.size()) + "\t" + number(tree.size()) + "\t";
+        out += fit.netlist->nets[net.net].name + "\t" + number(net.blocks.size()) + "\t" + number(tree.size()) + "\t";
         for (std::size_t branch = 0; branch < tree.size(); ++branch) {
             Index const parent = tree[branch].parent;
             if (parent == NONE)
@@ -145,7 +147,7 @@ std::string temporary_name(std::string const &path)
 
 std::string summary(Fit const &fit)
 {
-    Netlist const &netlist = fit.netlist;
+    Netlist const &netlist = *fit.netlist;
     Placement const &placement = fit.placement;
     Routing const &routing = fit.routing;
     std::string out;
@@ -169,11 +171,13 @@ std::string summary(Fit const &fit)
         line("routed", "wire length " + number(routing.wire_length) + " segments, " + number(routing.converged_length) +
                            " before refinement, peak channel use " + number(routing.peak_use) + ", " +
                            number(routing.iterations) + " iterations, " + number(routing.refinements) + " refinements");
+    out += line("net lengths", length_histogram(routing));
     out +=
         line("legal", routing.is_legal() ? "yes" : "no, " + number(routing.overused_segments) + " segments overused");
     out += line("slowest path", path_summary(fit));
     if (fit.timing.untimed_luts != 0)
-        out += line("not timed", number(fit.timing.untimed_luts) + " LUTs on or behind combinational loops");
+        out += line("not timed", number(fit.timing.untimed_luts) + " LUTs on or behind combinational loops, from " +
+                                     described(fit, fit.timing.first_untimed) + " on");
     return out;
 }
 

@@ -4,6 +4,7 @@
 
 #include "timing.h"
 
+#include <memory>
 #include <string>
 
 namespace fitter {
@@ -11,7 +12,7 @@ namespace fitter {
 /// All that a run finds out.
 struct Fit
 {
-    Netlist netlist;
+    std::unique_ptr<Netlist> netlist;
     Packing packing;
     Device device{1};
     Placement placement;

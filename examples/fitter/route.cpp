@@ -10,6 +10,7 @@
 // so at least (distance - 1) / 2 further segments are needed, each with a cost of 1 or more.
 #include "route.h"
 
+#include "checked_sum.h"
 #include "stage.h"
 
 #include <algorithm>
@@ -51,6 +52,7 @@ public:
           m_history(device.segments()), m_position_in_tree(device.segments(), NONE), m_reached(device.segments()),
           m_is_target(device.segments())
     {
+        VisibleWork const work("fit2_fit_route_init");
         m_routing.channel_width = options.channel_width;
         m_routing.trees.resize(packing.nets.size());
         m_routing.use.resize(device.segments());
@@ -300,12 +302,13 @@ private:
     {
         m_routing.overused_segments = 0;
         m_routing.peak_use = 0;
-        m_routing.wire_length = 0;
+        CheckedSum length("wire length of the routing");
         for (Index const use : m_routing.use) {
             m_routing.overused_segments += use > m_options.channel_width ? 1 : 0;
             m_routing.peak_use = std::max(m_routing.peak_use, use);
-            m_routing.wire_length += use;
+            length.add(use);
         }
+        m_routing.wire_length = static_cast<std::uint64_t>(length.value());
     }
 
     Packing const &m_packing;

@@ -15,22 +15,24 @@ public:
              Routing const &routing)
         : m_netlist(netlist), m_packing(packing), m_device(device), m_placement(placement), m_routing(routing),
           m_arrival(netlist.cells.size()), m_slowest_input(netlist.cells.size(), NONE),
-          m_open_inputs(netlist.cells.size()), m_segments_to_block(packing.blocks.size())
+          m_open_inputs(netlist.cells.size()), m_segments_to_block(packing.blocks.size()), m_timed(netlist, "timed")
     {
+        VisibleWork const work("fit2_fit_retime_init");
+        for (Index i = 0; i < m_netlist.cells.size(); ++i) {
+            m_open_inputs[i] = is_lut(i) ? static_cast<Index>(m_netlist.cells[i].inputs.size()) : 0;
+            if (m_open_inputs[i] == 0)
+                m_ready.push_back(i);
+        }
     }
 
     Timing run()
     {
-        std::vector<Index> ready;
-        for (Index i = 0; i < m_netlist.cells.size(); ++i) {
-            m_open_inputs[i] = is_lut(i) ? static_cast<Index>(m_netlist.cells[i].inputs.size()) : 0;
-            if (m_open_inputs[i] == 0)
-                ready.push_back(i);
+        for (std::size_t next = 0; next < m_ready.size(); ++next) {
+            m_timed.put_on(m_ready[next]);
+            for (Index const net : m_netlist.cells[m_ready[next]].outputs)
+                propagate(m_ready[next], net);
         }
-        for (std::size_t next = 0; next < ready.size(); ++next)
-            for (Index const net : m_netlist.cells[ready[next]].outputs)
-                propagate(ready[next], net, ready);
-        m_timing.untimed_luts = static_cast<Index>(m_netlist.cells.size() - ready.size());
+        count_untimed();
         trace_path();
         return std::move(m_timing);
     }
@@ -38,7 +40,7 @@ public:
 private:
     bool is_lut(Index cell) const { return m_netlist.cells[cell].kind == CellKind::LUT; }
 
-    void propagate(Index driver, Index net, std::vector<Index> &ready)
+    void propagate(Index driver, Index net)
     {
         Index const leaves = m_arrival[driver] + (is_lut(driver) ? LUT_DELAY : 0);
         measure_wires(net);
@@ -53,7 +55,7 @@ private:
                     m_slowest_input[sink] = driver;
                 }
                 if (--m_open_inputs[sink] == 0)
-                    ready.push_back(sink);
+                    m_ready.push_back(sink);
             }
         }
     }
@@ -79,6 +81,15 @@ private:
         m_last = driver;
     }
 
+    void count_untimed()
+    {
+        for (Index i = 0; i < m_netlist.cells.size(); ++i)
+            if (!m_timed.is_on(i)) {
+                m_timing.first_untimed = std::min(m_timing.first_untimed, i);
+                ++m_timing.untimed_luts;
+            }
+    }
+
     void trace_path()
     {
         if (m_end == NONE)
@@ -98,6 +109,8 @@ private:
     std::vector<Index> m_slowest_input;     // the cell that drives it
     std::vector<Index> m_open_inputs;       // of a LUT, not known yet
     std::vector<Index> m_segments_to_block; // of the net under way
+    std::vector<Index> m_ready;             // cells whose inputs are known, in the order of their visits
+    CellMark m_timed;                       // on cells that were visited
     Timing m_timing;
     Index m_end = NONE;  // of the slowest path
     Index m_last = NONE; // the cell before it

@@ -22,6 +22,7 @@ struct Timing
     Index delay = 0;
     std::vector<PathPoint> path; // from where it is launched to where it is taken; empty if there is none
     Index untimed_luts = 0;      // on combinational loops, or behind one
+    Index first_untimed = NONE;  // cell
 };
 
 /// Paths run from pads, flip-flops and macros through LUTs to pads, flip-flops and macros.

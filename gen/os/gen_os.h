@@ -45,6 +45,12 @@ bool gen_os_case_matters_in_paths();
 /// Between the elements of PATH.
 char gen_os_path_list_separator();
 
+/// What the file names of libraries look like, as a pattern of FIO_FILE_SYSTEM::findfirst().
+char const *gen_os_library_pattern();
+
+/// Whether a link to a library is one more library; where it isn't, it is another name of one.
+bool gen_os_library_links_count();
+
 // Files.
 
 /// Opens a file buffer through the system's long-path form; it has no file yet. Other processes may open the file too.
@@ -52,6 +58,13 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
 
 /// Sets a key in a section of an initialisation file; the result is that of WritePrivateProfileStringA, or 1 and 0.
 int gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file);
+
+/// Creates an empty file of a name that is free in the directory, which begins with the first three characters of the
+/// prefix; safe between processes. The directory is not empty and in the system's separators, and so is the path.
+bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path);
+
+/// The directory for temporary files as the system gives it, with or without a separator at its end.
+bool gen_os_read_temp_directory(std::string &path);
 
 // The process.
 

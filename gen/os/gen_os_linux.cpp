@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include <fcntl.h>
 #include <link.h>
@@ -164,6 +165,16 @@ bool replace_file(std::string const &path, std::string const &text, mode_t mode)
     return false;
 }
 
+// The front of a text, where bytes of the form 10xxxxxx go on with a character of UTF-8.
+std::string first_characters(char const *text, std::size_t count)
+{
+    char const *end = text;
+    for (; *end != '\0'; ++end)
+        if ((static_cast<unsigned char>(*end) & 0xC0U) != 0x80U && count-- == 0)
+            break;
+    return {text, end};
+}
+
 bool is_debugger_attached()
 {
     std::unique_ptr<std::FILE, decltype(&std::fclose)> const status(std::fopen("/proc/self/status", "re"),
@@ -261,6 +272,16 @@ char gen_os_path_list_separator()
     return ':';
 }
 
+char const *gen_os_library_pattern()
+{
+    return "*.so*";
+}
+
+bool gen_os_library_links_count()
+{
+    return false;
+}
+
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
 {
     return buffer.open(path, mode) != nullptr;
@@ -281,6 +302,28 @@ int gen_os_write_private_profile_string(char const *section, char const *key, ch
     if (!gen_set_profile_key(text, section, key, value))
         return 0;
     return text == former || replace_file(path, text, mode) ? 1 : 0;
+}
+
+bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
+{
+    static constexpr char SUFFIX[] = ".tmp";
+    std::string const start = first_characters(prefix, 3);
+    if (start.find_first_of("/\\") != std::string::npos) // it would lead out of the directory
+        return false;
+    std::string name = std::string(directory) + '/' + start + "XXXXXX" + SUFFIX;
+    int const descriptor = mkostemps(name.data(), sizeof SUFFIX - 1, O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    close(descriptor);
+    path = std::move(name);
+    return true;
+}
+
+bool gen_os_read_temp_directory(std::string &path)
+{
+    char const *const value = std::getenv("TMPDIR");
+    path = value != nullptr && *value != '\0' ? value : "/tmp/";
+    return true;
 }
 
 bool gen_os_reserve_address_space(std::size_t size_bytes)

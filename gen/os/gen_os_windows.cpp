@@ -2,6 +2,7 @@
 
 #include "fio_sys.h"
 
+#include <cstring>
 #include <filesystem>
 
 #include <windows.h>
@@ -125,6 +126,16 @@ char gen_os_path_list_separator()
     return ';';
 }
 
+char const *gen_os_library_pattern()
+{
+    return "*.dll";
+}
+
+bool gen_os_library_links_count()
+{
+    return true;
+}
+
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
 {
     return buffer.open(std::filesystem::path(fio_get_unc_full_path(path)), mode) != nullptr;
@@ -133,6 +144,25 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
 int gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file)
 {
     return WritePrivateProfileStringA(section, key, value, file);
+}
+
+bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
+{
+    // Its limit is 14 characters below that of a path, and not every system keeps to it.
+    char buffer[PATH_BUFFER_SIZE] = {};
+    if (std::strlen(directory) > MAX_PATH - 14 || GetTempFileNameA(directory, prefix, 0, buffer) == 0)
+        return false;
+    path = buffer;
+    return true;
+}
+
+bool gen_os_read_temp_directory(std::string &path)
+{
+    char buffer[PATH_BUFFER_SIZE] = {};
+    if (GetTempPathA(PATH_BUFFER_SIZE - 1, buffer) == 0)
+        return false;
+    path = buffer;
+    return true;
 }
 
 bool gen_os_reserve_address_space(std::size_t size_bytes)

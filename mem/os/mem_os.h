@@ -20,4 +20,11 @@ bool mem_os_peak_virtual(std::size_t *bytes);
 /// alone it says nothing: at first it may be above all that this process ever had.
 bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes);
 
+/// True while the system ends the process and has ended every other thread already, wherever it was.
+bool mem_os_is_last_thread_of_exit();
+
+/// Has the functions called around each fork of the process. False if there can't be a call; true also if the platform
+/// has no forks.
+bool mem_os_watch_forks(void (*before)(), void (*in_parent)(), void (*in_child)());
+
 #endif

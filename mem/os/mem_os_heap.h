@@ -52,38 +52,47 @@ inline std::size_t mem_os_heap_aligned_size(void *block)
     return _msize(base) - static_cast<std::size_t>(static_cast<char *>(block) - base);
 }
 
-/// A block of `bytes` or more; null if there is none. `counted_bytes` receives what is to be counted for it.
-inline void *mem_os_heap_allocate(std::size_t bytes, std::size_t *counted_bytes)
+// Walking the stack costs more there than it tells without line tables.
+#define MEM_OS_STACK_OF_CALLER() nullptr
+
+inline void *mem_os_heap_allocate(std::size_t bytes)
 {
-    void *const block = bytes > SIZE_MAX - MARK_BYTES ? nullptr : std::malloc(bytes + MARK_BYTES);
-    if (block != nullptr)
-        *counted_bytes = mem_os_heap_put_mark(block, _msize(block));
-    return block;
+    return bytes > SIZE_MAX - MARK_BYTES ? nullptr : std::malloc(bytes + MARK_BYTES);
 }
 
-/// Releases a block, which may be null, and returns what was counted for it.
-inline std::size_t mem_os_heap_release(void *block)
+inline std::size_t mem_os_heap_begin_count(void *block)
 {
-    std::size_t const counted_bytes = block == nullptr ? 0 : mem_os_heap_take_mark(block, _msize(block));
+    return mem_os_heap_put_mark(block, _msize(block));
+}
+
+inline std::size_t mem_os_heap_end_count(void *block)
+{
+    return block == nullptr ? 0 : mem_os_heap_take_mark(block, _msize(block));
+}
+
+inline void mem_os_heap_release(void *block)
+{
     std::free(block);
-    return counted_bytes;
 }
 
-/// The same at a multiple of `alignment`, a power of 2; such blocks are released by the function below alone.
-inline void *mem_os_heap_allocate_aligned(std::size_t bytes, std::size_t alignment, std::size_t *counted_bytes)
+inline void *mem_os_heap_allocate_aligned(std::size_t bytes, std::size_t alignment)
 {
-    void *const block = bytes > SIZE_MAX - MARK_BYTES ? nullptr : _aligned_malloc(bytes + MARK_BYTES, alignment);
-    if (block != nullptr)
-        *counted_bytes = mem_os_heap_put_mark(block, mem_os_heap_aligned_size(block));
-    return block;
+    return bytes > SIZE_MAX - MARK_BYTES ? nullptr : _aligned_malloc(bytes + MARK_BYTES, alignment);
 }
 
-inline std::size_t mem_os_heap_release_aligned(void *block)
+inline std::size_t mem_os_heap_begin_count_aligned(void *block)
 {
-    std::size_t const counted_bytes =
-        block == nullptr ? 0 : mem_os_heap_take_mark(block, mem_os_heap_aligned_size(block));
+    return mem_os_heap_put_mark(block, mem_os_heap_aligned_size(block));
+}
+
+inline std::size_t mem_os_heap_end_count_aligned(void *block)
+{
+    return block == nullptr ? 0 : mem_os_heap_take_mark(block, mem_os_heap_aligned_size(block));
+}
+
+inline void mem_os_heap_release_aligned(void *block)
+{
     _aligned_free(block);
-    return counted_bytes;
 }
 
 #else
@@ -93,36 +102,54 @@ inline std::size_t mem_os_heap_release_aligned(void *block)
 // The operators of the executable serve every module of the process, so what is released was counted. The heap knows
 // the size of a block, which makes all forms of delete alike.
 
-/// A block of `bytes` or more; null if there is none. `counted_bytes` receives what is to be counted for it.
-inline void *mem_os_heap_allocate(std::size_t bytes, std::size_t *counted_bytes)
+/// Where the stack of the function that asks stands once it has returned; null if that is of no use.
+#define MEM_OS_STACK_OF_CALLER() __builtin_dwarf_cfa()
+
+/// A block of `bytes` or more; null if there is none. The heaps of Linux give a block also for 0 bytes.
+inline void *mem_os_heap_allocate(std::size_t bytes)
 {
-    void *const block = std::malloc(bytes == 0 ? 1 : bytes);
-    *counted_bytes = malloc_usable_size(block);
-    return block;
+    return std::malloc(bytes);
 }
 
-/// Releases a block, which may be null, and returns what was counted for it.
-inline std::size_t mem_os_heap_release(void *block)
+/// What is to be counted for a block that was just allocated.
+inline std::size_t mem_os_heap_begin_count(void *block)
 {
-    std::size_t const counted_bytes = malloc_usable_size(block);
+    return malloc_usable_size(block);
+}
+
+/// What was counted for a block, which may be null, and is about to be released.
+inline std::size_t mem_os_heap_end_count(void *block)
+{
+    return malloc_usable_size(block);
+}
+
+inline void mem_os_heap_release(void *block)
+{
     std::free(block);
-    return counted_bytes;
 }
 
 /// The same at a multiple of `alignment`, a power of 2; such blocks are released by the function below alone.
-inline void *mem_os_heap_allocate_aligned(std::size_t bytes, std::size_t alignment, std::size_t *counted_bytes)
+inline void *mem_os_heap_allocate_aligned(std::size_t bytes, std::size_t alignment)
 {
     void *block = nullptr;
     std::size_t const least = sizeof(void *);
-    if (posix_memalign(&block, alignment < least ? least : alignment, bytes == 0 ? 1 : bytes) != 0)
-        return nullptr;
-    *counted_bytes = malloc_usable_size(block);
-    return block;
+    int const error = posix_memalign(&block, alignment < least ? least : alignment, bytes);
+    return error == 0 ? block : nullptr;
 }
 
-inline std::size_t mem_os_heap_release_aligned(void *block)
+inline std::size_t mem_os_heap_begin_count_aligned(void *block)
 {
-    return mem_os_heap_release(block);
+    return malloc_usable_size(block);
+}
+
+inline std::size_t mem_os_heap_end_count_aligned(void *block)
+{
+    return malloc_usable_size(block);
+}
+
+inline void mem_os_heap_release_aligned(void *block)
+{
+    std::free(block);
 }
 
 #endif

@@ -125,7 +125,17 @@ bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes)
     return mem_os_working_set(bytes) && read_resource_mark(mark_bytes);
 }
 
-__thread MEM_THREAD_COUNT mem_thread_record __attribute__((tls_model("initial-exec"))) = {};
+bool mem_os_is_last_thread_of_exit()
+{
+    return false;
+}
+
+bool mem_os_watch_forks(void (*before)(), void (*in_parent)(), void (*in_child)())
+{
+    return pthread_atfork(before, in_parent, in_child) == 0;
+}
+
+__thread MEM_THREAD_COUNT mem_thread_record __attribute__((tls_model("initial-exec")));
 
 bool mem_os_watch_thread_end(void (*ended)(MEM_THREAD_COUNT &count))
 {

@@ -3,31 +3,84 @@
 #ifndef MEM_OS_THREAD_H
 #define MEM_OS_THREAD_H
 
+#include "mem/mem_lock.h"
 #include "zel_export_sys.h"
 
+#include <atomic>
 #include <cstdint>
 
-/// All zero on a new thread. Only its own thread reads or writes it.
+/// What a thread has counted. Its own thread alone changes `bytes`, and others read it; the words beside it are also
+/// changed by threads that fold, in the lock. All zero on a new thread.
+///
+/// The limits are so that the first count goes beyond them, and every count while blocks are watched or after the end
+/// of the thread has been told: what is to be done besides adding then costs the others nothing.
 struct MEM_THREAD_COUNT
 {
-    /// Allocated less released since the last fold.
-    std::int64_t pending_bytes;
-    /// Fold when the pending bytes come as far as this from 0; at 0 every count folds.
-    std::int64_t fold_bytes;
-    /// Living objects of MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT.
-    std::uint32_t suspensions;
-    /// The end of the thread has been told.
-    bool ended;
+    /// Allocated less released.
+    std::atomic<std::int64_t> bytes{0};
+    /// The highest `bytes` since the last fold.
+    std::atomic<std::int64_t> peak_bytes{0};
+    /// An allocation that comes up to the first, or a release that comes down to the second, has more to do.
+    std::atomic<std::int64_t> high_bytes{0};
+    std::atomic<std::int64_t> low_bytes{0};
+    /// Living objects of MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT. Of its own thread.
+    std::uint32_t suspensions = 0;
+
+    /// NEW: nothing was counted yet. LISTED: others may fold it. ENDED: the end of the thread has been told, or can't
+    /// be, and each count folds. Written by its own thread, in the lock.
+    enum STATE : std::uint8_t
+    {
+        NEW,
+        LISTED,
+        ENDED
+    };
+    STATE state = NEW;
+    MEM_LOCK lock;
+    /// What of `bytes` is in the total of the process.
+    std::atomic<std::int64_t> folded_bytes{0};
+    /// The list of the threads, in its lock.
+    MEM_THREAD_COUNT *next = nullptr;
+    MEM_THREAD_COUNT *previous = nullptr;
+
+    void add(std::int64_t allocated_bytes) { set(bytes.load(std::memory_order_relaxed) + allocated_bytes); }
+
+    /// Counts an allocation, of its own thread, if that is all there is to do.
+    bool try_add(std::int64_t allocated_bytes)
+    {
+        std::int64_t const now = bytes.load(std::memory_order_relaxed) + allocated_bytes;
+        if (now >= high_bytes.load(std::memory_order_relaxed) || suspensions != 0)
+            return false;
+        set(now);
+        return true;
+    }
+
+    /// The same for a release.
+    bool try_take(std::int64_t released_bytes)
+    {
+        std::int64_t const now = bytes.load(std::memory_order_relaxed) - released_bytes;
+        if (now <= low_bytes.load(std::memory_order_relaxed) || suspensions != 0)
+            return false;
+        bytes.store(now, std::memory_order_relaxed);
+        return true;
+    }
+
+private:
+    void set(std::int64_t now)
+    {
+        bytes.store(now, std::memory_order_relaxed);
+        if (now > peak_bytes.load(std::memory_order_relaxed))
+            peak_bytes.store(now, std::memory_order_relaxed);
+    }
 };
 
 #ifdef _WIN32
 /// The record of the calling thread; null if it has none, or none any more: the caller counts elsewhere.
 MEM_THREAD_COUNT *mem_os_thread_count();
 
-/// Adds to the calling thread's record where that takes no call and is all there is to do. False: nothing was added.
-inline bool mem_os_count_in_place(std::int64_t)
+/// The record of the calling thread where it is reached without a call into the library, else null.
+inline MEM_THREAD_COUNT *mem_os_thread_count_in_place()
 {
-    return false;
+    return nullptr;
 }
 #else
 // The library is there when the process starts, so its records may lie at a fixed distance from the thread pointer.
@@ -40,14 +93,9 @@ inline MEM_THREAD_COUNT *mem_os_thread_count()
     return &mem_thread_record;
 }
 
-inline bool mem_os_count_in_place(std::int64_t bytes)
+inline MEM_THREAD_COUNT *mem_os_thread_count_in_place()
 {
-    MEM_THREAD_COUNT &count = mem_thread_record;
-    std::int64_t const pending = count.pending_bytes + bytes;
-    if (count.suspensions != 0 || pending >= count.fold_bytes || pending <= -count.fold_bytes)
-        return false;
-    count.pending_bytes = pending;
-    return true;
+    return &mem_thread_record;
 }
 #endif
 

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <new>
 #include <psapi.h>
 
 namespace {
@@ -47,13 +48,14 @@ Slots const &slots()
 
 MEM_THREAD_COUNT *make_record(Slots const &s)
 {
-    void *const record = HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, sizeof(MEM_THREAD_COUNT));
-    if (record == nullptr)
+    void *const memory = HeapAlloc(GetProcessHeap(), 0, sizeof(MEM_THREAD_COUNT));
+    if (memory == nullptr)
         return nullptr;
+    MEM_THREAD_COUNT *const record = new (memory) MEM_THREAD_COUNT;
     if (TlsSetValue(s.record, record) && FlsSetValue(s.end, record))
-        return static_cast<MEM_THREAD_COUNT *>(record);
+        return record;
     TlsSetValue(s.record, nullptr);
-    HeapFree(GetProcessHeap(), 0, record);
+    HeapFree(GetProcessHeap(), 0, memory);
     return nullptr;
 }
 
@@ -93,6 +95,20 @@ bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes)
         return false;
     *bytes = counters.WorkingSetSize;
     *mark_bytes = counters.PeakWorkingSetSize;
+    return true;
+}
+
+bool mem_os_is_last_thread_of_exit()
+{
+    using QUESTION = BOOLEAN(NTAPI *)();
+    HMODULE const library = GetModuleHandleA("ntdll.dll");
+    FARPROC const function = library == nullptr ? nullptr : GetProcAddress(library, "RtlDllShutdownInProgress");
+    auto const question = reinterpret_cast<QUESTION>(reinterpret_cast<void *>(function));
+    return question != nullptr && question() != FALSE;
+}
+
+bool mem_os_watch_forks(void (*)(), void (*)(), void (*)())
+{
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "tests/support/child_process.h"
 
 #include <cstdio>
+#include <utility>
 
 #ifndef _WIN32
 #include <sys/wait.h>
@@ -32,16 +33,32 @@ int close_pipe(std::FILE *pipe)
 
 } // namespace
 
-ChildResult run_child(std::string const &program, std::string const &arguments)
+ChildProcess::ChildProcess(std::string const &program, std::string const &arguments)
 {
     std::fflush(nullptr);
-    std::FILE *const pipe = open_pipe('"' + program + "\" " + arguments + " 2>&1");
-    if (pipe == nullptr)
-        return {-1, ""};
+    m_pipe = open_pipe('"' + program + "\" " + arguments + " 2>&1");
+}
+
+ChildProcess::ChildProcess(ChildProcess &&other) noexcept : m_pipe(std::exchange(other.m_pipe, nullptr)) {}
+
+ChildProcess::~ChildProcess()
+{
+    wait();
+}
+
+ChildResult ChildProcess::wait()
+{
     ChildResult result{-1, ""};
-    for (int byte = std::getc(pipe); byte != EOF; byte = std::getc(pipe))
+    if (m_pipe == nullptr)
+        return result;
+    for (int byte = std::getc(m_pipe); byte != EOF; byte = std::getc(m_pipe))
         if (byte != '\r')
             result.output += static_cast<char>(byte);
-    result.status = close_pipe(pipe);
+    result.status = close_pipe(std::exchange(m_pipe, nullptr));
     return result;
+}
+
+ChildResult run_child(std::string const &program, std::string const &arguments)
+{
+    return ChildProcess(program, arguments).wait();
 }

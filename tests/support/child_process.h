@@ -1,7 +1,8 @@
-// A program run to its end by a test.
+// Programs run to their ends by a test, one after the other or at once.
 #ifndef TESTS_SUPPORT_CHILD_PROCESS_H
 #define TESTS_SUPPORT_CHILD_PROCESS_H
 
+#include <cstdio>
 #include <string>
 
 struct ChildResult
@@ -10,10 +11,25 @@ struct ChildResult
     std::string output; ///< what it wrote to both standard streams, with "\n" as line end
 };
 
-/// Runs a program with the environment and the current directory of this process.
-///
-/// @param program    its full path
-/// @param arguments  words with blanks between, passed through the command interpreter
+/// A program that runs beside this process, with its environment and its current directory.
+class ChildProcess
+{
+public:
+    /// @param program    its full path
+    /// @param arguments  words with blanks between, passed through the command interpreter
+    explicit ChildProcess(std::string const &program, std::string const &arguments = "");
+    ~ChildProcess();
+    ChildProcess(ChildProcess &&other) noexcept;
+    ChildProcess &operator=(ChildProcess &&) = delete;
+
+    /// Waits for its end. A program must be waited for once, since its output has no other room than the pipe's.
+    ChildResult wait();
+
+private:
+    std::FILE *m_pipe; // null if the program could not be run, or has ended
+};
+
+/// Runs a program to its end.
 ChildResult run_child(std::string const &program, std::string const &arguments = "");
 
 #endif

@@ -1,8 +1,11 @@
 #include "tests/support/gen_os_fake.h"
 
 #include "gen/os/gen_os.h"
+#include "tests/support/platform.h"
 
+#include <fstream>
 #include <limits>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -20,6 +23,7 @@ struct Script
     std::uint64_t job_kernel = 0;
     std::uint64_t process_user = 0;
     std::uint64_t process_kernel = 0;
+    std::uint64_t split_reading_count = 0;
     std::int64_t calendar_msec = 0;
     std::string executable_path = "/fake/bin/tool";
     std::string library_path;
@@ -29,6 +33,9 @@ struct Script
     gen_os_fake_profile_call profile_call;
     int profile_result = 0;
     std::string debug_output;
+    std::istringstream temp_file_names;
+    std::string temp_file_requests;
+    std::string temp_directory;
 };
 
 // Made at the first use and kept, since the library asks before and after every static object of a test.
@@ -90,6 +97,10 @@ void gen_os_fake_set_process_cpu(std::uint64_t user, std::uint64_t kernel)
     script().process_user = user;
     script().process_kernel = kernel;
 }
+std::uint64_t gen_os_fake_split_reading_count()
+{
+    return script().split_reading_count;
+}
 
 void gen_os_fake_set_calendar_msec(std::int64_t msec)
 {
@@ -110,6 +121,20 @@ void gen_os_fake_set_case_matters(bool case_matters)
 void gen_os_fake_set_reservation_limit(std::size_t count)
 {
     script().reservation_limit = count;
+}
+void gen_os_fake_set_temp_file_names(char const *names)
+{
+    script().temp_file_names.clear();
+    script().temp_file_names.str(names);
+    script().temp_file_requests.clear();
+}
+char const *gen_os_fake_temp_file_requests()
+{
+    return script().temp_file_requests.c_str();
+}
+void gen_os_fake_set_temp_directory(char const *path)
+{
+    script().temp_directory = path;
 }
 std::size_t gen_os_fake_reservation_count()
 {
@@ -160,6 +185,7 @@ bool gen_os_read_job_cpu(std::uint64_t &user, std::uint64_t &kernel)
 
 bool gen_os_read_process_cpu(std::uint64_t &user, std::uint64_t &kernel)
 {
+    ++script().split_reading_count;
     if (!script().answers.process_cpu)
         return false;
     user = script().process_user;
@@ -220,6 +246,14 @@ char gen_os_path_list_separator()
 {
     return ':';
 }
+char const *gen_os_library_pattern()
+{
+    return ON_WINDOWS ? "*.dll" : "*.so*";
+}
+bool gen_os_library_links_count()
+{
+    return false;
+}
 
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
 {
@@ -230,6 +264,22 @@ int gen_os_write_private_profile_string(char const *section, char const *key, ch
 {
     script().profile_call = {section, key, value, file};
     return script().profile_result;
+}
+
+bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
+{
+    Script &s = script();
+    s.temp_file_requests += std::string(directory) + '|' + prefix + '\n';
+    std::string name;
+    if (!std::getline(s.temp_file_names, name) || name.empty())
+        return false;
+    path = std::string(directory) + '/' + name;
+    return std::ofstream(path).is_open();
+}
+
+bool gen_os_read_temp_directory(std::string &path)
+{
+    return answer_path(script().temp_directory, path);
 }
 
 bool gen_os_reserve_address_space(std::size_t)

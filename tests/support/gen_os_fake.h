@@ -34,6 +34,8 @@ GEN_API void gen_os_fake_set_answers(gen_os_fake_answers const &answers);
 /// The split figures of the job and of the process, in units of 100 ns.
 GEN_API void gen_os_fake_set_job_cpu(std::uint64_t user, std::uint64_t kernel);
 GEN_API void gen_os_fake_set_process_cpu(std::uint64_t user, std::uint64_t kernel);
+/// How often the process's were asked for.
+GEN_API std::uint64_t gen_os_fake_split_reading_count();
 
 /// The calendar; local time is UTC.
 GEN_API void gen_os_fake_set_calendar_msec(std::int64_t msec);
@@ -58,6 +60,13 @@ struct gen_os_fake_profile_call
 };
 GEN_API gen_os_fake_profile_call gen_os_fake_last_profile_call();
 GEN_API void gen_os_fake_set_profile_result(int result);
+/// The names of the next temporary files in whatever directory, a line each. A file is created even if it is there
+/// already. An empty line, and none left as at start: the system has no answer.
+GEN_API void gen_os_fake_set_temp_file_names(char const *names);
+/// The requests for temporary files since then, a line each: the directory, "|" and the prefix; valid until the next.
+GEN_API char const *gen_os_fake_temp_file_requests();
+/// The directory for temporary files; at start and if empty, the system has no answer.
+GEN_API void gen_os_fake_set_temp_directory(char const *path);
 
 /// What came through the debug channel so far; valid until the next text.
 GEN_API char const *gen_os_fake_debug_output();

@@ -281,12 +281,12 @@ MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT::~MEM_TBB_NO_TRACK_ALLOC_DEALLOC
     --l_suspensions;
 }
 
-void mem_count_allocation(std::size_t bytes)
+void mem_count_allocation(void const *, std::size_t bytes, void const *, void const *)
 {
     l_counted_allocations += bytes;
 }
 
-void mem_count_release(std::size_t bytes)
+void mem_count_release(void const *, std::size_t bytes)
 {
     l_counted_releases += bytes;
 }

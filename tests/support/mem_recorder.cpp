@@ -3,6 +3,8 @@
 #include "gen/gen_statics.h"
 #include "mem_sys.h"
 
+#include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -56,6 +58,17 @@ bool mem_msg_local_vdebug(char const *module, char const *format, char *argument
     std::memcpy(&argument, arguments, sizeof argument);
     mem_record().calls.push_back(std::string("debug ") + module + ' ' + format + ' ' + argument);
     return true;
+}
+
+void stl_sprintf(std::string *out, char const *format, ...)
+{
+    char buffer[256] = {};
+    va_list arguments;
+    va_start(arguments, format);
+    if (mem_record().formats)
+        std::vsnprintf(buffer, sizeof buffer, format, arguments);
+    va_end(arguments);
+    *out = buffer;
 }
 
 void mem_set_gen_get_kalvern_path_callback(std::string (*callback)())

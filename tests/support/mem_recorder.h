@@ -26,6 +26,8 @@ struct MEM_RECORD
 
     /// What mem_cfg_is_on() answers.
     bool is_on = false;
+    /// Whether stl_sprintf() works; otherwise its texts are empty.
+    bool formats = true;
     /// Called when the initialiser is released.
     void (*at_release)() = nullptr;
 };

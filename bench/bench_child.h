@@ -1,0 +1,52 @@
+// Work that can be done once in a process, or that leaves much behind: each run of it has a process of its own.
+#ifndef BENCH_CHILD_H
+#define BENCH_CHILD_H
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+/// Runs `work`, which gives seconds, in a copy of this process whose current directory is new and empty and goes with
+/// it. Negative if the process fails. No other thread may run meanwhile.
+template <typename WORK>
+double seconds_in_child(WORK work)
+{
+    std::string directory = (std::filesystem::temp_directory_path() / "zel_bench_XXXXXX").string();
+    int ends[2];
+    if (mkdtemp(directory.data()) == nullptr || pipe(ends) != 0)
+        return -1;
+    pid_t const child = fork();
+    if (child == 0) {
+        std::filesystem::current_path(directory);
+        double const seconds = work();
+        _exit(write(ends[1], &seconds, sizeof seconds) == sizeof seconds ? 0 : 1);
+    }
+    close(ends[1]);
+    double seconds;
+    if (read(ends[0], &seconds, sizeof seconds) != sizeof seconds)
+        seconds = -1;
+    close(ends[0]);
+    if (child > 0)
+        waitpid(child, nullptr, 0);
+    std::filesystem::remove_all(directory);
+    return seconds;
+}
+
+/// An iteration is one `count`th of such a run.
+template <typename WORK>
+void run_in_children(benchmark::State &state, std::int64_t count, WORK work)
+{
+    for (auto _ : state) {
+        double const seconds = seconds_in_child(work);
+        if (seconds < 0)
+            state.SkipWithError("the process failed");
+        state.SetIterationTime(seconds / static_cast<double>(count));
+    }
+}
+
+#endif

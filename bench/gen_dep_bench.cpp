@@ -1,0 +1,187 @@
+// Dependencies on memory, for a count of addresses that is the argument. One iteration is
+//
+//     create_remove   the creating of a dependency on each address, and then the removing of each
+//     exported        the same through the functions that tools call
+//     invalidate      a pass over each address, one dependant on each
+//     one_address     one pass over an address that has so many dependants
+//
+// Each run but "exported" has a registry of its own: the ids of an address are kept for good, and the appending to
+// ever longer rows of them would be measured instead. The floor of the first is the insertion into and the erasure from
+// one std::unordered_map of the same records; the second floor adds what has to be kept besides, the ids of each
+// address: a lookup by address and an append. The floor of the passes is a lookup of the record in a
+// std::unordered_map, its copy into a vector, since callbacks run from copies, and the call; a pass has two tables to
+// look into. The peer is one boost::signals2::signal: connections made and cut, and one emission to all.
+#include "gen/gen_dep_registry.h"
+
+#include "bench/bench.h"
+
+#include <boost/signals2.hpp>
+
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+using CALLBACK = GEN_DEP_REGISTRY::CALLBACK;
+
+// Objects as a tool allocates them.
+struct Object
+{
+    char bytes[64];
+};
+using Objects = std::vector<Object>;
+
+struct Record
+{
+    void const *memory;
+    CALLBACK callback;
+    unsigned uid;
+};
+
+std::uint64_t l_calls = 0;
+
+CALLBACK callback()
+{
+    return [calls = &l_calls](unsigned uid) { *calls += uid; };
+}
+
+std::size_t count_of(benchmark::State const &state)
+{
+    return static_cast<std::size_t>(state.range(0));
+}
+
+void create_remove(benchmark::State &state)
+{
+    Objects objects(count_of(state));
+    std::vector<unsigned> uids(objects.size());
+    CALLBACK const noted = callback();
+    GEN_DEP_REGISTRY registry;
+    for (auto _ : state) {
+        for (std::size_t i = 0; i < objects.size(); ++i)
+            uids[i] = registry.create_dependency(&objects[i], noted);
+        for (unsigned const uid : uids)
+            registry.remove_dependency(uid);
+    }
+}
+
+void exported(benchmark::State &state)
+{
+    Object const object{};
+    CALLBACK const noted = callback();
+    for (auto _ : state)
+        GEN_DEP::remove_dependency(GEN_DEP::create_dependency(&object, noted));
+}
+
+template <bool KEEPS_IDS>
+void insert_erase(benchmark::State &state)
+{
+    Objects objects(count_of(state));
+    std::vector<unsigned> uids(objects.size());
+    CALLBACK const noted = callback();
+    std::unordered_map<unsigned, Record> records;
+    std::unordered_map<void const *, std::vector<unsigned>> uids_of_memory;
+    unsigned next_uid = 1;
+    for (auto _ : state) {
+        for (std::size_t i = 0; i < objects.size(); ++i) {
+            uids[i] = next_uid++;
+            if constexpr (KEEPS_IDS)
+                uids_of_memory[&objects[i]].push_back(uids[i]);
+            records.emplace(uids[i], Record{&objects[i], noted, uids[i]});
+        }
+        for (unsigned const uid : uids)
+            records.erase(uid);
+    }
+}
+
+void connect_disconnect(benchmark::State &state)
+{
+    boost::signals2::signal<void(unsigned)> signal;
+    std::vector<boost::signals2::connection> connections(count_of(state));
+    CALLBACK const noted = callback();
+    for (auto _ : state) {
+        for (boost::signals2::connection &connection : connections)
+            connection = signal.connect(noted);
+        for (boost::signals2::connection const &connection : connections)
+            connection.disconnect();
+    }
+}
+
+void invalidate(benchmark::State &state)
+{
+    Objects objects(count_of(state));
+    GEN_DEP_REGISTRY registry;
+    for (Object const &object : objects)
+        registry.create_dependency(&object, callback());
+    for (auto _ : state)
+        for (Object const &object : objects)
+            registry.memory_is_being_invalidated(&object);
+}
+
+void find_copy_call(benchmark::State &state)
+{
+    Objects objects(count_of(state));
+    std::unordered_map<void const *, Record> records;
+    for (Object const &object : objects)
+        records.emplace(&object, Record{&object, callback(), 1});
+    for (auto _ : state)
+        for (Object const &object : objects) {
+            std::vector<Record> copies;
+            if (auto const record = records.find(&object); record != records.end())
+                copies.push_back(record->second);
+            for (Record const &copy : copies)
+                copy.callback(copy.uid);
+        }
+}
+
+void one_address(benchmark::State &state)
+{
+    GEN_DEP_REGISTRY registry;
+    for (std::size_t i = 0; i < count_of(state); ++i)
+        registry.create_dependency(nullptr, callback());
+    for (auto _ : state)
+        registry.memory_is_being_invalidated(nullptr);
+}
+
+void emit(benchmark::State &state)
+{
+    boost::signals2::signal<void(unsigned)> signal;
+    for (std::size_t i = 0; i < count_of(state); ++i)
+        signal.connect(callback());
+    for (auto _ : state)
+        signal(1);
+}
+
+void counts(benchmark::internal::Benchmark *benchmark)
+{
+    for (int const count : {1, 100, 10000, 1000000})
+        benchmark->Arg(count);
+}
+
+BENCHMARK(insert_erase<false>)->Name("floor/insert_erase")->Apply(counts);
+BENCHMARK(insert_erase<true>)->Name("floor/insert_erase_ids")->Apply(counts);
+BENCHMARK(connect_disconnect)->Name("peer/connect_disconnect")->Apply(counts);
+BENCHMARK(create_remove)->Name("create_remove")->Apply(counts);
+BENCHMARK(exported)->Name("exported");
+BENCHMARK(find_copy_call)->Name("floor/find_copy_call")->Apply(counts);
+BENCHMARK(invalidate)->Name("invalidate")->Apply(counts);
+BENCHMARK(emit)->Name("peer/emit")->Apply(counts);
+BENCHMARK(one_address)->Name("one_address")->Apply(counts);
+
+bool const l_has_goals = [] {
+    std::vector<BenchRatio> &rows = bench_ratios();
+    rows.push_back({"exported functions / insert + erase", "exported", "floor/insert_erase/1", 1.5});
+    for (char const *count : {"/1", "/100", "/10000", "/1000000"}) {
+        std::string const n = count;
+        rows.push_back({"create + remove / insert + erase, " + n, "create_remove" + n, "floor/insert_erase" + n, 1.5});
+        rows.push_back(
+            {"  the same with the ids of addresses kept", "create_remove" + n, "floor/insert_erase_ids" + n, 1.15});
+        rows.push_back({"  / connect + disconnect", "create_remove" + n, "peer/connect_disconnect" + n, 0.5});
+        rows.push_back(
+            {"pass over each address / find + copy + call", "invalidate" + n, "floor/find_copy_call" + n, 2.0});
+        rows.push_back({"pass over one address / emission", "one_address" + n, "peer/emit" + n, 1.0});
+    }
+    return true;
+}();
+
+} // namespace

@@ -1,0 +1,54 @@
+#include "err_sys.h"
+
+#include "err/err_demangle.h"
+#include "err/os/err_os.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+bool begins_with(std::string_view text, std::string_view beginning)
+{
+    return text.substr(0, beginning.size()) == beginning;
+}
+
+// By the file where it is known: a function of the library may be defined anywhere. Else by the name in the form of the
+// linker, in which no type of a result or an argument stands in front.
+bool is_standard_library(ERR_OS_LINE const &line)
+{
+    if (!line.file.empty())
+        return line.file.find("/include/c++/") != std::string::npos;
+    constexpr std::string_view BEGINNINGS[] = {"_ZNSt", "_ZNKSt", "_ZSt", "_ZNSs", "_ZNKSs",        "_ZNSa",
+                                               "_ZNSo", "_ZNSi",  "_Znw", "_Zna",  "_ZN9__gnu_cxx", "_ZNK9__gnu_cxx"};
+    return std::any_of(std::begin(BEGINNINGS), std::end(BEGINNINGS),
+                       [&line](std::string_view beginning) { return begins_with(line.function, beginning); });
+}
+
+// The compiler's copies of a function for some of its calls are one function to its reader.
+std::string without_clones(std::string const &function)
+{
+    return function.substr(0, function.find(" [clone "));
+}
+
+ERR_LINE line_of(ERR_OS_LINE const &line)
+{
+    return {without_clones(err_demangled(line.function)), line.file, line.line, is_standard_library(line)};
+}
+
+} // namespace
+
+std::vector<ERR_PLACE> err_describe_calls(void const *const *return_addresses, std::size_t count)
+{
+    std::vector<ERR_PLACE> places;
+    places.reserve(count);
+    for (ERR_OS_FRAME const &frame : err_os_describe(return_addresses, count, /*with_inlined=*/true)) {
+        ERR_PLACE place{frame.object, frame.object_offset, {}};
+        for (ERR_OS_LINE const &line : frame.inlined)
+            place.lines.push_back(line_of(line));
+        if (place.lines.empty() && !frame.function.empty())
+            place.lines.push_back(line_of({frame.function, frame.file, frame.line}));
+        places.push_back(std::move(place));
+    }
+    return places;
+}

@@ -1,0 +1,51 @@
+// A pointer to a netlist that doesn't outlive it.
+#ifndef FITTER_NETLIST_LINK_H
+#define FITTER_NETLIST_LINK_H
+
+#include "gen_dep_sys.h"
+#include "netlist.h"
+
+namespace fitter {
+
+/// Becomes null before its netlist goes: the netlist tells all that depend on its address.
+class NetlistLink
+{
+public:
+    NetlistLink() = default;
+    explicit NetlistLink(Netlist const &netlist) { hold(&netlist); }
+    NetlistLink(NetlistLink const &other) { hold(other.m_netlist); }
+    ~NetlistLink() { let_go(); }
+
+    NetlistLink &operator=(NetlistLink const &other)
+    {
+        Netlist const *const netlist = other.m_netlist; // it may be this link
+        let_go();
+        hold(netlist);
+        return *this;
+    }
+
+    /// Null if there was none or if it is gone.
+    Netlist const *get() const { return m_netlist; }
+
+private:
+    void hold(Netlist const *netlist)
+    {
+        m_netlist = netlist;
+        if (netlist != nullptr)
+            m_dependency = GEN_DEP::create_dependency(netlist, [this](GEN_DEP::UID) { let_go(); });
+    }
+
+    void let_go()
+    {
+        GEN_DEP::remove_dependency(m_dependency);
+        m_dependency = 0;
+        m_netlist = nullptr;
+    }
+
+    Netlist const *m_netlist = nullptr;
+    GEN_DEP::UID m_dependency = 0; // 0: none
+};
+
+} // namespace fitter
+
+#endif

@@ -1,0 +1,87 @@
+#include "source.h"
+
+#include "error.h"
+#include "fio_sys.h"
+#include "gen_fstream_sys.h"
+#include "gen_path_sys.h"
+
+#include <filesystem>
+#include <utility>
+
+namespace fitter {
+namespace {
+
+char const *place_name(GEN_LIBRARY_PATHS_ENUM place)
+{
+    switch (place) {
+    case GEN_LIBRARY_PATHS_PROJECT_DIR:
+        return "project";
+    case GEN_LIBRARY_PATHS_DB_DIR:
+        return "project database";
+    case GEN_LIBRARY_PATHS_PROJECT_LIBS:
+        return "project library";
+    case GEN_LIBRARY_PATHS_USER_LIBS:
+        return "user library";
+    case GEN_LIBRARY_PATHS_ENV_LIBS:
+        return "library of the environment";
+    default:
+        return "installation";
+    }
+}
+
+std::string name_in_project(std::string const &path)
+{
+    return gen_get_relative_path_if_starts_with_project_dir(path.c_str());
+}
+
+} // namespace
+
+Source read_design(std::string const &name)
+{
+    std::string const path = gen_find_file(name).fullpath();
+    if (path.empty())
+        throw Error("cannot find \"" + name + "\" in the project, its libraries or the installation");
+    return {path, name_in_project(path), read_file(path)};
+}
+
+Source find_searched(std::string const &name, Source const &includer)
+{
+    Source source;
+    std::string beside; // the includer, in terms of its name
+    gen_find_include_file(name.c_str(), includer.path.c_str(), includer.name.c_str(), &source.path, &beside);
+    source.name = beside.empty() ? name_in_project(source.path) : beside;
+    return source;
+}
+
+std::vector<std::string> list_sources(Source const &design)
+{
+    // The design's unit bears the name of its file, without directories if these lie outside the project.
+    std::filesystem::path unit = std::filesystem::path(design.name).replace_extension();
+    if (unit.is_absolute())
+        unit = unit.filename();
+    std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>> files;
+    gen_get_source_files(unit.generic_string(), &files);
+    std::vector<std::string> names;
+    names.reserve(files.size());
+    for (auto const &[place, path] : files)
+        names.push_back(name_in_project(path.fullpath()) + " (" + place_name(place) + ")");
+    return names;
+}
+
+std::string read_file(std::string const &path)
+{
+    constexpr int SHARED = 0x40; // others may read and write it meanwhile
+    std::brisel_ifstream file(path.c_str(), std::ios::binary, SHARED);
+    if (!file.good())
+        throw Error("cannot open \"" + path + "\"");
+    // Block by block: a stream reports a failed read only to the caller of read.
+    std::string text;
+    char block[65536];
+    while (file.read(block, sizeof block) || file.gcount() > 0)
+        text.append(block, static_cast<std::size_t>(file.gcount()));
+    if (file.bad() || !file.eof())
+        throw Error("cannot read \"" + path + "\"");
+    return text;
+}
+
+} // namespace fitter

@@ -1,0 +1,107 @@
+// The project's list of library directories. The input is the list and a text to edit it with, parted by the first line
+// feed. Nothing here touches the disk.
+#include "gen_path_sys.h"
+#include "gen_string_sys.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+using List = std::vector<std::string>;
+
+void require(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
+
+bool is_pattern(std::string const &text)
+{
+    return text.find(';') == std::string::npos && FIO_PATH(text).filename().find_first_of("*?") != std::string::npos;
+}
+
+// The elements of a text: what stands between its ";", nothing left out but the empty ones.
+List elements(std::string const &text)
+{
+    List list;
+    std::string element;
+    for (char const c : is_pattern(text) ? std::string() : text + ';')
+        if (c != ';')
+            element += c;
+        else if (!element.empty()) {
+            list.push_back(FIO_PATH(element).fullpath());
+            element.clear();
+        }
+    return list;
+}
+
+List live_list()
+{
+    List list;
+    for (FIO_PATH const &path : *gen_project_lib_fio_paths())
+        list.push_back(path.fullpath());
+    return list;
+}
+
+std::string joined(List const &list)
+{
+    std::string text;
+    for (std::string const &element : list)
+        text += (text.empty() ? "" : ";") + element;
+    return text;
+}
+
+bool has(List const &list, std::string const &wanted)
+{
+    return std::any_of(list.begin(), list.end(),
+                       [&](std::string const &element) { return gen_stricmp(element.c_str(), wanted.c_str()) == 0; });
+}
+
+// The state is what the edited list makes it, or what the text was if the edit changed nothing.
+void require_state(List const &former, List const &edited, std::string const &former_text)
+{
+    std::string const text = edited.size() == former.size() ? former_text : joined(edited);
+    require(gen_get_project_library_paths() == text);
+    require(live_list() == elements(text));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size)
+{
+    std::string input(data, data + size);
+    std::replace(input.begin(), input.end(), '\0', '0'); // texts of this interface end at a zero
+    std::size_t const border = std::min(input.find('\n'), input.size());
+    std::string const list = input.substr(0, border);
+    std::string const edit = input.substr(std::min(border + 1, input.size()));
+
+    gen_set_project_library_paths(list);
+    require(gen_get_project_library_paths() == list);
+    List const former = live_list();
+    require(former == elements(list));
+
+    List appended = former;
+    for (std::string const &element : elements(edit))
+        if (!has(appended, element))
+            appended.push_back(element);
+    gen_append_project_library_paths(edit);
+    require_state(former, appended, list);
+    gen_append_project_library_paths(edit);
+    require_state(former, appended, list);
+
+    gen_set_project_library_paths(list);
+    List removed = former;
+    List const unwanted = elements(edit);
+    removed.erase(std::remove_if(removed.begin(), removed.end(),
+                                 [&](std::string const &element) { return has(unwanted, element); }),
+                  removed.end());
+    gen_remove_project_library_paths(edit);
+    require_state(former, removed, list);
+
+    gen_set_project_library_paths(list + ";x");
+    gen_remove_project_library_paths(list + ";x");
+    require(gen_get_project_library_paths().empty() && live_list().empty());
+    return 0;
+}

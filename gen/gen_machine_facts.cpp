@@ -1,0 +1,133 @@
+// Facts of GEN_MACHINE_INFO that the system tells by one call each.
+#include "gen_machine_sys.h"
+
+#include "gen/os/gen_os_host.h"
+
+namespace {
+
+// Zeros if the system doesn't tell.
+GEN_HOST_MEMORY read_memory()
+{
+    GEN_HOST_MEMORY memory;
+    gen_os_read_memory(memory);
+    return memory;
+}
+
+// Names of systems that are told apart by version. The first row whose version isn't exceeded gives the name, so a
+// later server has a desktop's name.
+struct SystemName
+{
+    std::uint32_t m_last_major;
+    std::uint32_t m_last_minor;
+    char const *m_workstation;
+    char const *m_server;
+};
+constexpr std::uint32_t ANY = 0xffffffff;
+constexpr SystemName SYSTEM_NAMES[] = {
+    {5, ANY, "Windows XP", "Windows XP"},   {6, 0, "Windows Vista", "Windows Vista"},
+    {6, 1, "Windows 7", "Windows 7"},       {6, 2, "Windows 8", "Windows Server 2012"},
+    {6, ANY, "Windows 8.1", "Windows 8.1"}, {ANY, ANY, "Windows 10", "Windows 10"},
+};
+
+char const *name_of(GEN_OS_VERSION const &version)
+{
+    SystemName const *row = SYSTEM_NAMES;
+    while (version.m_major > row->m_last_major ||
+           (version.m_major == row->m_last_major && version.m_minor > row->m_last_minor))
+        ++row;
+    return version.m_is_workstation ? row->m_workstation : row->m_server;
+}
+
+} // namespace
+
+bool GEN_MACHINE_INFO::get_physical_ram(std::uint64_t *bytes)
+{
+    *bytes = read_memory().m_physical;
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_total_ram(std::uint64_t *bytes)
+{
+    *bytes = read_memory().m_total;
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_available_ram(std::uint64_t *bytes)
+{
+    *bytes = read_memory().m_available;
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_total_usage_ram(std::uint64_t *bytes)
+{
+    GEN_HOST_MEMORY const memory = read_memory();
+    *bytes = memory.m_total - memory.m_available;
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_virtual_ram(std::uint64_t *bytes)
+{
+    GEN_HOST_MEMORY const memory = read_memory();
+    *bytes = memory.m_total - memory.m_physical;
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_os_name(std::string *name)
+{
+    if (name == nullptr)
+        return false;
+    GEN_HOST_DISTRIBUTION distribution;
+    GEN_OS_VERSION version;
+    if (gen_os_read_distribution(distribution))
+        *name = distribution.m_name;
+    else if (gen_os_read_version(version))
+        *name = name_of(version);
+    else
+        return false;
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_os_version(std::string *text)
+{
+    if (text == nullptr)
+        return false;
+    GEN_HOST_DISTRIBUTION distribution;
+    GEN_OS_VERSION version;
+    if (gen_os_read_distribution(distribution))
+        *text = distribution.m_version;
+    else if (gen_os_read_version(version))
+        *text = std::to_string(version.m_major) + '.' + std::to_string(version.m_minor);
+    else
+        return false;
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_platform_name(std::string *name)
+{
+    if (name == nullptr)
+        return false;
+    *name = gen_os_platform_name();
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_platform_name_with_arch(std::string *name)
+{
+    if (!get_platform_name(name))
+        return false;
+    *name += get_os_64_bit() ? "64" : "32";
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_hw_name(std::string *name)
+{
+    if (name == nullptr)
+        return false;
+    // Every 64-bit system has this name; there is no other one that the suite runs on.
+    *name = "x86_64";
+    return true;
+}
+
+bool GEN_MACHINE_INFO::get_os_64_bit()
+{
+    return true;
+}

@@ -1,0 +1,107 @@
+#include "gen/os/gen_os_host.h"
+
+#include "gen/os/gen_os_system_file_linux.h"
+
+#include <netdb.h>
+#include <pwd.h>
+#include <sys/sysinfo.h>
+#include <unistd.h>
+
+namespace {
+
+// Room for a name, terminator included.
+constexpr std::size_t NAME_SIZE = 512;
+
+// First room for the texts of a record of the system's data bases, and the most that is tried.
+constexpr std::size_t FIRST_RECORD_SIZE = 1024;
+constexpr std::size_t LAST_RECORD_SIZE = std::size_t{1024} * 1024;
+
+// Asks with more and more room for the record's texts. `ask` takes the room and gives the system's error number.
+template <typename ASK>
+bool ask_with_room(ASK ask)
+{
+    std::vector<char> room(FIRST_RECORD_SIZE);
+    int error = ask(room);
+    while (error == ERANGE && room.size() < LAST_RECORD_SIZE) {
+        room.resize(room.size() * 2);
+        error = ask(room);
+    }
+    return error == 0;
+}
+
+} // namespace
+
+bool gen_os_read_memory(GEN_HOST_MEMORY &memory)
+{
+    GEN_OS_SYSTEM_FILE const meminfo("/proc/meminfo");
+    if (gen_read_meminfo(meminfo.text(), memory))
+        return true;
+    struct sysinfo info;
+    if (sysinfo(&info) != 0)
+        return false;
+    std::uint64_t const unit = info.mem_unit;
+    memory = {info.totalram * unit, (info.totalram + info.totalswap) * unit, (info.freeram + info.freeswap) * unit};
+    return true;
+}
+
+bool gen_os_read_version(GEN_OS_VERSION &)
+{
+    return false;
+}
+
+bool gen_os_read_distribution(GEN_HOST_DISTRIBUTION &distribution)
+{
+    return gen_read_os_release(GEN_OS_SYSTEM_FILE("/etc/os-release").text(), distribution) ||
+           gen_read_os_release(GEN_OS_SYSTEM_FILE("/usr/lib/os-release").text(), distribution);
+}
+
+char const *gen_os_platform_name()
+{
+    return "linux";
+}
+
+bool gen_os_read_host_name(std::string &name)
+{
+    char text[NAME_SIZE] = "";
+    if (gethostname(text, sizeof text - 1) != 0)
+        return false;
+    name = text;
+    return true;
+}
+
+bool gen_os_read_user_name(std::string &name)
+{
+    passwd record;
+    passwd *found = nullptr;
+    return ask_with_room([&](std::vector<char> &room) {
+        int const error = getpwuid_r(geteuid(), &record, room.data(), room.size(), &found);
+        if (found != nullptr)
+            name = found->pw_name;
+        return found == nullptr && error == 0 ? ENOENT : error;
+    });
+}
+
+bool gen_os_look_up_host(char const *name, std::vector<std::vector<unsigned char>> &addresses)
+{
+    hostent record;
+    hostent *found = nullptr;
+    return ask_with_room([&](std::vector<char> &room) {
+        int lookup_error = 0;
+        int const error = gethostbyname_r(name, &record, room.data(), room.size(), &found, &lookup_error);
+        if (found == nullptr)
+            return error == 0 ? ENOENT : error;
+        for (char **address = found->h_addr_list; *address != nullptr; ++address)
+            addresses.emplace_back(*address, *address + found->h_length);
+        return error;
+    });
+}
+
+bool gen_os_read_browser_version(std::string &)
+{
+    return false;
+}
+
+char const *gen_os_container_file()
+{
+    return "/proc/1/cgroup";
+}

@@ -1,0 +1,120 @@
+#include "gen/os/gen_os_host.h"
+
+#include <winsock2.h>
+
+#include <windows.h>
+
+namespace {
+
+// Room for names and for the browser's version, as the calls are told it.
+constexpr DWORD HOST_NAME_SIZE = 512;
+constexpr DWORD USER_NAME_SIZE = 256;
+constexpr DWORD BROWSER_VERSION_SIZE = 30;
+
+using RtlGetVersionFunction = LONG(WINAPI *)(OSVERSIONINFOEXW *);
+
+// Not in any import library.
+RtlGetVersionFunction find_rtl_get_version()
+{
+    HMODULE const module = GetModuleHandleW(L"ntdll.dll");
+    if (module == nullptr)
+        return nullptr;
+    FARPROC const function = GetProcAddress(module, "RtlGetVersion");
+    return reinterpret_cast<RtlGetVersionFunction>(reinterpret_cast<void *>(function));
+}
+
+// The socket layer is started only when a look-up tells that it isn't.
+hostent *look_up(char const *name)
+{
+    hostent *record = gethostbyname(name);
+    if (WSAGetLastError() != WSANOTINITIALISED)
+        return record;
+    WSADATA data;
+    if (WSAStartup(MAKEWORD(2, 2), &data) != 0)
+        return nullptr;
+    return gethostbyname(name);
+}
+
+} // namespace
+
+bool gen_os_read_memory(GEN_HOST_MEMORY &memory)
+{
+    MEMORYSTATUS status;
+    status.dwLength = sizeof status;
+    GlobalMemoryStatus(&status);
+    memory = {status.dwTotalPhys, status.dwTotalPageFile, status.dwAvailPageFile};
+    return true;
+}
+
+bool gen_os_read_version(GEN_OS_VERSION &version)
+{
+    RtlGetVersionFunction const rtl_get_version = find_rtl_get_version();
+    OSVERSIONINFOEXW record{};
+    record.dwOSVersionInfoSize = sizeof record;
+    if (rtl_get_version == nullptr || rtl_get_version(&record) != 0)
+        return false;
+    version = {record.dwMajorVersion, record.dwMinorVersion, record.wProductType == VER_NT_WORKSTATION};
+    return true;
+}
+
+bool gen_os_read_distribution(GEN_HOST_DISTRIBUTION &)
+{
+    return false;
+}
+
+char const *gen_os_platform_name()
+{
+    return "windows";
+}
+
+bool gen_os_read_host_name(std::string &name)
+{
+    char text[HOST_NAME_SIZE] = "";
+    DWORD size = sizeof text;
+    if (!GetComputerNameExA(ComputerNameDnsHostname, text, &size))
+        return false;
+    name = text;
+    return true;
+}
+
+bool gen_os_read_user_name(std::string &name)
+{
+    char text[USER_NAME_SIZE + 1] = "";
+    DWORD size = USER_NAME_SIZE;
+    if (!GetUserNameA(text, &size))
+        return false;
+    name = text;
+    return true;
+}
+
+bool gen_os_look_up_host(char const *name, std::vector<std::vector<unsigned char>> &addresses)
+{
+    hostent const *const record = look_up(name);
+    if (record == nullptr)
+        return false;
+    for (char **address = record->h_addr_list; *address != nullptr; ++address)
+        addresses.emplace_back(*address, *address + record->h_length);
+    return true;
+}
+
+bool gen_os_read_browser_version(std::string &version)
+{
+    HKEY key;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\Internet Explorer", 0, KEY_QUERY_VALUE, &key) !=
+        ERROR_SUCCESS)
+        return false;
+    char text[BROWSER_VERSION_SIZE + 1] = "";
+    DWORD size = BROWSER_VERSION_SIZE;
+    bool const was_read =
+        RegQueryValueExA(key, "Version", nullptr, nullptr, reinterpret_cast<BYTE *>(text), &size) == ERROR_SUCCESS;
+    RegCloseKey(key);
+    if (!was_read)
+        return false;
+    version = text;
+    return true;
+}
+
+char const *gen_os_container_file()
+{
+    return nullptr;
+}

@@ -1,0 +1,73 @@
+#include "gen/os/gen_os_machine.h"
+
+#include "gen/gen_machine_text.h"
+#include "gen/os/gen_os_system_file_linux.h"
+
+#include <sched.h>
+#include <unistd.h>
+
+namespace {
+
+// A set of processors as the system calls take it; it has room for all that a kernel can be built for.
+struct ProcessorSet
+{
+    std::uint64_t m_words[8192 / 64];
+};
+
+// Where the process may run, processors beyond the 64 of the masks included; empty until the affinity is read. Written
+// and read by the thread that holds the capture mutex.
+ProcessorSet l_process_set;
+
+bool set_thread_affinity(ProcessorSet const &set)
+{
+    return sched_setaffinity(0, sizeof set, reinterpret_cast<cpu_set_t const *>(set.m_words)) == 0;
+}
+
+} // namespace
+
+bool gen_os_read_processor_count(int &count)
+{
+    long const online = sysconf(_SC_NPROCESSORS_ONLN);
+    if (online < 0)
+        return false;
+    count = static_cast<int>(online);
+    return true;
+}
+
+// The process's own processors are those of its main thread, whose thread id is that of the process. Where /sys isn't
+// mounted, they stand for all.
+bool gen_os_read_affinity(std::uint64_t &process_mask, std::uint64_t &system_mask)
+{
+    ProcessorSet process_set{};
+    if (sched_getaffinity(getpid(), sizeof process_set, reinterpret_cast<cpu_set_t *>(process_set.m_words)) != 0)
+        return false;
+    l_process_set = process_set;
+    process_mask = process_set.m_words[0];
+    GEN_OS_SYSTEM_FILE const online("/sys/devices/system/cpu/online");
+    if (!gen_read_processor_list(online.text(), system_mask))
+        system_mask = process_mask;
+    return true;
+}
+
+// The system itself would let a thread leave the processors of its process.
+bool gen_os_move_thread(std::uint32_t processor_bit)
+{
+    ProcessorSet one{};
+    one.m_words[0] = l_process_set.m_words[0] & processor_bit;
+    return one.m_words[0] != 0 && set_thread_affinity(one);
+}
+
+// The mask is part of the set that was read with it.
+bool gen_os_release_thread(std::uint64_t process_mask)
+{
+    return process_mask != 0 && set_thread_affinity(l_process_set);
+}
+
+bool gen_os_read_nominal_mhz(int &mhz)
+{
+    GEN_OS_SYSTEM_FILE const base_frequency("/sys/devices/system/cpu/cpu0/cpufreq/base_frequency");
+    if (gen_read_base_frequency(base_frequency.text(), mhz))
+        return true;
+    GEN_OS_SYSTEM_FILE const processors("/proc/cpuinfo");
+    return gen_read_processor_frequency(processors.text(), mhz);
+}

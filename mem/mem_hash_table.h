@@ -1,0 +1,103 @@
+// A hash table for the inside of operators new and delete: its memory comes from the plain heap, which isn't counted,
+// and want of memory is an answer. Open addressing with linear probing, at most two thirds full.
+#ifndef MEM_HASH_TABLE_H
+#define MEM_HASH_TABLE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <utility>
+
+/// ENTRY has a member `key` of 64 bits, 0 in an empty place; all else of it may begin with zeros. It is moved as bytes.
+template <typename ENTRY>
+class MEM_HASH_TABLE
+{
+public:
+    /// The entry of a key other than 0; null if there is none. Valid until the table changes.
+    ENTRY *find(std::uint64_t key) const
+    {
+        if (m_entries == nullptr)
+            return nullptr;
+        ENTRY &entry = m_entries[place_of(key)];
+        return entry.key == key ? &entry : nullptr;
+    }
+
+    /// The entry of a key other than 0, made if there is none; null for want of memory.
+    ENTRY *find_or_add(std::uint64_t key)
+    {
+        if (ENTRY *const entry = find(key))
+            return entry;
+        if (m_count >= capacity() / 3 * 2 && !grow())
+            return nullptr;
+        ENTRY &entry = m_entries[place_of(key)];
+        entry.key = key;
+        ++m_count;
+        return &entry;
+    }
+
+    void remove(ENTRY *entry)
+    {
+        // Those behind it in its run move up, as far as they don't stand in front of their own places then.
+        std::size_t hole = static_cast<std::size_t>(entry - m_entries);
+        for (std::size_t i = next(hole); m_entries[i].key != 0; i = next(i)) {
+            std::size_t const wanted = first_place_of(m_entries[i].key);
+            if (((i - wanted) & (capacity() - 1)) >= ((i - hole) & (capacity() - 1))) {
+                m_entries[hole] = m_entries[i];
+                hole = i;
+            }
+        }
+        m_entries[hole] = ENTRY();
+        --m_count;
+    }
+
+    void clear()
+    {
+        std::free(m_entries);
+        m_entries = nullptr;
+        m_bits = 0;
+        m_count = 0;
+    }
+
+private:
+    std::size_t capacity() const { return m_entries == nullptr ? 0 : std::size_t{1} << m_bits; }
+    std::size_t next(std::size_t place) const { return (place + 1) & (capacity() - 1); }
+
+    // The high bits of the product, on which all bits of the key have an influence.
+    std::size_t first_place_of(std::uint64_t key) const
+    {
+        constexpr std::uint64_t GOLDEN = 0x9e3779b97f4a7c15U; // 2^64 over the golden ratio
+        return static_cast<std::size_t>((key * GOLDEN) >> (64 - m_bits));
+    }
+
+    // Where the key is, or would be.
+    std::size_t place_of(std::uint64_t key) const
+    {
+        std::size_t place = first_place_of(key);
+        while (m_entries[place].key != 0 && m_entries[place].key != key)
+            place = next(place);
+        return place;
+    }
+
+    bool grow()
+    {
+        constexpr unsigned FIRST_BITS = 10;
+        MEM_HASH_TABLE larger;
+        larger.m_bits = m_entries == nullptr ? FIRST_BITS : m_bits + 1;
+        larger.m_entries = static_cast<ENTRY *>(std::calloc(std::size_t{1} << larger.m_bits, sizeof(ENTRY)));
+        if (larger.m_entries == nullptr)
+            return false;
+        for (std::size_t i = 0; i < capacity(); ++i)
+            if (m_entries[i].key != 0)
+                larger.m_entries[larger.place_of(m_entries[i].key)] = m_entries[i];
+        std::swap(m_entries, larger.m_entries);
+        m_bits = larger.m_bits;
+        std::free(larger.m_entries);
+        return true;
+    }
+
+    ENTRY *m_entries = nullptr;
+    unsigned m_bits = 0;
+    std::size_t m_count = 0;
+};
+
+#endif

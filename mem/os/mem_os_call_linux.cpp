@@ -1,0 +1,190 @@
+#include "mem/os/mem_os_call.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <link.h>
+#include <pthread.h>
+#include <unwind.h>
+
+namespace {
+
+struct WALK
+{
+    MEM_OS_FRAME *frames;
+    std::size_t capacity;
+    std::size_t count;
+    // Where the upper end of the last of them is if its frame pointer tells it.
+    std::uintptr_t frame_pointer_end;
+};
+
+// A frame whose upper end is told by the frame pointer may have room of any size below it.
+#ifdef __x86_64__
+constexpr bool IS_FRAME_SIZE_KNOWN = true;
+std::uintptr_t end_by_frame_pointer(_Unwind_Context *context)
+{
+    constexpr int RBP = 6;
+    constexpr std::uintptr_t SAVED_BYTES = 16; // the caller's frame pointer and the return address
+    return _Unwind_GetGR(context, RBP) + SAVED_BYTES;
+}
+#else
+constexpr bool IS_FRAME_SIZE_KNOWN = false;
+std::uintptr_t end_by_frame_pointer(_Unwind_Context *)
+{
+    return 0;
+}
+#endif
+
+// The unwinder tells where the stack stands in a frame, and its registers there. The stack of the next frame is this
+// one's upper end.
+_Unwind_Reason_Code take_frame(_Unwind_Context *context, void *data)
+{
+    WALK &walk = *static_cast<WALK *>(data);
+    std::uintptr_t const address = _Unwind_GetIP(context);
+    std::uintptr_t const stack = _Unwind_GetCFA(context);
+    if (walk.count != 0 && walk.frame_pointer_end == stack)
+        walk.frames[walk.count - 1].is_of_fixed_size = false;
+    if (address == 0 || walk.count == walk.capacity)
+        return _URC_END_OF_STACK;
+    walk.frames[walk.count++] = {address, stack, IS_FRAME_SIZE_KNOWN};
+    walk.frame_pointer_end = end_by_frame_pointer(context);
+    return _URC_NO_REASON;
+}
+
+struct MODULE_QUESTION
+{
+    std::uintptr_t address;
+    char *name;
+    std::size_t size;
+};
+
+bool holds(dl_phdr_info const &info, std::uintptr_t address)
+{
+    for (int i = 0; i < info.dlpi_phnum; ++i) {
+        ElfW(Phdr) const &header = info.dlpi_phdr[i];
+        if (header.p_type == PT_LOAD && address - info.dlpi_addr - header.p_vaddr < header.p_memsz)
+            return true;
+    }
+    return false;
+}
+
+char const *file_name(char const *path)
+{
+    char const *const slash = std::strrchr(path, '/');
+    return slash == nullptr ? path : slash + 1;
+}
+
+int answer_module(dl_phdr_info *info, std::size_t, void *data)
+{
+    MODULE_QUESTION const &question = *static_cast<MODULE_QUESTION *>(data);
+    if (!holds(*info, question.address))
+        return 0;
+    // The executable has no name there.
+    char const *const name = *info->dlpi_name == '\0' ? program_invocation_short_name : file_name(info->dlpi_name);
+    std::strncat(question.name, name, question.size - 1);
+    return 1;
+}
+
+// Addresses from the first up to the second.
+struct RANGE
+{
+    std::uintptr_t begin;
+    std::uintptr_t end;
+};
+
+int answer_cxx_runtime(dl_phdr_info *info, std::size_t, void *data)
+{
+    constexpr char PREFIX[] = "libstdc++.so";
+    if (std::strncmp(file_name(info->dlpi_name), PREFIX, sizeof PREFIX - 1) != 0)
+        return 0;
+    RANGE &range = *static_cast<RANGE *>(data);
+    for (int i = 0; i < info->dlpi_phnum; ++i) {
+        ElfW(Phdr) const &header = info->dlpi_phdr[i];
+        if (header.p_type == PT_LOAD && (header.p_flags & PF_X) != 0)
+            range = {info->dlpi_addr + header.p_vaddr, info->dlpi_addr + header.p_vaddr + header.p_memsz};
+    }
+    return 1;
+}
+
+RANGE find_cxx_runtime()
+{
+    RANGE range{1, 1}; // found, and empty
+    dl_iterate_phdr(answer_cxx_runtime, &range);
+    return range;
+}
+
+// Where the C++ runtime is. Found by every thread that asks before the first has stored it: to wait for each other, as
+// the guard of a static does, would be to wait for the loader's lock while one may hold it.
+std::atomic<std::uintptr_t> l_cxx_runtime_begin{0};
+std::atomic<std::uintptr_t> l_cxx_runtime_end{0}; // stored last; 0 until then
+
+RANGE cxx_runtime()
+{
+    std::uintptr_t const end = l_cxx_runtime_end.load(std::memory_order_acquire);
+    if (end != 0)
+        return {l_cxx_runtime_begin.load(std::memory_order_relaxed), end};
+    RANGE const range = find_cxx_runtime();
+    l_cxx_runtime_begin.store(range.begin, std::memory_order_relaxed);
+    l_cxx_runtime_end.store(range.end, std::memory_order_release);
+    return range;
+}
+
+// The calling thread's stack, found at the first question.
+__thread RANGE l_stack __attribute__((tls_model("initial-exec"))) = {};
+
+RANGE stack_of_thread()
+{
+    RANGE range{};
+    pthread_attr_t attributes;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0)
+        return range;
+    void *begin = nullptr;
+    std::size_t size = 0;
+    if (pthread_attr_getstack(&attributes, &begin, &size) == 0)
+        range = {reinterpret_cast<std::uintptr_t>(begin), reinterpret_cast<std::uintptr_t>(begin) + size};
+    pthread_attr_destroy(&attributes);
+    return range;
+}
+
+} // namespace
+
+std::size_t mem_os_walk_stack(MEM_OS_FRAME *frames, std::size_t capacity)
+{
+    WALK walk{frames, capacity, 0, 0};
+    _Unwind_Backtrace(take_frame, &walk);
+    return walk.count;
+}
+
+std::uintptr_t mem_os_stack_end(std::uintptr_t stack)
+{
+    if (l_stack.end == 0)
+        l_stack = stack_of_thread();
+    return l_stack.begin <= stack && stack < l_stack.end ? l_stack.end : 0;
+}
+
+#ifdef __x86_64__
+// The sanitizers know the stack by its variables, and this reads between them.
+__attribute__((no_sanitize("address", "undefined", "thread"))) std::uintptr_t
+mem_os_return_address_at(std::uintptr_t stack)
+{
+    return *reinterpret_cast<std::uintptr_t const *>(stack - sizeof(std::uintptr_t));
+}
+#else
+std::uintptr_t mem_os_return_address_at(std::uintptr_t)
+{
+    return 0;
+}
+#endif
+
+bool mem_os_is_cxx_runtime(std::uintptr_t address)
+{
+    RANGE const range = cxx_runtime();
+    return range.begin <= address && address < range.end;
+}
+
+void mem_os_module_name(std::uintptr_t address, char *name, std::size_t size)
+{
+    *name = '\0';
+    MODULE_QUESTION question{address, name, size};
+    dl_iterate_phdr(answer_module, &question);
+}

@@ -1,0 +1,110 @@
+#include "gen_iterator_sys.h"
+
+#include "gen_path_sys.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+using testing::ElementsAre;
+using testing::ExitedWithCode;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+enum class LEVEL : std::int8_t
+{
+    LOWEST = -128,
+    BELOW = -2,
+    NONE = 0,
+    ABOVE = 2,
+    HIGHEST = 127,
+};
+
+template <typename ENUM>
+std::vector<int> values(ENUM first, ENUM end)
+{
+    std::vector<int> seen;
+    for (ENUM const value : GEN_ENUM_RANGE(first, end))
+        seen.push_back(static_cast<int>(value));
+    return seen;
+}
+
+} // namespace
+
+TEST(GenEnumRange, GivesTheValuesFromTheFirstUpToTheEnd)
+{
+    EXPECT_THAT(values(LEVEL::BELOW, LEVEL::ABOVE), ElementsAre(-2, -1, 0, 1));
+    EXPECT_THAT(values(GEN_LIB_VITAL, GEN_LIB_EDA_VIEWLOGIC), ElementsAre(19, 20, 21));
+    EXPECT_EQ(values(LEVEL::LOWEST, LEVEL::HIGHEST).size(), 255U);
+}
+
+TEST(GenEnumRange, VisitsEveryLibraryTypeInOrder)
+{
+    int expected = 0;
+    for (GEN_LIBRARY_TYPE const type : GEN_ENUM_RANGE(GEN_LIB_ROOT, GEN_LIB_SIZE))
+        EXPECT_EQ(type, expected++);
+    EXPECT_EQ(expected, 31);
+}
+
+TEST(GenEnumRange, IsEmptyWithoutAValueBelowTheEnd)
+{
+    EXPECT_THAT(values(LEVEL::NONE, LEVEL::NONE), IsEmpty());
+    EXPECT_THAT(values(LEVEL::ABOVE, LEVEL::BELOW), IsEmpty());
+    EXPECT_THAT(values(LEVEL::LOWEST, LEVEL::LOWEST), IsEmpty());
+}
+
+TEST(GenEnumRange, IsReadAtCompileTime)
+{
+    constexpr GEN_ENUM_RANGE RANGE(LEVEL::BELOW, LEVEL::NONE);
+    static_assert(*RANGE.begin() == LEVEL::BELOW && *++RANGE.begin() == static_cast<LEVEL>(-1));
+    static_assert(++ ++RANGE.begin() == RANGE.end());
+}
+
+TEST(GenEnumIterator, StepsAndCompares)
+{
+    GEN_ENUM_ITERATOR it(GEN_LIB_ROOT, GEN_LIB_VHDL);
+    EXPECT_EQ(*it, GEN_LIB_ROOT);
+    EXPECT_EQ(*it++, GEN_LIB_ROOT);
+    EXPECT_EQ(*it, GEN_LIB_LIBRARIES);
+    EXPECT_TRUE(it == GEN_ENUM_ITERATOR(GEN_LIB_LIBRARIES, GEN_LIB_VHDL));
+    EXPECT_TRUE(it != GEN_ENUM_ITERATOR(GEN_LIB_ROOT, GEN_LIB_VHDL));
+    EXPECT_TRUE(++it == GEN_ENUM_ITERATOR(GEN_LIB_VHDL, GEN_LIB_VHDL));
+}
+
+TEST(GenEnumIterator, StaysAtTheEnd)
+{
+    GEN_ENUM_ITERATOR it(LEVEL::HIGHEST, LEVEL::HIGHEST);
+    GEN_ENUM_ITERATOR const end = it;
+    EXPECT_TRUE(++it == end);
+    EXPECT_TRUE(it++ == end);
+    EXPECT_TRUE(it == end);
+    EXPECT_TRUE(GEN_ENUM_ITERATOR(LEVEL::ABOVE, LEVEL::NONE) == GEN_ENUM_ITERATOR(LEVEL::NONE, LEVEL::NONE));
+}
+
+TEST(GenEnumIterator, WorksWithTheAlgorithms)
+{
+    GEN_ENUM_RANGE const range(GEN_LIB_ROOT, GEN_LIB_SIZE);
+    EXPECT_EQ(std::distance(range.begin(), range.end()), 31);
+    std::vector<GEN_LIBRARY_TYPE> const types(range.begin(), range.end());
+    ASSERT_EQ(types.size(), 31U);
+    EXPECT_EQ(types.back(), GEN_LIB_WYS_STUB);
+}
+
+TEST(GenEnumIteratorDeathTest, AnEndHasNoValue)
+{
+    auto const is_reported = HasSubstr("Internal error: Cannot dereference an end enum iterator\n");
+    EXPECT_EXIT(*GEN_ENUM_RANGE(GEN_LIB_ROOT, GEN_LIB_SIZE).end(), ExitedWithCode(3), is_reported);
+    EXPECT_EXIT(*GEN_ENUM_RANGE(GEN_LIB_SIZE, GEN_LIB_ROOT).begin(), ExitedWithCode(3), is_reported);
+    EXPECT_EXIT(*GEN_ENUM_ITERATOR<GEN_LIBRARY_TYPE>(), ExitedWithCode(3), is_reported);
+    EXPECT_EXIT(
+        {
+            GEN_ENUM_ITERATOR it(GEN_LIB_WYS_STUB, GEN_LIB_SIZE);
+            *it++;
+            *it;
+        },
+        ExitedWithCode(3), is_reported);
+}

@@ -1,0 +1,23 @@
+// A scripted file system under zel_fio, for tests that count what is asked of it or need answers that no real one gives
+// on demand. It tells cases apart.
+#ifndef TESTS_SUPPORT_FIO_OS_FAKE_H
+#define TESTS_SUPPORT_FIO_OS_FAKE_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+struct FIO_FAKE
+{
+    /// What is there: paths as they are asked for, directories without a slash at the end; whether each is a directory.
+    std::map<std::string, bool> entries;
+    std::string current_directory = "/current";
+    /// The questions in order, each with its path: "exists /a", "is_regular /a/b.v", "list /a/", "status /a",
+    /// "current_directory", and "create /a" and "fopen /a", which always fail.
+    std::vector<std::string> calls;
+};
+
+/// The file system of this process.
+FIO_FAKE &fio_fake();
+
+#endif

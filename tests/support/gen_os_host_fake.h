@@ -1,0 +1,49 @@
+// Scripted answers about the host, for tests that must know every one. One script per process.
+#ifndef TESTS_SUPPORT_GEN_OS_HOST_FAKE_H
+#define TESTS_SUPPORT_GEN_OS_HOST_FAKE_H
+
+#include "zel_export_sys.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the system answers; a question without a value has no answer. Nothing at start.
+struct gen_os_host_fake_script
+{
+    struct memory_facts
+    {
+        std::uint64_t physical;
+        std::uint64_t total;
+        std::uint64_t available;
+    };
+    struct system_version
+    {
+        std::uint32_t major;
+        std::uint32_t minor;
+        bool is_workstation;
+    };
+    struct distribution_facts
+    {
+        std::string name;
+        std::string version;
+    };
+
+    std::optional<memory_facts> memory;
+    std::optional<system_version> version;
+    std::optional<distribution_facts> distribution;
+    std::optional<std::string> host_name;
+    std::optional<std::string> user_name;
+    std::map<std::string, std::vector<std::vector<unsigned char>>> hosts; ///< addresses by name
+    std::optional<std::string> browser_version;
+    std::optional<std::string> container_file;
+
+    std::vector<std::string> look_ups; ///< names that were looked up so far
+};
+
+/// The script, to be written to.
+GEN_API gen_os_host_fake_script &gen_os_host_fake();
+
+#endif
