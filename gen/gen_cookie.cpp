@@ -23,9 +23,6 @@ constexpr std::size_t HASH_WIDTH = 25;
 constexpr std::size_t PATH_WIDTH = 20;
 constexpr std::size_t LINE_WIDTH = 200;
 
-// The streams' sharing, which has no effect.
-constexpr int SHARE_ALL = 64;
-
 using Path = std::vector<std::string>;
 
 struct Cookie
@@ -103,7 +100,7 @@ void Log::copy_pending()
 
 bool exists(std::string const &file)
 {
-    return std::brisel_ifstream(file.c_str(), std::ios::in, SHARE_ALL).good();
+    return std::brisel_ifstream(file.c_str(), std::ios::in, GEN_SHARE_ALL).good();
 }
 
 // Appends a text with blanks up to a width, which a longer text exceeds.
@@ -182,9 +179,9 @@ void gen_cookie_log_write(char const *name)
     std::string const file = std::string("cookie_db_") + name + ".log";
     std::brisel_ofstream out;
     if (exists(file)) {
-        out.open(file.c_str(), std::ios::app | std::ios::out, SHARE_ALL);
+        out.open(file.c_str(), std::ios::app | std::ios::out, GEN_SHARE_ALL);
     } else {
-        out.open(file.c_str(), std::ios::out, SHARE_ALL);
+        out.open(file.c_str(), std::ios::out, GEN_SHARE_ALL);
         if (out.good())
             write_heading(out, name);
     }

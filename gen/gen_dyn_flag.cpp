@@ -12,7 +12,6 @@ namespace {
 constexpr unsigned int ALL_BITS = 0xffffffff;
 
 constexpr char SELF_TEST_FILE[] = "gen_dyn_flag_test.txt";
-constexpr int SHARED = 0x40; // sharing for reading and writing
 
 unsigned int bit_of(std::uint64_t slot)
 {
@@ -145,7 +144,7 @@ void GEN_DYN_FLAG_MANAGER::get_usage_stats(int *used, int *dirty, int *clean) co
 void GEN_DYN_FLAG::test_myself_out(GEN_DYN_FLAG_MANAGER *mgr)
 {
     GEN_ASSERT(mgr != nullptr, "mgr!=0");
-    std::brisel_ofstream out(SELF_TEST_FILE, std::ios::out, SHARED);
+    std::brisel_ofstream out(SELF_TEST_FILE, std::ios::out, GEN_SHARE_ALL);
 
     GEN_DYN_FLAG all;
     for (char const *name : {"f1", "f2", "f3", "f4", "f5"})

@@ -38,6 +38,24 @@ char const *name_of(GEN_OS_VERSION const &version)
     return version.m_is_workstation ? row->m_workstation : row->m_server;
 }
 
+// Numbers of a version are shown as signed ones.
+std::string text_of(std::uint32_t number)
+{
+    return std::to_string(static_cast<std::int32_t>(number));
+}
+
+// The system by its distribution or else by its version; false if it tells neither.
+bool read_system(GEN_HOST_DISTRIBUTION &system)
+{
+    GEN_OS_VERSION version;
+    if (gen_os_read_distribution(system))
+        return true;
+    if (!gen_os_read_version(version))
+        return false;
+    system = {name_of(version), text_of(version.m_major) + '.' + text_of(version.m_minor)};
+    return true;
+}
+
 } // namespace
 
 bool GEN_MACHINE_INFO::get_physical_ram(std::uint64_t *bytes)
@@ -74,31 +92,19 @@ bool GEN_MACHINE_INFO::get_virtual_ram(std::uint64_t *bytes)
 
 bool GEN_MACHINE_INFO::get_os_name(std::string *name)
 {
-    if (name == nullptr)
+    GEN_HOST_DISTRIBUTION system;
+    if (name == nullptr || !read_system(system))
         return false;
-    GEN_HOST_DISTRIBUTION distribution;
-    GEN_OS_VERSION version;
-    if (gen_os_read_distribution(distribution))
-        *name = distribution.m_name;
-    else if (gen_os_read_version(version))
-        *name = name_of(version);
-    else
-        return false;
+    *name = system.m_name;
     return true;
 }
 
-bool GEN_MACHINE_INFO::get_os_version(std::string *text)
+bool GEN_MACHINE_INFO::get_os_version(std::string *version)
 {
-    if (text == nullptr)
+    GEN_HOST_DISTRIBUTION system;
+    if (version == nullptr || !read_system(system))
         return false;
-    GEN_HOST_DISTRIBUTION distribution;
-    GEN_OS_VERSION version;
-    if (gen_os_read_distribution(distribution))
-        *text = distribution.m_version;
-    else if (gen_os_read_version(version))
-        *text = std::to_string(version.m_major) + '.' + std::to_string(version.m_minor);
-    else
-        return false;
+    *version = system.m_version;
     return true;
 }
 

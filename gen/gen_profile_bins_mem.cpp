@@ -18,9 +18,6 @@ namespace {
 // Room of the text for a bad regular expression, terminator included.
 constexpr std::size_t REGEX_ERROR_SIZE = 4096;
 
-// The streams' sharing, which has no effect.
-constexpr int SHARE_ALL = 64;
-
 struct GEN_PB_STAGE
 {
     char const *m_name;
@@ -48,7 +45,7 @@ boost::regex compile(char const *expression)
 class LogFile : public std::brisel_ofstream
 {
 public:
-    explicit LogFile(std::string const &name) : std::brisel_ofstream(name.c_str(), std::ios::out, SHARE_ALL) {}
+    explicit LogFile(std::string const &name) : std::brisel_ofstream(name.c_str(), std::ios::out, GEN_SHARE_ALL) {}
 };
 
 } // namespace

@@ -12,9 +12,6 @@ namespace {
 // In the project's database directory.
 constexpr char GUI_PROFILE_NAME[] = "kalvern_gui.profile";
 
-// The stream's sharing, which has no effect.
-constexpr int SHARE_ALL = 0x40;
-
 // Owned; null if there is none. Stays open at exit.
 std::brisel_ofstream *l_gui_profile_stream = nullptr;
 
@@ -80,7 +77,7 @@ void gen_set_gui_profile_stream()
         return;
     FIO_PATH file = gen_get_db_dir_path();
     file.filename(GUI_PROFILE_NAME);
-    auto stream = std::make_unique<std::brisel_ofstream>(file.fullpath().c_str(), std::ios::out, SHARE_ALL);
+    auto stream = std::make_unique<std::brisel_ofstream>(file.fullpath().c_str(), std::ios::out, GEN_SHARE_ALL);
     if (stream->good())
         l_gui_profile_stream = stream.release();
 }

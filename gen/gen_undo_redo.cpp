@@ -6,7 +6,6 @@
 namespace {
 
 constexpr char FILE_NAME[] = "undo_redo.txt";
-constexpr int SHARED = 0x40; // sharing for reading and writing
 
 constexpr char LINE_FORMAT[] = "\t%6d.\t%s";
 constexpr char COMMENT_FORMAT[] = "%s\n\t\t\t%s";
@@ -86,7 +85,7 @@ void GEN_UNDO_REDO_MGR::end_section()
 
 void GEN_UNDO_REDO_MGR::commit_file()
 {
-    std::brisel_ofstream out(m_path.fullpath().c_str(), std::ios::out, SHARED);
+    std::brisel_ofstream out(m_path.fullpath().c_str(), std::ios::out, GEN_SHARE_ALL);
     if (!out.is_open())
         return;
     for (SECTION const &finished : m_finished_sections) {

@@ -7,6 +7,9 @@
 
 #include <fstream>
 
+/// The sharing of a file that others may read and write meanwhile.
+constexpr int GEN_SHARE_ALL = 0x40;
+
 namespace std {
 
 /// An output file stream.
@@ -23,7 +26,7 @@ public:
     ///
     /// @param path        the file; not null
     /// @param mode        std::ios_base mode bits, such as std::ios::out or std::ios::app; out is always added
-    /// @param protection  sharing, 0x40 for all; has no effect here: the file is always shared for reading and writing
+    /// @param protection  sharing, GEN_SHARE_ALL; has no effect here: the file is always shared for reading and writing
     ///
     /// Failure sets failbit and throws nothing by itself; success clears the state. If a file is open already, nothing
     /// at all happens: that file stays open, and the state, unlike in the standard stream, stays as it is.

@@ -384,7 +384,7 @@ GEN_API std::list<std::string> gen_get_all_device_files();
 /// @param prefix  its first three characters begin the file's name; on Linux a separator among them is a failure
 /// @return the file's path under `dir`, relative if that is; empty on failure
 ///
-///     "/work/", "netlist" -> "/work/netk3Qp0s.tmp" on Linux, and "c:/work/netA17.tmp" for "c:/work" on Windows
+///     "/tmp/p/", "netlist" -> "/tmp/p/netk3Qp0s.tmp" on Linux, and "c:/p/netA17.tmp" for "c:/p" on Windows
 GEN_API std::string gen_create_temp_file(std::string const &dir, std::string const &prefix);
 
 /// Creates a file as gen_create_temp_file() does, and then an empty one of the same name with another extension. Up to

@@ -62,24 +62,25 @@ TEST_F(GenMachineFacts, NamesASystemByItsVersion)
         std::uint32_t minor;
         char const *workstation;
         char const *server;
+        char const *version;
     };
     constexpr Case CASES[] = {
-        {0, 0, "Windows XP", "Windows XP"},
-        {5, 1, "Windows XP", "Windows XP"},
-        {5, 99, "Windows XP", "Windows XP"},
-        {6, 0, "Windows Vista", "Windows Vista"},
-        {6, 1, "Windows 7", "Windows 7"},
-        {6, 2, "Windows 8", "Windows Server 2012"},
-        {6, 3, "Windows 8.1", "Windows 8.1"},
-        {6, 4, "Windows 8.1", "Windows 8.1"},
-        {7, 0, "Windows 10", "Windows 10"},
-        {10, 0, "Windows 10", "Windows 10"},
-        {0xffffffff, 0xffffffff, "Windows 10", "Windows 10"},
+        {0, 0, "Windows XP", "Windows XP", "0.0"},
+        {5, 1, "Windows XP", "Windows XP", "5.1"},
+        {5, 99, "Windows XP", "Windows XP", "5.99"},
+        {6, 0, "Windows Vista", "Windows Vista", "6.0"},
+        {6, 1, "Windows 7", "Windows 7", "6.1"},
+        {6, 2, "Windows 8", "Windows Server 2012", "6.2"},
+        {6, 3, "Windows 8.1", "Windows 8.1", "6.3"},
+        {6, 4, "Windows 8.1", "Windows 8.1", "6.4"},
+        {7, 0, "Windows 10", "Windows 10", "7.0"},
+        {10, 0, "Windows 10", "Windows 10", "10.0"},
+        {0xffffffff, 0xffffffff, "Windows 10", "Windows 10", "-1.-1"},
     };
     for (Case const &c : CASES) {
         gen_os_host_fake().version = {c.major, c.minor, /*is_workstation=*/true};
         EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_name), c.workstation) << c.major << '.' << c.minor;
-        EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_version), std::to_string(c.major) + '.' + std::to_string(c.minor));
+        EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_version), c.version);
         gen_os_host_fake().version->is_workstation = false;
         EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_name), c.server) << c.major << '.' << c.minor;
     }

@@ -14,8 +14,6 @@
 namespace fitter {
 namespace {
 
-constexpr int SHARED = 0x40; // others may read and write the file meanwhile
-
 char const *kind_name(CellKind kind)
 {
     switch (kind) {
@@ -189,7 +187,7 @@ std::string result_text(Fit const &fit)
 void check_writable(std::string const &path)
 {
     errno = 0;
-    std::brisel_ofstream probe(temporary_name(path).c_str(), std::ios::out | std::ios::binary, SHARED);
+    std::brisel_ofstream probe(temporary_name(path).c_str(), std::ios::out | std::ios::binary, GEN_SHARE_ALL);
     if (!probe.good())
         give_up(path);
     probe.close();
@@ -201,7 +199,7 @@ void write_result(std::string const &path, std::string const &text)
 {
     std::string const temporary = temporary_name(path);
     errno = 0;
-    std::brisel_ofstream file(temporary.c_str(), std::ios::out | std::ios::binary, SHARED);
+    std::brisel_ofstream file(temporary.c_str(), std::ios::out | std::ios::binary, GEN_SHARE_ALL);
     file.write(text.data(), static_cast<std::streamsize>(text.size()));
     file.flush();
     if (!file.good())

@@ -70,8 +70,7 @@ std::vector<std::string> list_sources(Source const &design)
 
 std::string read_file(std::string const &path)
 {
-    constexpr int SHARED = 0x40; // others may read and write it meanwhile
-    std::brisel_ifstream file(path.c_str(), std::ios::binary, SHARED);
+    std::brisel_ifstream file(path.c_str(), std::ios::binary, GEN_SHARE_ALL);
     if (!file.good())
         throw Error("cannot open \"" + path + "\"");
     // Block by block: a stream reports a failed read only to the caller of read.
