@@ -85,6 +85,13 @@ __attribute__((noinline)) void *operator new(std::size_t size)
     return memory;
 }
 
+// All forms that the libraries call, so that each block is released by what has made it.
+__attribute__((noinline)) void *operator new(std::size_t size, std::nothrow_t const &) noexcept
+{
+    ++l_allocation_count;
+    return std::malloc(size == 0 ? 1 : size);
+}
+
 __attribute__((noinline)) void operator delete(void *memory) noexcept
 {
     std::free(memory);
