@@ -330,7 +330,7 @@ public:
 ///
 /// @param block           the block; null if only its bytes are to be counted
 /// @param bytes           what is counted for it
-/// @param return_address  where the call that allocates it returns to
+/// @param return_address  where the call that allocates it returns to; null only beside a null block
 /// @param stack           where the stack stands after that return; null if that isn't known. The calls further out are
 ///                        then not seen.
 MEM_API void mem_count_allocation(void const *block, std::size_t bytes, void const *return_address, void const *stack);
