@@ -278,8 +278,8 @@ MEM_API void mem_close_profile_bin(std::string const &tag, std::size_t *open_byt
 /// thread.
 MEM_API void mem_reset_tracking_entries();
 
-/// Folds the peak up to now into the innermost open bin, and begins a new peak in the tables by source line and by
-/// subsystem: their peak columns then show the time from here on.
+/// Folds the peak up to now into the innermost open bin and into the next row of the time line, and begins a new peak
+/// in the tables by source line and by subsystem: their peak columns then show the time from here on.
 MEM_API void mem_tbb_tracking_flush_peak();
 
 // The dumps. Each writes a text table, widest row first, whose columns stand in docs/file-formats.md. True if there was
@@ -330,7 +330,7 @@ public:
 ///
 /// @param block           the block; null if only its bytes are to be counted
 /// @param bytes           what is counted for it
-/// @param return_address  where the call that allocates it returns to
+/// @param return_address  where the call that allocates it returns to; null only beside a null block
 /// @param stack           where the stack stands after that return; null if that isn't known. The calls further out are
 ///                        then not seen.
 MEM_API void mem_count_allocation(void const *block, std::size_t bytes, void const *return_address, void const *stack);

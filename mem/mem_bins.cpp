@@ -16,11 +16,14 @@
 #include "mem/os/mem_os.h"
 
 #include <algorithm>
-#include <atomic>
+#include <limits>
 #include <new>
+#include <utility>
 #include <vector>
 
 namespace {
+
+constexpr std::int64_t NO_PEAK = std::numeric_limits<std::int64_t>::min();
 
 struct OPEN_BIN
 {
@@ -37,6 +40,8 @@ struct STATE
     std::vector<OPEN_BIN> bins;
     // May be above the number of places when the heap gave nothing: the bins up there are known by their number alone.
     std::size_t count = 0;
+    // The peak up to a flush, for the row of the next boundary.
+    std::int64_t flushed_peak_bytes = NO_PEAK;
     std::string label;
     bool has_tag_labels = true;
 };
@@ -78,7 +83,8 @@ void raise_innermost(std::int64_t peak_bytes)
 
 MEM_BOUNDARY take_boundary()
 {
-    MEM_BOUNDARY const boundary = mem_count_is_linked() ? mem_count_boundary() : process_boundary();
+    MEM_BOUNDARY boundary = mem_count_is_linked() ? mem_count_boundary() : process_boundary();
+    boundary.peak_bytes = std::max(boundary.peak_bytes, std::exchange(state().flushed_peak_bytes, NO_PEAK));
     raise_innermost(boundary.peak_bytes);
     return boundary;
 }
@@ -187,7 +193,8 @@ MEM_BIN_FIGURES mem_bins_close()
 
 void mem_bins_flush_peak()
 {
-    take_boundary();
+    std::int64_t const peak_bytes = take_boundary().peak_bytes;
+    state().flushed_peak_bytes = peak_bytes;
 }
 
 void mem_bins_set_label(std::string const &label)

@@ -74,7 +74,7 @@ bool mem_calls_read(MEM_CALL const &call, MEM_CALLS *calls)
     std::uintptr_t end = 0; // asked for at the first step
     COLLECTOR collector(calls);
     for (std::size_t i = 0; i < MEM_STACK::CAPACITY; ++i) {
-        STEP const *const step = l_steps.find(return_address);
+        STEP const *const step = return_address == 0 ? nullptr : l_steps.find(return_address);
         if (step == nullptr)
             return false;
         if (collector.take(return_address, step->is_cxx_runtime))

@@ -1,6 +1,6 @@
 // The locks of counting and tracking. They are taken inside operators new and delete, at any time of the process, so
 // they need neither construction nor memory, and they pass over threads that the system has ended at its exit. Each is
-// held for some table look-ups at most.
+// held for some table look-ups at most, but for that of the bins while a table of theirs is put into words.
 #ifndef MEM_LOCK_H
 #define MEM_LOCK_H
 

@@ -59,7 +59,9 @@ std::string table(std::string const &heading, SUMS const &sums)
     std::vector<std::pair<std::string, SUM>> order(sums.begin(), sums.end());
     std::sort(order.begin(), order.end(), [](auto const &a, auto const &b) { return is_wider(a, b); });
     for (auto const &[name, sum] : order) {
-        for (std::int64_t const figure : {sum.count, sum.rise_bytes, sum.peak_bytes, sum.growth_bytes})
+        // A total below 0 is shown as 0.
+        std::int64_t const peak_bytes = std::max<std::int64_t>(sum.peak_bytes, 0);
+        for (std::int64_t const figure : {sum.count, sum.rise_bytes, peak_bytes, sum.growth_bytes})
             text += mem_table_number(figure);
         text += mem_table_text(name) + '\n';
     }

@@ -1,6 +1,9 @@
 #include "gen_flow_sys.h"
 
 #include "mem_sys.h"
+#include "tests/support/debugger.h"
+#include "tests/support/environment.h"
+#include "tests/support/platform.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -102,11 +105,25 @@ TEST(GenDebug, BreakWithoutADebuggerReturns)
         }
 }
 
-TEST(GenDebug, OutputWithoutADebuggerStaysOffTheStandardStreams)
+// Set in the run under a debugger.
+constexpr char const *DEBUGGED = "GEN_FLOW_TEST_DEBUGGED";
+
+constexpr char const *OUTPUT = "100% a text\n";
+
+TEST(GenDebug, OutputStaysOffTheStandardStreamsUnlessADebuggerListensThere)
 {
+    bool const is_heard = std::getenv(DEBUGGED) != nullptr && !ON_WINDOWS;
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    gen_debug_output_string("100% a text\n");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    gen_debug_output_string(OUTPUT);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), is_heard ? OUTPUT : "");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(GenDebug, OutputReachesTheDebugger)
+{
+    Environment const debugged(DEBUGGED, "1");
+    DebuggedRun const run = run_under_debugger("--gtest_filter=GenDebug.OutputStays*");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.told, ON_WINDOWS ? OUTPUT : "");
 }

@@ -204,6 +204,21 @@ TEST(MemTrackingStatistics, ABinThatGivesBackHasANegativeGrowth)
     EXPECT_THAT(table.at(1), ElementsAre("1", "0", text(f.open_bytes), "-" + text(f.open_bytes - f.close_bytes), "A"));
 }
 
+TEST(MemTrackingStatistics, ATotalBelowZeroIsShownAsZero)
+{
+    mem_enable_tracking(MEM_TRACKING_STATISTICS);
+    void *uncounted = nullptr;
+    {
+        MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+        uncounted = take(64 * MIB);
+    }
+    ::operator delete(uncounted);
+    open_bin("A");
+    Figures const a = close_bin();
+    EXPECT_EQ(a.peak_bytes, 0U);
+    EXPECT_THAT(dumped(mem_dump_tbb_profile_bin_stats_tracking).at(1), ElementsAre("1", "0", "0", "0", "A"));
+}
+
 TEST(MemTrackingStatistics, ATagIsCountedWhereItIsOutermost)
 {
     mem_enable_tracking(MEM_TRACKING_STATISTICS);
@@ -285,6 +300,25 @@ TEST(MemTrackingTimeline, BoundariesAndLabelsAreRows)
     EXPECT_EQ(timeline.rows[5][1], text(fitter.close_bytes));
     for (std::size_t i = 2; i < timeline.rows.size(); ++i)
         EXPECT_GE(std::stod(timeline.rows[i][0]), std::stod(timeline.rows[i - 1][0]));
+}
+
+TEST(MemTrackingTimeline, AFlushTakesNoPeakFromTheNextRow)
+{
+    mem_enable_tracking(MEM_TRACKING_TIMELINE);
+    open_bin("A");
+    ::operator delete(take(2 * MIB));
+    mem_tbb_tracking_flush_peak();
+    ::operator delete(take(MIB));
+    mem_tbb_tracking_flush_peak();
+    Figures const a = close_bin();
+    open_bin("B");
+    Figures const b = close_bin();
+    EXPECT_GE(a.peak_bytes, a.open_bytes + 2 * MIB);
+    EXPECT_LT(b.peak_bytes, a.peak_bytes);
+    std::vector<Fields> const rows = dumped_timeline().rows;
+    ASSERT_EQ(rows.size(), 6U);
+    EXPECT_EQ(rows[3][2], text(a.peak_bytes)) << "close of A";
+    EXPECT_EQ(rows[5][2], text(b.peak_bytes)) << "close of B";
 }
 
 TEST(MemTrackingTimeline, TagsStandInPlaceOfTheLabelUntilTheyAreDisabled)

@@ -101,8 +101,8 @@ public:
     {
         for (Index i = 0; i < elements.size(); ++i) {
             for (Index const net : elements[i].inputs)
-                add_once(m_elements_of_net[net], i);
-            add_once(m_elements_of_net[elements[i].output], i);
+                add_element(net, i);
+            add_element(elements[i].output, i);
         }
     }
 
@@ -122,6 +122,14 @@ public:
     }
 
 private:
+    // Elements come in order, so one that a net has already is its last.
+    void add_element(Index net, Index element)
+    {
+        std::vector<Index> &elements = m_elements_of_net[net];
+        if (elements.empty() || elements.back() != element)
+            elements.push_back(element);
+    }
+
     OpenCluster grow(Index seed)
     {
         OpenCluster cluster;

@@ -2,12 +2,16 @@
 #ifndef TESTS_SUPPORT_DEBUGGER_H
 #define TESTS_SUPPORT_DEBUGGER_H
 
+#include <string>
+
 struct DebuggedRun
 {
     /// Breakpoints hit after the start of the program; -1 if it could not be started or traced.
     int breaks = -1;
     /// Exit status; -1 if it ended in another way.
     int status = -1;
+    /// What it told its debugger by the debug channel of Windows; empty elsewhere.
+    std::string told;
 };
 
 /// Runs this executable again with one argument, and lets it go on behind every break.

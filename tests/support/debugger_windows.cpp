@@ -18,6 +18,15 @@ DWORD answer_to(DEBUG_EVENT const &event)
     return is_other_exception ? DBG_EXCEPTION_NOT_HANDLED : DBG_CONTINUE;
 }
 
+// The text stays in the process; its terminator is counted.
+std::string told_text(HANDLE process, OUTPUT_DEBUG_STRING_INFO const &info)
+{
+    std::string text(info.nDebugStringLength, '\0');
+    SIZE_T size = 0;
+    ReadProcessMemory(process, info.lpDebugStringData, text.data(), text.size(), &size);
+    return text.c_str();
+}
+
 } // namespace
 
 DebuggedRun run_under_debugger(char const *argument)
@@ -38,6 +47,8 @@ DebuggedRun run_under_debugger(char const *argument)
         run.breaks += is_breakpoint(event) ? 1 : 0;
         if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT)
             run.status = static_cast<int>(event.u.ExitProcess.dwExitCode);
+        if (event.dwDebugEventCode == OUTPUT_DEBUG_STRING_EVENT)
+            run.told += told_text(process.hProcess, event.u.DebugString);
         ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer_to(event));
         if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT)
             break;
