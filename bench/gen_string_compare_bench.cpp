@@ -245,8 +245,10 @@ BENCHMARK(sort<by_strcmp>)->Name("floor/sort_strcmp")->Unit(benchmark::kNanoseco
 BENCHMARK(sort<by_strverscmp>)->Name("peer/sort_strverscmp");
 BENCHMARK(sort<by_lexcmp>)->Name("sort_lexcmp");
 BENCHMARK(sort<by_ilexcmp>)->Name("sort_ilexcmp");
+BENCHMARK(sort<gen_signed_lexcmp>)->Name("sort_signed_lexcmp");
 #ifdef BENCH_HAS_ICU
 BENCHMARK(neighbours<by_icu>)->Name("peer/icu_numeric");
+BENCHMARK(sort<by_icu>)->Name("peer/sort_icu_numeric");
 #endif
 
 BenchGoals const GOALS{

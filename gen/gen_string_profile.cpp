@@ -74,6 +74,13 @@ bool is_line_of_key(std::string_view line, std::string_view key)
     return are_equal_names(trimmed(content.substr(0, content.find('='))), key);
 }
 
+// Whether a line with this key and value is found again under the key.
+bool is_readable(std::string_view key, char const *value)
+{
+    std::string const line = std::string(key) + '=' + value;
+    return is_line_of_key(line, key) && !is_section_line(line);
+}
+
 bool is_blank(std::string_view line)
 {
     return trimmed(line).empty();
@@ -160,6 +167,8 @@ bool gen_set_profile_key(std::string &text, char const *section, char const *key
 {
     constexpr char const *LINE_ENDS = "\r\n";
     if (section == nullptr || has_any(section, LINE_ENDS) || has_any(key, "=\r\n") || has_any(value, LINE_ENDS))
+        return false;
+    if (key != nullptr && value != nullptr && !is_readable(trimmed(key), value))
         return false;
     std::string_view const section_name = trimmed(section);
     Profile profile(text, section_name);

@@ -15,7 +15,7 @@
 /// file, and so does every other line.
 ///
 /// @return false, with `text` as it was, if the section is null or a line could not be read back: one with a line end
-///         within, or with "=" in the key
+///         within, with "=" in the key, or one that would be a comment or a section's line
 bool gen_set_profile_key(std::string &text, char const *section, char const *key, char const *value);
 
 #endif

@@ -53,24 +53,30 @@ void append_as_expression(std::string &expression, char c)
     }
 }
 
-// The letter that stands for a character without a place in an identifier; any other character as it is.
-char hash_name_character(char c)
+struct Substitution
 {
-    struct Substitution
-    {
-        char from;
-        char to;
-    };
-    static constexpr Substitution SUBSTITUTIONS[] = {
-        {' ', '_'}, {'!', 'E'}, {'#', 'F'}, {'$', 'R'},  {'%', 'C'}, {'&', 'K'}, {'\'', 'T'}, {'+', 'M'},
-        {'.', 'L'}, {'/', 'I'}, {':', 'U'}, {'<', 'A'},  {'=', 'D'}, {'(', 'Q'}, {')', 'P'},  {'-', 'J'},
-        {'>', 'B'}, {'?', 'G'}, {'[', 'O'}, {'\\', 'H'}, {']', 'N'}, {'|', 'S'},
-    };
+    char from;
+    char to;
+};
+
+// The letters that stand for characters without a place in an identifier.
+constexpr Substitution SUBSTITUTIONS[] = {
+    {' ', '_'}, {'!', 'E'}, {'#', 'F'}, {'$', 'R'},  {'%', 'C'}, {'&', 'K'}, {'\'', 'T'}, {'+', 'M'},
+    {'.', 'L'}, {'/', 'I'}, {':', 'U'}, {'<', 'A'},  {'=', 'D'}, {'(', 'Q'}, {')', 'P'},  {'-', 'J'},
+    {'>', 'B'}, {'?', 'G'}, {'[', 'O'}, {'\\', 'H'}, {']', 'N'}, {'|', 'S'},
+};
+
+// What takes the place of each byte in a name that is hashed.
+constexpr std::array<unsigned char, 256> make_name_bytes()
+{
+    std::array<unsigned char, 256> bytes{};
+    for (std::size_t byte = 0; byte < bytes.size(); ++byte)
+        bytes[byte] = static_cast<unsigned char>(byte);
     for (Substitution const &substitution : SUBSTITUTIONS)
-        if (substitution.from == c)
-            return substitution.to;
-    return c;
+        bytes[static_cast<unsigned char>(substitution.from)] = static_cast<unsigned char>(substitution.to);
+    return bytes;
 }
+constexpr std::array<unsigned char, 256> NAME_BYTES = make_name_bytes();
 
 // The library's own polynomial, lowest bit first.
 constexpr std::uint32_t HASH_POLYNOMIAL = 0x48728408;
@@ -252,8 +258,9 @@ std::uint32_t gen_crc_string_to_dword(char *name)
         return 0;
     std::uint32_t value = 0xffffffff;
     for (char *c = name; *c != '\0'; ++c) {
-        *c = hash_name_character(*c);
-        value = value >> 8 ^ HASH_STEPS[(value ^ static_cast<unsigned char>(*c)) & 0xff];
+        unsigned char const byte = NAME_BYTES[static_cast<unsigned char>(*c)];
+        *c = static_cast<char>(byte);
+        value = value >> 8 ^ HASH_STEPS[(value ^ byte) & 0xff];
     }
     return value;
 }

@@ -298,8 +298,8 @@ GEN_API bool gen_getline(std::istream *in, std::string *line, char delimiter);
 ///                 directory of Windows, elsewhere in the current one.
 ///
 /// On Windows this is WritePrivateProfileStringA itself, with its result. Elsewhere the file is replaced as a whole,
-/// all its other lines as they were; a key with "=" and texts with line ends are refused, for they could not be read
-/// back.
+/// all its other lines as they were; a key with "=", texts with line ends, and what would make a comment or a section's
+/// line are refused, for they could not be read back.
 GEN_API int gen_writeprivateprofilestring(char const *section, char const *key, char const *value, char const *file);
 
 // Messages from templates.

@@ -66,6 +66,7 @@ constexpr ProfileCase EDIT_CASES[] = {
     // Brackets: the last one closes, and without one there is no section.
     {"[a]b]\nx=1\n", "a]b", "x", "2", "[a]b]\nx=2\n"},
     {"[a\nx=1\n", "a", "x", "2", "[a\nx=1\n[a]\nx=2\n"},
+    {"[a]\n[k=1\n", "a", "[k", "2", "[a]\n[k=2\n"},
     // Blanks around the names that are asked for.
     {"[a]\nx=1\n", " a ", " x ", "2", "[a]\nx=2\n"},
     {"", " a ", "\tx ", " 2 ", "[a]\nx= 2 \n"},
@@ -104,6 +105,9 @@ TEST(GenSetProfileKey, RefusesWhatCouldNotBeReadBack)
              ProfileCase{"[a]\nx=1\n", "a", "x\r", "2", nullptr},
              ProfileCase{"[a]\nx=1\n", "a", "x=y", "2", nullptr},
              ProfileCase{"[a]\nx=1\n", "a", "x", "2\n[b]", nullptr},
+             ProfileCase{"[a]\nx=1\n", "a", " ;x", "2", nullptr}, // a comment
+             ProfileCase{"[a]\nx=1\n", "a", "[b]", "2", nullptr}, // a section's line
+             ProfileCase{"[a]\n[k=1\n", "a", "[k", "v]", nullptr},
          }) {
         std::string text = c.text;
         EXPECT_FALSE(gen_set_profile_key(text, c.section, c.key, c.value));

@@ -89,7 +89,7 @@ int visit_library(dl_phdr_info *info, std::size_t, void *context)
 class File
 {
 public:
-    File(char const *path, int flags) : m_descriptor(open(path, flags | O_CLOEXEC, 0666)) {}
+    File(char const *path, int flags, mode_t mode = 0) : m_descriptor(open(path, flags | O_CLOEXEC, mode)) {}
     ~File()
     {
         if (is_open())
@@ -151,12 +151,13 @@ bool read_profile(char const *path, std::string &text, mode_t &mode)
     return file.read_mode(mode) && file.read_all(text);
 }
 
-// Puts a file in the place of another one, so that no reader ever sees a part of it.
+// Puts a file in the place of another one, so that no reader ever sees a part of it. Its mode is never a wider one, not
+// even while it is written.
 bool replace_file(std::string const &path, std::string const &text, mode_t mode)
 {
     static std::atomic<unsigned> serial{0};
     std::string const fresh = path + '.' + std::to_string(getpid()) + '.' + std::to_string(serial++) + ".tmp";
-    File const file(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL);
+    File const file(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL, mode == 0 ? 0666 : mode);
     if (!file.is_open())
         return false;
     if (file.write_all(text) && (mode == 0 || file.set_mode(mode)) && std::rename(fresh.c_str(), path.c_str()) == 0)
