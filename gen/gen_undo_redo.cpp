@@ -3,6 +3,8 @@
 #include "gen_fstream_sys.h"
 #include "mem_sys.h"
 
+#include <utility>
+
 namespace {
 
 constexpr char FILE_NAME[] = "undo_redo.txt";
@@ -23,7 +25,7 @@ void GEN_UNDO_REDO_MGR::COMMANDS::add(std::string const &command, std::string co
     stl_sprintf(&line, LINE_FORMAT, count, command.c_str());
     if (!comment.empty())
         stl_sprintf(&line, COMMENT_FORMAT, line.c_str(), comment.c_str());
-    lines.push_back(line);
+    lines.push_back(std::move(line));
 }
 
 void GEN_UNDO_REDO_MGR::COMMANDS::write(std::ostream &out, char const *heading) const

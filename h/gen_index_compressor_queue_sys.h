@@ -75,7 +75,7 @@ public:
 
     /// Adds a name at the back, folding where possible. The time is linear in the length of the names compared.
     ///
-    /// @param name  any text; malformed indices never fold
+    /// @param name  any text; brackets that hold no index are compared as text, and an index folds with another only
     ///
     /// The entry in front of a name that does not fold becomes final, unless it has folded itself and the two differ in
     /// nothing but their indices: then it stays open for the next dimension.

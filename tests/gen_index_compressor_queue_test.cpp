@@ -160,6 +160,24 @@ TEST(GenIndexCompressorQueueFold, FoldsFurtherDimensions)
     });
 }
 
+// A ready row that takes the last one in goes on into what stands in front of it, and is counted once.
+TEST(GenIndexCompressorQueueFold, CountsAReadyEntryOnceWhenItFoldsOn)
+{
+    NAMES const fronts[] = {
+        {"a[0][0:1][0:1]"},               // ready itself
+        {"a[0][0][0:1]", "a[0][1][0:1]"}, // folded, and open
+    };
+    for (NAMES names : fronts) {
+        SCOPED_TRACE(testing::PrintToString(names));
+        names.insert(names.end(), {"a[1][0][0:1]", "a[1][1][0]", "a[1][1][1]"});
+        FILLED_QUEUE queue(names);
+        EXPECT_THAT(entries_of(queue), ElementsAre("a[0:1][0:1][0:1]*"));
+        EXPECT_EQ(ready_count_of(queue), 1);
+        queue.pop_front();
+        EXPECT_FALSE(queue.ready());
+    }
+}
+
 TEST(GenIndexCompressorQueueFold, KeepsAFoldedEntryOpenForNamesOfItsShape)
 {
     expect_folds({
@@ -501,6 +519,20 @@ TEST(GenIndexCompressorQueueExpand, LinksTheEntriesBothWays)
     EXPECT_THAT(entries_of(queue), ElementsAre("a[0:2]*", "b"));
 }
 
+TEST(GenIndexCompressorQueueExpand, MakesEntriesThatHaveNotFolded)
+{
+    FILLED_QUEUE queue({"a[0]", "a[1]"});
+    queue.expand_front();
+    queue.push_back("a[3]"); // an entry that has folded would stay open
+    EXPECT_THAT(entries_of(queue), ElementsAre("a[0]", "a[1]*", "a[3]"));
+    // Only the entry that takes a pushed name in counts as folded, and it goes into the one in front.
+    FILLED_QUEUE refolded({"a[0:1]"});
+    refolded.expand_front();
+    refolded.push_back("a[2]");
+    refolded.push_back("a[4]");
+    EXPECT_THAT(entries_of(refolded), ElementsAre("a[0:2]*", "a[4]"));
+}
+
 TEST(GenIndexCompressorQueueExpand, LeavesTheQueueReadyForGoodAfterAReadyFront)
 {
     QUEUE queue;
@@ -535,6 +567,15 @@ TEST(GenIndexCompressorQueueState, StartsEmpty)
     queue.clear();
     EXPECT_TRUE(queue.empty());
     EXPECT_FALSE(queue.ready());
+}
+
+TEST(GenIndexCompressorQueueState, RequiresBracketsByDefault)
+{
+    QUEUE queue;
+    for (char const *const name : {"a1", "a2", "a~1", "a~2", "a[1]", "a[2]"})
+        queue.push_back(name);
+    EXPECT_THAT(entries_of(queue), ElementsAre("a1*", "a2*", "a~1*", "a~2*", "a[1:2]"));
+    queue.clear();
 }
 
 TEST(GenIndexCompressorQueueState, CountsReadyEntriesDownAsTheyLeave)
