@@ -33,7 +33,8 @@ public:
     /// Counts one value, which must lie in [low, high].
     void add_item(double item);
 
-    /// The bin of a value, which must lie in [low, high]; high itself is in the last bin. Counts nothing.
+    /// The bin of a value, which must lie in [low, high]; high itself is in the last bin. Counts nothing. With 0 bins
+    /// the greatest number, which is no bin.
     std::uint64_t bin(double item) const;
 
     /// Lower and upper bound of a bin; any number gives an answer.

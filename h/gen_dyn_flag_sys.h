@@ -153,9 +153,8 @@ public:
     /// Counts the slots. A null pointer is an internal error.
     ///
     /// @param used   receives the count of flags
-    /// @param dirty  receives the count of flags on dirty bits: 0, but while create_flag() calls the clearer and after
-    /// an
-    ///               exception of it
+    /// @param dirty  receives the count of flags on dirty bits: 0, unless create_flag() is calling the clearer or ended
+    ///               by its exception
     /// @param clean  receives the count of slots without a flag, whether dirty or clean
     GEN_API void get_usage_stats(int *used, int *dirty, int *clean) const;
 

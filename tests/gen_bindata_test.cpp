@@ -101,6 +101,7 @@ TEST(GenBindata, MayHaveNoBins)
     EXPECT_EQ(histogram.num_bins(), 0u);
     EXPECT_EQ(histogram.size(), 0u);
     EXPECT_FALSE(std::isfinite(histogram.highbound(0)));
+    EXPECT_EQ(histogram.bin(5), std::numeric_limits<std::uint64_t>::max()); // the one before 0
 }
 
 // The counts are released once, by the last of the two.

@@ -150,6 +150,21 @@ TEST_F(GenCookie, SortsByDescriptionThenByPath)
     EXPECT_EQ(file(), fresh_file("tool", rows));
 }
 
+// Too many for any sort to leave them in the order in which they came.
+TEST_F(GenCookie, SortsManyOfOneNameByPath)
+{
+    constexpr std::size_t COOKIES = 100;
+    for (std::size_t k = 0; k < COOKIES; ++k)
+        gen_log_cookie("m", 1);
+    start();
+    for (std::size_t k = 0; k < COOKIES; ++k)
+        gen_log_cookie("m", 1);
+    finish();
+    std::vector<std::string> rows(COOKIES, row("m", "1", ""));
+    rows.resize(2 * COOKIES, row("m", "1", "Root"));
+    EXPECT_EQ(file(), fresh_file("tool", rows));
+}
+
 TEST_F(GenCookie, TakesTwoCookiesOfOneNameAndLongNames)
 {
     std::string const long_name(70, 'd');

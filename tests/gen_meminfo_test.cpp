@@ -27,12 +27,17 @@ class GenMeminfo : public testing::Test
 protected:
     GenMeminfo()
     {
-        gen_os_fake_set_executable_path(m_directory.text("tool.exe").c_str());
-        gen_os_fake_set_library_path(m_directory.text("libzel_gen.so").c_str());
+        place_module(m_directory);
         gen_os_fake_set_calendar_msec(1794683027123); // 2026-11-14 19:03:47
         mem_fake_set_current_total(111);
         mem_fake_set_working_set(5000000000);
         mem_fake_set_peak_working_set(6000000000);
+    }
+
+    static void place_module(TempDir const &directory)
+    {
+        gen_os_fake_set_executable_path(directory.text("tool.exe").c_str());
+        gen_os_fake_set_library_path(directory.text("libzel_gen.so").c_str());
     }
 
     std::vector<std::string> report(char const *tool, char const *point)
@@ -66,6 +71,9 @@ constexpr char MEMORY[] = "Fitter     at_end at Sat Nov 14 19:03:47 2026 memory 
 // One process: the module's place is looked for once.
 TEST_F(GenMeminfo, TellsWhatTheKeysAskFor)
 {
+    // Who looks for libraries now has the wrong place for good.
+    TempDir const elsewhere;
+    place_module(elsewhere);
     // With all keys off nothing is said, and details alone have no effect.
     EXPECT_THAT(report("Fitter", "at_end"), IsEmpty());
     mem_cfg_set("list_dll_details", "on");
@@ -73,6 +81,7 @@ TEST_F(GenMeminfo, TellsWhatTheKeysAskFor)
 
     mem_cfg_set("report_modules_flow", "on");
     EXPECT_THAT(report("Fitter", "at_end"), ElementsAre(MEMORY));
+    place_module(m_directory);
 
     // A directory without libraries.
     mem_cfg_set("profile_dll_usage", "on");

@@ -310,6 +310,56 @@ TEST_F(GenProfileBinsTagged, StaySilentlyWhenTheirPathsDifferAtTheRoot)
                                         {"Fitter::OTHER", 0, 0}}));
 }
 
+// The third one's path is as the end of the second one's, so they differ nowhere.
+TEST_F(GenProfileBinsTagged, StayWhereTheyAreWhenTheirPathEndsFirst)
+{
+    ASSERT_TRUE(run_flow({{"A", nullptr, 0, {{"x", "t", 1, {}}}},
+                          {"B", nullptr, 0, {{"Fitter", nullptr, 0, {{"A2", nullptr, 0, {{"y", "t", 2, {}}}}}}}},
+                          {"A2", nullptr, 0, {{"y", "t", 4, {}}}}}));
+    EXPECT_TRUE(m_messages.has("GEN_BIN_TAGGED: the tagged bin report could be corrupt for tag: t"));
+    EXPECT_EQ(tagged_report(), file_of({{"Fitter", 1, 7},
+                                        {"Fitter::A", 1, 0},
+                                        {"Fitter::A2", 1, 0},
+                                        {"Fitter::A2::y", 1, 4},
+                                        {"Fitter::A2::OTHER", 0, 0},
+                                        {"Fitter::B", 1, 0},
+                                        {"Fitter::B::Fitter", 1, 0},
+                                        {"Fitter::B::Fitter::A2", 1, 0},
+                                        {"Fitter::B::Fitter::OTHER", 0, 0},
+                                        {"Fitter::B::OTHER", 0, 0},
+                                        {"Fitter::t", 1, 3},
+                                        {"Fitter::t::A", 1, 3},
+                                        {"Fitter::t::A::x", 1, 1},
+                                        {"Fitter::t::A::B", 1, 2},
+                                        {"Fitter::t::A::B::Fitter", 1, 2},
+                                        {"Fitter::t::A::B::Fitter::A2", 1, 2},
+                                        {"Fitter::t::A::B::Fitter::A2::y", 1, 2},
+                                        {"Fitter::t::A::B::Fitter::A2::OTHER", 0, 0},
+                                        {"Fitter::t::A::B::Fitter::OTHER", 0, 0},
+                                        {"Fitter::t::A::B::OTHER", 0, 0},
+                                        {"Fitter::t::A::OTHER", 0, 0},
+                                        {"Fitter::t::OTHER", 0, 0},
+                                        {"Fitter::OTHER", 0, 0}}));
+}
+
+// Names go up to the root's, which a bin below it may have as well.
+TEST_F(GenProfileBinsTagged, RepeatNoNameAboveTheNameOfTheRoot)
+{
+    ASSERT_TRUE(run_flow({{"A", nullptr, 0, {{"Fitter", nullptr, 1, {{"B", nullptr, 2, {{"x", "t", 4, {}}}}}}}}}));
+    EXPECT_EQ(tagged_report(), file_of({{"Fitter", 1, 7},
+                                        {"Fitter::A", 1, 3},
+                                        {"Fitter::A::Fitter", 1, 3},
+                                        {"Fitter::A::Fitter::B", 1, 2},
+                                        {"Fitter::A::Fitter::OTHER", 0, 1},
+                                        {"Fitter::A::OTHER", 0, 0},
+                                        {"Fitter::t", 1, 4},
+                                        {"Fitter::t::B", 1, 4},
+                                        {"Fitter::t::B::x", 1, 4},
+                                        {"Fitter::t::B::OTHER", 0, 0},
+                                        {"Fitter::t::OTHER", 0, 0},
+                                        {"Fitter::OTHER", 0, 0}}));
+}
+
 TEST_F(GenProfileBinsTagged, LeaveARootWithATagInPlace)
 {
     m_root_tag = "t";
