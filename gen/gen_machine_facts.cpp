@@ -102,7 +102,7 @@ bool GEN_MACHINE_INFO::get_os_name(std::string *name)
 bool GEN_MACHINE_INFO::get_os_version(std::string *version)
 {
     GEN_HOST_DISTRIBUTION system;
-    if (version == nullptr || !read_system(system))
+    if (version == nullptr || !read_system(system) || system.m_version.empty())
         return false;
     *version = system.m_version;
     return true;

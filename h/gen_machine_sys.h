@@ -39,7 +39,7 @@ enum GEN_CACHE_TYPE : unsigned char
 ///
 /// Threads. Any thread may call anything at any time, recapture_cpu_info() excepted; threads that come during the
 /// capture wait for its end. A function that receives the messages of a capture may ask too, and sees what is there so
-/// far. After the capture a call takes no lock.
+/// far. After the capture a call takes no lock, but for the look-up of the key in the counts of packages and cores.
 class GEN_MACHINE_INFO
 {
 public:
@@ -137,7 +137,7 @@ public:
     /// The name is that of a desktop for servers too; "Windows Server 2012", of version 6.2, is the only one of its
     /// own.
     GEN_API static bool get_os_name(std::string *name);
-    /// "6.1", on Linux the distribution's version, such as "12". False if the system doesn't tell.
+    /// "6.1", on Linux the distribution's version, such as "12". False if the system tells none.
     GEN_API static bool get_os_version(std::string *version);
     /// "windows" or "linux".
     GEN_API static bool get_platform_name(std::string *name);
@@ -161,7 +161,7 @@ private:
 /// The host's name as the system has it, on Windows without its domain; empty if it doesn't tell.
 GEN_API std::string gen_get_host_name();
 
-/// All addresses of a host, in the order of the system's record.
+/// All IPv4 addresses of a host, in the order of the system's record.
 ///
 /// @param host  name of the host; null for this one, whose addresses are looked up until that succeeds once
 ///

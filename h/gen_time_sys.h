@@ -1,6 +1,6 @@
 // Clocks of the suite and their text renderings, stopwatches over them, and the units of time and frequency. Names with
 // _usec count microseconds (std::uint64_t), names with _sec seconds (double). Any thread may call any function; a
-// stopwatch belongs to one thread at a time. Nothing takes a lock.
+// stopwatch belongs to one thread at a time. The clocks take no lock.
 #ifndef GEN_TIME_SYS_H
 #define GEN_TIME_SYS_H
 
@@ -16,7 +16,7 @@
 ///
 /// The count of ticks is multiplied by 1,000,000 in 64 bits before it is divided by the tick frequency, so with ticks
 /// of 10 MHz the value wraps after about 21 days: take differences, and expect one wrap. A counter that can't be read
-/// stands at 1,000,000,000,000 ticks. The clock stops while the machine is suspended.
+/// stands at 1,000,000,000,000 ticks. On Linux the clock stops while the machine is suspended.
 GEN_API std::uint64_t gen_get_usec_wallclock();
 
 /// The same reading in seconds.
@@ -29,7 +29,7 @@ GEN_API std::uint64_t gen_get_hires_ticks();
 /// 10,000,000 on Linux, where a tick is 100 ns.
 GEN_API std::uint64_t gen_get_hires_tick_frequency();
 
-/// CPU time of the process, in microseconds.
+/// CPU time of the process, all its threads added up, in microseconds.
 ///
 /// @param user    receives the time in user mode; null is an internal error
 /// @param kernel  receives the time in kernel mode; null is an internal error
@@ -38,7 +38,7 @@ GEN_API std::uint64_t gen_get_hires_tick_frequency();
 /// until gen_disable_windows_cpu_time_hack() is called.
 GEN_API void gen_get_usec_user_and_kernel(std::uint64_t *user, std::uint64_t *kernel);
 
-/// CPU time of the process in user and kernel mode together, all its threads added up, in microseconds.
+/// User and kernel time together, as of gen_get_usec_user_and_kernel(); on Linux in a finer resolution.
 GEN_API std::uint64_t gen_get_usec_cpu();
 
 /// The same in seconds.
@@ -72,7 +72,7 @@ GEN_API std::string gen_get_current_time();
 ///
 /// @param seconds  the time
 /// @param out      receives the text; null only tests whether the format fits
-/// @param format   the format; its expansion may have up to 249 bytes
+/// @param format   the format, not null; its expansion may have up to 249 bytes
 ///
 /// @return false, with `out` as it was, if the expansion is empty or too long, or if the time can't be converted
 GEN_API bool gen_format_date_and_time(std::int64_t seconds, std::string *out, char const *format);

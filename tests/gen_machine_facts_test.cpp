@@ -91,6 +91,10 @@ TEST_F(GenMachineFacts, NamesADistribution)
     gen_os_host_fake().distribution = {"Debian GNU/Linux", "12"};
     EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_name), "Debian GNU/Linux");
     EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_version), "12");
+    // One that is renewed bit by bit has no versions.
+    gen_os_host_fake().distribution = {"Rolling Linux", ""};
+    EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_name), "Rolling Linux");
+    EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_version), "no answer: untouched");
 }
 
 TEST_F(GenMachineFacts, HasNoNameForASystemThatDoesNotTell)

@@ -7,7 +7,12 @@
 
 std::string host_facts_host_name();
 std::string host_facts_user_name();
+/// Name and version of the distribution; empty where systems are told apart otherwise, or if it has none.
+std::string host_facts_distribution_name();
+std::string host_facts_distribution_version();
 /// In bytes.
 std::uint64_t host_facts_physical_memory();
+/// Version of the browser that comes with the system; empty if there is none.
+std::string host_facts_browser_version();
 
 #endif

@@ -29,4 +29,7 @@ void processors_pin_thread(std::uint64_t mask);
 /// it doesn't know is not among them; "avx" is there if either AVX is, or the saving of extended state.
 std::map<std::string, bool> processors_features();
 
+/// Whether the system tells the frequency of the first processor.
+bool processors_have_frequency();
+
 #endif

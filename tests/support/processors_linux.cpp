@@ -69,3 +69,14 @@ std::map<std::string, bool> processors_features()
         {"bmi1", flags["bmi1"]},     {"bmi2", flags["bmi2"]},     {"lzcnt", flags["abm"]},
     };
 }
+
+bool processors_have_frequency()
+{
+    if (std::ifstream("/sys/devices/system/cpu/cpu0/cpufreq/base_frequency"))
+        return true;
+    std::ifstream processors("/proc/cpuinfo");
+    for (std::string line; std::getline(processors, line);)
+        if (line.rfind("cpu MHz", 0) == 0)
+            return true;
+    return false;
+}

@@ -57,3 +57,11 @@ std::map<std::string, bool> processors_features()
             {{"ssse3", true}, {"sse4_1", has(PF_SSE4_1)}, {"sse4_2", has(PF_SSE4_2)}, {"avx2", has(PF_AVX2)}});
     return features;
 }
+
+bool processors_have_frequency()
+{
+    DWORD mhz;
+    DWORD size = sizeof mhz;
+    return RegGetValueA(HKEY_LOCAL_MACHINE, "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", "~MHz",
+                        RRF_RT_REG_DWORD, nullptr, &mhz, &size) == ERROR_SUCCESS;
+}
