@@ -89,6 +89,16 @@ void drop_expressions()
     s_gen_pb.m_checks_names = false;
 }
 
+// What comes before the root. A bin that a receiver of these messages opens would take the root's place.
+void prepare(bool primary, bool debug_messages)
+{
+    GEN_PB_BUSY const busy;
+    read_configuration(primary);
+    gen_cookie_log_configure(primary, debug_messages);
+    compile_expressions();
+    gen_pb_calibrate(debug_messages || s_gen_pb.m_print_log.load(std::memory_order_relaxed));
+}
+
 void warn_of_many_bins()
 {
     if (s_gen_pb.m_immediate_count <= IMMEDIATE_BIN_LIMIT || mem_cfg_is_on("gen_profile_bins_skip_limit", false))
@@ -96,6 +106,17 @@ void warn_of_many_bins()
     gen_say("Error.  Executable opened %d profile bins.  Please fix this (check profile bin log file for culprit).\n",
             s_gen_pb.m_immediate_count);
     gen_say("You can work around this temporarily by removing the INI that turns on the profile bin dump files.");
+}
+
+// The part of the end that needs the tree. False if a fault has left the bins disabled.
+bool report_and_delete_bins(char const *name)
+{
+    GEN_PB_BUSY const busy;
+    if (s_gen_pb.m_print_log.load(std::memory_order_relaxed)) {
+        gen_pb_write_reports(name);
+        warn_of_many_bins();
+    }
+    return gen_pb_is_own_thread() && gen_pb_delete_bins();
 }
 
 } // namespace
@@ -133,10 +154,7 @@ void GEN_PROFILE_BINS::initialize(char const *name, bool primary, bool debug_mes
         !GEN_PB_CHECK(s_gen_pb.m_thread.load(std::memory_order_relaxed) == GEN_PB_NO_THREAD, "l_gen_pb_thread == 0LL"))
         return;
     s_gen_pb.m_thread.store(thr_thread_self(), std::memory_order_relaxed);
-    read_configuration(primary);
-    gen_cookie_log_configure(primary, debug_messages);
-    compile_expressions();
-    gen_pb_calibrate(debug_messages || s_gen_pb.m_print_log.load(std::memory_order_relaxed));
+    prepare(primary, debug_messages);
     open("GEN", name, GEN_PB_FLAG_ALL);
     // The root is there already: no rule applies to it.
     gen_pb_add_builtin_ratio_rules();
@@ -158,12 +176,7 @@ void GEN_PROFILE_BINS::finalize(char const *name, bool close_root)
     if (!GEN_PB_CHECK(s_gen_pb.m_root != nullptr, "root != 0LL") ||
         !GEN_PB_CHECK(GEN_PB_IMPL::get_current_bin() == nullptr, "GEN_PB_IMPL::get_current_bin() == 0LL"))
         return;
-    if (s_gen_pb.m_print_log.load(std::memory_order_relaxed)) {
-        gen_pb_write_reports(name);
-        warn_of_many_bins();
-    }
-    // A fault of the reports may have disabled the bins, which is for good.
-    if (!gen_pb_is_own_thread() || !gen_pb_delete_bins())
+    if (!report_and_delete_bins(name))
         return;
     s_gen_pb.m_thread.store(GEN_PB_NO_THREAD, std::memory_order_relaxed);
     gen_say("Dumping bins took %.1fs", gen_get_sec_wallclock() - start);

@@ -363,6 +363,7 @@ inline bool is_plain(std::uint32_t flags)
 {
     {
         MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
+        GEN_PB_BUSY const busy;
         gen_say("Tried to open bin '%s' during ignored bin '%s'", text_or_empty(name), s_gen_pb.m_ignored_name);
     }
     ++s_gen_pb.m_ignored_depth;
@@ -420,6 +421,13 @@ inline GEN_PROFILE_BIN const *ignore_open(char const *name, std::uint32_t flags)
         std::fprintf(stderr, "%*sClosing bin '%s'\n", trace_indentation(), "", name == nullptr ? "NULL" : name);
     auto *const push_event = (flags & GEN_PB_FLAG_IMMEDIATE) != 0 ? push_immediate : push;
     push_event(GEN_PB_EVENT_CLOSE, /*code_prefix=*/nullptr, name, flags, /*tag=*/nullptr, /*user_tag=*/nullptr);
+}
+
+// Says a line while bins are being closed.
+void say_busy(char const *text)
+{
+    GEN_PB_BUSY const busy;
+    gen_say(text);
 }
 
 // All opens. The quick questions come first; whatever takes more is out of line.
@@ -508,10 +516,10 @@ void GEN_PROFILE_BINS::close_recursively(GEN_PROFILE_BIN const *bin)
         return;
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
     gen_pb_flush();
-    gen_say("Closing bins recursively...");
+    say_busy("Closing bins recursively...");
     // While the process goes down, or once a fault has disabled the bins, closes have no effect.
     while (s_gen_pb.m_current != bin && gen_pb_is_own_thread() && !err_is_in_abnormal_exit())
         close(nullptr);
     close(nullptr);
-    gen_say("Finished closing bins recursively");
+    say_busy("Finished closing bins recursively");
 }

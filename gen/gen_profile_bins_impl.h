@@ -147,7 +147,7 @@ struct GEN_PB_STATE
     bool m_debug = false;                                 ///< trace to the standard error stream
     bool m_show_ignored = false;                          ///< warn about each dropped open
     bool m_checks_names = false;                          ///< a bin's own close() passes its name
-    bool m_busy = false;                                  ///< an event is being processed, or a report written
+    bool m_busy = false;                                  ///< a GEN_PB_BUSY lives
     std::uint32_t m_level_flags = GEN_PB_FLAG_ALL;        ///< of the last open; 0 while ignoring
     std::int32_t m_ignored_depth = 0;
     char const *m_ignored_name = nullptr; ///< the open that started ignoring
@@ -176,7 +176,7 @@ inline bool gen_pb_takes_calls()
     return gen_pb_is_own_thread() && !s_gen_pb.m_busy;
 }
 
-/// While one lives, the tree is being worked on.
+/// While one lives, the tree is being worked on, or a message of the bins is being told.
 class GEN_PB_BUSY
 {
 public:

@@ -169,11 +169,11 @@ void GEN_PB_IMPL::dump(char const *file, bool collect_tags)
 {
     if (!gen_pb_is_own_thread())
         return;
+    GEN_PB_BUSY const busy;
     if (m_open_count != 0) {
         gen_say("Warning: bin still open (%d times), cannot dump: %s", m_open_count, get_path("/", nullptr));
         return;
     }
-    GEN_PB_BUSY const busy;
     if (!compute_report())
         return;
     double const overhead_cpu = gen_pb_seconds_of_nsec(m_report_overhead.m_values[GEN_PB_CPU]);

@@ -4,7 +4,8 @@
 // root; wall-clock time, CPU time, an estimate of wall-clock time and memory add up by bin, and finalize() writes the
 // tree to a log. There is one tree in a process, and it belongs to the thread that called
 // GEN_PROFILE_BINS::initialize(): calls of any other thread, and calls before initialize() or after finalize(), return
-// at once without effect (finalize() excepted). No lock is taken.
+// at once without effect (finalize() excepted). No lock is taken. The messages of the bins can reach a function of the
+// tool (mem_msg_redirect()): opens and closes from inside it have no effect either.
 //
 // A misuse is an internal error in a development build. In a customer build (gen_debug_is_customer_build()) it silently
 // switches the bins off for the rest of the process: profiling never stops a customer's flow.
@@ -71,7 +72,8 @@ public:
     /// Appends the names from `root` down to this bin to `result`, empty ones too.
     virtual void get_path_names(std::vector<std::string> *result, GEN_PROFILE_BIN const *root) const = 0;
 
-    /// Writes the report of this bin, which must be closed, and of all below it.
+    /// Writes the report of this bin, which must be closed, and of all below it. If it is open, or the file can't be
+    /// opened, a debug message says so and nothing is written.
     ///
     /// @param file          the file's name; null writes to the debug messages instead
     /// @param collect_tags  note bins with a tag for the tagged report; has an effect in a file only
@@ -88,7 +90,8 @@ protected:
 
 /// The bins of the process.
 ///
-/// Texts that are given to an open or a close must live until ten more events have been given, best for ever: literals.
+/// Texts that are given to an open or a close must live until ten more events have been given, and the name of an open
+/// with flags 0 until its close; best for ever: literals.
 class GEN_PROFILE_BINS
 {
 public:
@@ -108,7 +111,8 @@ public:
     ///                     which shows in no path and no report.
     /// @param flags        bits of GEN_PB_FLAGS; 0 ignores until the matching close
     ///
-    /// @return the bin if GEN_PB_FLAG_IMMEDIATE is set, else null: the bin may not exist yet
+    /// @return the bin if GEN_PB_FLAG_IMMEDIATE is set, else null: the bin may not exist yet. Null as well where the
+    ///         open has no effect: while ignoring, and on a thread that doesn't own the bins.
     GEN_API static GEN_PROFILE_BIN const *open(char const *code_prefix, char const *name, unsigned flags);
 
     /// open() with a tag, which says what subject the bin's cost belongs to; null for none. The first open of a bin
@@ -123,7 +127,8 @@ public:
 
     /// Closes the innermost open bin.
     ///
-    /// @param name  null, or the name of that bin: another one is an internal error
+    /// @param name  null, or the name of that bin: another one is an internal error, which a buffered close brings when
+    ///              the buffer is flushed
     GEN_API static void close(char const *name);
 
     /// Closes every bin down to and including `bin`, which must be open. The bins concerned are to have been opened
@@ -153,7 +158,8 @@ public:
     /// @param pattern  names from the root down, separated by "/"; "*" stands for any number of names, also none
     /// @param ratio    CPU seconds per wall-clock second
     ///
-    /// A bin that matches more than one rule gets an estimate of about 0, and a debug message says so.
+    /// A bin that matches more than one rule gets an estimate of about 0, and a debug message says so. Any thread may
+    /// call it, while no other one uses the bins.
     GEN_API static void set_cpu_to_wc_estimated_ratio(char const *pattern, double ratio);
 
     /// Always fails: this system has no pause and resume hooks at the bins' boundaries.
@@ -162,7 +168,7 @@ public:
     GEN_API static std::string s_log_file_suffix;
 };
 
-/// The innermost open bin among the processed events; null if there is none.
+/// The innermost open bin among the processed events; null if there is none, and on a thread that doesn't own the bins.
 GEN_API GEN_PROFILE_BIN const *gen_profile_bin_get_current_bin();
 
 /// Tells, as debug messages, what the suite's libraries and the process take at a point of a flow. Each configuration
@@ -202,7 +208,8 @@ public:
             GEN_PROFILE_BINS::close(m_name);
     }
 
-    /// The bin; null unless it was opened with GEN_PB_FLAG_IMMEDIATE.
+    /// The bin, as GEN_PROFILE_BINS::open() returned it: null unless it was opened with GEN_PB_FLAG_IMMEDIATE, and null
+    /// where the open had no effect.
     GEN_PROFILE_BIN const *bin() const { return m_bin; }
     GEN_PROFILE_BIN const *operator->() const { return m_bin; }
 

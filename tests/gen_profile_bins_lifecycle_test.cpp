@@ -564,6 +564,37 @@ TEST_F(GenProfileBinsAgain, MayBelongToAnotherThread)
     EXPECT_THAT(memory_calls(), IsEmpty());
 }
 
+// A tool that measures its own showing of messages. Its bins would come before the root, after the last bin, between
+// the closes of many, or bring a message that brings a bin.
+TEST_F(GenProfileBinsAgain, MessagesOfTheBinsOpenNone)
+{
+    mem_cfg_set("show_ignored_bin_warnings", "on");
+    for (unsigned const flags : {PLAIN, IMMEDIATE}) {
+        static unsigned s_flags;
+        s_flags = flags;
+        mem_msg_redirect([](MEM_MSG_KIND, char const *, char const *,
+                            void *) { GEN_PROFILER const guard("UI", "Message", s_flags); },
+                         nullptr);
+        mem_fake_clear_log();
+        GEN_PROFILE_BINS::initialize("Fitter", /*primary=*/true, /*debug_messages=*/true);
+        GEN_PROFILE_BIN const *const bin = open_now("A");
+        EXPECT_EQ(bin->get_path(nullptr), "Fitter/A") << flags;
+        writable(bin).dump(nullptr, /*collect_tags=*/false);
+        GEN_PROFILE_BINS::open("T", "ignored", 0);
+        GEN_PROFILE_BINS::open("T", "B", PLAIN);
+        close_bin();
+        close_bin();
+        GEN_PROFILE_BINS::force_finalize("Fitter");
+        GEN_PROFILE_BINS::initialize("Again", /*primary=*/true, /*debug_messages=*/false);
+        EXPECT_EQ(current_path(), "Again") << flags;
+        GEN_PROFILE_BINS::finalize("Again", /*close_root=*/true);
+        EXPECT_THAT(memory_calls(),
+                    ElementsAre("tbb enabled?", "open Fitter  suspended", "open A  suspended", "close  suspended",
+                                "close  suspended", "tbb enabled?", "open Again  suspended", "close  suspended"))
+            << flags;
+    }
+}
+
 TEST(GenProfileBinsLog, SuffixIsKept)
 {
     EXPECT_EQ(GEN_PROFILE_BINS::s_log_file_suffix, "");
