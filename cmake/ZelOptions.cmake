@@ -39,7 +39,7 @@ file(CREATE_LINK "${ZEL_BOOST_INCLUDE_DIR}/boost" "${PROJECT_BINARY_DIR}/boost/b
 add_library(zel_boost INTERFACE)
 target_include_directories(zel_boost SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/boost")
 
-# zel::options: what every source of ours is compiled with.
+# zel_options: what every source of ours is compiled with.
 add_library(zel_options INTERFACE)
 target_compile_options(zel_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual

@@ -165,6 +165,7 @@ public:
     /// Always fails: this system has no pause and resume hooks at the bins' boundaries.
     GEN_API static void check_make_tracq_equal_1_performed();
 
+    /// What set_process_log_suffix() was given.
     GEN_API static std::string s_log_file_suffix;
 };
 
@@ -186,7 +187,8 @@ GEN_API void gen_meminfo_report_dll_usage(char const *tool, char const *point);
 class GEN_PROFILER
 {
 public:
-    /// Opens a bin, see GEN_PROFILE_BINS::open_with_user_tag(). The texts must outlive the guard.
+    /// Opens a bin, see GEN_PROFILE_BINS::open_with_user_tag(). The texts must outlive the guard by ten
+    /// events.
     GEN_PROFILER(char const *code_prefix, char const *name, unsigned flags, char const *tag = nullptr,
                  char const *user_tag = nullptr)
         : m_is_orig(true), m_name(name),
