@@ -2,6 +2,7 @@
 #include "gen_path_sys.h"
 #include "gen_profile_bins_sys.h"
 
+#include "tests/support/platform.h"
 #include "tests/support/search_world.h"
 
 #include <gmock/gmock.h>
@@ -108,6 +109,13 @@ TEST_F(GenGetSourceFiles, AStarTakesTheFirstFileOfEachExtension)
     Texts found = source_files("*");
     found.resize(2); // other tests have put files into the places behind
     EXPECT_THAT(found, ElementsAre("1 elsewhere/star/a.V", "1 elsewhere/star/c.vhd"));
+}
+
+TEST_F(GenGetSourceFiles, CaseCountsInAnExtensionWhereTheFileSystemTellsItApart)
+{
+    world().put("project/capital.SV");
+    EXPECT_EQ(source_files("capital").size(), ON_WINDOWS ? 1U : 0U);
+    EXPECT_THAT(source_files("CAPITAL"), testing::SizeIs(ON_WINDOWS ? 1 : 0));
 }
 
 TEST_F(GenGetSourceFiles, AppendsToTheVector)
