@@ -68,6 +68,13 @@ TEST(GenFindFileState, AnAbsolutePathFillsInTheProjectDirectoryToo)
     EXPECT_EQ(gen_get_project_dir_path(), current_directory());
 }
 
+TEST(GenDefaultLibsState, AreMadeByTheQuestionForThem)
+{
+    std::list<FIO_PATH> const *const paths = gen_get_default_lib_fio_paths();
+    ASSERT_NE(paths, nullptr);
+    EXPECT_EQ(paths->size(), 23U);
+}
+
 TEST(GenFindFileState, PassesOverPlacesThatWereNeverSet)
 {
     Environment const unset(LIBRARY_PATHS, nullptr);

@@ -215,6 +215,35 @@ TEST_F(GenFindFile, RelativeDirectoriesCountFromTheProjectDirectoryOfTheMoment)
     EXPECT_EQ(find("of_env.v"), "");
 }
 
+TEST_F(GenFindFile, FollowsEachChangeOfAPlace)
+{
+    struct SetterCase
+    {
+        char const *name;
+        void (*set)(std::string);
+    };
+    constexpr SetterCase CASES[] = {
+        {"project directory", gen_set_project_dir_path},
+        {"database directory", gen_set_db_dir_path},
+        {"project library paths", gen_set_project_library_paths},
+        {"user library paths", gen_set_user_library_paths},
+    };
+    for (char const *const place : {"changed_1", "changed_2"}) {
+        std::filesystem::create_directories(world().dir().path() / place / "ipblocks");
+        std::string const file = world().put(std::string(place) + "/changed.v");
+        for (SetterCase const &c : CASES) {
+            EXPECT_EQ(find("changed.v"), "") << c.name << " before " << place;
+            c.set(world().text(place));
+            EXPECT_EQ(find("changed.v"), file) << c.name;
+            c.set(world().text("elsewhere"));
+        }
+        std::string const ipblock = world().put(std::string(place) + "/ipblocks/changed_ip.v");
+        gen_set_project_dir_path(world().text(place));
+        EXPECT_EQ(find("changed_ip.v"), ipblock);
+        gen_set_project_dir_path(world().text("elsewhere"));
+    }
+}
+
 TEST_F(GenFindFile, ARelativeProjectDirectoryGivesAbsoluteHits)
 {
     CurrentDirectory const current(world().dir().path());
