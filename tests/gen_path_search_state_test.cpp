@@ -53,6 +53,7 @@ TEST(GenFindFileState, MakesTheCurrentDirectoryTheProjectDirectory)
     gen_get_default_lib_fio_paths();
     gen_find_in_path("here.v", false);
     EXPECT_EQ(gen_get_relative_path_if_starts_with_project_dir(file.c_str()), file);
+    EXPECT_EQ(gen_get_relative_path_if_starts_with_project_dir(""), "");
     EXPECT_EQ(gen_get_project_dir_path(), "") << "these need none";
     {
         CurrentDirectory const current(dir.path());
