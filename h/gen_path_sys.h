@@ -355,7 +355,8 @@ enum GEN_LIBRARY_PATHS_ENUM : unsigned
 
 /// Looks for the source files of a design unit in the places of gen_find_file(), in the same order: for each source
 /// language the first file that the unit's name with one of the language's extensions leads to. The extensions are v,
-/// sv, vhd, vhdl, edf, edif, blif, net, vh and svh; case doesn't count in them.
+/// sv, vhd, vhdl, edf, edif, blif, net, vh and svh. Case counts in them where the file system tells it apart; for the
+/// name "*" it never does.
 ///
 /// @param name   the unit's name without extension, which may have a relative directory in front; "*" is any name
 /// @param files  not null; the files are appended, place by place, and in byte order within a directory

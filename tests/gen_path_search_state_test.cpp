@@ -53,6 +53,7 @@ TEST(GenFindFileState, MakesTheCurrentDirectoryTheProjectDirectory)
     gen_get_default_lib_fio_paths();
     gen_find_in_path("here.v", false);
     EXPECT_EQ(gen_get_relative_path_if_starts_with_project_dir(file.c_str()), file);
+    EXPECT_EQ(gen_get_relative_path_if_starts_with_project_dir(""), "");
     EXPECT_EQ(gen_get_project_dir_path(), "") << "these need none";
     {
         CurrentDirectory const current(dir.path());
@@ -66,6 +67,13 @@ TEST(GenFindFileState, AnAbsolutePathFillsInTheProjectDirectoryToo)
 {
     EXPECT_EQ(find("/no/such/file.v"), "");
     EXPECT_EQ(gen_get_project_dir_path(), current_directory());
+}
+
+TEST(GenDefaultLibsState, AreMadeByTheQuestionForThem)
+{
+    std::list<FIO_PATH> const *const paths = gen_get_default_lib_fio_paths();
+    ASSERT_NE(paths, nullptr);
+    EXPECT_EQ(paths->size(), 23U);
 }
 
 TEST(GenFindFileState, PassesOverPlacesThatWereNeverSet)

@@ -1,7 +1,6 @@
 // Searches in an installation and a project on disk.
 #include "gen_path_sys.h"
 
-#include "tests/support/message_recorder.h"
 #include "tests/support/platform.h"
 #include "tests/support/search_world.h"
 
@@ -10,40 +9,16 @@
 
 using testing::ExitedWithCode;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace {
 
-// The world of this process; made before any test asks for the root.
-SearchWorld *l_world = nullptr;
-
-class World : public testing::Environment
-{
-public:
-    void SetUp() override { l_world = new SearchWorld; }
-    void TearDown() override { delete l_world; }
-};
-testing::Environment *const l_environment = testing::AddGlobalTestEnvironment(new World);
-
-class GenSearch : public testing::Test
-{
-protected:
-    GenSearch() { world().open_project(); }
-    ~GenSearch() override { EXPECT_THAT(m_messages.lines(), IsEmpty()); }
-
-    static SearchWorld const &world() { return *l_world; }
-
-private:
-    MessageRecorder m_messages; // no search tells anything
-};
-
-using GenFindFile = GenSearch;
-using GenFindEdaFile = GenSearch;
-using GenFindFileCache = GenSearch;
-using GenFindIncludeFile = GenSearch;
-using GenDefaultLibs = GenSearch;
-using GenRelativePath = GenSearch;
-using GenRelativePathDeathTest = GenSearch;
+using GenFindFile = SearchTest;
+using GenFindEdaFile = SearchTest;
+using GenFindFileCache = SearchTest;
+using GenFindIncludeFile = SearchTest;
+using GenDefaultLibs = SearchTest;
+using GenRelativePath = SearchTest;
+using GenRelativePathDeathTest = SearchTest;
 
 std::string find(std::string const &name)
 {
@@ -240,6 +215,35 @@ TEST_F(GenFindFile, RelativeDirectoriesCountFromTheProjectDirectoryOfTheMoment)
     EXPECT_EQ(find("of_env.v"), "");
 }
 
+TEST_F(GenFindFile, FollowsEachChangeOfAPlace)
+{
+    struct SetterCase
+    {
+        char const *name;
+        void (*set)(std::string);
+    };
+    constexpr SetterCase CASES[] = {
+        {"project directory", gen_set_project_dir_path},
+        {"database directory", gen_set_db_dir_path},
+        {"project library paths", gen_set_project_library_paths},
+        {"user library paths", gen_set_user_library_paths},
+    };
+    for (char const *const place : {"changed_1", "changed_2"}) {
+        std::filesystem::create_directories(world().dir().path() / place / "ipblocks");
+        std::string const file = world().put(std::string(place) + "/changed.v");
+        for (SetterCase const &c : CASES) {
+            EXPECT_EQ(find("changed.v"), "") << c.name << " before " << place;
+            c.set(world().text(place));
+            EXPECT_EQ(find("changed.v"), file) << c.name;
+            c.set(world().text("elsewhere"));
+        }
+        std::string const ipblock = world().put(std::string(place) + "/ipblocks/changed_ip.v");
+        gen_set_project_dir_path(world().text(place));
+        EXPECT_EQ(find("changed_ip.v"), ipblock);
+        gen_set_project_dir_path(world().text("elsewhere"));
+    }
+}
+
 TEST_F(GenFindFile, ARelativeProjectDirectoryGivesAbsoluteHits)
 {
     CurrentDirectory const current(world().dir().path());
@@ -368,7 +372,7 @@ TEST_F(GenFindIncludeFile, LooksBesideTheIncluderLast)
          {"project/inc_project.vh", "project/inc_both.vh", "user_lib/inc_library.vh", "elsewhere/rtl/inc_beside.vh",
           "elsewhere/rtl/inc_both.vh", "elsewhere/rtl/deep/inc_deep.vh", "elsewhere/rtl/inc_library.vh"})
         world().put(file);
-    auto const placed = [](char const *path) { return *path == '\0' ? std::string() : l_world->text(path); };
+    auto const placed = [](char const *path) { return *path == '\0' ? std::string() : world().text(path); };
     for (IncludeCase const &c : INCLUDE_CASES) {
         std::string full = "former";
         std::string relative = "former";

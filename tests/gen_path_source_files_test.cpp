@@ -2,7 +2,6 @@
 #include "gen_path_sys.h"
 #include "gen_profile_bins_sys.h"
 
-#include "tests/support/message_recorder.h"
 #include "tests/support/platform.h"
 #include "tests/support/search_world.h"
 
@@ -17,36 +16,14 @@ namespace {
 using SourceFiles = std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>>;
 using Texts = std::vector<std::string>;
 
-// The world of this process; made before any test asks for the root.
-SearchWorld *l_world = nullptr;
-
-class World : public testing::Environment
-{
-public:
-    void SetUp() override { l_world = new SearchWorld; }
-    void TearDown() override { delete l_world; }
-};
-testing::Environment *const l_environment = testing::AddGlobalTestEnvironment(new World);
-
-class GenSources : public testing::Test
-{
-protected:
-    GenSources() { world().open_project(); }
-    ~GenSources() override { EXPECT_THAT(m_messages.lines(), IsEmpty()); }
-
-    static SearchWorld const &world() { return *l_world; }
-
-    MessageRecorder m_messages; // no search tells anything
-};
-
-using GenGetSourceFiles = GenSources;
-using GenGetSourceFilesFromLib = GenSources;
-using GenDeviceFiles = GenSources;
+using GenGetSourceFiles = SearchTest;
+using GenGetSourceFilesFromLib = SearchTest;
+using GenDeviceFiles = SearchTest;
 
 // An entry as "tag path", the path under the world.
 std::string text_of(GEN_LIBRARY_PATHS_ENUM tag, std::string const &path)
 {
-    std::string const start = l_world->text("");
+    std::string const start = SearchWorldEnvironment::world().text("");
     bool const is_in_world = path.compare(0, start.size(), start) == 0;
     return std::to_string(tag) + ' ' + (is_in_world ? path.substr(start.size()) : path);
 }
@@ -132,6 +109,13 @@ TEST_F(GenGetSourceFiles, AStarTakesTheFirstFileOfEachExtension)
     Texts found = source_files("*");
     found.resize(2); // other tests have put files into the places behind
     EXPECT_THAT(found, ElementsAre("1 elsewhere/star/a.V", "1 elsewhere/star/c.vhd"));
+}
+
+TEST_F(GenGetSourceFiles, CaseCountsInAnExtensionWhereTheFileSystemTellsItApart)
+{
+    world().put("project/capital.SV");
+    EXPECT_EQ(source_files("capital").size(), ON_WINDOWS ? 1U : 0U);
+    EXPECT_THAT(source_files("CAPITAL"), testing::SizeIs(ON_WINDOWS ? 1 : 0));
 }
 
 TEST_F(GenGetSourceFiles, AppendsToTheVector)

@@ -7,7 +7,11 @@
 #include "gen_path_sys.h"
 #include "tests/support/environment.h"
 #include "tests/support/gen_os_fake.h"
+#include "tests/support/message_recorder.h"
 #include "tests/support/temp_dir.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <string>
@@ -122,6 +126,34 @@ private:
 
     TempDir m_dir;
     Environment m_library_paths{"KALVERN_LIBRARY_PATHS", (";" + m_dir.text("env_lib") + ";;env_lib/;").c_str()};
+};
+
+/// The world of this process, made before any test asks for the root. Exit doesn't remove it: the child of a death test
+/// comes there too.
+class SearchWorldEnvironment : public testing::Environment
+{
+public:
+    void SetUp() override { s_world = new SearchWorld; }
+    void TearDown() override { delete s_world; }
+
+    static SearchWorld const &world() { return *s_world; }
+
+private:
+    static inline SearchWorld const *s_world = nullptr;
+};
+inline testing::Environment *const search_world_environment =
+    testing::AddGlobalTestEnvironment(new SearchWorldEnvironment);
+
+/// A test that finds the project of the world open. No search tells anything.
+class SearchTest : public testing::Test
+{
+protected:
+    SearchTest() { world().open_project(); }
+    ~SearchTest() override { EXPECT_THAT(m_messages.lines(), testing::IsEmpty()); }
+
+    static SearchWorld const &world() { return SearchWorldEnvironment::world(); }
+
+    MessageRecorder m_messages;
 };
 
 #endif
