@@ -178,11 +178,16 @@ void at_exit()
         err_os_wait_for_the_end();
 }
 
+// Among the last of the exit handlers that run.
 class LAST_HANDLER
 {
 public:
     ~LAST_HANDLER()
     {
+        if (l_reporter.load() == err_os_thread_id()) {
+            std::fflush(nullptr);
+            err_os_end_at_once(STATUS);
+        }
         bool const is_claimed = claim_end(END::ORDINARY);
         if (!another_thread_reports())
             return;
@@ -192,23 +197,10 @@ public:
     }
 };
 
+// Two handlers, since the reporter and an ordinary exit beside it may each take one: an exit that found nothing left to
+// do would end the process with its own status.
 LAST_HANDLER l_last_handler;
-
-// Released right before the last handler. The reporter ends here: once it had taken the last handler for itself, an
-// ordinary exit beside it would find nothing left to do and end the process with its own status.
-class END_OF_REPORTER
-{
-public:
-    ~END_OF_REPORTER()
-    {
-        if (l_reporter.load() != err_os_thread_id())
-            return;
-        std::fflush(nullptr);
-        err_os_end_at_once(STATUS);
-    }
-};
-
-END_OF_REPORTER l_end_of_reporter;
+LAST_HANDLER l_handler_before_the_last;
 
 } // namespace
 

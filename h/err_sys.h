@@ -47,6 +47,8 @@
 /// Exit handlers that run on another thread are recognised from those on that were registered before
 /// the first call of err_set_module_fullpath(). A thread that ends the process in the ordinary way
 /// while another one reports doesn't change the status: it is 3.
+/// Where the C library doesn't stand two exits at once (glibc before 2.41), it may end the process by
+/// a signal instead.
 [[noreturn]] ERR_API void err_report_internal_error(char const *expression, char const *module, char const *file,
                                                     int line);
 
