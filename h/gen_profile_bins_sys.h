@@ -187,8 +187,8 @@ GEN_API void gen_meminfo_report_dll_usage(char const *tool, char const *point);
 class GEN_PROFILER
 {
 public:
-    /// Opens a bin, see GEN_PROFILE_BINS::open_with_user_tag(). The texts must outlive the guard by ten
-    /// events.
+    /// Opens a bin, see GEN_PROFILE_BINS::open_with_user_tag(). The texts must outlive the guard by
+    /// ten events.
     GEN_PROFILER(char const *code_prefix, char const *name, unsigned flags, char const *tag = nullptr,
                  char const *user_tag = nullptr)
         : m_is_orig(true), m_name(name),

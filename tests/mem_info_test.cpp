@@ -1,6 +1,8 @@
 #include "mem/mem_proc_text.h"
 #include "mem_sys.h"
 
+#include "tests/support/resident_memory.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -65,15 +67,6 @@ constexpr StatusCase STATUS_CASES[] = {
     {"VmPeak:\t-1 kB\n", "VmPeak", false, UNTOUCHED},
     {"VmPeak:\t18014398509481984 kB\n", "VmPeak", false, UNTOUCHED},
 };
-
-// Memory that is resident: every page of it is written.
-std::unique_ptr<char[]> resident_bytes(std::size_t bytes)
-{
-    std::unique_ptr<char[]> memory(new char[bytes]);
-    for (std::size_t i = 0; i < bytes; i += 1024)
-        static_cast<char volatile *>(memory.get())[i] = 1;
-    return memory;
-}
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // The statistics by bin and tag and the time line, and dumps into streams that fail. A TEST is a process.
 #include "mem_sys.h"
 
+#include "tests/support/mem_bin_figures.h"
 #include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
 
@@ -27,20 +28,6 @@ constexpr std::size_t MIB = std::size_t{1024} * 1024;
 void open_bin(std::string const &name, std::string const &tag = "")
 {
     mem_open_profile_bin(name, tag);
-}
-
-struct Figures
-{
-    std::size_t open_bytes;
-    std::size_t close_bytes;
-    std::size_t peak_bytes;
-};
-
-Figures close_bin()
-{
-    Figures f{};
-    mem_close_profile_bin("", &f.open_bytes, &f.close_bytes, &f.peak_bytes);
-    return f;
 }
 
 void *volatile l_block = nullptr;

@@ -1,6 +1,8 @@
 // Counting and profile bins in a process with zel::mem_new.
 #include "mem_sys.h"
 
+#include "tests/support/mem_bin_figures.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -37,20 +39,6 @@ constexpr std::size_t KIB = 1024;
 constexpr std::size_t MIB = 1024 * KIB;
 // A heap may make a block larger than asked for.
 constexpr std::size_t BLOCK_SLACK = 64 * KIB;
-
-struct Figures
-{
-    std::size_t open_bytes = 1;
-    std::size_t close_bytes = 1;
-    std::size_t peak_bytes = 1;
-};
-
-Figures close_bin(std::string const &tag = "")
-{
-    Figures f;
-    mem_close_profile_bin(tag, &f.open_bytes, &f.close_bytes, &f.peak_bytes);
-    return f;
-}
 
 std::int64_t total()
 {

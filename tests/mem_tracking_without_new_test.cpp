@@ -1,6 +1,9 @@
 // Profile bins in a process without zel::mem_new: their figures are the working set's.
 #include "mem_sys.h"
 
+#include "tests/support/mem_bin_figures.h"
+#include "tests/support/resident_memory.h"
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -13,28 +16,6 @@ namespace {
 constexpr std::size_t MIB = 1024 * 1024;
 // What the rest of the process and the system's own rounding may add or take.
 constexpr std::size_t SLACK = 16 * MIB;
-
-struct Figures
-{
-    std::size_t open_bytes = 1;
-    std::size_t close_bytes = 1;
-    std::size_t peak_bytes = 1;
-};
-
-Figures close_bin(std::string const &tag = "")
-{
-    Figures f;
-    mem_close_profile_bin(tag, &f.open_bytes, &f.close_bytes, &f.peak_bytes);
-    return f;
-}
-
-std::unique_ptr<char[]> resident_bytes(std::size_t bytes)
-{
-    std::unique_ptr<char[]> memory(new char[bytes]);
-    for (std::size_t i = 0; i < bytes; i += 1024)
-        static_cast<char volatile *>(memory.get())[i] = 1;
-    return memory;
-}
 
 } // namespace
 
