@@ -278,20 +278,6 @@ TEST_F(GenCookie, TakesThePathOfABinBehindTheClosedRoot)
     EXPECT_EQ(file(), fresh_file("tool", {row("cookie", "1", "A::B")}));
 }
 
-TEST_F(GenCookie, SaysNothingOfAFullDisk)
-{
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "no such device";
-    std::filesystem::create_symlink("/dev/full", m_directory.path() / "cookie_db_tool.log");
-    start();
-    for (std::uint64_t k = 0; k < 1000; ++k)
-        gen_log_cookie("cookie", k);
-    m_messages.clear();
-    finish();
-    for (std::string const &line : m_messages.lines())
-        EXPECT_EQ(line.find("cookie"), std::string::npos) << line;
-}
-
 TEST_F(GenCookie, WritesAHeadingAlone)
 {
     start();

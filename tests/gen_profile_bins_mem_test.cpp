@@ -287,25 +287,6 @@ TEST_F(GenFlowStages, AreNotBegunAgainInside)
     close_bin();
 }
 
-TEST_F(GenFlowStages, SayNothingOfAFullDisk)
-{
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "no such device";
-    for (char const *dump : {"fileline", "subsystem", "bin stats", "tag stats"})
-        mem_fake_set_dump(dump, std::string(100000, 'x'));
-    mem_enable_tracking(BOTH);
-    for (char const *log : {"fileline", "subsystem", "pbin_tag_stats", "pbin_stats"})
-        std::filesystem::create_symlink("/dev/full",
-                                        m_directory.path() / (std::string("mem_tbb_") + log + ".prefit.log"));
-    start();
-    run_bin("fit2_fit_plan", 0, 0);
-    forget();
-    run_bin("Placer", 0, 0);
-    EXPECT_THAT(m_messages.lines(), ElementsAre(message_of("prefit")));
-    run_bin("fit2_fit_route_init", 0, 0);
-    EXPECT_THAT(m_messages.lines(), ElementsAre(message_of("prefit"), message_of("placer")));
-}
-
 // The key counts as it was at the first question.
 TEST_F(GenProfileBinsMem, KeepsTheKeyOfTheFirstQuestion)
 {

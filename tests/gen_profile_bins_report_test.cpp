@@ -558,25 +558,6 @@ void move_clock(MEM_MSG_KIND, char const *, char const *text, void *context)
         gen_os_fake_advance(0, mover->ticks);
 }
 
-// Only the open of a file is looked at.
-TEST_F(GenProfileBinsReport, SaysNothingOfAFullDisk)
-{
-    if (!std::filesystem::exists("/dev/full"))
-        GTEST_SKIP() << "no such device";
-    for (char const *file : {"profile_bins_tool.log", "profile_bins_tagged_tool.log"})
-        std::filesystem::create_symlink("/dev/full", m_directory.path() / file);
-    start_bins("R");
-    GEN_PROFILE_BINS::open_with_tag("TST", "A", GEN_PB_FLAG_IMMEDIATE, "t");
-    close_bin();
-    close_bin();
-    m_recorder.clear();
-    GEN_PROFILE_BINS::finalize("tool", /*close_root=*/false);
-    EXPECT_THAT(m_recorder.lines(),
-                ElementsAre("Overhead for bin R is 0.0s (0.0s WC)", "Overhead for bin R is 0.0s (0.0s WC)",
-                            "Deleted all bins; buffer was full 0 times", "Dumping bins took 0.0s",
-                            "0 bins may have been ignored improperly (use show_ignored_bin_warnings=on for details)"));
-}
-
 struct DurationCase
 {
     char const *text; // while this is said the time passes

@@ -2,15 +2,12 @@
 #include "mem_sys.h"
 
 #include "tests/support/heap_size.h"
-#include "tests/support/platform.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <functional>
 #include <new>
-#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -267,41 +264,4 @@ TEST(MemTrackingExact, AnEndedThreadLeavesWhatItHasOut)
     EXPECT_GE(with_block - before, size);
     EXPECT_LE(with_block - before, size + KIB);
     EXPECT_EQ(total(), with_block - size);
-}
-
-namespace {
-
-// In the child of a fork, which has this thread alone of all that the records tell of.
-bool child_counts()
-{
-    std::int64_t const before = total();
-    mem_open_profile_bin("A", "");
-    void *const block = take(100 * KIB);
-    std::int64_t const size = heap_size(block);
-    Figures const f = close_bin();
-    std::ostringstream out;
-    bool const is_recorded = mem_dump_tbb_subsystem_tracking(out);
-    give(block);
-    return f.open_bytes == before && f.close_bytes == before + size && is_recorded;
-}
-
-} // namespace
-
-TEST(MemTrackingExactDeathTest, TheChildOfAForkCountsOn)
-{
-    if (ON_WINDOWS)
-        GTEST_SKIP() << "no forks";
-    GTEST_FLAG_SET(death_test_style, "fast");
-    mem_enable_tracking(MEM_TRACKING_SOURCES);
-    std::atomic<bool> stop{false};
-    std::thread busy([&stop] {
-        while (!stop)
-            give(take(3000));
-    });
-    for (int i = 0; i < 20; ++i)
-        EXPECT_EXIT(std::_Exit(child_counts() ? 0 : 1), testing::ExitedWithCode(0), "");
-    stop = true;
-    busy.join();
-    mem_disable_tracking(MEM_TRACKING_SOURCES);
-    mem_reset_tracking_entries();
 }
