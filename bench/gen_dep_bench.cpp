@@ -11,7 +11,7 @@
 // address: a lookup by address and an append. The floor of the passes is a lookup of the record in a
 // std::unordered_map, its copy into a vector, since callbacks run from copies, and the call; a pass has two tables to
 // look into. The peer is one boost::signals2::signal: connections made and cut, and one emission to all.
-#include "gen/gen_dep_registry.h"
+#include "gen/object/gen_dep_registry.h"
 
 #include "bench/bench.h"
 

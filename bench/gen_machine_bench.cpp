@@ -7,7 +7,7 @@
 #include "gen_machine_sys.h"
 
 #include "bench/bench.h"
-#include "gen/gen_machine_capture.h"
+#include "gen/machine/gen_machine_capture.h"
 #include "gen/os/gen_os_machine.h"
 
 #include <algorithm>

@@ -46,8 +46,15 @@ target_compile_options(zel_options INTERFACE
   -Wold-style-cast -Wcast-qual -Wformat=2 -Wno-format-nonliteral -Wundef -Werror
   # Floating-point steps are exact: no fused multiply-add.
   -ffp-contract=off
-  # Internal errors name their source from the project's root.
-  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  # No path of the building machine: debug information and internal errors name a source from the project's root.
+  "-fdebug-prefix-map=${PROJECT_SOURCE_DIR}/=" "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+# An internal error names its source without the room. The last option that matches is the one that g++ takes, the
+# longest that clang takes.
+file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/rooms.txt" rooms REGEX "^[^#]")
+foreach(room IN LISTS rooms)
+  get_filename_component(library "${room}" DIRECTORY)
+  target_compile_options(zel_options INTERFACE "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/${room}/=${library}/")
+endforeach()
 if(WIN32)
   # Windows 7 and newer; narrow calls by name.
   target_compile_definitions(zel_options INTERFACE _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX __USE_MINGW_ANSI_STDIO=1)

@@ -3,7 +3,7 @@
 #ifndef GEN_OS_HOST_H
 #define GEN_OS_HOST_H
 
-#include "gen/gen_host_text.h"
+#include "gen/base/gen_host_text.h"
 
 #include <cstdint>
 #include <string>

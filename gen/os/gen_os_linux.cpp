@@ -1,6 +1,6 @@
 #include "gen/os/gen_os.h"
 
-#include "gen/gen_string_profile.h"
+#include "gen/text/gen_string_profile.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "gen/os/gen_os_machine.h"
 
-#include "gen/gen_machine_text.h"
+#include "gen/base/gen_machine_text.h"
 #include "gen/os/gen_os_system_file_linux.h"
 
 #include <sched.h>

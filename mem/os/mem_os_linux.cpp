@@ -1,6 +1,6 @@
 #include "mem/os/mem_os.h"
 
-#include "mem/mem_proc_text.h"
+#include "mem/tracking/mem_proc_text.h"
 #include "mem/os/mem_os_thread.h"
 
 #include <atomic>

@@ -3,7 +3,7 @@
 #ifndef MEM_OS_THREAD_H
 #define MEM_OS_THREAD_H
 
-#include "mem/mem_lock.h"
+#include "mem/tracking/mem_lock.h"
 #include "zel_export_sys.h"
 
 #include <atomic>

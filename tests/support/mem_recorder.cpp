@@ -1,6 +1,6 @@
 #include "tests/support/mem_recorder.h"
 
-#include "gen/gen_statics.h"
+#include "gen/base/gen_statics.h"
 #include "mem_sys.h"
 
 #include <cstdarg>

@@ -2,7 +2,7 @@
 #ifndef TESTS_SUPPORT_PLAYED_MACHINE_H
 #define TESTS_SUPPORT_PLAYED_MACHINE_H
 
-#include "gen/gen_machine_state.h"
+#include "gen/machine/gen_machine_state.h"
 #include "tests/support/gen_os_machine_fake.h"
 #include "tests/support/message_recorder.h"
 

@@ -1,0 +1,234 @@
+// How a processor's place is told from its APIC id, on a package of 4 cores with 2 hardware threads each: logical per
+// package 8 is 3 bits, SMT per core 2 is 1 bit, and so the id 0x0d = 0000'1101 of a logical processor is cut into
+//
+//     package id  0000'1000    what stands above the 3 bits
+//     core id     0000'0100    the 3 bits without the lowest
+//     SMT id      0000'0001    the lowest bit
+//
+// Processors that share a package id are one package, and those that share a core id in it are one core. The ids only
+// have to be distinct, so the fields stay where they stand.
+#include "gen/machine/gen_machine_capture.h"
+
+#include "gen/base/gen_message.h"
+
+#include <cstring>
+
+namespace {
+
+// Leaves of CPUID, bits and fields: from the manuals of the processor vendors.
+constexpr std::uint32_t LEAF_VENDOR = 0;
+constexpr std::uint32_t LEAF_FEATURES = 1;
+constexpr std::uint32_t LEAF_CORES = 4;
+constexpr std::uint32_t LEAF_MORE_FEATURES = 7;
+constexpr std::uint32_t LEAF_EXTENDED = 0x80000000;
+constexpr std::uint32_t LEAF_EXTENDED_FEATURES = 0x80000001;
+
+constexpr std::uint32_t bit(unsigned number)
+{
+    return std::uint32_t{1} << number;
+}
+
+constexpr std::uint32_t MULTI_THREADING = bit(28);
+
+// A flag of a package is set if any of the bits is set in a register.
+struct Feature
+{
+    bool GEN_PKG::*flag;
+    std::uint32_t GEN_CPUID::*word;
+    std::uint32_t bits;
+};
+constexpr Feature FEATURES[] = {
+    {&GEN_PKG::m_sse, &GEN_CPUID::m_edx, bit(25)},
+    {&GEN_PKG::m_sse2, &GEN_CPUID::m_edx, bit(26)},
+    {&GEN_PKG::m_sse3, &GEN_CPUID::m_ecx, bit(0)},
+    {&GEN_PKG::m_ssse3, &GEN_CPUID::m_ecx, bit(9)},
+    {&GEN_PKG::m_sse4_1, &GEN_CPUID::m_ecx, bit(19)},
+    {&GEN_PKG::m_sse4_2, &GEN_CPUID::m_ecx, bit(20)},
+    {&GEN_PKG::m_popcnt, &GEN_CPUID::m_ecx, bit(23)},
+    {&GEN_PKG::m_avx, &GEN_CPUID::m_ecx, bit(27) | bit(28)}, // saved state alone will do
+    {&GEN_PKG::m_fma, &GEN_CPUID::m_ecx, bit(12)},
+};
+constexpr Feature MORE_FEATURES[] = {
+    {&GEN_PKG::m_avx2, &GEN_CPUID::m_ebx, bit(5)},
+    {&GEN_PKG::m_bmi1, &GEN_CPUID::m_ebx, bit(3)},
+    {&GEN_PKG::m_bmi2, &GEN_CPUID::m_ebx, bit(8)},
+};
+constexpr Feature EXTENDED_FEATURES[] = {
+    {&GEN_PKG::m_lzcnt, &GEN_CPUID::m_ecx, bit(5)},
+};
+
+template <std::size_t COUNT>
+void set_flags(GEN_PKG &package, Feature const (&features)[COUNT], GEN_CPUID const &leaf)
+{
+    for (Feature const &feature : features)
+        package.*feature.flag = (leaf.*feature.word & feature.bits) != 0;
+}
+
+// What one logical processor says of itself and its package.
+struct Processor
+{
+    GEN_VENDOR vendor = GEN_VENDOR_UNSET;
+    std::uint32_t max_leaf = 0;
+    std::uint32_t max_extended_leaf = 0;
+    GEN_CPUID leaf_1; // all 0 if there is none
+};
+
+GEN_VENDOR vendor_of(GEN_CPUID const &leaf_0)
+{
+    char name[13] = {};
+    std::memcpy(name, &leaf_0.m_ebx, 4);
+    std::memcpy(name + 4, &leaf_0.m_edx, 4);
+    std::memcpy(name + 8, &leaf_0.m_ecx, 4);
+    if (std::strcmp(name, "AuthenticAMD") == 0)
+        return GEN_VENDOR_AUTHENTIC_AMD;
+    if (std::strcmp(name, "GenuineIntel") == 0)
+        return GEN_VENDOR_GENUINE;
+    gen_say("CPU info not supported on this platform: %s", static_cast<char const *>(name));
+    return GEN_VENDOR_UNSUPPORTED;
+}
+
+Processor read_processor()
+{
+    Processor processor;
+    GEN_CPUID query;
+    query.m_eax = LEAF_VENDOR;
+    if (gen_os_cpuid(query)) {
+        processor.max_leaf = query.m_eax;
+        processor.vendor = vendor_of(query);
+    } else
+        gen_say("cpuid function is not supported");
+    query = {};
+    query.m_eax = LEAF_EXTENDED;
+    if (gen_os_cpuid(query))
+        processor.max_extended_leaf = query.m_eax;
+    else
+        gen_say("cpuid extended function is not supported");
+    if (processor.max_leaf >= LEAF_FEATURES)
+        processor.leaf_1 = gen_read_cpuid(LEAF_FEATURES);
+    return processor;
+}
+
+// How many hardware threads share a core, on a package whose logical processors are told.
+std::uint32_t smt_per_core(Processor const &processor, std::uint32_t logical_per_package)
+{
+    if (processor.vendor != GEN_VENDOR_GENUINE)
+        return 1;
+    if (processor.max_leaf < LEAF_CORES)
+        return logical_per_package;
+    std::uint32_t const cores_per_package = (gen_read_cpuid(LEAF_CORES).m_eax >> 26) + 1;
+    return logical_per_package / cores_per_package;
+}
+
+// Without the multi-threading flag each processor is a package of its own, told apart by its number in the walk.
+GEN_CPU_IDS ids_of(Processor const &processor, std::uint8_t number)
+{
+    if ((processor.leaf_1.m_edx & MULTI_THREADING) == 0)
+        return gen_split_apic_id(number, 1, 1);
+    std::uint32_t const logical_per_package = processor.leaf_1.m_ebx >> 16 & 0xff;
+    return gen_split_apic_id(static_cast<std::uint8_t>(processor.leaf_1.m_ebx >> 24), logical_per_package,
+                             smt_per_core(processor, logical_per_package));
+}
+
+// The least width of a field that tells `count` things apart.
+unsigned width_of(std::uint32_t count)
+{
+    unsigned width = 0;
+    while (std::uint32_t{1} << width < count)
+        ++width;
+    return width;
+}
+
+// A logical processor that is there already stays as it is.
+void add_core(GEN_PKG &package, GEN_CORE &&core)
+{
+    auto const known = package.m_cores.find(core);
+    if (known == package.m_cores.end()) {
+        package.m_cores.insert(std::move(core));
+        return;
+    }
+    auto node = package.m_cores.extract(known);
+    node.value().m_logical_cpus.merge(core.m_logical_cpus);
+    package.m_cores.insert(std::move(node));
+}
+
+void read_features(GEN_PKG &package, GEN_CPUID const &leaf_1)
+{
+    if (package.m_max_leaf < LEAF_FEATURES)
+        return;
+    set_flags(package, FEATURES, leaf_1);
+    // Asked without a look at the reported maxima: a processor without these leaves answers as it will.
+    set_flags(package, MORE_FEATURES, gen_read_cpuid(LEAF_MORE_FEATURES));
+    set_flags(package, EXTENDED_FEATURES, gen_read_cpuid(LEAF_EXTENDED_FEATURES));
+}
+
+GEN_PKG make_package(GEN_MACHINE_STATE &state, Processor const &processor, std::uint8_t id, GEN_CORE &&core)
+{
+    GEN_PKG package;
+    package.m_package_id = id;
+    package.m_vendor = processor.vendor;
+    package.m_max_leaf = processor.max_leaf;
+    package.m_max_extended_leaf = processor.max_extended_leaf;
+    add_core(package, std::move(core));
+    read_features(package, processor.leaf_1);
+    gen_read_caches(state, package, processor.leaf_1.m_eax);
+    return package;
+}
+
+// Adds the logical processor that the thread is on. What a package says of itself is what its first one said.
+void visit_processor(GEN_MACHINE_STATE &state, std::uint32_t affinity_bit, std::uint8_t number)
+{
+    Processor const processor = read_processor();
+    GEN_CPU_IDS const ids = ids_of(processor, number);
+    GEN_CORE core;
+    core.m_core_id = ids.m_core_id;
+    core.m_logical_cpus.insert({ids.m_smt_id, affinity_bit});
+
+    GEN_PKG wanted;
+    wanted.m_package_id = ids.m_package_id;
+    auto const known = state.m_packages.find(wanted);
+    if (known == state.m_packages.end()) {
+        state.m_packages.insert(make_package(state, processor, ids.m_package_id, std::move(core)));
+        return;
+    }
+    auto node = state.m_packages.extract(known);
+    add_core(node.value(), std::move(core));
+    state.m_packages.insert(std::move(node));
+}
+
+// The walk ends where no further processor exists, or with the 32nd.
+void visit_processors(GEN_MACHINE_STATE &state, std::uint64_t system_mask)
+{
+    std::uint8_t number = 0;
+    for (std::uint32_t affinity_bit = 1; affinity_bit != 0 && affinity_bit <= system_mask; affinity_bit <<= 1) {
+        if (!gen_os_move_thread(affinity_bit))
+            continue;
+        thr_sleep(0); // the thread is really there now
+        visit_processor(state, affinity_bit, number++);
+    }
+}
+
+} // namespace
+
+GEN_CPU_IDS gen_split_apic_id(std::uint8_t apic_id, std::uint32_t logical_per_package, std::uint32_t smt_per_core)
+{
+    auto const above_package = static_cast<std::uint8_t>(0xff << width_of(logical_per_package));
+    auto const above_core = static_cast<std::uint8_t>(0xff << width_of(smt_per_core));
+    return {static_cast<std::uint8_t>(apic_id & above_package),
+            static_cast<std::uint8_t>(apic_id & (above_core ^ above_package)),
+            static_cast<std::uint8_t>(apic_id & ~above_core)};
+}
+
+void gen_walk_processors(GEN_MACHINE_STATE &state)
+{
+    std::uint64_t process_mask = 0;
+    std::uint64_t system_mask = 0;
+    if (state.m_cpu_info_valid) {
+        if (!gen_os_read_affinity(process_mask, system_mask))
+            state.m_cpu_info_valid = false;
+        else if (process_mask != system_mask)
+            gen_say("This process can not utilize all logical processors");
+        visit_processors(state, system_mask);
+    }
+    gen_os_release_thread(process_mask); // without effect if the masks weren't read
+    thr_sleep(0);
+}

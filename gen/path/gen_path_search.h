@@ -1,0 +1,33 @@
+// The places where files are looked for, and what a search needs before it starts.
+#ifndef GEN_PATH_SEARCH_H
+#define GEN_PATH_SEARCH_H
+
+#include "gen/base/gen_statics.h"
+#include "gen_path_sys.h"
+
+struct GEN_SEARCH_PLACE
+{
+    FIO_FIND *GEN_PATH_STATE::*search;
+    bool from_project_dir; // relative directories count from the project directory of the moment
+    GEN_LIBRARY_PATHS_ENUM tag;
+};
+
+/// In the order of the search.
+constexpr GEN_SEARCH_PLACE GEN_SEARCH_PLACES[] = {
+    {&GEN_PATH_STATE::project_dir_libs, false, GEN_LIBRARY_PATHS_PROJECT_DIR},
+    {&GEN_PATH_STATE::db_dir_libs, false, GEN_LIBRARY_PATHS_DB_DIR},
+    {&GEN_PATH_STATE::project_libs, true, GEN_LIBRARY_PATHS_PROJECT_LIBS},
+    {&GEN_PATH_STATE::user_libs, true, GEN_LIBRARY_PATHS_USER_LIBS},
+    {&GEN_PATH_STATE::env_libs, true, GEN_LIBRARY_PATHS_ENV_LIBS},
+    {&GEN_PATH_STATE::project_ipblocks_libs, false, GEN_LIBRARY_PATHS_KALVERN_LIBS},
+    {&GEN_PATH_STATE::kalvern_libs, false, GEN_LIBRARY_PATHS_KALVERN_LIBS},
+};
+
+/// The search of a place, ready to be used; null if the place was never set. Asking for the environment's place reads
+/// the environment, once per process.
+FIO_FIND *gen_search_of(GEN_PATH_STATE &state, GEN_SEARCH_PLACE const &place);
+
+/// Makes the searches over the installation's libraries, once per process.
+void gen_need_kalvern_libs(GEN_PATH_STATE &state);
+
+#endif

@@ -1,0 +1,53 @@
+#include "gen_fstream_sys.h"
+
+#include "gen/time/gen_calendar.h"
+#include "gen/os/gen_os.h"
+#include "gen_time_sys.h"
+
+namespace {
+
+template <typename STREAM>
+void open_stream(STREAM &stream, char const *path, int mode, std::ios_base::openmode direction)
+{
+    if (stream.is_open())
+        return;
+    if (gen_os_open_stream(*stream.rdbuf(), path, static_cast<std::ios_base::openmode>(mode) | direction))
+        stream.clear();
+    else
+        stream.setstate(std::ios_base::failbit);
+}
+
+} // namespace
+
+std::brisel_ofstream::brisel_ofstream() = default;
+
+std::brisel_ofstream::brisel_ofstream(char const *path, int mode, int protection)
+{
+    open(path, mode, protection);
+}
+
+std::brisel_ofstream::~brisel_ofstream() = default;
+
+void std::brisel_ofstream::open(char const *path, int mode, int)
+{
+    open_stream(*this, path, mode, std::ios_base::out);
+}
+
+std::brisel_ifstream::brisel_ifstream() = default;
+
+std::brisel_ifstream::brisel_ifstream(char const *path, int mode, int protection)
+{
+    open(path, mode, protection);
+}
+
+std::brisel_ifstream::~brisel_ifstream() = default;
+
+void std::brisel_ifstream::open(char const *path, int mode, int)
+{
+    open_stream(*this, path, mode, std::ios_base::in);
+}
+
+void gen_print_local_time(std::brisel_ofstream *stream)
+{
+    *stream << gen_asctime_text(gen_get_current_time_seconds());
+}

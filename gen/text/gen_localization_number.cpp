@@ -1,0 +1,141 @@
+#include "gen_localization_sys.h"
+
+#include "gen/base/gen_assert.h"
+
+#include <algorithm>
+#include <limits>
+#include <type_traits>
+
+namespace {
+
+constexpr int LOWEST_RADIX = 2;
+constexpr int HIGHEST_RADIX = 36;
+constexpr unsigned NO_DIGIT = HIGHEST_RADIX; // below no radix
+
+char const *skip_blanks(char const *text)
+{
+    while (*text == ' ' || (*text >= '\t' && *text <= '\r'))
+        ++text;
+    return text;
+}
+
+bool is_hex_prefix(char const *text)
+{
+    return text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+}
+
+unsigned digit_value(char character)
+{
+    if (character >= '0' && character <= '9')
+        return static_cast<unsigned>(character - '0');
+    if (character >= 'a' && character <= 'z')
+        return static_cast<unsigned>(character - 'a') + 10;
+    if (character >= 'A' && character <= 'Z')
+        return static_cast<unsigned>(character - 'A') + 10;
+    return NO_DIGIT;
+}
+
+// The radix that the text tells by its prefix; steps over that.
+unsigned take_radix(char const *&text)
+{
+    if (*text != '0')
+        return 10;
+    if (is_hex_prefix(text)) {
+        text += 2;
+        return 16;
+    }
+    ++text;
+    return 8;
+}
+
+// Reads digits up to one that would carry the value above `limit`; false if there is one. The text stays on that digit
+// and the value is the limit.
+template <typename UNSIGNED>
+bool take_digits(char const *&text, unsigned radix, UNSIGNED limit, UNSIGNED &value)
+{
+    value = 0;
+    for (unsigned digit = digit_value(*text); digit < radix; digit = digit_value(*++text)) {
+        if (value > limit / radix || digit > limit - radix * value) {
+            value = limit;
+            return false;
+        }
+        value = radix * value + digit;
+    }
+    return true;
+}
+
+// The value behind a minus sign; `fits` tells that it is not the limit for want of room.
+template <typename NUMBER>
+NUMBER negated(std::make_unsigned_t<NUMBER> value, bool fits)
+{
+    // The unsigned forms wrap, the limit too.
+    if (std::is_signed_v<NUMBER> && !fits)
+        return std::numeric_limits<NUMBER>::min();
+    return static_cast<NUMBER>(0 - value);
+}
+
+void put_end(char **end, char const *position)
+{
+    if (end != nullptr)
+        *end = const_cast<char *>(position);
+}
+
+template <typename NUMBER>
+NUMBER parse(char const *text, char **end, int base)
+{
+    using UNSIGNED = std::make_unsigned_t<NUMBER>;
+    constexpr UNSIGNED LIMIT = std::numeric_limits<NUMBER>::max();
+
+    if (base != 0 && (base < LOWEST_RADIX || base > HIGHEST_RADIX)) {
+        put_end(end, text);
+        return 0;
+    }
+    char const *const sign = skip_blanks(text);
+    char const *const start = *sign == '-' || *sign == '+' ? sign + 1 : sign;
+
+    char const *position = start;
+    unsigned const radix = base != 0 ? static_cast<unsigned>(base) : take_radix(position);
+    // Also behind the prefix that told the radix.
+    if (radix == 16 && is_hex_prefix(position))
+        position += 2;
+    UNSIGNED value = 0;
+    bool const fits = take_digits(position, radix, LIMIT, value);
+
+    put_end(end, position == start ? sign : position);
+    return *sign == '-' ? negated<NUMBER>(value, fits) : static_cast<NUMBER>(value);
+}
+
+} // namespace
+
+void gen_local_itoa(int value, char *string)
+{
+    GEN_ASSERT(string != nullptr, "string != 0");
+    // There is no sign logic: a negative value ends after one character, made of its negative remainder.
+    char *end = string;
+    do {
+        *end++ = static_cast<char>('0' + value % 10);
+        value /= 10;
+    } while (value > 0);
+    *end = '\0';
+    std::reverse(string, end);
+}
+
+std::int32_t gen_local_strtoint(char const *text, char **end, int base)
+{
+    return parse<std::int32_t>(text, end, base);
+}
+
+std::uint32_t gen_local_strtouint(char const *text, char **end, int base)
+{
+    return parse<std::uint32_t>(text, end, base);
+}
+
+std::int64_t gen_local_strtoSQWORD(char const *text, char **end, int base)
+{
+    return parse<std::int64_t>(text, end, base);
+}
+
+std::uint64_t gen_local_strtoQWORD(char const *text, char **end, int base)
+{
+    return parse<std::uint64_t>(text, end, base);
+}

@@ -1,0 +1,232 @@
+#include "gen_string_sys.h"
+
+#include "gen/base/gen_assert.h"
+
+#include <array>
+#include <cstring>
+#include <sstream>
+#include <type_traits>
+
+namespace {
+
+using Iterator = std::string::const_iterator;
+
+// What a character counts as a digit; one that is no digit gives more than 9.
+unsigned digit_of(char c)
+{
+    return static_cast<unsigned>(c) - '0';
+}
+
+// Reads a number as gen_atoi() does, modulo the range of the unsigned type, and leaves `at` behind it.
+template <typename UNSIGNED>
+std::make_signed_t<UNSIGNED> take_number(Iterator &at, Iterator end)
+{
+    bool is_negative = false;
+    if (at != end && digit_of(*at) > 9) {
+        while (at != end && (*at == ' ' || *at == '\t' || *at == '\n'))
+            ++at;
+        if (at != end && (*at == '-' || *at == '+'))
+            is_negative = *at++ == '-';
+    }
+    UNSIGNED value = 0;
+    for (; at != end && digit_of(*at) <= 9; ++at)
+        value = value * 10 + digit_of(*at);
+    return static_cast<std::make_signed_t<UNSIGNED>>(is_negative ? 0 - value : value);
+}
+
+// "00" to "99", one behind the other.
+constexpr std::array<char, 200> make_pairs()
+{
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}
+constexpr std::array<char, 200> PAIRS = make_pairs();
+
+// The powers of ten within 64 bits.
+constexpr std::array<std::uint64_t, 20> make_powers()
+{
+    std::array<std::uint64_t, 20> powers{};
+    std::uint64_t power = 1;
+    for (std::size_t i = 0; i < powers.size(); ++i, power *= 10)
+        powers[i] = power;
+    return powers;
+}
+constexpr std::array<std::uint64_t, 20> POWERS = make_powers();
+
+std::size_t bit_count(std::uint64_t value)
+{
+    return 64 - static_cast<std::size_t>(__builtin_clzll(value | 1));
+}
+
+std::size_t decimal_digit_count(std::uint64_t value)
+{
+    // 1233 / 4096 is the decimal logarithm of 2 as exactly as 64 bits need it: the result is the count or one less.
+    std::size_t const count = bit_count(value) * 1233 / 4096;
+    return (value | 1) >= POWERS[count] ? count + 1 : count;
+}
+
+template <typename UNSIGNED>
+std::size_t digit_count(UNSIGNED value, int radix)
+{
+    if (radix == 10)
+        return decimal_digit_count(value);
+    if (radix == 16)
+        return (bit_count(value) + 3) / 4;
+    if (radix < 2)
+        return 0;
+    std::size_t count = 1;
+    for (; value >= static_cast<UNSIGNED>(radix); value /= static_cast<UNSIGNED>(radix))
+        ++count;
+    return count;
+}
+
+template <typename UNSIGNED>
+void write_decimal(char *end, UNSIGNED value)
+{
+    for (; value >= 100; value /= 100)
+        std::memcpy(end -= 2, &PAIRS[value % 100 * 2], 2);
+    if (value >= 10)
+        std::memcpy(end - 2, &PAIRS[value * 2], 2);
+    else
+        end[-1] = static_cast<char>('0' + value);
+}
+
+template <typename UNSIGNED>
+void write_hexadecimal(char *end, std::size_t count, UNSIGNED value)
+{
+    for (char *place = end; place != end - count; value >>= 4)
+        *--place = "0123456789abcdef"[value & 15];
+}
+
+template <typename UNSIGNED>
+void write_in_radix(char *end, std::size_t count, UNSIGNED value, UNSIGNED radix)
+{
+    for (char *place = end; place != end - count; value /= radix) {
+        UNSIGNED const digit = value % radix;
+        *--place = static_cast<char>(digit < 10 ? '0' + digit : 'a' + digit - 10);
+    }
+}
+
+// The digits of a number and its sign. They are counted before the first one is written, so that what they are put into
+// need be no longer than they are.
+template <typename UNSIGNED>
+class NUMBER_TEXT
+{
+public:
+    NUMBER_TEXT(UNSIGNED magnitude, bool is_negative, int radix)
+        : m_magnitude(magnitude), m_radix(radix), m_digit_count(digit_count(magnitude, radix)),
+          m_has_sign(is_negative && m_digit_count > 0)
+    {
+    }
+
+    std::size_t size() const { return m_digit_count + (m_has_sign ? 1 : 0); }
+
+    void write(char *out) const
+    {
+        if (m_has_sign)
+            *out++ = '-';
+        char *const end = out + m_digit_count;
+        if (m_radix == 10)
+            write_decimal(end, m_magnitude);
+        else if (m_radix == 16)
+            write_hexadecimal(end, m_digit_count, m_magnitude);
+        else
+            write_in_radix(end, m_digit_count, m_magnitude, static_cast<UNSIGNED>(m_radix));
+    }
+
+    char *write_terminated(char *out) const
+    {
+        write(out);
+        out[size()] = '\0';
+        return out;
+    }
+
+private:
+    UNSIGNED m_magnitude;
+    int m_radix;
+    std::size_t m_digit_count;
+    bool m_has_sign;
+};
+
+template <typename SIGNED>
+NUMBER_TEXT<std::make_unsigned_t<SIGNED>> signed_text(SIGNED value, int radix)
+{
+    using Unsigned = std::make_unsigned_t<SIGNED>;
+    Unsigned const bits = static_cast<Unsigned>(value);
+    return {value < 0 ? 0 - bits : bits, value < 0, radix};
+}
+
+// Only radix 10 knows a sign.
+NUMBER_TEXT<unsigned> int_text(int value, int radix)
+{
+    if (radix == 10)
+        return signed_text(value, radix);
+    return {static_cast<unsigned>(value), /*is_negative=*/false, radix};
+}
+
+} // namespace
+
+int gen_atoi(std::string const &text)
+{
+    Iterator cursor = text.begin();
+    return take_number<std::uint32_t>(cursor, text.end());
+}
+
+int gen_atoi(std::string const &text, std::string::const_iterator *cursor)
+{
+    return take_number<std::uint32_t>(*cursor, text.end());
+}
+
+std::int64_t gen_atotime_t(std::string const &text)
+{
+    Iterator cursor = text.begin();
+    return take_number<std::uint64_t>(cursor, text.end());
+}
+
+std::uint32_t gen_atoui_s(std::string const &text, bool *ok)
+{
+    // A stream would take a minus sign and wrap.
+    *ok = text.find('-') == std::string::npos;
+    if (!*ok)
+        return 0;
+    std::istringstream in(text);
+    std::uint32_t value = 0;
+    in >> value;
+    *ok = !in.fail() && in.eof();
+    return *ok ? value : 0;
+}
+
+std::string gen_itoa(int value, int radix)
+{
+    NUMBER_TEXT<unsigned> const number = int_text(value, radix);
+    std::string text(number.size(), '\0');
+    number.write(text.data());
+    return text;
+}
+
+char *gen_itoa(int value, char *buffer, int radix)
+{
+    return int_text(value, radix).write_terminated(buffer);
+}
+
+void gen_itoa(int value, std::string &out, int radix)
+{
+    GEN_ASSERT(radix > 1, "radix > 1");
+    NUMBER_TEXT<unsigned> const number = int_text(value, radix);
+    out.resize(number.size());
+    number.write(out.data());
+}
+
+char *gen_ltoa(std::int64_t value, char *buffer, int radix)
+{
+    return signed_text(value, radix).write_terminated(buffer);
+}
+
+char *gen_ultoa(std::uint64_t value, char *buffer, int radix)
+{
+    return NUMBER_TEXT<std::uint64_t>(value, /*is_negative=*/false, radix).write_terminated(buffer);
+}

@@ -1,0 +1,169 @@
+#include "mem/config/mem_cfg_file.h"
+
+#include <charconv>
+#include <cstdint>
+#include <cstdio>
+#include <system_error>
+
+namespace {
+
+constexpr std::string_view BLANKS = " \t\r\v\f";
+constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+
+// Bytes of a foreign text that a report quotes.
+constexpr std::size_t LONGEST_QUOTATION = 60;
+
+std::string_view trimmed(std::string_view text)
+{
+    std::size_t const first = text.find_first_not_of(BLANKS);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
+}
+
+bool starts_with(std::string_view text, std::string_view start)
+{
+    return text.substr(0, start.size()) == start;
+}
+
+bool equal_without_case(std::string_view text, std::string_view lower)
+{
+    if (text.size() != lower.size())
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char const c = text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] - 'A' + 'a') : text[i];
+        if (c != lower[i])
+            return false;
+    }
+    return true;
+}
+
+bool is_empty_or_comment(std::string_view line)
+{
+    return line.empty() || line.front() == '#' || line.front() == ';';
+}
+
+// A section in brackets, with nothing but a comment behind it.
+bool is_section(std::string_view line)
+{
+    if (line.front() != '[')
+        return false;
+    std::size_t const end = line.find(']');
+    return end != std::string_view::npos && is_empty_or_comment(trimmed(line.substr(end + 1)));
+}
+
+// Adds the value of a line; false if the line can't be read.
+bool parse_line(std::string_view line, std::string const &origin, MEM_CFG_ENTRIES &entries)
+{
+    std::size_t const equals = line.find('=');
+    if (equals == std::string_view::npos || line.find('\0') != std::string_view::npos)
+        return false;
+    std::string_view const key = trimmed(line.substr(0, equals));
+    if (key.empty() || key.front() == '[')
+        return false;
+    auto entry = std::make_shared<MEM_CFG_ENTRY>();
+    entry->value = trimmed(line.substr(equals + 1));
+    entry->origin = origin;
+    entries.insert_or_assign(std::string(key), std::move(entry));
+    return true;
+}
+
+// Reads until the end, an error, or more than the bound.
+bool read_all(std::FILE *file, std::string &text)
+{
+    char block[8192];
+    while (std::size_t const size = std::fread(block, 1, sizeof block, file)) {
+        text.append(block, size);
+        if (text.size() > MEM_CFG_LARGEST_FILE)
+            break;
+    }
+    return std::ferror(file) == 0;
+}
+
+} // namespace
+
+bool mem_cfg_read_file(std::string const &path, std::string &text, std::vector<std::string> &problems)
+{
+    std::FILE *const file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr)
+        return false;
+    bool const readable = read_all(file, text);
+    std::fclose(file);
+    if (text.size() <= MEM_CFG_LARGEST_FILE)
+        return readable;
+    problems.push_back(path + ": the file is larger than " + std::to_string(MEM_CFG_LARGEST_FILE >> 20) +
+                       " MiB and is not read");
+    return false;
+}
+
+void mem_cfg_parse(std::string const &path, std::string_view text, MEM_CFG_ENTRIES &entries,
+                   std::vector<std::string> &problems)
+{
+    if (starts_with(text, BYTE_ORDER_MARK))
+        text.remove_prefix(BYTE_ORDER_MARK.size());
+
+    std::size_t unreadable = 0;
+    for (std::size_t number = 1; !text.empty(); ++number) {
+        std::size_t const end = text.find('\n');
+        std::string_view const line = trimmed(text.substr(0, end));
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+        if (is_empty_or_comment(line) || is_section(line))
+            continue;
+        std::string const origin = path + ':' + std::to_string(number);
+        if (parse_line(line, origin, entries))
+            continue;
+        if (++unreadable <= MEM_CFG_MOST_REPORTS)
+            problems.push_back(origin + ": expected \"key = value\", found " + mem_cfg_quoted(line));
+    }
+    if (unreadable > MEM_CFG_MOST_REPORTS)
+        problems.push_back(path + ": " + std::to_string(unreadable - MEM_CFG_MOST_REPORTS) +
+                           " more lines can't be read");
+}
+
+bool mem_cfg_parse_switch(std::string_view text, bool &answer)
+{
+    text = trimmed(text);
+    for (char const *const on : {"on", "true", "yes", "1"})
+        if (equal_without_case(text, on)) {
+            answer = true;
+            return true;
+        }
+    for (char const *const off : {"off", "false", "no", "0"})
+        if (equal_without_case(text, off)) {
+            answer = false;
+            return true;
+        }
+    return false;
+}
+
+bool mem_cfg_parse_number(std::string_view text, int &answer)
+{
+    text = trimmed(text);
+    bool const negative = starts_with(text, "-");
+    if (negative || starts_with(text, "+"))
+        text.remove_prefix(1);
+    bool const hexadecimal = starts_with(text, "0x") || starts_with(text, "0X");
+    if (hexadecimal)
+        text.remove_prefix(2);
+
+    // Unsigned and wider than the answer: a second sign is refused, and the smallest number has its magnitude.
+    std::uint64_t magnitude = 0;
+    char const *const end = text.data() + text.size();
+    std::from_chars_result const result = std::from_chars(text.data(), end, magnitude, hexadecimal ? 16 : 10);
+    std::uint64_t const largest = negative ? 2147483648U : 2147483647U;
+    if (result.ec != std::errc() || result.ptr != end || magnitude > largest)
+        return false;
+    auto const value = static_cast<std::int64_t>(magnitude);
+    answer = static_cast<int>(negative ? -value : value);
+    return true;
+}
+
+std::string mem_cfg_quoted(std::string_view text)
+{
+    std::string quoted = "\"";
+    for (char const c : text.substr(0, LONGEST_QUOTATION))
+        quoted += static_cast<unsigned char>(c) < 0x20 || c == 0x7f ? '?' : c;
+    if (text.size() > LONGEST_QUOTATION)
+        quoted += "...";
+    return quoted += '"';
+}

@@ -1,0 +1,218 @@
+// The open bins lie on a stack, each with its bytes at the open and the highest bytes seen since. A boundary, that is
+// an open or a close, sees two figures: the bytes now and the peak since the boundary before. The peak goes to the
+// innermost bin alone, which hands its own to the bin around it as it closes, so that a boundary costs the same at
+// any depth:
+//
+//     boundary   now  peak since   stack (open, peak)       reported
+//     open A      10           -   A(10, 10)
+//     open B      20          50   A(10, 50)  B(20, 20)
+//     close B     30          70   A(10, 70)                B: 20, 30, 70
+//     close A     15          40                            A: 10, 15, 70
+#include "mem/tracking/mem_bins.h"
+
+#include "mem/tracking/mem_count.h"
+#include "mem/tracking/mem_timeline.h"
+#include "mem/tracking/mem_tracking.h"
+#include "mem/os/mem_os.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::int64_t NO_PEAK = std::numeric_limits<std::int64_t>::min();
+
+struct OPEN_BIN
+{
+    std::int64_t open_bytes;
+    std::int64_t peak_bytes;
+    std::string name;
+    std::string tag;
+};
+
+// Of the one thread. Never released: bins may close while the process exits.
+struct STATE
+{
+    // Those beyond the count are closed and keep the room of their texts.
+    std::vector<OPEN_BIN> bins;
+    // May be above the number of places when the heap gave nothing: the bins up there are known by their number alone.
+    std::size_t count = 0;
+    // The peak up to a flush, for the row of the next boundary.
+    std::int64_t flushed_peak_bytes = NO_PEAK;
+    std::string label;
+    bool has_tag_labels = true;
+};
+
+STATE &state()
+{
+    static STATE *s = nullptr; // a guard would be asked at each boundary
+    if (s == nullptr)
+        s = new STATE;
+    return *s;
+}
+
+// The figures of the process at the last boundary, for processes without zel::mem_new. Of the same thread.
+std::size_t l_working_set = 0;
+std::size_t l_working_set_mark = 0;
+
+// The innermost bin; null if none is open or if it has no place.
+OPEN_BIN *innermost_bin()
+{
+    STATE &s = state();
+    return s.count == 0 || s.count > s.bins.size() ? nullptr : &s.bins[s.count - 1];
+}
+
+void raise_innermost(std::int64_t peak_bytes)
+{
+    OPEN_BIN *const bin = innermost_bin();
+    if (bin != nullptr && bin->peak_bytes < peak_bytes)
+        bin->peak_bytes = peak_bytes;
+}
+
+// What the system doesn't tell stays as it was. A high-water mark that rose did so since the boundary before.
+[[gnu::noinline]] MEM_BOUNDARY process_boundary()
+{
+    std::size_t const former_mark = l_working_set_mark;
+    mem_os_working_set_and_mark(&l_working_set, &l_working_set_mark);
+    std::size_t const peak = l_working_set_mark > former_mark ? l_working_set_mark : l_working_set;
+    return {static_cast<std::int64_t>(l_working_set), static_cast<std::int64_t>(std::max(peak, l_working_set))};
+}
+
+MEM_BOUNDARY take_boundary()
+{
+    MEM_BOUNDARY boundary = mem_count_is_linked() ? mem_count_boundary() : process_boundary();
+    boundary.peak_bytes = std::max(boundary.peak_bytes, std::exchange(state().flushed_peak_bytes, NO_PEAK));
+    raise_innermost(boundary.peak_bytes);
+    return boundary;
+}
+
+std::string path_of_innermost()
+{
+    STATE const &s = state();
+    std::string path;
+    for (std::size_t i = 0; i < std::min(s.count, s.bins.size()); ++i)
+        path += (i == 0 ? "" : "::") + s.bins[i].name;
+    return path;
+}
+
+// The tag of the innermost bin that has one, as long as tags are labels.
+std::string const &label_now()
+{
+    STATE const &s = state();
+    if (s.has_tag_labels)
+        for (std::size_t i = std::min(s.count, s.bins.size()); i > 0; --i)
+            if (!s.bins[i - 1].tag.empty())
+                return s.bins[i - 1].tag;
+    return s.label;
+}
+
+void add_row(char const *event, MEM_BOUNDARY const &boundary)
+{
+    mem_timeline_add({event, boundary.now_bytes, boundary.peak_bytes, label_now(), path_of_innermost()},
+                     mem_tracking_has(MEM_TRACKING_SOURCES));
+}
+
+// The tag of the innermost bin, unless a bin around it has the same.
+std::string const &outermost_tag()
+{
+    static std::string const &NONE = *new std::string;
+    STATE const &s = state();
+    std::string const &tag = s.bins[s.count - 1].tag;
+    for (std::size_t i = 0; i + 1 < s.count; ++i)
+        if (s.bins[i].tag == tag)
+            return NONE;
+    return tag;
+}
+
+// Records are dropped for want of memory; the figures are not. False if this one was.
+template <typename ACTION>
+bool record(ACTION action)
+{
+    try {
+        action();
+        return true;
+    } catch (std::bad_alloc const &) {
+        return false;
+    }
+}
+
+void add_row_if_recorded(char const *event, MEM_BOUNDARY const &boundary)
+{
+    if (mem_tracking_has(MEM_TRACKING_TIMELINE))
+        record([&] { add_row(event, boundary); });
+}
+
+void push(std::string const &name, std::string const &tag, std::int64_t now_bytes)
+{
+    STATE &s = state();
+    if (s.count == s.bins.size())
+        record([&] { s.bins.emplace_back(); });
+    ++s.count;
+    OPEN_BIN *const bin = innermost_bin();
+    if (bin == nullptr)
+        return;
+    bin->open_bytes = bin->peak_bytes = now_bytes;
+    bool const is_named = record([&] {
+        bin->name = name;
+        if (bin->tag != tag) // mostly both are empty, which spares a call
+            bin->tag = tag;
+    });
+    if (!is_named) {
+        bin->name.clear();
+        bin->tag.clear();
+    }
+}
+
+} // namespace
+
+void mem_bins_open(std::string const &name, std::string const &tag)
+{
+    MEM_BOUNDARY const boundary = take_boundary();
+    push(name, tag, boundary.now_bytes);
+    add_row_if_recorded("open", boundary);
+}
+
+MEM_BIN_FIGURES mem_bins_close()
+{
+    MEM_BOUNDARY const boundary = take_boundary();
+    OPEN_BIN const *const bin = innermost_bin();
+    MEM_BIN_FIGURES figures{boundary.now_bytes, boundary.now_bytes, boundary.now_bytes};
+    if (bin != nullptr) {
+        figures = {bin->open_bytes, boundary.now_bytes, bin->peak_bytes};
+        add_row_if_recorded("close", boundary);
+        if (mem_tracking_has(MEM_TRACKING_STATISTICS))
+            record([&] { mem_statistics_add(path_of_innermost(), outermost_tag(), figures); });
+    }
+    state().count -= state().count != 0 ? 1 : 0;
+    raise_innermost(figures.peak_bytes);
+    return figures;
+}
+
+void mem_bins_flush_peak()
+{
+    std::int64_t const peak_bytes = take_boundary().peak_bytes;
+    state().flushed_peak_bytes = peak_bytes;
+}
+
+void mem_bins_set_label(std::string const &label)
+{
+    if (record([&] { state().label = label; }) && mem_tracking_has(MEM_TRACKING_TIMELINE))
+        add_row_if_recorded("label", take_boundary());
+}
+
+void mem_bins_disable_tag_labels()
+{
+    state().has_tag_labels = false;
+}
+
+void mem_bins_start_timeline()
+{
+    std::size_t bytes = 0;
+    if (!mem_count_is_linked())
+        mem_os_working_set(&bytes);
+    std::int64_t const now = mem_count_is_linked() ? mem_count_total() : static_cast<std::int64_t>(bytes);
+    record([&] { mem_timeline_add({"start", now, now, {}, {}}, mem_tracking_has(MEM_TRACKING_SOURCES)); });
+}

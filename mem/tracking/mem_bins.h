@@ -1,0 +1,26 @@
+// The open profile bins and their memory. All calls come from the one thread that opens and closes the bins.
+#ifndef MEM_BINS_H
+#define MEM_BINS_H
+
+#include "mem/tracking/mem_statistics.h"
+
+#include <string>
+
+void mem_bins_open(std::string const &name, std::string const &tag);
+
+/// Closes the innermost bin. Without one, or if there was no memory for it, all three figures are those of now.
+MEM_BIN_FIGURES mem_bins_close();
+
+/// Folds the peak up to now into the innermost bin.
+void mem_bins_flush_peak();
+
+/// The label of the time line. A row tells of it if the time line is recorded.
+void mem_bins_set_label(std::string const &label);
+
+/// Tags don't stand in place of the label any more.
+void mem_bins_disable_tag_labels();
+
+/// Tells the time line what the process has as its recording begins. This one on any thread.
+void mem_bins_start_timeline();
+
+#endif

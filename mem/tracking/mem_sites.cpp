@@ -1,0 +1,318 @@
+#include "mem/tracking/mem_sites.h"
+
+#include "mem/tracking/mem_hash_table.h"
+#include "mem/tracking/mem_lock.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <mutex>
+
+namespace {
+
+// An array by the plain heap, for plain values.
+template <typename VALUE>
+struct ARRAY
+{
+    VALUE *values = nullptr;
+    std::size_t count = 0;
+    std::size_t capacity = 0;
+
+    // The new last value, of zeros; null for want of memory.
+    VALUE *add()
+    {
+        if (count == capacity) {
+            std::size_t const larger = capacity == 0 ? 64 : 2 * capacity;
+            void *const memory = std::realloc(static_cast<void *>(values), larger * sizeof(VALUE));
+            if (memory == nullptr)
+                return nullptr;
+            values = static_cast<VALUE *>(memory);
+            capacity = larger;
+        }
+        values[count] = VALUE();
+        return &values[count++];
+    }
+
+    void remove_last() { --count; }
+
+    void clear()
+    {
+        std::free(static_cast<void *>(values));
+        *this = ARRAY();
+    }
+};
+
+constexpr unsigned SITE_BITS = 20;
+constexpr unsigned BYTES_BITS = 64 - SITE_BITS;
+constexpr std::size_t MAX_SITES = std::size_t{1} << SITE_BITS;
+
+struct BLOCK
+{
+    std::uint64_t key; // the address
+    std::uint64_t bytes : BYTES_BITS;
+    std::uint64_t site : SITE_BITS;
+};
+
+struct PLACE
+{
+    std::uint64_t key; // a hash of the calls
+    std::size_t site;
+};
+
+struct RECORD
+{
+    MEM_SITE site;
+    std::uint64_t peak; // the number of the peak whose figure it keeps
+};
+
+using MODULE_NAME = char[128];
+
+struct MODULE
+{
+    MODULE_NAME name;
+    std::uint64_t live_bytes;
+};
+
+// In the lock of the sites. Nothing of it is released when the process exits: blocks are given back until the end.
+MEM_HASH_TABLE<BLOCK> l_blocks;
+MEM_HASH_TABLE<PLACE> l_places;
+ARRAY<RECORD> l_sites;
+ARRAY<MODULE> l_modules; // stays when the sites are forgotten
+std::uint64_t l_live_bytes = 0;
+std::uint64_t l_peak_bytes = 0;
+std::uint64_t l_peak = 0;
+std::uint64_t l_lost_blocks = 0;
+
+std::uint64_t hash_of(MEM_CALLS const &calls)
+{
+    std::uint64_t hash = 0;
+    for (std::uintptr_t const address : calls.return_addresses)
+        hash = (hash ^ address) * 0x100000001b3U; // the prime of FNV-1a
+    return hash == 0 ? 1 : hash;
+}
+
+bool is_same(MEM_CALLS const &a, MEM_CALLS const &b)
+{
+    return std::memcmp(a.return_addresses, b.return_addresses, sizeof a.return_addresses) == 0;
+}
+
+// Where the site of these calls is, or is to be: behind those that have the same hash.
+std::uint64_t key_of(MEM_CALLS const &calls)
+{
+    std::uint64_t key = hash_of(calls);
+    while (PLACE const *const place = l_places.find(key)) {
+        if (is_same(l_sites.values[place->site].site.calls, calls))
+            break;
+        key = key + 1 == 0 ? 1 : key + 1;
+    }
+    return key;
+}
+
+// What changes keeps its figure of the latest peak.
+void keep_peak(RECORD &record)
+{
+    if (record.peak == l_peak)
+        return;
+    record.peak = l_peak;
+    record.site.figures.peak_bytes = record.site.figures.live_bytes;
+}
+
+void take_out(BLOCK *block)
+{
+    RECORD &record = l_sites.values[block->site];
+    std::uint64_t const bytes = block->bytes;
+    keep_peak(record);
+    record.site.figures.live_bytes -= bytes;
+    --record.site.figures.live_blocks;
+    l_modules.values[record.site.module].live_bytes -= bytes;
+    l_live_bytes -= bytes;
+    l_blocks.remove(block);
+}
+
+bool enter(void const *address, std::size_t bytes, std::size_t site)
+{
+    std::uint64_t const key = reinterpret_cast<std::uintptr_t>(address);
+    if (BLOCK *const stale = l_blocks.find(key))
+        take_out(stale);
+    BLOCK *const block = bytes >> BYTES_BITS != 0 ? nullptr : l_blocks.find_or_add(key);
+    if (block == nullptr)
+        return false;
+    constexpr std::uint64_t BYTES_MASK = std::numeric_limits<std::uint64_t>::max() >> SITE_BITS;
+    block->bytes = bytes & BYTES_MASK;
+    block->site = site & (MAX_SITES - 1);
+    RECORD &record = l_sites.values[site];
+    keep_peak(record);
+    record.site.figures.live_bytes += bytes;
+    ++record.site.figures.live_blocks;
+    record.site.figures.total_bytes += bytes;
+    ++record.site.figures.total_blocks;
+    l_modules.values[record.site.module].live_bytes += bytes;
+    l_live_bytes += bytes;
+    if (l_live_bytes > l_peak_bytes) {
+        l_peak_bytes = l_live_bytes;
+        ++l_peak;
+    }
+    return true;
+}
+
+// Enters the block if the site of these calls is there.
+bool enter_at_known_site(void const *address, std::size_t bytes, MEM_CALLS const &calls)
+{
+    PLACE const *const place = l_places.find(key_of(calls));
+    if (place == nullptr)
+        return false;
+    if (!enter(address, bytes, place->site))
+        ++l_lost_blocks;
+    return true;
+}
+
+std::size_t module_of(MODULE_NAME const &name)
+{
+    std::size_t module = 0;
+    while (module < l_modules.count && std::strcmp(l_modules.values[module].name, name) != 0)
+        ++module;
+    return module;
+}
+
+bool find_or_add_module(MODULE_NAME const &name, std::size_t *place)
+{
+    *place = module_of(name);
+    if (*place < l_modules.count)
+        return true;
+    MODULE *const module = l_modules.add();
+    if (module != nullptr)
+        std::memcpy(module->name, name, sizeof name);
+    return module != nullptr;
+}
+
+bool add_site(MEM_CALLS const &calls, MODULE_NAME const &module_name)
+{
+    std::size_t module = 0;
+    if (l_sites.count == MAX_SITES || !find_or_add_module(module_name, &module))
+        return false;
+    std::size_t const site = l_sites.count;
+    std::uint64_t const key = key_of(calls);
+    RECORD *const record = l_sites.add();
+    if (record == nullptr)
+        return false;
+    PLACE *const place = l_places.find_or_add(key);
+    if (place == nullptr) {
+        l_sites.remove_last();
+        return false;
+    }
+    place->site = site;
+    record->site.calls = calls;
+    record->site.module = module;
+    return true;
+}
+
+} // namespace
+
+void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
+{
+    MEM_CALLS calls;
+    {
+        std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+        if (mem_calls_read(call, &calls) && enter_at_known_site(block, bytes, calls))
+            return;
+    }
+    MEM_STACK stack;
+    mem_calls_unwind(call, &stack);
+    {
+        std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+        mem_calls_learn(stack, &calls);
+        if (enter_at_known_site(block, bytes, calls))
+            return;
+    }
+    // Not in the lock: who holds the loader's may be waiting for it.
+    MODULE_NAME module_name = {};
+    mem_os_module_name(calls.return_addresses[0], module_name, sizeof module_name);
+    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    if (!enter_at_known_site(block, bytes, calls) &&
+        !(add_site(calls, module_name) && enter_at_known_site(block, bytes, calls)))
+        ++l_lost_blocks;
+}
+
+void mem_sites_remove(void const *block)
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    if (BLOCK *const entry = l_blocks.find(reinterpret_cast<std::uintptr_t>(block)))
+        take_out(entry);
+}
+
+void mem_sites_reset()
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    l_blocks.clear();
+    l_places.clear();
+    l_sites.clear();
+    for (std::size_t i = 0; i < l_modules.count; ++i)
+        l_modules.values[i].live_bytes = 0;
+    l_live_bytes = 0;
+    l_peak_bytes = 0;
+    l_lost_blocks = 0;
+}
+
+void mem_sites_begin_peak()
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    l_peak_bytes = l_live_bytes;
+    ++l_peak;
+}
+
+MEM_SITES mem_sites_copy()
+{
+    MEM_SITES copy{};
+    for (;;) {
+        std::size_t const room = copy.sites.capacity();
+        std::size_t needed = 0;
+        {
+            std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+            needed = l_sites.count;
+            if (needed <= room) {
+                for (std::size_t i = 0; i < needed; ++i) {
+                    keep_peak(l_sites.values[i]);
+                    copy.sites.push_back(l_sites.values[i].site);
+                }
+                copy.lost_blocks = l_lost_blocks;
+                return copy;
+            }
+        }
+        // Allocated outside of the lock.
+        copy.sites.reserve(needed + needed / 8);
+    }
+}
+
+std::vector<std::string> mem_sites_modules()
+{
+    std::vector<std::string> names;
+    std::size_t const count = mem_sites_module_bytes().size(); // they only become more
+    names.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        MODULE_NAME name;
+        {
+            std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+            std::memcpy(name, l_modules.values[i].name, sizeof name);
+        }
+        names.emplace_back(name);
+    }
+    return names;
+}
+
+std::vector<std::uint64_t> mem_sites_module_bytes()
+{
+    std::vector<std::uint64_t> bytes;
+    for (;;) {
+        std::size_t needed = 0;
+        {
+            std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+            needed = l_modules.count;
+            if (needed <= bytes.capacity()) {
+                for (std::size_t i = 0; i < needed; ++i)
+                    bytes.push_back(l_modules.values[i].live_bytes);
+                return bytes;
+            }
+        }
+        bytes.reserve(needed); // outside of the lock
+    }
+}

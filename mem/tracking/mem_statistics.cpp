@@ -1,0 +1,97 @@
+#include "mem/tracking/mem_statistics.h"
+
+#include "mem/tracking/mem_lock.h"
+#include "mem/tracking/mem_table.h"
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <mutex>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+struct SUM
+{
+    std::int64_t count = 0;
+    std::int64_t growth_bytes = 0;
+    std::int64_t rise_bytes = 0;
+    std::int64_t peak_bytes = std::numeric_limits<std::int64_t>::min();
+};
+using SUMS = std::map<std::string, SUM>;
+
+struct STATISTICS
+{
+    SUMS bins;
+    SUMS tags;
+};
+
+// In the lock of the bins. Not released when the process exits: bins may close until the end.
+STATISTICS &statistics()
+{
+    static STATISTICS &state = *new STATISTICS;
+    return state;
+}
+
+void add(SUM *sum, MEM_BIN_FIGURES const &figures)
+{
+    ++sum->count;
+    sum->growth_bytes += figures.close_bytes - figures.open_bytes;
+    sum->rise_bytes = std::max(sum->rise_bytes, figures.peak_bytes - figures.open_bytes);
+    sum->peak_bytes = std::max(sum->peak_bytes, figures.peak_bytes);
+}
+
+bool is_wider(SUMS::value_type const &a, SUMS::value_type const &b)
+{
+    return std::tie(a.second.rise_bytes, a.second.peak_bytes, b.first) >
+           std::tie(b.second.rise_bytes, b.second.peak_bytes, a.first);
+}
+
+std::string table(std::string const &heading, SUMS const &sums)
+{
+    if (sums.empty())
+        return {};
+    std::string text;
+    for (char const *const column : {"count", "rise bytes", "peak bytes", "growth bytes"})
+        text += mem_table_heading(column);
+    text += heading + '\n';
+    std::vector<std::pair<std::string, SUM>> order(sums.begin(), sums.end());
+    std::sort(order.begin(), order.end(), [](auto const &a, auto const &b) { return is_wider(a, b); });
+    for (auto const &[name, sum] : order) {
+        // A total below 0 is shown as 0.
+        std::int64_t const peak_bytes = std::max<std::int64_t>(sum.peak_bytes, 0);
+        for (std::int64_t const figure : {sum.count, sum.rise_bytes, peak_bytes, sum.growth_bytes})
+            text += mem_table_number(figure);
+        text += mem_table_text(name) + '\n';
+    }
+    return text;
+}
+
+} // namespace
+
+void mem_statistics_add(std::string const &path, std::string const &tag, MEM_BIN_FIGURES const &figures)
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    add(&statistics().bins[path], figures);
+    if (!tag.empty())
+        add(&statistics().tags[tag], figures);
+}
+
+void mem_statistics_reset()
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    statistics() = STATISTICS();
+}
+
+std::string mem_statistics_table_by_bin()
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    return table("bin", statistics().bins);
+}
+
+std::string mem_statistics_table_by_tag()
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    return table("tag", statistics().tags);
+}

@@ -1,0 +1,121 @@
+#include "mem/tracking/mem_timeline.h"
+
+#include "mem/tracking/mem_lock.h"
+#include "mem/tracking/mem_sites.h"
+#include "mem/tracking/mem_table.h"
+#include "mem_sys.h"
+
+#include <algorithm>
+#include <chrono>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using CLOCK = std::chrono::steady_clock;
+
+struct ROW
+{
+    CLOCK::time_point time;
+    MEM_TIMELINE_ROW row;
+    std::vector<std::uint64_t> modules; // empty without them
+};
+
+// In the lock of the bins. Not released when the process exits: bins may close until the end.
+std::vector<ROW> &rows()
+{
+    static std::vector<ROW> &state = *new std::vector<ROW>;
+    return state;
+}
+
+// Of the first row on.
+std::string seconds(ROW const &row, ROW const &first)
+{
+    std::string text;
+    stl_sprintf(&text, "%.6f", std::chrono::duration<double>(row.time - first.time).count());
+    return mem_table_heading(text);
+}
+
+std::string names(ROW const &row)
+{
+    return mem_table_text(row.row.label) + '\t' + mem_table_text(row.row.bin) + '\n';
+}
+
+std::string table_of_rows(std::vector<ROW> const &all)
+{
+    std::string text = mem_table_heading("seconds") + mem_table_heading("bytes") + mem_table_heading("peak bytes") +
+                       "event\tlabel\tbin\n";
+    for (ROW const &row : all)
+        text += seconds(row, all.front()) + mem_table_number(std::max<std::int64_t>(row.row.now_bytes, 0)) +
+                mem_table_number(std::max<std::int64_t>(row.row.peak_bytes, 0)) + row.row.event + '\t' + names(row);
+    return text;
+}
+
+// Those that have anything at any row, the widest first.
+std::vector<std::size_t> order_of_modules(std::vector<ROW> const &all)
+{
+    std::vector<std::pair<std::uint64_t, std::size_t>> widths;
+    for (ROW const &row : all) {
+        while (widths.size() < row.modules.size())
+            widths.emplace_back(0, widths.size());
+        for (std::size_t i = 0; i < row.modules.size(); ++i)
+            widths[i].first = std::max(widths[i].first, row.modules[i]);
+    }
+    std::stable_sort(widths.begin(), widths.end(), [](auto const &a, auto const &b) { return a.first > b.first; });
+    std::vector<std::size_t> order;
+    for (auto const &[width, module] : widths)
+        if (width != 0)
+            order.push_back(module);
+    return order;
+}
+
+std::string module_bytes(ROW const &row, std::size_t module)
+{
+    if (row.modules.empty())
+        return mem_table_heading("-");
+    return mem_table_number(module < row.modules.size() ? static_cast<std::int64_t>(row.modules[module]) : 0);
+}
+
+std::string table_of_modules(std::vector<ROW> const &all, std::vector<std::string> const &module_names)
+{
+    std::vector<std::size_t> const order = order_of_modules(all);
+    if (order.empty())
+        return {};
+    std::string text = mem_table_heading("seconds");
+    for (std::size_t const module : order)
+        text += mem_table_heading(module_names[module].empty() ? "(none)" : mem_table_text(module_names[module]));
+    text += "event\tlabel\tbin\n";
+    for (ROW const &row : all) {
+        text += seconds(row, all.front());
+        for (std::size_t const module : order)
+            text += module_bytes(row, module);
+        text += std::string(row.row.event) + '\t' + names(row);
+    }
+    return text;
+}
+
+} // namespace
+
+void mem_timeline_add(MEM_TIMELINE_ROW row, bool with_modules)
+{
+    std::vector<std::uint64_t> modules;
+    if (with_modules)
+        modules = mem_sites_module_bytes();
+    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    rows().push_back({CLOCK::now(), std::move(row), std::move(modules)});
+}
+
+void mem_timeline_reset()
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    rows() = std::vector<ROW>();
+}
+
+MEM_TIMELINE_TABLES mem_timeline_tables()
+{
+    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    if (rows().empty())
+        return {};
+    return {table_of_rows(rows()), table_of_modules(rows(), mem_sites_modules())};
+}

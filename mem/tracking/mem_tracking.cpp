@@ -1,0 +1,205 @@
+#include "mem/tracking/mem_tracking.h"
+
+#include "mem/tracking/mem_bins.h"
+#include "mem/tracking/mem_count.h"
+#include "mem/tracking/mem_lock.h"
+#include "mem/tracking/mem_sites.h"
+#include "mem/tracking/mem_sites_table.h"
+#include "mem/tracking/mem_statistics.h"
+#include "mem/tracking/mem_table.h"
+#include "mem/tracking/mem_timeline.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
+#include <utility>
+
+// With two marks of our own. Written in the lock of the switches.
+std::atomic<int> mem_tracking_in_force{0};
+
+namespace {
+
+constexpr int GRANULARITIES = MEM_TRACKING_STATISTICS | MEM_TRACKING_TIMELINE | MEM_TRACKING_SOURCES;
+constexpr int KEY_READ = 0x100;
+constexpr int KEY_NOT_ZERO = 0x200;
+
+// Sets the word and what follows from it. Gives the bits that came on. In the lock of the switches.
+int set_tracking(int tracking)
+{
+    int const former = mem_tracking_in_force.exchange(tracking, std::memory_order_relaxed);
+    if (((former ^ tracking) & MEM_TRACKING_SOURCES) != 0)
+        mem_count_watch_blocks((tracking & MEM_TRACKING_SOURCES) != 0);
+    return tracking & ~former;
+}
+
+void start(int bits)
+{
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    if ((bits & MEM_TRACKING_TIMELINE) != 0)
+        mem_bins_start_timeline();
+}
+
+// The word as it stands, at the first question as the key gives it. Of several first questions, one sets the word.
+int tracking()
+{
+    int const current = mem_tracking_in_force.load(std::memory_order_relaxed);
+    if (current != 0)
+        return current;
+    int const key = mem_cfg_get_int_value("mem_tracking", 0);
+    int bits = 0;
+    {
+        std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
+        if (mem_tracking_in_force.load(std::memory_order_relaxed) == 0)
+            bits = set_tracking((key & GRANULARITIES) | (key != 0 ? KEY_NOT_ZERO : 0) | KEY_READ);
+    }
+    start(bits);
+    return mem_tracking_in_force.load(std::memory_order_relaxed);
+}
+
+std::size_t shown(std::int64_t bytes)
+{
+    return static_cast<std::size_t>(std::max<std::int64_t>(bytes, 0));
+}
+
+// A text of our own, which isn't counted. What a stream takes to hold it is its owner's and is.
+class UNCOUNTED_TEXT
+{
+public:
+    UNCOUNTED_TEXT() = default;
+    ~UNCOUNTED_TEXT()
+    {
+        MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+        std::string().swap(m_text);
+    }
+    UNCOUNTED_TEXT(UNCOUNTED_TEXT const &) = delete;
+    UNCOUNTED_TEXT &operator=(UNCOUNTED_TEXT const &) = delete;
+
+    template <typename TABLE>
+    void set(TABLE table)
+    {
+        MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+        m_text = table();
+    }
+
+    std::string const &get() const { return m_text; }
+
+private:
+    std::string m_text;
+};
+
+template <typename TABLE>
+bool dump(std::ostream &out, TABLE table)
+{
+    try {
+        UNCOUNTED_TEXT text;
+        text.set(table);
+        return !text.get().empty() && mem_table_write(out, text.get());
+    } catch (std::exception const &) {
+        return false; // no memory, or a stream that throws
+    }
+}
+
+} // namespace
+
+void mem_enable_tracking(MEM_TRACKING_GRANULARITY granularity)
+{
+    tracking();
+    int bits = 0;
+    {
+        std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
+        bits = set_tracking(mem_tracking_in_force.load(std::memory_order_relaxed) | (granularity & GRANULARITIES));
+    }
+    start(bits);
+}
+
+void mem_disable_tracking(MEM_TRACKING_GRANULARITY granularity)
+{
+    tracking();
+    std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
+    set_tracking(mem_tracking_in_force.load(std::memory_order_relaxed) & ~(granularity & GRANULARITIES));
+}
+
+bool mem_tracking_is_enabled(MEM_TRACKING_GRANULARITY granularity)
+{
+    return (tracking() & GRANULARITIES & granularity) == granularity;
+}
+
+bool mem_get_tbb_memory_tracking_enabled()
+{
+    return (tracking() & KEY_NOT_ZERO) != 0;
+}
+
+void mem_open_profile_bin(std::string const &name, std::string const &tag)
+{
+    MEM_SUSPENSION const scope;
+    mem_bins_open(name, tag);
+}
+
+void mem_close_profile_bin(std::string const & /*tag*/, std::size_t *open_bytes, std::size_t *close_bytes,
+                           std::size_t *peak_bytes)
+{
+    MEM_SUSPENSION const scope;
+    MEM_BIN_FIGURES const figures = mem_bins_close();
+    *open_bytes = shown(figures.open_bytes);
+    *close_bytes = shown(figures.close_bytes);
+    *peak_bytes = shown(figures.peak_bytes);
+}
+
+void mem_reset_tracking_entries()
+{
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    mem_sites_reset();
+    mem_statistics_reset();
+    mem_timeline_reset();
+}
+
+void mem_tbb_tracking_flush_peak()
+{
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    mem_bins_flush_peak();
+    mem_sites_begin_peak();
+}
+
+bool mem_dump_tbb_fileline_tracking(std::ostream &out)
+{
+    return dump(out, mem_sites_table_by_line);
+}
+
+bool mem_dump_tbb_subsystem_tracking(std::ostream &out)
+{
+    return dump(out, mem_sites_table_by_module);
+}
+
+bool mem_dump_tbb_profile_bin_stats_tracking(std::ostream &out)
+{
+    return dump(out, mem_statistics_table_by_bin);
+}
+
+bool mem_dump_tbb_profile_bin_tag_stats_tracking(std::ostream &out)
+{
+    return dump(out, mem_statistics_table_by_tag);
+}
+
+bool mem_dump_tbb_module_tracking(std::ostream &timeline, std::ostream &details)
+{
+    UNCOUNTED_TEXT modules;
+    bool const is_written = dump(timeline, [&modules] {
+        MEM_TIMELINE_TABLES tables = mem_timeline_tables();
+        modules.set([&tables] { return std::move(tables.modules); });
+        return std::move(tables.rows);
+    });
+    return modules.get().empty() ? is_written : dump(details, [&modules] { return modules.get(); }) && is_written;
+}
+
+void mem_set_timeline_label(std::string const &label)
+{
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    mem_bins_set_label(label);
+}
+
+void mem_disable_profile_bin_tag_timeline_labels()
+{
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
+    mem_bins_disable_tag_labels();
+}

@@ -1,0 +1,48 @@
+// The editing of the project's library directories over stand-ins for the path state, which doesn't take the list.
+#include "gen/base/gen_statics.h"
+#include "gen_path_sys.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::ExitedWithCode;
+using testing::HasSubstr;
+
+namespace {
+
+int l_setter_calls = 0;
+
+} // namespace
+
+GEN_PATH_STATE::GEN_PATH_STATE() = default;
+GEN_PATH_STATE::~GEN_PATH_STATE() = default;
+
+GEN_PATH_STATE *gen_path_state()
+{
+    static GEN_PATH_STATE the_state;
+    return &the_state;
+}
+
+void gen_set_project_library_paths(std::string)
+{
+    ++l_setter_calls;
+}
+
+std::string gen_get_project_library_paths()
+{
+    return {};
+}
+
+TEST(GenAppendProjectLibraryPathsDeathTest, AListThatCannotBeMadeIsAnInternalError)
+{
+    EXPECT_EXIT(
+        gen_append_project_library_paths("c:/a"), ExitedWithCode(3),
+        testing::AllOf(HasSubstr("Internal error: project_fio_paths != 0\n"), HasSubstr("gen/gen_path_libraries")));
+}
+
+TEST(GenAppendProjectLibraryPaths, NothingIsMadeForNothing)
+{
+    gen_append_project_library_paths("");
+    gen_remove_project_library_paths("c:/a");
+    EXPECT_EQ(l_setter_calls, 0);
+}
