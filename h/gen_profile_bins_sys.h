@@ -12,13 +12,16 @@
 // int main()
 // {
 //     GEN_PROFILE_BINS::initialize("Fitter", /*primary=*/true, /*debug_messages=*/false); // opens the root "Fitter"
-//     place();                                                   // the bin "Fitter/Place"
-//     GEN_PROFILE_BINS::finalize("fitter", /*close_root=*/true); // writes "profile_bins_fitter.log" if the key
-// }                                                              // gen_print_profile_bins is on
+//     place();                                                                            // the bin "Fitter/Place"
+//     GEN_PROFILE_BINS::finalize("fitter", /*close_root=*/true);
+// }
 // ```
 //
-// The bins form a tree below one root. Wall-clock time, CPU time, an estimate of wall-clock time and memory are added up
-// for each bin, and finalize() writes the tree to a log.
+// If the configuration key gen_print_profile_bins is on, this program writes "profile_bins_fitter.log" to the current
+// directory.
+//
+// The bins form a tree below one root. Each bin accumulates wall-clock time, CPU time, an estimate of wall-clock time
+// and memory, and finalize() writes the tree to a log.
 //
 // There is one tree in a process. It belongs to the thread that called GEN_PROFILE_BINS::initialize(). Calls on other
 // threads, and calls before initialize() or after finalize(), return at once without effect; finalize() itself is the
@@ -115,7 +118,7 @@ protected:
 /// The bins of the process.
 ///
 /// Opens and closes without GEN_PB_FLAG_ANNOUNCE and GEN_PB_FLAG_IMMEDIATE are stored in a buffer of ten events and
-/// processed when it is full. The texts that are given to an open or a close are not copied into the buffer: they must
+/// processed later. The texts that are given to an open or a close are not copied into the buffer: they must
 /// stay valid until ten more events have followed, and the name of an open with flags 0 until its close. Literals are
 /// best.
 class GEN_PROFILE_BINS
@@ -124,8 +127,8 @@ public:
     /// Binds the bins to the calling thread, reads the configuration and opens the root.
     ///
     /// @param name            name of the root; the built-in ratio rules apply if it is "Fitter"
-    /// @param primary         whether this is the main process of the flow, which writes the report if the configuration
-    ///                        requests it
+    /// @param primary         whether this is the main process of the flow, which writes the report if the
+    ///                        configuration requests it
     /// @param debug_messages  whether to calibrate the cost of an open and a close even if no report is requested
     ///
     /// A second call without finalize() between is the internal error "GEN_PB_IMPL::get_root_bin() == 0LL".
