@@ -1,6 +1,6 @@
-// Facts of the host: processors, caches, memory, operating system, names and addresses. GEN_MACHINE_INFO reads the facts
-// of the processors from the processors themselves: it moves the calling thread from one logical processor to the next
-// and executes the CPUID instruction on each.
+// Facts of the host: processors, caches, memory, operating system, names and addresses. GEN_MACHINE_INFO reads the
+// facts of the processors from the processors themselves: it moves the calling thread from one logical processor to the
+// next and executes the CPUID instruction on each.
 #ifndef GEN_MACHINE_SYS_H
 #define GEN_MACHINE_SYS_H
 
@@ -27,8 +27,8 @@ enum GEN_CACHE_TYPE : unsigned char
 /// Only processors among the first 32 of the affinity masks on which the process may run are visited. All others are
 /// missing in the counts and masks.
 ///
-/// Results. Unless a comment says otherwise, a function returns whether the capture succeeded, not whether its own value
-/// was found. A failed capture is never repeated:
+/// Results. Unless a comment says otherwise, a function returns whether the capture succeeded, not whether its own
+/// value was found. A failed capture is never repeated:
 ///
 /// | cause                                         | result | found by the capture                               |
 /// |-----------------------------------------------|--------|----------------------------------------------------|
@@ -63,8 +63,8 @@ public:
 
     /// Packages (sockets). A processor without the multi-threading flag of CPUID counts as one package.
     ///
-    /// If the configuration key cpu_core_count_using_sysconf is on, the count is that of get_logical_cpu_count() and the
-    /// result is true; there still is a capture.
+    /// If the configuration key cpu_core_count_using_sysconf is on, the count is that of get_logical_cpu_count() and
+    /// the result is true; there still is a capture.
     GEN_API static bool get_physical_cpu_count(int *cpu_count);
 
     /// Same as get_physical_cpu_count().
@@ -72,8 +72,8 @@ public:
 
     /// Cores of all packages. Only on a processor of "GenuineIntel" can a core have more than one logical processor.
     ///
-    /// If the configuration key cpu_core_count_using_sysconf is on, the count is that of get_logical_cpu_count() and the
-    /// result is true; there is no capture then.
+    /// If the configuration key cpu_core_count_using_sysconf is on, the count is that of get_logical_cpu_count() and
+    /// the result is true; there is no capture then.
     GEN_API static bool get_core_cpu_count(int *cpu_count);
 
     /// An affinity mask with the first logical processor of each core. A process with this mask uses each core once.
@@ -108,7 +108,8 @@ public:
     /// @param level      1, 2 or 3
     /// @param size       receives its size in kilobytes, for a trace cache in thousands of micro-operations; 0 if there
     ///                   is none. Null is the internal error "size != 0"
-    /// @param line_size  receives the size of its lines in bytes; 0 for a trace cache, and if there is none. May be null
+    /// @param line_size  receives the size of its lines in bytes; 0 for a trace cache, and if there is none. May be
+    ///                   null
     /// @param type       a GEN_CACHE_TYPE; 0 matches no cache, and more than GEN_CACHE_INST is the internal error
     ///                   "type <= GEN_CACHE_INST"
     ///
