@@ -76,8 +76,8 @@ public:
     ///
     /// An error doesn't end the parse: `text` receives the parts that could be built, and get_last_error() returns all
     /// errors. A closing parenthesis without an opening one in its part of the condition, as in "a)" and "(a)(b)", is
-    /// the internal error "paren_count >= 0". Time and memory grow linearly with the length of the text. Nesting uses
-    /// no stack, so that no condition is nested too deeply.
+    /// the internal error "paren_count >= 0". Time and memory grow with the length of the text. Nesting uses no stack,
+    /// so that no condition is nested too deeply.
     ///
     ///     a=1      -> EQUAL_TO(HPATH(a),BUS(1)), false
     ///     a>b=c    -> EQUAL_TO(GREATER_THAN(HPATH(a),HPATH(b)),HPATH(c)), false
