@@ -1,4 +1,4 @@
-// The index queue. The first byte chooses the type and how the names are made of the rest:
+// The index queue. The first byte chooses the type and how the names are composed from the rest:
 //
 // - even: each line is a name. The test is that merging ends and that the queue gets empty.
 // - odd: names are composed of well-formed pieces and all end in ";", so that no merge loses the end of a name. The
