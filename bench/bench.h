@@ -1,4 +1,4 @@
-// What the benchmarks share: ratios to be printed after the run, and threads that sleep beside it.
+// Parts that the benchmarks share: ratios to print after the run, and threads that sleep during it.
 #ifndef BENCH_H
 #define BENCH_H
 
@@ -10,8 +10,9 @@
 #include <thread>
 #include <vector>
 
-/// A row of the table behind the run: the quiet time of one benchmark over that of another, from the same run, beside
-/// the goal. A denominator of "" compares nanoseconds. A benchmark that didn't run drops its rows.
+/// A row of the table after the run: the quiet time of one benchmark divided by that of another in the same run, and
+/// the goal for this ratio. If the denominator is "", the row shows nanoseconds. Rows of a benchmark that didn't run
+/// are left out.
 struct BenchRatio
 {
     std::string what;

@@ -1,4 +1,4 @@
-// Work that can be done once in a process, or that leaves much behind: each run of it has a process of its own.
+// Work that can be done only once in a process, or that leaves a large state: each run has its own process.
 #ifndef BENCH_CHILD_H
 #define BENCH_CHILD_H
 
@@ -11,8 +11,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-/// Runs `work`, which gives seconds, in a copy of this process whose current directory is new and empty and goes with
-/// it. Negative if the process fails. No other thread may run meanwhile.
+/// Runs `work` in a copy of this process and returns its result, in seconds; negative if the process fails. The current
+/// directory of the copy is a new, empty one that is removed afterwards. No other thread may run meanwhile.
 template <typename WORK>
 double seconds_in_child(WORK work)
 {
@@ -37,7 +37,7 @@ double seconds_in_child(WORK work)
     return seconds;
 }
 
-/// An iteration is one `count`th of such a run.
+/// One iteration is a run divided by `count`.
 template <typename WORK>
 void run_in_children(benchmark::State &state, std::int64_t count, WORK work)
 {

@@ -1,5 +1,5 @@
-// Runs the benchmarks and prints, for each, the quiet time (minimum over the repetitions) and the median, and then the
-// ratios that the benchmarks name. Times are nanoseconds per iteration.
+// Runs the benchmarks. Prints the quiet time (the minimum over the repetitions) and the median of each, then the ratios
+// that the benchmarks have registered. Times are nanoseconds per iteration.
 #include "bench/bench.h"
 
 #include <algorithm>

@@ -19,7 +19,7 @@ void parse(benchmark::State &state, std::string const &condition)
     state.SetItemsProcessed(state.iterations());
 }
 
-// Three tokens a term, one an operator.
+// Three tokens for each term and one for each operator.
 void chain(benchmark::State &state, std::string const &spelled)
 {
     std::string condition;
@@ -45,7 +45,7 @@ BENCHMARK_CAPTURE(chain, and, "&&")->Name("chain/and")->Arg(1000)->Arg(10000)->A
 BENCHMARK_CAPTURE(chain, less, "<")->Name("chain/less")->Arg(1000)->Arg(10000)->Arg(100000);
 BENCHMARK(nest)->Name("nest")->Arg(1000)->Arg(10000)->Arg(100000);
 
-// Ten times the tokens in ten times the time, and three tenths of slack.
+// Ten times the tokens should take ten times the time; the goal allows 30% more.
 BenchGoals const GOALS{
     {"chain of ||, 10,000 tokens / 1,000 tokens", "chain/or/10000", "chain/or/1000", 13},
     {"chain of &&, 10,000 tokens / 1,000 tokens", "chain/and/10000", "chain/and/1000", 13},

@@ -1,9 +1,12 @@
-// The cookie log. An iteration is one cookie of a run in a process of its own: of 100,000 under an unchanged path of
-// three bins, of as many on one or 16 threads that don't own the bins, and of a million under one path or under 10,000
-// (each change of path sorts those of the path before), or written at finalize.
+// The cookie log. One iteration is one cookie of a run in its own process. The runs:
 //
-// The floor of a logged cookie is the lock and release of a mutex and a record appended, whose path is copied twice.
-// That of a written one is a line of that length, ready made, written to a stream.
+// - 100,000 cookies under an unchanged path of three bins;
+// - 100,000 cookies on one or 16 threads that don't own the bins;
+// - a million cookies under one path or under 10,000 paths (each change of path sorts the cookies of the former path);
+// - a million cookies written at finalize().
+//
+// The floor of a logged cookie is locking and unlocking a mutex and appending a record, whose path is copied twice. The
+// floor of a written cookie is writing a prepared line of the same length to a stream.
 #include "gen_cookie_sys.h"
 
 #include "bench/bench.h"
@@ -67,8 +70,7 @@ double seconds_since(std::chrono::steady_clock::time_point start)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// Descriptions as a tool that numbers what it looks at would give them; the order in which they come is not the sorted
-// one.
+// Descriptions like those of a tool that numbers its items. They are not in sorted order.
 void log_numbered(std::int64_t first, std::int64_t count)
 {
     char description[] = "net 0000000";

@@ -1,16 +1,18 @@
-// Dependencies on memory, for a count of addresses that is the argument. One iteration is
+// Dependencies on memory. The argument is the number of addresses. One iteration is
 //
-//     create_remove   the creating of a dependency on each address, and then the removing of each
+//     create_remove   creating a dependency on each address, and then removing all of them
 //     exported        the same through the functions that tools call
-//     invalidate      a pass over each address, one dependant on each
-//     one_address     one pass over an address that has so many dependants
+//     invalidate      a pass over each address, which has one dependency
+//     one_address     one pass over one address, which has that number of dependencies
 //
-// Each run but "exported" has a registry of its own: the ids of an address are kept for good, and the appending to
-// ever longer rows of them would be measured instead. The floor of the first is the insertion into and the erasure from
-// one std::unordered_map of the same records; the second floor adds what has to be kept besides, the ids of each
-// address: a lookup by address and an append. The floor of the passes is a lookup of the record in a
-// std::unordered_map, its copy into a vector, since callbacks run from copies, and the call; a pass has two tables to
-// look into. The peer is one boost::signals2::signal: connections made and cut, and one emission to all.
+// Each run except "exported" has its own registry: since the ids of an address are stored until the process ends, a
+// shared registry would measure appending to longer and longer lists.
+//
+// The first floor of create_remove is insertion and erasure of the same records in one std::unordered_map. The second
+// floor adds the list of ids of each address: a lookup by address and an append. The floor of the passes is a lookup of
+// the record in a std::unordered_map, its copy into a vector, since callbacks run from copies, and the call; a pass
+// itself looks into two tables. The peer is one boost::signals2::signal: making and cutting connections, and one
+// emission to all.
 #include "gen/object/gen_dep_registry.h"
 
 #include "bench/bench.h"
@@ -25,7 +27,7 @@ namespace {
 
 using CALLBACK = GEN_DEP_REGISTRY::CALLBACK;
 
-// Objects as a tool allocates them.
+// Objects on the heap, as in a tool.
 struct Object
 {
     char bytes[64];

@@ -1,10 +1,10 @@
 // Dynamic flags. One iteration is
 //
 //     words        set, clear and test on each of 1,000 words; the floor does the same on plain integers
-//     reuse        a destroy and a create of one flag among 32: the scan, the copy of the name, the call of a clearer
-//                  that has no objects. The floor is 31 gen_strcmp() and a copy of the name
-//     population   the destroying of all 32 flags and the creating of 32 new ones over 10 million objects, which are
-//                  visited once. The floor is one visit by a plain loop
+//     reuse        destroying and creating one of 32 flags: the scan, the copy of the name, the call of a clearer
+//                  without objects. The floor is 31 calls of gen_strcmp() and a copy of the name
+//     population   destroying all 32 flags and creating 32 new ones over 10 million objects, which are visited once.
+//                  The floor is one visit by a plain loop
 #include "gen_dyn_flag_sys.h"
 
 #include "bench/bench.h"
@@ -34,7 +34,7 @@ public:
     std::vector<GEN_DYN_FLAG> words;
 };
 
-// Hierarchical, as names of tools are: what differs comes last.
+// Hierarchical names, as in tools: they differ at their ends.
 std::string name_of(unsigned flag)
 {
     return "placer.visited_in_pass_" + std::to_string(flag);

@@ -1,5 +1,5 @@
-// Message templates with three inserts in the order of the template; one iteration is one message in a string of its
-// own. The floor appends the same pieces; a number is rendered first.
+// Message templates with three inserts, numbered in their order; one iteration is one message in a new string. The
+// floor renders the numbers and appends the same pieces.
 #include "gen_string_sys.h"
 
 #include "bench/bench.h"

@@ -1,13 +1,13 @@
-// Folding a stream of names; one iteration is one name, of a million that are pushed in order, while a consumer takes
-// what is ready. The floor is a pass over the same names that only finds the indices and adds them up.
+// Merging a stream of names; one iteration is one of a million names, which are pushed in order while a consumer takes
+// the final entries. The first floor is a pass over the same names that finds the indices and adds them up.
 //
-// A fold reads three numbers where that pass reads one, since the entry to compare with holds a range and is known by
-// its text alone, and writes the entry anew. A second floor makes the pass over the text of that entry too. In two
-// dimensions and more every name that folds has its entry compared with the one in front of it as well: there this
-// floor makes the pass over both.
+// A merge reads three numbers where that pass reads one, since the entry to compare with contains a range and is stored
+// as text only, and it writes the text of the entry. The second floor therefore passes over the text of that entry too.
+// With two or more dimensions each merged entry is also compared with the entry before it; there the second floor
+// passes over both.
 //
-// Names that never fold are each an entry of their own: what the queue must keep of them is a copy in a list. That
-// floor has it in it.
+// Names that never merge are single entries, of which the queue has to keep a copy in a list. The floor of these names
+// includes that copy.
 #include "gen_index_compressor_queue_sys.h"
 
 #include "bench/bench.h"
@@ -31,7 +31,7 @@ std::string index_text(std::size_t value)
     return "[" + std::to_string(value) + "]";
 }
 
-// The bits of one bus of so many dimensions, row by row.
+// The bits of one bus with the given number of dimensions, row by row.
 std::vector<std::string> bus(int dimensions)
 {
     double const exact = std::pow(static_cast<double>(NAME_COUNT), 1.0 / dimensions);
@@ -47,7 +47,7 @@ std::vector<std::string> bus(int dimensions)
     return names;
 }
 
-// Every second bit: each name has a gap in front.
+// Every second bit, so that there is a gap before each name.
 std::vector<std::string> never_folding()
 {
     std::vector<std::string> names;
@@ -92,7 +92,7 @@ void find_indices(benchmark::State &state)
     benchmark::DoNotOptimize(sum);
 }
 
-// The entries that a name of so many dimensions is compared with: its own, and the one in front of that.
+// The entries with which a name of the given number of dimensions is compared: the last one, and the one before it.
 struct ENTRIES
 {
     std::string own;
@@ -105,7 +105,7 @@ ENTRIES const ENTRIES_OF_DIMENSIONS[] = {
     {"data_bus[50][50][0:50]", "data_bus[50][0:49][0:99]"},
 };
 
-// The pass over a name, and over the entries in front of it.
+// The pass over a name and over the entries before it.
 void find_indices_of_entries(benchmark::State &state)
 {
     std::vector<std::string> const &names = names_of(state.range(0));
@@ -119,7 +119,7 @@ void find_indices_of_entries(benchmark::State &state)
     benchmark::DoNotOptimize(sum);
 }
 
-// The same, with each name copied into a list of two entries at most.
+// The same pass, with each name copied into a list of at most two entries.
 void find_indices_and_keep(benchmark::State &state)
 {
     std::vector<std::string> const &names = names_of(state.range(0));
@@ -150,7 +150,7 @@ void fold(benchmark::State &state)
     benchmark::DoNotOptimize(taken);
 }
 
-// A bus of a million bits taken apart again; one iteration is one name.
+// A bus of a million bits expanded into single names; one iteration is one name.
 void expand(benchmark::State &state)
 {
     QUEUE queue;

@@ -1,9 +1,9 @@
-// The capture of the processors, on those of the machine that runs this. The library's sources stand in this program
-// itself, so that each iteration is a first capture, of an empty state. One iteration visits every processor, or is one
-// question afterwards.
+// The capture of the processors of the machine on which this runs. The library's sources are compiled into this
+// program, so that each iteration is a first capture with an empty state. One iteration visits every processor, or is
+// one query afterwards.
 //
-// The program takes back the processors that bench/run keeps from it. On a processor that is busy with something else
-// the thread waits for its turn, so the figures mean something on an idle machine alone.
+// The program uses all processors, although bench/run limits it to one. On a processor that is busy with something else
+// the thread has to wait, so that the figures are meaningful on an idle machine only.
 #include "gen_machine_sys.h"
 
 #include "bench/bench.h"
@@ -20,7 +20,7 @@
 
 namespace {
 
-// Built before main(), which the capture takes the processors of the process from.
+// Constructed before main(), since the capture reads the affinity mask of the process.
 struct AllProcessors
 {
     AllProcessors()
@@ -32,8 +32,8 @@ struct AllProcessors
     }
 } const l_all_processors;
 
-// What the steps execute: on each processor, and once more for each package. Leaf 4 and those of the caches depend on
-// the vendor.
+// The CPUID leaves that a capture executes: on each processor, and once more for each package. Leaf 4 and the leaves of
+// the caches depend on the vendor.
 struct NeededLeaves
 {
     std::vector<std::uint32_t> of_processor{0, 0x80000000, 1};
@@ -68,7 +68,7 @@ void execute(std::vector<std::uint32_t> const &leaves)
     }
 }
 
-// Visits the processors that the process may run on, of the first 32, and calls a function on each.
+// Visits those of the first 32 processors on which the process may run, and calls a function on each.
 template <typename FUNCTION>
 void walk(std::uint64_t process_mask, FUNCTION const &function)
 {
@@ -91,7 +91,7 @@ void moves_alone(benchmark::State &state)
     }
 }
 
-// The moves and the instructions, with nothing made of the answers.
+// The floor: the moves between processors and the CPUID instructions, without use of their results.
 void moves_and_cpuid(benchmark::State &state)
 {
     NeededLeaves const needed = needed_leaves();
@@ -100,7 +100,7 @@ void moves_and_cpuid(benchmark::State &state)
         std::uint64_t system_mask = 0;
         gen_os_read_affinity(process_mask, system_mask);
         walk(process_mask, [&needed] { execute(needed.of_processor); });
-        execute(needed.of_package); // of one package
+        execute(needed.of_package); // once, for one package
     }
 }
 
@@ -118,7 +118,7 @@ void capture(benchmark::State &state)
     }
 }
 
-// Finds what is known already.
+// A second capture, which finds only known processors.
 void recapture(benchmark::State &state)
 {
     GEN_MACHINE_STATE const machine;
@@ -127,7 +127,7 @@ void recapture(benchmark::State &state)
         benchmark::DoNotOptimize(GEN_MACHINE_INFO::recapture_cpu_info());
 }
 
-// Questions after the capture.
+// Queries after the capture.
 
 void plain_load(benchmark::State &state)
 {
@@ -160,7 +160,7 @@ void get_cache_size(benchmark::State &state)
     }
 }
 
-// What the copy of its list costs, which is part of the question.
+// The cost of copying the list, which is part of the query.
 void copy_of_caches(benchmark::State &state)
 {
     GEN_MACHINE_STATE const machine;

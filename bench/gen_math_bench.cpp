@@ -1,6 +1,6 @@
-// Checked arithmetic; one iteration is 1,024 operations, whose overflow goes into one flag. The floors are the
-// compiler's own checked operations, and for the product of 64 bits the two bit lengths that decide its flag. The
-// random generator is here too; an iteration of it is 1,024 numbers.
+// Checked arithmetic and the random generator. One iteration is 1,024 operations, which share one overflow flag, or
+// 1,024 random numbers. The floors are the compiler's own checked operations; for the 64-bit product they include the
+// two bit lengths that decide its flag.
 #include "gen_math_sys.h"
 #include "gen_rand_sys.h"
 
@@ -22,7 +22,7 @@ struct Pair
     T b;
 };
 
-// Of every length alike up to `bits`, half of them negative.
+// Numbers of all lengths up to `bits`, equally distributed, half of them negative.
 template <typename T>
 std::vector<Pair<T>> make_pairs(unsigned bits)
 {
@@ -62,7 +62,7 @@ T multiply_by_builtin(T a, T b, bool &overflow)
     return result;
 }
 
-// Throws instead; no operands here make it.
+// The peer throws on overflow, which does not occur with these operands.
 template <typename T>
 T add_by_boost(T a, T b, bool &)
 {

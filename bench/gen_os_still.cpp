@@ -1,4 +1,4 @@
-// An operating system whose clocks stand still and cost nothing.
+// An operating-system layer whose clocks never advance and cost nothing.
 #include "gen/os/gen_os.h"
 
 bool gen_os_read_counter(std::uint64_t &ticks)

@@ -1,9 +1,12 @@
-// Searches for files. One iteration of a miss is one call over all directories; of the cache a lookup among 100,000
-// names in a shuffled order, or a fill with all of them; of the library list 10,000 paths appended.
+// Searches for files. One iteration is
 //
-// The directories are those of an installation, made under the build directory for the run, behind a project and lists
-// of the user's. The floor asks for the same paths, joined beforehand, and the peer joins and asks as a tool would do
-// with the standard library.
+// - for a miss, one call over all directories;
+// - for the cache, one lookup among 100,000 names in shuffled order, or one fill with all of them;
+// - for the library list, appending 10,000 paths.
+//
+// The directories are a project, lists of a user, and the libraries of an installation, all created in the build
+// directory for the run. The floor tests the same paths, joined beforehand. The peer joins and tests them with the
+// standard library.
 #include "gen_path_sys.h"
 
 #include "bench/bench.h"
@@ -49,7 +52,7 @@ public:
             std::filesystem::remove_all(gen_get_kalvern_path() + directory);
     }
 
-    // What gen_find_file() asks for.
+    // The paths that gen_find_file() tests.
     static std::vector<std::string> directories()
     {
         std::string const project = gen_get_project_dir_path();
@@ -110,7 +113,7 @@ void find_file_miss(benchmark::State &state)
         benchmark::DoNotOptimize(gen_find_file(name));
 }
 
-// 100,000 names that lead to files. The names of few directories and few files make many.
+// 100,000 names of files that exist: few directories times few files.
 std::vector<std::string> hit_names()
 {
     constexpr int DIRECTORIES = 250;
@@ -129,7 +132,7 @@ std::vector<std::string> hit_names()
     return names;
 }
 
-// 100,000 names that a search gives up before it asks the file system.
+// 100,000 names for which a search ends before it calls the file system.
 std::vector<std::string> miss_names()
 {
     std::vector<std::string> names;
@@ -179,7 +182,7 @@ void cache_lookup(benchmark::State &state)
     gen_destroy_find_file_cache();
 }
 
-// Fills a table with the names that cost no question.
+// Fills a table with names for which the file system is not called.
 void map_fill(benchmark::State &state)
 {
     use_tree();

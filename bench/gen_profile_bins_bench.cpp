@@ -1,5 +1,6 @@
-// Opens and closes of profile bins over the real clocks. One iteration is five pairs, a full buffer of ten events, so a
-// buffered iteration reads both clocks twelve times: ten for the events and two for the flush.
+// Opens and closes of profile bins with the real clocks. One iteration is five pairs, which fill the buffer of ten
+// events. A buffered iteration therefore reads both clocks twelve times: ten times for the events and twice for the
+// flush.
 #include "gen_profile_bins_sys.h"
 #include "gen_time_sys.h"
 
@@ -32,7 +33,7 @@ std::uint64_t read_both_clocks()
     return static_cast<std::uint64_t>(cpu.tv_nsec ^ now.tv_nsec);
 }
 
-// The first argument is the number of readings, the second that of sleeping threads.
+// The first argument is the number of readings, the second the number of sleeping threads.
 void clock_readings(benchmark::State &state)
 {
     SleepingThreads const threads(state.range(1));
@@ -68,7 +69,7 @@ void ignored_pairs(benchmark::State &state)
         five_pairs(GEN_PB_FLAG_RECORD);
 }
 
-// On a thread that doesn't own the bins; timed there.
+// The pairs on a thread that doesn't own the bins; the time is measured on that thread.
 void foreign_pairs(benchmark::State &state)
 {
     use_bins();
@@ -84,7 +85,8 @@ void foreign_pairs(benchmark::State &state)
     }
 }
 
-// The names of a parent's children, and behind them the parent's own; kept, since events hold the callers' texts.
+// The names of a parent's children, and after them the name of the parent. They are static, since events refer to the
+// texts of the caller.
 std::vector<std::string> const &child_names(std::int64_t count)
 {
     static std::map<std::int64_t, std::vector<std::string>> all;
@@ -96,8 +98,8 @@ std::vector<std::string> const &child_names(std::int64_t count)
     return names;
 }
 
-// A walk over the distinct children of one parent, all of them there already; the floor of the walk is the same one
-// with the clock readings alone.
+// Opens and closes the children of one parent in turn, all of which exist already. The floor reads the clocks for the
+// same number of events.
 template <bool OPENS>
 void walk(benchmark::State &state)
 {

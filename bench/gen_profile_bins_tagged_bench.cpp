@@ -1,6 +1,6 @@
-// Finalize with its reports, over clocks that stand still. An iteration is one bin of a flow of 100 stages of as many
-// bins as there are tags: each tag is on the bins of one name in all stages, and none of them moves alone. The same
-// flow without tags is the floor of what the second report adds.
+// finalize() with its reports, with clocks that never advance. The flow has 100 stages, each with one bin for each tag:
+// a tag is on the bins of one name in all stages. One iteration is one bin of that flow. The floor of the tagged report
+// is the same flow without tags.
 #include "gen_profile_bins_sys.h"
 
 #include "bench/bench.h"
@@ -47,7 +47,8 @@ BENCHMARK(finalize<true>)->Name("tagged")->Arg(100)->Arg(1000)->UseManualTime()-
 BenchGoals const GOALS{
     {"bin of 100,000 with tags / bin of 10,000", "tagged/1000/iterations:1/manual_time",
      "tagged/100/iterations:1/manual_time", 1.2},
-    // A row in the first report, and three in the second: its own, that of the stage above it and of that one's rest.
+    // Each bin has one row in the first report, and three in the tagged report: its own, that of its stage, and that of
+    // the rest of the stage.
     {"bin of 100,000 with tags / without", "tagged/1000/iterations:1/manual_time",
      "untagged/1000/iterations:1/manual_time", 6},
 };

@@ -1,6 +1,6 @@
-// Names of a netlist compared; one iteration of a comparison is one pair, of a sort all 200,000 names, of a fold one
-// name. The pairs are neighbours in sorted order, as a sort or a map meets them. The floors are strcmp() on the same
-// pairs and a byte loop that doesn't fold.
+// Comparing, sorting and folding names of a netlist. One iteration is one pair for a comparison, all 200,000 names for
+// a sort, and one name for a fold to lower case. The pairs are neighbours in sorted order, as in a sort or a map. The
+// floors are strcmp() on the same pairs, and a loop over the bytes that doesn't fold.
 #include "gen_string_sys.h"
 
 #include "bench/bench.h"
@@ -62,7 +62,7 @@ bool comes_first(std::string const &first, std::string const &second)
     return gen_lexcmp(first, second) < 0;
 }
 
-// A window of neighbours that fits the caches, so that memory isn't what is measured.
+// A window of neighbours that fits into the caches, so that the speed of the memory has no effect.
 std::vector<std::string> const &sorted_names()
 {
     static std::vector<std::string> const names = [] {
@@ -150,7 +150,7 @@ void neighbours(benchmark::State &state)
     }
 }
 
-// Names and the same in capitals.
+// Pairs of a name and the same name in capitals.
 template <Compare COMPARE>
 void other_case(benchmark::State &state)
 {
@@ -165,7 +165,7 @@ void other_case(benchmark::State &state)
     }
 }
 
-// Equal names at two places.
+// Pairs of equal names at different addresses.
 template <Compare COMPARE>
 void equal(benchmark::State &state)
 {

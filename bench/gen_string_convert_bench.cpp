@@ -1,5 +1,5 @@
-// Numbers in text; one iteration is one number. The peers give the same results: the number read off a string, and a
-// string with the number.
+// Numbers from and to text; one iteration is one number. The peers have the same results: a number from a string, and a
+// new string with a number.
 #include "gen_string_sys.h"
 
 #include "bench/bench.h"
@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t NUMBER_COUNT = 1024;
 
-// Of every length alike, a quarter of them negative.
+// Numbers of all lengths, equally distributed, a quarter of them negative.
 std::vector<int> make_numbers()
 {
     std::mt19937 random(1);

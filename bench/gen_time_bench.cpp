@@ -1,5 +1,5 @@
-// The clocks; one iteration is one reading. The floors are the system's clocks behind them. And the stopwatches; one
-// iteration is a start and a stop. Their floors are the readings of both ends.
+// Clocks and stopwatches. For a clock, one iteration is one reading, and the floor is a reading of the system's clock.
+// For a stopwatch, one iteration is a start and a stop, and the floor is the clock readings of both.
 #include "gen_time_sys.h"
 
 #include "bench/bench.h"
@@ -79,7 +79,7 @@ void two_readings(benchmark::State &state)
         }
 }
 
-// The argument is the number of sleeping threads beside the reading one.
+// The argument is the number of sleeping threads, without the thread that reads.
 BENCHMARK(reading<read_system_clock<CLOCK_MONOTONIC>>)->Name("floor/monotonic")->Arg(0);
 BENCHMARK(reading<read_system_clock<CLOCK_PROCESS_CPUTIME_ID>>)->Name("floor/process_cpu")->Arg(0)->Arg(8)->Arg(64);
 BENCHMARK(reading<read_getrusage>)->Name("floor/getrusage")->Arg(0)->Arg(8)->Arg(64);

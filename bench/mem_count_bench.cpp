@@ -1,10 +1,13 @@
-// What counting and tracking cost. An iteration is, as a pair, the allocation and release of a block of 64 bytes; as a
-// mixed heap, the release of one of 1000 blocks and the allocation of another in its place, of 1 to 4096 bytes. Both
-// run under ten calls, since what walks the stack has to be measured on one.
+// The cost of counting and tracking allocations. One iteration is
 //
-// The floor are the heap's functions behind calls like those of the plain operators new and delete. The peer is
-// heaptrack, where it is installed: it records each allocation with its stack. It has the process to itself, so a
-// benchmark of it starts this program anew under it, which runs the floor there and tells its time.
+// - for a pair, the allocation and release of a block of 64 bytes;
+// - for a mixed heap, the release of one of 1000 blocks and the allocation of another one of 1 to 4096 bytes.
+//
+// Both run below ten nested calls, since tracking walks the stack.
+//
+// The floor is malloc() and free() in functions like the plain operators new and delete. The peer is heaptrack, if it
+// is installed, which records each allocation with its stack. It needs its own process: the benchmark starts this
+// program under heaptrack, runs the floor there and reads its time.
 #include "bench/bench.h"
 #include "mem_sys.h"
 
@@ -20,7 +23,7 @@
 
 namespace {
 
-// The plain operators, as the compiler's runtime has them.
+// Functions like the operators new and delete of the compiler's runtime.
 [[gnu::noinline]] void *plain_new(std::size_t bytes)
 {
     void *const block = std::malloc(bytes);
@@ -38,7 +41,7 @@ struct Heap
 {
     void *(*allocate)(std::size_t bytes);
     void (*release)(void *block);
-    std::array<void *, 1000> blocks; // of the mixed heap
+    std::array<void *, 1000> blocks; // blocks of the mixed heap
 };
 Heap l_plain = {[](std::size_t bytes) { return plain_new(bytes); }, [](void *block) { plain_delete(block); }, {}};
 Heap l_counted = {
@@ -73,7 +76,7 @@ using Work = void (*)(Heap &heap, std::size_t count);
         work(heap, count);
     else
         run_deep(depth - 1, work, heap, count);
-    benchmark::ClobberMemory(); // no call in the place of this one
+    benchmark::ClobberMemory(); // prevents a tail call, which would leave out a stack frame
 }
 
 constexpr int DEPTH = 10;
@@ -93,7 +96,7 @@ void run_tracked(benchmark::State &state, Work work)
     mem_reset_tracking_entries();
 }
 
-// The program under heaptrack.
+// The child process: this program under heaptrack.
 
 constexpr char CHILD[] = "MEM_COUNT_BENCH_CHILD";
 constexpr std::size_t CHILD_COUNT = 200000;
@@ -114,7 +117,7 @@ struct Child
     }
 } const l_child;
 
-// Seconds of an iteration; 0 if heaptrack isn't there.
+// Seconds of one iteration; 0 if heaptrack isn't installed.
 double seconds_under_heaptrack(char const *work)
 {
     std::string const command = std::string(CHILD) + '=' + work +

@@ -1,4 +1,4 @@
-// LLVM's timers beside the profile bins. One iteration is five regions, as it is five pairs there.
+// LLVM's timers, as a peer of the profile bins. One iteration is five regions, as it is five pairs for the bins.
 #include "bench/bench.h"
 
 #include <llvm/Support/TimeProfiler.h>

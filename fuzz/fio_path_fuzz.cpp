@@ -27,7 +27,7 @@ bool is_letter(char c)
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-// What the rest of a path counts from: "c:/", "c:", "//host/", "/" or nothing.
+// The part of a path to which the rest is relative: "c:/", "c:", "//host/", "/" or nothing.
 std::string root_of(std::string const &text)
 {
     std::size_t length = 0;
@@ -52,7 +52,7 @@ COMPONENTS components_of(std::string_view text)
     return components;
 }
 
-// The components that a walk along the path comes through last; it can't go up from a root.
+// The components that are left after a walk along the path, component by component; ".." at a root has no effect.
 COMPONENTS walk(FIO_PATH const &path)
 {
     std::string const text = path.fullpath();
@@ -112,7 +112,7 @@ void check_simplified(FIO_PATH const &path)
     require(walk(simple) == walk(path), "simplifying leads elsewhere", path);
     require(simple.levels() <= path.levels() + 1, "simplifying adds levels", path);
     COMPONENTS const kept = components_of(std::string_view(simple.fullpath()).substr(root_of(path.fullpath()).size()));
-    // A "." alone in front keeps a relative path one.
+    // A "." at the beginning keeps a relative path relative.
     require(path.relative() || kept == walk(path), "simplifying leaves dots", path);
 }
 
@@ -143,7 +143,7 @@ void check_cd(FIO_PATH const &path, std::string const &text)
 void check_setters(FIO_PATH const &path, std::string const &text)
 {
     bool const is_name = !text.empty() && !has_separator(text);
-    // A drive in front of nothing is a drive and no name.
+    // A drive without a path after it is a drive, not a file name.
     bool const has_directory = !path.full_directory().empty();
     if (is_name && has_directory) {
         FIO_PATH renamed(path);
@@ -198,7 +198,7 @@ void apply(FIO_PATH &path, unsigned operation, std::string const &text)
     }
 }
 
-// The operations don't depend on the separator.
+// The results of the operations don't depend on the separator.
 void check_separator(FIO_PATH const &path, unsigned operation, std::string const &text)
 {
     FIO_PATH with_slash(path);

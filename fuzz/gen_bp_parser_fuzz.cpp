@@ -1,5 +1,5 @@
-// A condition, parsed and held against the plain rules. Conditions that end in an internal error are passed over, as it
-// ends the process.
+// A condition, parsed and compared with the result of a simple parser. Conditions that lead to an internal error are
+// skipped, since it ends the process.
 #include "gen_bp_parser_sys.h"
 
 #include "tests/support/bp_reference.h"
@@ -13,7 +13,7 @@
 
 namespace {
 
-// The plain rules take the square of the length, and a frame for each level.
+// The simple parser takes time in the square of the length, and a stack frame for each level of nesting.
 constexpr std::size_t MAX_LENGTH = 4096;
 
 void require(bool holds, char const *what)

@@ -14,7 +14,7 @@ void require(bool condition)
         std::abort();
 }
 
-// What comes out if each character is looked at once, with the state in a word.
+// The expected result, from one pass over the characters with the state in one variable.
 std::string decoded(std::string const &text)
 {
     enum

@@ -1,4 +1,4 @@
-// Templates from the input over fixed arguments. Each slot holds a text that every conversion may read.
+// Templates from the input with fixed arguments. Each slot contains a text that every conversion may read.
 #include "gen_string_sys.h"
 
 #include "tests/support/formatmessage_reference.h"
@@ -13,11 +13,11 @@
 
 namespace {
 
-// More than the conversions of one template, two bytes each at the least, and the unused numbers can take.
+// More slots than one template can take: its conversions, of at least two bytes each, and the unused numbers.
 constexpr std::size_t SLOTS = 4096;
 
 constexpr std::size_t LARGEST_TEMPLATE = 6000; // more than the conversions have room for
-constexpr std::size_t SMALL_TEMPLATE = 2000;   // a conversion takes at most half as much again as its insert
+constexpr std::size_t SMALL_TEMPLATE = 2000;   // its conversions fit: each takes at most 3/2 of its insert's length
 
 // A text as narrow characters and as wide ones.
 alignas(8) char l_text[16] = "argument";
@@ -32,7 +32,7 @@ void require(bool condition, char const *what)
     std::abort();
 }
 
-// Fields of thousands of characters say no more than smaller ones, and cost much.
+// Fields of thousands of characters find no more errors than smaller ones, and are slow.
 bool has_wide_field(std::string const &text)
 {
     std::size_t digits = 0;
@@ -44,7 +44,7 @@ bool has_wide_field(std::string const &text)
     return false;
 }
 
-// Without any byte behind the terminator.
+// A copy that has no byte after its terminator, so that the sanitizer finds a read beyond it.
 std::unique_ptr<char[]> exact_copy(std::string const &text)
 {
     std::unique_ptr<char[]> copy(new char[text.size() + 1]);
@@ -78,7 +78,7 @@ void check_core(char const *format, std::string const &text)
         require(text == std::string((signs + 1) / 2, '%'), "per-cent signs are not halved");
 }
 
-// Embedded zeros come from %c alone; what stands behind the first is not copied.
+// Embedded null characters come from %c alone; the text after the first one is not copied.
 void check_buffer(char const *format, std::string const &text, unsigned long size)
 {
     std::unique_ptr<char[]> const buffer(new char[size]);

@@ -1,8 +1,8 @@
-// The index queue. The first byte chooses the type and how the names are made of the rest:
+// The index queue. The first byte chooses the type and how the names are composed from the rest:
 //
-// - even: each line is a name, whatever it holds. Folding ends, and the queue empties.
-// - odd: names are put together from well-formed pieces and all end in ";", so that none loses its tail. What comes out
-//   expanded is then what was pushed, in whatever order.
+// - even: each line is a name. The test is that merging ends and that the queue gets empty.
+// - odd: names are composed of well-formed pieces and all end in ";", so that no merge loses the end of a name. The
+//   test is that the expanded entries are the pushed names, in any order.
 #include "gen_index_compressor_queue_sys.h"
 
 #include <algorithm>
@@ -19,7 +19,7 @@ namespace {
 using QUEUE = GEN_INDEX_COMPRESSOR_QUEUE;
 using NAMES = std::vector<std::string>;
 
-// Beyond it a name is not taken apart, and no further one is pushed.
+// A name with more single names than this is not expanded, and no name is pushed after it.
 constexpr std::size_t MOST_NAMES = 200;
 
 void require(bool condition, char const *what)
@@ -35,7 +35,7 @@ bool is_digit(char ch)
     return ch >= '0' && ch <= '9';
 }
 
-// A number at the front of a text, taken off it; false: none of up to nine digits.
+// Reads a number at the beginning of a text and removes it; false if there is none of up to nine digits.
 bool take_number(std::string_view &text, bool with_sign, int &value)
 {
     std::size_t const sign = with_sign && !text.empty() && text.front() == '-' ? 1 : 0;
@@ -49,7 +49,7 @@ bool take_number(std::string_view &text, bool with_sign, int &value)
     return true;
 }
 
-// An index at the front of a text, bare or in brackets, taken off it.
+// Reads an index at the beginning of a text, with or without brackets, and removes it.
 bool take_index(std::string_view &text, int &low, int &high)
 {
     std::string_view rest = text;
@@ -75,8 +75,8 @@ bool take_index(std::string_view &text, int &low, int &high)
     return true;
 }
 
-// Every single name that a text stands for, its indices bare and without leading zeros, a ">" behind each; empty if
-// they are too many.
+// Every single name that a text with ranges describes. Its indices have no brackets and no leading zeros, and a ">"
+// after each. Empty if there are too many names.
 NAMES single_names(std::string_view text)
 {
     NAMES names = {""};
@@ -120,7 +120,7 @@ void fold_lines(std::string_view text, QUEUE::BRACKET_TYPE type)
             queue.expand_front();
 }
 
-// A name of some pieces, each of two bytes; one that ends the name is taken off too.
+// Reads a name of several pieces, each of two bytes of input, and removes them with the piece that ends the name.
 std::string take_name(std::string_view &bytes)
 {
     std::string name;

@@ -1,4 +1,5 @@
-// Orders of names. The input is two names, parted by the first line feed, and both with a line feed turned into a zero.
+// The order of names. The input is two names, separated by the first line feed. They are compared as they are, and with
+// their line feeds replaced by null characters.
 #include "gen_string_sys.h"
 
 #include "tests/support/lexcmp_reference.h"
@@ -38,12 +39,12 @@ void check_order(Name const &first, Name const &second)
     require(compare<COMPARE>(first, first) == 0);
     require(compare<COMPARE>(second, second) == 0);
 
-    // A name and itself with something behind it.
+    // A name, and the same name with more text after it.
     Name longer = first;
     longer.push_back('1');
     require(compare<COMPARE>(first, longer) < 0);
 
-    // The half of a name stands between the empty one and itself, and is on the same side of what lies beyond.
+    // The first half of a name is not above the whole name, and below each name that is above the whole one.
     Name const half(first.begin(), first.begin() + static_cast<std::ptrdiff_t>(first.size() / 2));
     require(compare<COMPARE>(half, first) <= 0);
     if (forward < 0)
@@ -57,7 +58,7 @@ void check_definition(std::string const &first, std::string const &second)
     require(gen_signed_lexcmp(first, second) == lexcmp_reference::signed_lexcmp(first, second));
 }
 
-// A number more than 2^31 apart turns the sign, exactly 2^31 apart on both sides alike.
+// The results of both orders add up to 0 modulo 2^32. Their signs may be equal: if the numbers differ by exactly 2^31.
 void check_signed(std::string const &first, std::string const &second)
 {
     std::uint32_t const forward = static_cast<std::uint32_t>(gen_signed_lexcmp(first, second));

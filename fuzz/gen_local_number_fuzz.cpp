@@ -1,5 +1,5 @@
-// Numbers read without a locale. The first byte of the input chooses a base, some of which there are not; the rest is
-// the text.
+// Numbers read without a locale. The first byte of the input chooses a base, which may be invalid; the rest is the
+// text.
 #include "gen_localization_sys.h"
 
 #include <cerrno>
@@ -47,7 +47,8 @@ void require_saturated(Parsed<NUMBER> const &number, Parsed<std::uint64_t> const
         require(number.value == beyond && number.length <= widest.length);
 }
 
-// The runtime library reads the same, but for prefixes, and for where it stops when there is nothing or too much.
+// The runtime library gives the same result, except for prefixes, and for the end if there is no number or if it is out
+// of range.
 void require_as_runtime_library(Parsed<std::uint64_t> const &number, std::string const &text, int base,
                                 bool is_negative)
 {

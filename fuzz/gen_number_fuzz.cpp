@@ -13,7 +13,7 @@ void require(bool condition)
         std::abort();
 }
 
-// Every number of a text, one behind the other.
+// All numbers of a text, one after another.
 void check_cursor(std::string const &text)
 {
     std::string::const_iterator cursor = text.begin();
@@ -45,7 +45,8 @@ void check_strict(std::string const &text)
     require(error == std::errc() && end == text.data() + text.size() && expected == value);
 }
 
-// The value of a text of digits behind an optional minus sign; behind z the digits go on by their codes.
+// The value of a text that consists of an optional minus sign and digits. After z the digits continue with the
+// characters that follow z.
 std::uint64_t value_of(std::string const &text, unsigned radix)
 {
     bool const is_negative = text[0] == '-';

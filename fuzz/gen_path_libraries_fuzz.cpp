@@ -1,5 +1,5 @@
-// The project's list of library directories. The input is the list and a text to edit it with, parted by the first line
-// feed. Nothing here touches the disk.
+// The project's list of library directories. The input is the list and the text of directories to append or remove,
+// separated by the first line feed. Nothing here accesses the disk.
 #include "gen_path_sys.h"
 #include "gen_string_sys.h"
 
@@ -22,7 +22,7 @@ bool is_pattern(std::string const &text)
     return text.find(';') == std::string::npos && FIO_PATH(text).filename().find_first_of("*?") != std::string::npos;
 }
 
-// The elements of a text: what stands between its ";", nothing left out but the empty ones.
+// The elements of a text, which are separated by ";"; empty ones are left out.
 List elements(std::string const &text)
 {
     List list;
@@ -59,7 +59,7 @@ bool has(List const &list, std::string const &wanted)
                        [&](std::string const &element) { return gen_stricmp(element.c_str(), wanted.c_str()) == 0; });
 }
 
-// The state is what the edited list makes it, or what the text was if the edit changed nothing.
+// The expected state: the text of the edited list, or the former text if the edit changed nothing.
 void require_state(List const &former, List const &edited, std::string const &former_text)
 {
     std::string const text = edited.size() == former.size() ? former_text : joined(edited);
@@ -72,7 +72,7 @@ void require_state(List const &former, List const &edited, std::string const &fo
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size)
 {
     std::string input(data, data + size);
-    std::replace(input.begin(), input.end(), '\0', '0'); // texts of this interface end at a zero
+    std::replace(input.begin(), input.end(), '\0', '0'); // texts of this interface end at a null character
     std::size_t const border = std::min(input.find('\n'), input.size());
     std::string const list = input.substr(0, border);
     std::string const edit = input.substr(std::min(border + 1, input.size()));

@@ -1,4 +1,4 @@
-// Wild cards as regular expressions. The input is the wild card, and behind the first line feed a text to match.
+// Wild cards as regular expressions. The input is the wild card and, after the first line feed, a text to match.
 #include "gen_string_sys.h"
 
 #include <boost/regex.hpp>
@@ -18,16 +18,16 @@ void require(bool condition)
         std::abort();
 }
 
-// The characters that stay live in the expression.
+// Whether a wild card contains a character that keeps its special meaning in the regular expression.
 bool has_live_character(std::string const &wildcard)
 {
     return wildcard.find_first_of("+^${}") != std::string::npos;
 }
 
-// Whether a wild card without live characters matches a whole text, by the wild card itself.
+// Whether a wild card without such characters matches a whole text, computed without a regular expression.
 bool matches(std::string const &wildcard, std::string const &text)
 {
-    // Of the wild card's characters so far, which starts of the text match them.
+    // Element i: whether the characters of the wild card so far match the first i characters of the text.
     std::vector<bool> matched(text.size() + 1, false);
     matched[0] = true;
     for (char c : wildcard) {
@@ -44,7 +44,7 @@ bool matches(std::string const &wildcard, std::string const &text)
     return matched.back();
 }
 
-// What the expression matches, unless the search is given up for taking too long.
+// Requires that the regular expression and the wild card agree on a text. A search that takes too long is skipped.
 void check_match(std::string const &wildcard, boost::regex const &anchored, std::string const &text)
 {
     bool is_match = false;

@@ -1,6 +1,6 @@
-// Internal errors and the exit state of the process, and where calls stand in the source. An internal error is a fault
-// of the program itself, found by a check that stays in release builds. Any thread may call any of these functions, at
-// any time from the construction of static objects to the last exit handler.
+// Internal errors, the exit state of the process, and the source positions of calls. An internal error is a fault of
+// the program itself, found by a check that is part of release builds too. Any thread may call any of these functions,
+// at any time from the construction of static objects to the last exit handler.
 #ifndef ERR_SYS_H
 #define ERR_SYS_H
 
@@ -13,13 +13,13 @@
 
 /// Reports an internal error and ends the process with status 3. Never returns and never throws.
 ///
-/// @param expression  the failed condition, or a sentence; printed as it stands
-/// @param module      tag of the library that found the error, for instance "GEN"
+/// @param expression  the failed condition, or a sentence; printed unchanged
+/// @param module      short name of the library that found the error, for instance "GEN"
 /// @param file        source file of the check
 /// @param line        source line of the check
 ///
-/// A null text is printed as "(null)". The report is one block on the standard error stream, written
-/// in one piece:
+/// A null text is printed as "(null)". The report is one block on the standard error stream; reports of
+/// different threads don't mix:
 ///
 ///     Internal error: type < (GEN_LIBRARY_TYPE)GEN_LIB_SIZE
 ///       Library: GEN
@@ -31,66 +31,65 @@
 ///         #0 gen_get_library_path(GEN_LIBRARY_TYPE)+0x5c at gen/gen_path_layout.cpp:120 (libzel_gen.so.1+0x2f1c)
 ///         #1 ...
 ///
-/// Function, file and line of a frame appear as far as symbols are at hand; on Windows a frame is a
-/// module and an offset. "Module" is what err_set_module_fullpath() was given. When memory is short the
+/// Function, file and line of a frame are printed if symbols are available; on Windows a frame is a
+/// module and an offset. "Module" is the text given to err_set_module_fullpath(). If memory is short,
 /// texts are cut and the stack is left out.
 ///
-/// After the block the process ends through exit(3), on the calling thread, so that exit handlers run.
+/// After the block the calling thread calls exit(3), so that exit handlers run.
 ///
-/// | the process when the error is reported         | what happens                                      |
+/// | state of the process at the call               | effect                                            |
 /// |------------------------------------------------|---------------------------------------------------|
-/// | runs                                           | block, exit handlers, status 3                    |
+/// | running                                        | block, exit handlers, status 3                    |
 /// | this thread reported an internal error already | block, status 3 at once, no further exit handlers |
-/// | runs exit handlers of an ordinary exit         | block, status 3 at once, no further exit handlers |
-/// | another thread reported an internal error      | no block; the thread rests until the process ends |
+/// | running exit handlers of an ordinary exit      | block, status 3 at once, no further exit handlers |
+/// | another thread reported an internal error      | no block; the thread waits for the process to end |
 ///
-/// Exit handlers that run on another thread are recognised from those on that were registered before
-/// the first call of err_set_module_fullpath(). A thread that ends the process in the ordinary way
-/// while another one reports doesn't change the status: it is 3.
-/// Where the C library doesn't stand two exits at once (glibc before 2.41), it may end the process by
-/// a signal instead.
+/// If exit handlers run on another thread, this is noticed only while handlers run that were registered
+/// before the first call of err_set_module_fullpath(). If another thread calls exit() while an error is
+/// reported, the status is 3 all the same; glibc before 2.41 may end the process by a signal instead,
+/// since it doesn't support two calls of exit() at the same time.
 [[noreturn]] ERR_API void err_report_internal_error(char const *expression, char const *module, char const *file,
                                                     int line);
 
-/// Stores the module's place for the reports; a later call replaces it, unless memory is short. The text is
-/// copied and may be empty.
+/// Stores the path of the module for the reports. A later call replaces it; if memory is short, the
+/// earlier path stays.
 ///
-/// @param path  the place; gen_exe_init() hands over the module's directory
+/// @param path  the path, copied; may be empty. gen_exe_init() passes the module's directory
 ERR_API void err_set_module_fullpath(std::string const &path);
 
-/// True from the first internal error on, in exit handlers too; false in an ordinary run and an
+/// True after the first internal error, also in exit handlers; false in an ordinary run and in an
 /// ordinary exit.
 ERR_API bool err_is_in_abnormal_exit();
 
-/// A place in the source, as far as the program's symbols and debug information tell: a text that isn't known is empty,
-/// a line 0.
+/// A position in the source, from the program's symbols and debug information. An unknown text is empty, an unknown
+/// line is 0.
 struct ERR_LINE
 {
     std::string function;
     std::string file;
     int line;
-    /// It belongs to the C++ standard library.
+    /// Whether the function belongs to the C++ standard library.
     bool is_standard_library;
 };
 
-/// Where a call stands.
+/// The position of a call in the program.
 struct ERR_PLACE
 {
-    /// File name of the executable or library; empty if the address is in none.
+    /// File name of the executable or library that contains the call; empty if there is none.
     std::string object;
-    /// The return address from the beginning of that.
+    /// The return address relative to the beginning of that object, in bytes.
     std::uint64_t object_offset;
-    /// The functions around the call: first those that the compiler has put in place of their calls, innermost first,
-    /// last the one that they were put into. Empty if nothing is known, on Windows always.
+    /// The functions that contain the call: first those that the compiler inlined, innermost first, last the function
+    /// into which they were inlined. Empty if nothing is known; always empty on Windows.
     std::vector<ERR_LINE> lines;
 };
 
-/// Tells where calls stand, one place for each, in their order.
+/// Finds the positions of calls; the result has one element for each return address, in the same order.
 ///
-/// @param return_addresses  where the calls return to
-/// @param count             how many they are
+/// @param return_addresses  the return addresses of the calls; not null unless `count` is 0
+/// @param count             the number of return addresses
 ///
-/// Reads symbols and debug information from disk, which takes milliseconds and more. Throws std::bad_alloc only.
+/// Reads symbols and debug information from disk, which takes some milliseconds or more. Throws std::bad_alloc only.
 ERR_API std::vector<ERR_PLACE> err_describe_calls(void const *const *return_addresses, std::size_t count);
 
 #endif

@@ -1,5 +1,5 @@
-// A histogram of fixed range: bins of equal width over a closed interval. One thread at a time uses an object and those
-// that it shares its counts with.
+// A histogram with bins of equal width over a closed interval. An object, together with the objects that share its
+// counts, belongs to one thread at a time.
 #ifndef GEN_BINDATA_SYS_H
 #define GEN_BINDATA_SYS_H
 
@@ -12,45 +12,48 @@
 ///
 ///     GEN_BINDATA(0, 10, 5):    0 -> bin 0    1.99 -> bin 0    2 -> bin 1    10 -> bin 4
 ///
-/// A broken condition is an internal error in every kind of build.
+/// Conditions are checked in every kind of build; a failed one is an internal error whose text is the condition.
 class GEN_API GEN_BINDATA
 {
 public:
     /// An empty histogram over [low, high].
     ///
-    /// @param low, high  the bounds; "m_high > m_low" is required
-    /// @param num_bins   number of bins; with 0 nothing can be counted
+    /// @param low, high  the bounds; condition "m_high > m_low"
+    /// @param num_bins   number of bins; with 0 no value can be counted
     GEN_BINDATA(double low, double high, std::uint64_t num_bins);
 
-    /// Checks that neighbouring bins meet and that the counts add up to size(), which is an internal error otherwise.
+    /// Checks that neighbouring bins touch ("lowbound(i+1) == highbound(i)") and that the counts add up to size()
+    /// ("total == m_num_items").
     ~GEN_BINDATA();
 
     GEN_BINDATA(GEN_BINDATA const &) = delete;
 
-    /// Takes over everything from `other`; from then on both count into the same bins, while each has its own size().
+    /// Copies bounds and size() and shares the counts: afterwards both objects count into the same bins, while each has
+    /// its own size().
     GEN_BINDATA &operator=(GEN_BINDATA const &other) = default;
 
-    /// Counts one value, which must lie in [low, high].
+    /// Counts one value; condition "item >= m_low && item <= m_high". With 0 bins it is the internal error
+    /// "0 <= bin && bin < m_num_bins".
     void add_item(double item);
 
-    /// The bin of a value, which must lie in [low, high]; high itself is in the last bin. Counts nothing. With 0 bins
-    /// the greatest number, which is no bin.
+    /// The bin of a value, without counting it; condition "item >= m_low && item <= m_high". The value `high` is in the
+    /// last bin. With 0 bins the result is the largest std::uint64_t, which is no bin.
     std::uint64_t bin(double item) const;
 
-    /// Lower and upper bound of a bin; any number gives an answer.
+    /// Lower and upper bound of a bin. The bin is not checked: beyond num_bins() the bounds continue.
     double lowbound(std::uint64_t bin) const;
     double highbound(std::uint64_t bin) const;
 
-    /// Values counted in a bin, which must be less than num_bins().
+    /// The number of values counted in a bin; condition "0 <= bin && bin < m_num_bins".
     std::uint64_t item_count(std::uint64_t bin) const;
 
     std::uint64_t num_bins() const;
 
-    /// Values counted by this object.
+    /// The number of values counted by this object.
     std::uint64_t size() const;
 
 private:
-    std::shared_ptr<std::uint32_t[]> m_counts; // an assigned object has the same ones
+    std::shared_ptr<std::uint32_t[]> m_counts; // shared with objects assigned from this one
     std::uint64_t m_num_bins;
     std::uint64_t m_num_items = 0;
     double m_low;

@@ -1,24 +1,26 @@
-// Breakpoint conditions. A condition as a person writes it is rewritten into a prefix form in which every operator is a
-// named call, so that a reader of the result needs no precedence rules:
+// Breakpoint conditions. The parser rewrites a condition into a prefix form in which every operator is a named call, so
+// that a program that reads the result needs no precedence rules:
 //
 //     (a=1)&&(time>5ns)  ->  LOGICAL_AND(EQUAL_TO(HPATH(a),BUS(1)),TIME_GT(5ns))
 //
-// The parser works on text alone and tells operands apart by their spelling.
+// The kind of an operand follows from its spelling alone.
 //
 // | spelling                      | rewritten as                                                        |
 // |-------------------------------|---------------------------------------------------------------------|
 // | two bars, &&, =, >, <         | LOGICAL_OR, LOGICAL_AND, EQUAL_TO, GREATER_THAN, LESS_THAN          |
-// | ~                             | NOT, of all that follows up to the operator that splits the range   |
+// | ~                             | NOT of its operand, which ends before the next binary operator      |
 // | time, in any case, then = > < | TIME_EQ, TIME_GT, TIME_LT of the right side                         |
 // | begins with a bar or a letter | HPATH(operand)                                                      |
 // | else, ends in a letter        | the operand itself: a number with a unit, such as 100ns             |
 // | any other operand             | BUS(operand)                                                        |
 //
-// The operators bind in the order of the first row, the two bars weakest; each groups to the right: a=b=c is a=(b=c).
+// The binary operators bind in the order of the first row, two bars weakest. Each groups to the right: a=b=c is
+// a=(b=c).
 //
-// Only ( ) < = > ~ end an operand. Blanks, control characters and bytes above 126 are dropped wherever they stand, so
-// "a b" is the operand ab; && and two bars are operators only where no operand stands before them, that is right after
-// one of the six. "a && b" is the one operand a&&b: terms of these two operators need parentheses.
+// Only the six characters ( ) < = > ~ end an operand. Blanks, control characters and bytes above 126 are dropped
+// everywhere, so that "a b" is the operand ab. && and two bars are operators only at the beginning and directly after
+// one of the six characters; elsewhere they belong to the operand: "a && b" is the one operand a&&b. Write
+// "(a) && (b)".
 //
 // A parser belongs to one thread; there is no shared state.
 #ifndef GEN_BP_PARSER_SYS_H
@@ -29,7 +31,8 @@
 #include <list>
 #include <string>
 
-/// Class of a token. The order counts: operands are below BP_TOKEN_AND, binary operators from there to BP_TOKEN_LESS.
+/// Kind of a token. The order matters: operands are below BP_TOKEN_AND, and binary operators range from BP_TOKEN_AND to
+/// BP_TOKEN_LESS.
 enum BP_TOKEN_TYPE
 {
     BP_TOKEN_VALUE = 0,        ///< operand: a literal value
@@ -53,28 +56,28 @@ struct BP_TOKEN
     std::string m_contents; ///< text of an operand; empty for any other token
 };
 
-/// Rewrites one condition. An object serves for one parse: a second parse_string() on it is an internal error once the
-/// first one met a token.
+/// Rewrites one condition. Use a new object for each condition: if a parse found a token, a second parse_string() on
+/// the same object is the internal error "token != 0".
 class GEN_BP_PARSER
 {
 public:
     GEN_API GEN_BP_PARSER();
-    /// Copies what the parser has recorded.
+    /// Copies the condition, the result and the errors.
     GEN_API GEN_BP_PARSER(GEN_BP_PARSER const &other);
-    /// Copies what the parser has recorded, in place of what it had.
+    /// Copies the condition, the result and the errors.
     GEN_API GEN_BP_PARSER &operator=(GEN_BP_PARSER const &other);
     GEN_API ~GEN_BP_PARSER();
 
     /// Rewrites a condition in place.
     ///
-    /// @param text  the condition, and then its prefix form; not null. An empty condition stays empty.
+    /// @param text  the condition, which is replaced by its prefix form; not null. An empty condition stays empty
     ///
     /// @return **true if errors were recorded**, false for success
     ///
-    /// Errors don't stop the rewrite: `text` then holds what could be built, and get_last_error() tells all of them.
-    /// A closing parenthesis that closes nothing in the range it is met in, as in "a)" and "(a)(b)", is an internal
-    /// error, not a recorded one. Time and memory grow with the length of the text, and no condition is too deep for
-    /// the stack.
+    /// An error doesn't end the parse: `text` receives the parts that could be built, and get_last_error() returns all
+    /// errors. A closing parenthesis without an opening one in its part of the condition, as in "a)" and "(a)(b)", is
+    /// the internal error "paren_count >= 0". Time and memory grow with the length of the text. Nesting uses no stack,
+    /// so that no condition is nested too deeply.
     ///
     ///     a=1      -> EQUAL_TO(HPATH(a),BUS(1)), false
     ///     a>b=c    -> EQUAL_TO(GREATER_THAN(HPATH(a),HPATH(b)),HPATH(c)), false
@@ -82,27 +85,28 @@ public:
     ///     a=       -> EQUAL_TO(HPATH(a),), true
     GEN_API bool parse_string(std::string *text);
 
-    /// The errors of the parse, in the order they were met, each a line that ends in a line feed; empty without errors.
+    /// The errors of the parse in the order in which they were found, each a line that ends in a line feed; empty if
+    /// there were none.
     ///
     /// @param out  receives the lines; not null
     ///
     /// | line                                                  | condition                                          |
     /// |-------------------------------------------------------|----------------------------------------------------|
-    /// | Unbalanced parenthesis                                | the terms of an operator leave one open            |
-    /// | Parse Error: Bad term in equation                     | follows the line above; the terms are left out     |
-    /// | Parse Error: Unmatched parenthesis in equation        | a term begins with one and ends in something else  |
-    /// | Parse Error: No subexpression within parentheses      | nothing stands inside                              |
-    /// | Parse Error: Bad symbol(s) after terminal in equation | an operand is followed by no operator              |
-    /// | Illegal use of time                                   | the word stands before an operator but = > <       |
-    /// | Missing left hand side of equation                    | an operator begins it; the range is left out       |
-    /// | Missing right hand side of equation                   | an operator ends the range                         |
-    /// | Bad term in equation                                  | a split at what is no operator                     |
+    /// | Unbalanced parenthesis                                | an opening parenthesis isn't closed in the terms   |
+    /// | Parse Error: Bad term in equation                     | after the line above; the terms are left out       |
+    /// | Parse Error: Unmatched parenthesis in equation        | a term begins with "(" but doesn't end with ")"    |
+    /// | Parse Error: No subexpression within parentheses      | the parentheses are empty                          |
+    /// | Parse Error: Bad symbol(s) after terminal in equation | an operand isn't followed by an operator           |
+    /// | Illegal use of time                                   | the word is before an operator other than = > <    |
+    /// | Missing left hand side of equation                    | no left operand; the part is left out              |
+    /// | Missing right hand side of equation                   | no right operand                                   |
+    /// | Bad term in equation                                  | the part can't be split at an operator             |
     GEN_API void get_last_error(std::string *out);
 
 private:
     using TOKEN_ITERATOR = std::list<BP_TOKEN *>::iterator;
 
-    // Ranges of tokens exclude `last`.
+    // A range of tokens ends before `last`.
     GEN_API void tokenize_string();
     GEN_API void process_token_contents(std::string *current);
     GEN_API void add_token_to_list(BP_TOKEN_TYPE type, std::string const *contents);
@@ -113,7 +117,7 @@ private:
 
     std::list<BP_TOKEN *> m_tokens; // null pointers after the parse
     std::string m_string;           // the condition, then the prefix form
-    std::string m_error;            // lines, never cleared
+    std::string m_error;            // error lines, never cleared
 };
 
 #endif

@@ -1,4 +1,5 @@
-// The cookie log: named 64-bit values that tools put on record during a run, with their place in the flow.
+// The cookie log: named 64-bit values that tools record during a run, each with the profile bin in which it was
+// recorded. Comparing the logs of two runs shows where they began to differ.
 #ifndef GEN_COOKIE_SYS_H
 #define GEN_COOKIE_SYS_H
 
@@ -6,15 +7,14 @@
 
 #include <cstdint>
 
-/// Puts a value on record, under the path of the profile bin that is current among the processed events; the path is
-/// empty without one, and on a thread that doesn't own the bins.
+/// Records a value with the path of gen_profile_bin_get_current_bin(). The path is empty if that is null.
 ///
-/// @param description  what the value is; not null
-/// @param hash         the value, stored as it is
+/// @param description  name of the value, copied; not null
+/// @param hash         the value
 ///
-/// Any thread, at any time. GEN_PROFILE_BINS::finalize() writes all cookies to "cookie_db_<name>.log" in the current
-/// directory if the configuration key `gen_print_cookie_log` is on; no other thread may log while it runs. Successive
-/// cookies of one path are sorted by description.
+/// Any thread may call it at any time, except while GEN_PROFILE_BINS::finalize() runs. finalize() writes all cookies to
+/// "cookie_db_<name>.log" in the current directory if the configuration key `gen_print_cookie_log` is on. Successive
+/// cookies with the same path are sorted by description, then by value.
 extern "C" GEN_API void gen_log_cookie(char const *description, std::uint64_t hash);
 
 #endif

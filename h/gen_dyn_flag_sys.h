@@ -1,11 +1,12 @@
-// Dynamic flags: up to 32 one-bit marks in a word of each object, whose meanings are given out at run time, by name.
+// Dynamic flags: up to 32 marks of one bit each in every object of a client. Flags are created and destroyed at run
+// time, by name.
 //
-// A client owns a manager, keeps a GEN_DYN_FLAG in each of its objects, and derives a clearer that visits them all.
-// To destroy a flag is cheap: its bit stays in the objects and is only noted as dirty. The objects are visited when a
-// dirty bit has to be used again, once for all that are dirty by then.
+// A client owns a manager, keeps a GEN_DYN_FLAG in each of its objects, and derives a clearer that visits all of them.
+// Destroying a flag visits no object: its bit stays set in the objects and is noted as dirty. The objects are visited
+// when a dirty bit has to be used again, and that visit clears all bits that are dirty at that time.
 //
-// Nothing here takes a lock: a manager and its objects belong to one thread at a time. A misuse is an internal error,
-// and leaves everything as it was.
+// Nothing here takes a lock: a manager and its objects belong to one thread at a time. A misuse is an internal error
+// and changes nothing.
 #ifndef GEN_DYN_FLAG_SYS_H
 #define GEN_DYN_FLAG_SYS_H
 
@@ -18,14 +19,14 @@
 
 class GEN_DYN_FLAG_MANAGER;
 
-/// A set of marks, held in 32 bits. It is a plain number, with no tie to a manager; each operation is one on a word.
+/// A set of up to 32 marks, one bit each. It holds no reference to a manager.
 class GEN_DYN_FLAG
 {
 public:
-    /// No mark.
+    /// The empty set.
     constexpr GEN_DYN_FLAG() = default;
 
-    /// @param bits  the marks, bit by bit
+    /// @param bits  the marks, one bit each
     constexpr GEN_DYN_FLAG(unsigned int bits) : m_bits(bits) {}
 
     /// Adds the marks of `flag`, and returns a copy of the result.
@@ -35,14 +36,14 @@ public:
         return *this;
     }
 
-    /// Takes the marks of `flag` away, and returns a copy of the result.
+    /// Removes the marks of `flag`, and returns a copy of the result.
     constexpr GEN_DYN_FLAG clear_flag(GEN_DYN_FLAG const &flag)
     {
         m_bits &= ~flag.m_bits;
         return *this;
     }
 
-    /// The marks that are in `flag` as well.
+    /// The marks that are in both sets.
     constexpr GEN_DYN_FLAG restricted_to(GEN_DYN_FLAG const &flag) const { return {m_bits & flag.m_bits}; }
 
     /// Whether any mark of `flag` is set; false for an empty one.
@@ -57,11 +58,11 @@ public:
     /// Whether no mark is set.
     constexpr bool test_if_zero() const { return m_bits == 0; }
 
-    /// A developer's self-test: drives a manager through the life of the flags "f1" to "f5", which must not exist yet,
-    /// and writes what the manager tells to "gen_dyn_flag_test.txt" in the current directory; docs/file-formats.md has
-    /// the file. The flags are destroyed again. A file that can't be written is silently left out.
+    /// A self-test for developers: creates and destroys the flags "f1" to "f5", which must not exist yet, and writes
+    /// the results of the manager's functions to "gen_dyn_flag_test.txt" in the current directory. docs/file-formats.md
+    /// describes the file. If it can't be written, no error is reported.
     ///
-    /// @param mgr  the manager, with five slots that aren't used; null is an internal error
+    /// @param mgr  the manager, with at least five unused slots; null is the internal error "mgr!=0"
     GEN_API static void test_myself_out(GEN_DYN_FLAG_MANAGER *mgr);
 
 private:
@@ -70,25 +71,25 @@ private:
     unsigned int m_bits = 0;
 };
 
-/// All 32 marks that are not in `flag`.
+/// The marks, of all 32, that are not in `flag`.
 constexpr GEN_DYN_FLAG operator~(GEN_DYN_FLAG const &flag)
 {
     return GEN_DYN_FLAG(0xffffffff).clear_flag(flag);
 }
 
-/// The marks of both.
+/// The marks that are in either set.
 constexpr GEN_DYN_FLAG operator|(GEN_DYN_FLAG const &first, GEN_DYN_FLAG const &second)
 {
     return GEN_DYN_FLAG(first).set_flag(second);
 }
 
-/// Adds the marks of `flag` to `target`, and returns a copy of the result, no reference.
+/// Adds the marks of `flag` to `target`. Returns a copy of the result, not a reference.
 constexpr GEN_DYN_FLAG operator|=(GEN_DYN_FLAG &target, GEN_DYN_FLAG const &flag)
 {
     return target.set_flag(flag);
 }
 
-/// The hand by which a manager reaches a client's objects; derived by the client.
+/// The interface through which a manager clears marks in a client's objects. The client derives from it.
 class GEN_API GEN_DYN_FLAG_CLEARER
 {
 public:
@@ -97,65 +98,68 @@ public:
     GEN_DYN_FLAG_CLEARER &operator=(GEN_DYN_FLAG_CLEARER const &other);
     virtual ~GEN_DYN_FLAG_CLEARER();
 
-    /// Takes the marks of `flag` away from every object that the client holds.
+    /// Removes the marks of `flag` from every object of the client.
     ///
-    /// The constructor of a manager calls it, and so may any create_flag(). From the second it may call the manager
-    /// back: the flag that is being created is there by then, under its name. Once it has returned, all bits of `flag`
-    /// count as clean, also those of flags that it destroyed in the meantime.
+    /// The constructor of a manager calls it, and create_flag() may call it. During create_flag() it may call functions
+    /// of the manager; the new flag then exists already. After its return all bits of `flag` count as clean, also those
+    /// of flags that it destroyed itself.
     virtual void clear_flags(GEN_DYN_FLAG const &flag) = 0;
 };
 
-/// Gives out the 32 bits of a client's flag words.
+/// Assigns the 32 bits of a client's flag words to flags. Each bit has a slot:
 ///
-///     slot of a bit  its flag                                             shown by get_flag_name() as
-///     named          is there                                             its name
-///     dirty          was destroyed; the bit may be set in objects still   DIRTY
-///     clean          isn't there, and neither is the bit in any object    BAD_FLAG
+/// | slot  | flag                                                  | text in get_flag_name() |
+/// |-------|-------------------------------------------------------|-------------------------|
+/// | named | exists                                                | its name                |
+/// | dirty | was destroyed; the bit may still be set in objects    | DIRTY                   |
+/// | clean | doesn't exist; the bit is not set in any object       | BAD_FLAG                |
 class GEN_DYN_FLAG_MANAGER
 {
 public:
-    /// Calls the clearer with all 32 bits, so that no bit left in an object is taken for a flag.
+    /// Calls the clearer with all 32 bits, so that bits left in an object don't count as flags.
     ///
-    /// @param clearer  the client's, ready to be called; not owned, and has to outlive the manager. Null is an internal
-    ///                 error
+    /// @param clearer  the client's clearer, which can already be called. It is not owned and must outlive the manager.
+    ///                 Null is the internal error "m_clearer != 0"
     GEN_API explicit GEN_DYN_FLAG_MANAGER(GEN_DYN_FLAG_CLEARER *clearer);
 
-    /// Doesn't call the clearer.
+    /// Does not call the clearer.
     GEN_API ~GEN_DYN_FLAG_MANAGER();
 
     GEN_DYN_FLAG_MANAGER(GEN_DYN_FLAG_MANAGER const &) = delete;
     GEN_DYN_FLAG_MANAGER &operator=(GEN_DYN_FLAG_MANAGER const &) = delete;
 
-    /// Creates a flag and returns it, a single bit: the lowest clean one or, if none is clean, the highest dirty one.
-    /// In the second case the clearer is called, once, with all dirty bits, and all of them are clean afterwards.
+    /// Creates a flag and returns it. It is the lowest clean bit or, if no bit is clean, the most significant dirty
+    /// bit. In the second case the clearer is called once with all dirty bits, and all of them are clean afterwards.
     ///
-    /// @param name  the flag's name; copied. Null is an internal error
+    /// @param name  name of the flag, copied. Null is the internal error "name != 0"
     ///
-    /// A name that another flag has is an internal error, but for a flag above a clean bit that is taken: its name goes
-    /// unnoticed, and get_named_flag() finds the new flag from then on. The 33rd flag is an internal error.
+    /// If another flag has the name, it is the internal error "flag 'NAME' (0xBIT) already exists". The search for the
+    /// name ends at the first clean bit: a flag of that name on a bit above it is not noticed, and get_named_flag()
+    /// then finds the new flag. The 33rd flag is the internal error "too many flags, can't create 'NAME'".
     ///
-    /// An exception of the clearer passes through. The flag exists then, and the bits count as dirty still.
+    /// An exception of the clearer is passed on. The flag exists then, and the bits still count as dirty.
     GEN_API GEN_DYN_FLAG create_flag(char const *name);
 
-    /// Gives up a flag; no object is visited.
+    /// Destroys a flag. No object is visited.
     ///
-    /// @param flag  a flag, a single bit. Anything else is an internal error, but for no bit at all, which is nothing
+    /// @param flag  a single bit that is a flag; the empty set does nothing. Anything else is an internal error:
+    ///              "flag 0xBITS: not a single bit" or "flag 0xBITS not found to delete"
     GEN_API void destroy_flag(GEN_DYN_FLAG const &flag);
 
-    /// Any set of bits as a text: in hexadecimal, and then slot by slot as in the table of the class.
+    /// A text for any set of bits: the bits in hexadecimal, then for each bit the text of its slot in the table above.
     ///
-    ///     0 -> "(0x0) "    bits 0 and 2, the second destroyed -> "(0x5) f1 | DIRTY"
+    ///     0 -> "(0x0) "    bits 0 and 2, where the flag of bit 2 was destroyed -> "(0x5) f1 | DIRTY"
     GEN_API std::string get_flag_name(GEN_DYN_FLAG const &flag) const;
 
-    /// The flag of a name; none of that name is an internal error.
+    /// The flag with a name. If there is none, it is the internal error "couldn't find flag 'NAME'".
     GEN_API GEN_DYN_FLAG get_named_flag(char const *name) const;
 
-    /// Counts the slots. A null pointer is an internal error.
+    /// Counts the slots. A null pointer is the internal error "used != 0 && dirty != 0 && clean != 0".
     ///
-    /// @param used   receives the count of flags
-    /// @param dirty  receives the count of flags on dirty bits: 0, unless create_flag() is calling the clearer or ended
-    ///               by its exception
-    /// @param clean  receives the count of slots without a flag, whether dirty or clean
+    /// @param used   receives the number of flags
+    /// @param dirty  receives the number of flags on dirty bits: 0, except while create_flag() calls the clearer and
+    ///               after the clearer has thrown an exception
+    /// @param clean  receives the number of slots without a flag, whether dirty or clean
     GEN_API void get_usage_stats(int *used, int *dirty, int *clean) const;
 
 private:

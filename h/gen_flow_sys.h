@@ -1,5 +1,5 @@
-// Modes of a process that only its top knows, and helpers for debugging. The flags are set while the process starts,
-// before other threads ask; they have no lock.
+// Modes of a process, which its main program sets, and helpers for debugging. The flags have no lock: set them at the
+// start of the process, before other threads read them.
 #ifndef GEN_FLOW_SYS_H
 #define GEN_FLOW_SYS_H
 
@@ -9,32 +9,32 @@
 GEN_API bool gen_is_btcl_load();
 GEN_API void gen_set_btcl_load(bool value);
 
-/// Gives the bridge value, once: a second call without gen_unset_kmap_legacy_bridge() between is an internal error,
-/// also with the same value.
+/// Sets the bridge value. A second call without gen_unset_kmap_legacy_bridge() between, even with the same value, is
+/// the internal error "kmap_legacy_bridge cannot be set more than once. (Unless it has been unset.)".
 GEN_API void gen_set_kmap_legacy_bridge(bool value);
 
-/// Takes the bridge value back, if one was given.
+/// Removes the bridge value; does nothing if none is set.
 GEN_API void gen_unset_kmap_legacy_bridge();
 
-/// The opposite of the bridge value. Asking while none is given is an internal error.
+/// The negated bridge value. If none is set, it is the internal error "kmap_legacy_bridge has not been set with
+/// gen_set_kmap_legacy_bridge()!".
 GEN_API bool gen_is_kalvern_syn();
 
-/// Whether gen_set_utst_mode() has been called; there is no way back.
+/// Whether gen_set_utst_mode() was called; the mode can't be reset.
 GEN_API bool gen_is_utst_mode();
 GEN_API void gen_set_utst_mode();
 
-/// Breaks into the debugger if the configuration key `dont_catch_all_exceptions` is on; otherwise does nothing.
+/// Stops the process in the attached debugger if the configuration key `dont_catch_all_exceptions` is on. Does nothing
+/// if the key is off or no debugger is attached.
 ///
-/// @param swallow_exceptions  whether an exception out of the break is dropped; if not, it goes on to the caller
-///
-/// Without a debugger attached the break has no effect.
+/// @param swallow_exceptions  whether an exception that the debugger raises is caught; if not, the caller gets it
 GEN_API void gen_debug_break(bool swallow_exceptions);
 
-/// Whether zel_ver is the build of a release branch. Any thread may ask.
+/// Whether zel_ver was built for a release branch (a customer build). Any thread may call it.
 GEN_API bool gen_debug_is_customer_build();
 
-/// Passes a text to the platform's debug channel as it is: OutputDebugString on Windows; elsewhere standard error
-/// while a debugger is attached, and nowhere otherwise.
+/// Writes a text, unchanged, to the platform's debug channel: OutputDebugString() on Windows; elsewhere the standard
+/// error stream if a debugger is attached, otherwise nothing.
 ///
 /// @param text  not null
 GEN_API void gen_debug_output_string(char const *text);

@@ -1,5 +1,6 @@
-// The library's file streams. They are the standard ones, but for the way they open: through the system's long-path
-// form, with sharing, and without harm to a file that is already open. One thread at a time uses a stream.
+// The library's file streams. They differ from the standard streams only in the way they open a file: paths of any
+// length are accepted on Windows, the file is shared with other processes, and an open() of an open stream has no
+// effect. A stream belongs to one thread at a time.
 #ifndef GEN_FSTREAM_SYS_H
 #define GEN_FSTREAM_SYS_H
 
@@ -7,7 +8,7 @@
 
 #include <fstream>
 
-/// The sharing of a file that others may read and write meanwhile.
+/// The value for `protection`: other processes may read and write the file while it is open.
 constexpr int GEN_SHARE_ALL = 0x40;
 
 namespace std {
@@ -25,11 +26,11 @@ public:
     /// Opens a file for output.
     ///
     /// @param path        the file; not null
-    /// @param mode        std::ios_base mode bits, such as std::ios::out or std::ios::app; out is always added
-    /// @param protection  sharing, GEN_SHARE_ALL; has no effect here: the file is always shared for reading and writing
+    /// @param mode        bits of std::ios_base::openmode, such as std::ios::out or std::ios::app; out is always added
+    /// @param protection  GEN_SHARE_ALL; has no effect: the file is always shared for reading and writing
     ///
-    /// Failure sets failbit and throws nothing by itself; success clears the state. If a file is open already, nothing
-    /// at all happens: that file stays open, and the state, unlike in the standard stream, stays as it is.
+    /// On success the state of the stream is cleared, on failure failbit is set. If a file is open already, it stays
+    /// open and the state doesn't change; a standard stream would set failbit.
     void open(char const *path, int mode, int protection);
 };
 
@@ -49,7 +50,8 @@ public:
 
 } // namespace std
 
-/// Writes the present local time and a line end: "Sat Nov 14 19:03:47 2026\n". Nothing if it can't be converted.
+/// Writes the current local time and a line end: "Sat Nov 14 19:03:47 2026\n". Writes nothing if the system can't
+/// convert the time.
 ///
 /// @param stream  not null
 GEN_API void gen_print_local_time(std::brisel_ofstream *stream);

@@ -1,7 +1,23 @@
-// A queue that folds runs of indexed names while they stream through it: a[0], a[1], a[2] become a[0:2], and the four
-// names of a two-by-two array a[0:1][0:1]. Names enter at the back and are compared with their neighbour only; nothing
-// is sorted. Finished entries leave at the front while later names are still coming, and can be turned into single
-// names again. A queue belongs to one thread.
+// A queue that merges names with consecutive indices while they pass through it: a[0], a[1], a[2] become a[0:2]. Names
+// are added at the back and compared with the last entry only; nothing is sorted. Entries that can't change any more
+// are final and can be taken at the front while names are still added. A queue belongs to one thread.
+//
+// How entries merge, for the four names of a 2 x 2 array and a name after them:
+//
+//     added name   entries afterwards     reason
+//     a[0][0]      a[0][0]                the queue was empty
+//     a[0][1]      a[0][0:1]              only the second index differs, and 1 follows 0: the two merge
+//     a[1][0]      a[0][0:1], a[1][0]     both indices differ (0 and 1, 0:1 and 0): no merge
+//     a[1][1]      a[0:1][0:1]            first a[1][0] and a[1][1] merge into a[1][0:1]; now the two last entries
+//                                         differ in the first index only, and 1 follows 0: they merge too
+//     b            a[0:1][0:1], b         the texts differ outside their indices: a[0:1][0:1] is final
+//
+// The two texts are compared from left to right, character by character, and index by index where both have an index.
+// The first index that differs is where they would merge: the low end of the added index must be the high end of the
+// existing index plus 1. If that fails, or if a second index differs, they don't merge. The comparison still goes on to
+// the end, to find out whether the texts are compatible, that is, differ in nothing but their indices: the entry
+// a[0][0:1] above must not become final when a[1][0] is added, since it merges later. It stays open because it is the
+// result of a merge and is compatible with a[1][0].
 #ifndef GEN_INDEX_COMPRESSOR_QUEUE_SYS_H
 #define GEN_INDEX_COMPRESSOR_QUEUE_SYS_H
 
@@ -12,9 +28,9 @@
 #include <cstring>
 #include <string>
 
-/// Folds adjacent names whose indices follow one another.
+/// Merges adjacent names with consecutive indices.
 ///
-/// The usual loop takes what is final while names come, and the rest at the end:
+/// The usual loop takes the final entries after each name, and the rest at the end:
 ///
 ///     GEN_INDEX_COMPRESSOR_QUEUE queue;
 ///     for (std::string const &name : names) {
@@ -24,83 +40,86 @@
 ///     for (; !queue.empty(); queue.pop_front())
 ///         write(queue.front());
 ///
-/// An index is one number, or two with a colon between them, in square brackets, and under some types of queue also a
-/// bare number. Numbers may be negative and go from -2147483639 to 2147483639. The order within a range does not
-/// matter: [3:0] is the range from 0 to 3. Two names fold into one entry if they agree in all but one index, and there
-/// the second takes up where the first ends. A second dimension folds as soon as its rows are alike:
+/// An index is one number, or two numbers with a colon between them, in square brackets; some types of queue accept it
+/// without brackets too. A number may be negative; its magnitude is at most 2147483639, since a digit is appended only
+/// to a number below INT_MAX / 10 (214748364). The order within a range has no meaning: [3:0] is the range from 0 to 3.
+/// Two names merge into one entry if they differ in one index only and the second name's index begins at the number
+/// after the end of the first one's:
 ///
 /// | type     | pushed                             | entries                                                     |
 /// |----------|------------------------------------|-------------------------------------------------------------|
 /// | required | a[0], a[1], a[2]                   | a[0:2]                                                      |
 /// | required | a[0][0], a[0][1], a[1][0], a[1][1] | a[0:1][0:1]                                                 |
 /// | required | a[0:3], a[4:7]                     | a[0:7]                                                      |
-/// | required | a[1], a[0]                         | a[1], a[0]: a gap, a repeat or a step downward folds nothing |
-/// | required | a[0][0], a[1][1]                   | a[0][0], a[1][1]: one index may differ, not two             |
+/// | required | a[1], a[0]                         | a[1], a[0]: no merge over a gap, a repetition or a step down |
+/// | required | a[0][0], a[1][1]                   | a[0][0], a[1][1]: only one index may differ                 |
 /// | required | a1, a2                             | a1, a2                                                      |
 /// | optional | a1, a2                             | a[1:2]                                                      |
 /// | required | a[0]b, a[1]                        | a[0:1]: the b is lost                                       |
 /// | required | a[0], a[1]b                        | a[0:1]b                                                     |
 ///
-/// The last two rows tell that a comparison ends with the shorter name. A caller whose names may be cut off right
-/// behind an index keeps them apart. An entry that has folded is written anew from the later name, with brackets and
-/// without leading zeros at the folded index.
+/// The last two rows show that a comparison ends at the end of the shorter name. If names may end directly after an
+/// index while others continue there, don't give them to the same queue. The text of a merged entry is that of the
+/// later name, with the merged index in brackets and without leading zeros.
 ///
-/// A name ends, for every comparison, at its first null character.
+/// Every comparison ends at the first null character of a name.
 ///
-/// The members are written below and compiled into whoever uses them; the library exports a copy of each all the same.
+/// The members are defined below and compiled into the caller; the library exports a copy of each too.
 class GEN_INDEX_COMPRESSOR_QUEUE
 {
 public:
-    /// What counts as an index.
+    /// Which texts count as an index.
     enum BRACKET_TYPE
     {
-        BRACKET_REQUIRED = 0,            ///< only what stands in brackets
-        BRACKET_OPTIONAL = 1,            ///< any bare run of digits too
-        BRACKET_OPTIONAL_AFTER_TILDE = 2 ///< bare runs too behind a "~", up to the next "|" or ":"
+        BRACKET_REQUIRED = 0,            ///< only numbers in brackets
+        BRACKET_OPTIONAL = 1,            ///< also numbers without brackets
+        BRACKET_OPTIONAL_AFTER_TILDE = 2 ///< also numbers without brackets between a "~" and the next "|" or ":"
     };
 
     /// Makes an empty queue.
     ///
-    /// @param error_check  whether the queue must be empty when it is destroyed
-    /// @param type         what counts as an index
+    /// @param error_check  whether the destructor requires an empty queue
+    /// @param type         which texts count as an index
     GEN_API explicit GEN_INDEX_COMPRESSOR_QUEUE(bool error_check = true, BRACKET_TYPE type = BRACKET_REQUIRED);
 
-    /// Copies share the entries: once one of them has changed, the others may only be assigned to. Under error check
-    /// each must be empty, or assigned from an empty one, when it is destroyed.
+    /// The copy shares the entries with `other`. After one of the two has changed, the other may only be assigned to.
+    /// With error_check each of them must be empty, or assigned from an empty queue, before it is destroyed.
     GEN_API GEN_INDEX_COMPRESSOR_QUEUE(GEN_INDEX_COMPRESSOR_QUEUE const &other);
     GEN_API GEN_INDEX_COMPRESSOR_QUEUE &operator=(GEN_INDEX_COMPRESSOR_QUEUE const &other);
 
-    /// Frees no entries: clear() comes first. With error check a queue that is not empty is an internal error.
+    /// Releases no entries; call clear() before. With error_check a queue that is not empty is the internal error
+    /// "!m_error_check || m_head == NULL && m_tail == NULL".
     GEN_API ~GEN_INDEX_COMPRESSOR_QUEUE();
 
-    /// Adds a name at the back, folding where possible. The time is linear in the length of the names compared.
+    /// Adds a name at the back and merges it with the last entry if possible. The time is linear in the length of the
+    /// names that are compared.
     ///
-    /// @param name  any text; brackets that hold no index are compared as text, and an index folds with another only
+    /// @param name  any text. Brackets that contain no index are compared as text. An index merges only with an index
     ///
-    /// The entry in front of a name that does not fold becomes final, unless it has folded itself and the two differ in
-    /// nothing but their indices: then it stays open for the next dimension.
+    /// If the name doesn't merge, the entry before it becomes final, unless that entry is the result of a merge and the
+    /// two differ only in their indices: such an entry stays open, since its next dimension may still merge.
     GEN_API void push_back(std::string const &name);
 
-    /// Whether an entry is final, so that the front may be taken.
+    /// Whether the queue contains a final entry, so that the front can be taken.
     ///
-    /// An entry that expand_front() has taken apart while it was final counts for good: the queue is ready from there
-    /// on, also when it is empty. A consumer that expands asks empty().
+    /// If expand_front() has expanded a final entry, the result stays true from then on, even for an empty queue. A
+    /// caller of expand_front() therefore has to use empty().
     GEN_API bool ready() const;
 
     GEN_API bool empty() const;
 
-    /// The entry at the front, valid until the queue changes. An internal error on an empty queue.
+    /// The entry at the front, valid until the queue changes. An empty queue is the internal error "m_head != NULL".
     GEN_API std::string const &front() const;
 
-    /// Takes the entry at the front apart until it holds no range, and returns what is then the front; valid until the
-    /// queue changes. An internal error on an empty queue.
+    /// Expands the entry at the front until the front contains no range, and returns the front, valid until the queue
+    /// changes. An empty queue is the internal error "m_head != NULL".
     ///
     ///     a[0:2]      -> a[0], a[1], a[2]             returns a[0]
     ///     a[0:1][0:1] -> a[0][0], a[0][1], a[1][0:1]  returns a[0][0]
     ///     a[5]        -> a[5]                         returns a[5]
     ///
-    /// A range gives an entry for each of its values at once, in rising order. Only ranges in brackets count, whatever
-    /// the type of the queue.
+    /// The first range of the front is replaced by one entry for each of its values, in rising order; this is repeated
+    /// for the new front. Only ranges in brackets are expanded, for every type of queue.
     GEN_API std::string const &expand_front();
 
     /// Removes the entry at the front, if there is one.
@@ -115,49 +134,50 @@ private:
         NODE *m_next; // towards the back
         NODE *m_prev; // towards the front
         std::string m_name;
-        bool m_merged; // has absorbed a pushed name
+        bool m_merged; // a pushed name was merged into it
         bool m_ready;  // final; counted in m_ready_count
     };
 
     // A range in brackets within a name.
     struct RANGE_TEXT
     {
-        std::string::size_type m_begin; // of the opening bracket
-        std::string::size_type m_end;   // behind the closing bracket
+        std::string::size_type m_begin; // position of the opening bracket
+        std::string::size_type m_end;   // position after the closing bracket
         int m_range[2];
     };
 
-    // An index as it stands in a text.
+    // An index and its position in a text.
     struct INDEX
     {
         int m_low;
         int m_high;
-        char const *m_low_end;    // behind the first number
+        char const *m_low_end;    // after the first number
         char const *m_high_begin; // the last number, which may be the first
-        char const *m_end;        // behind the index
-        bool m_plain;             // spelled as it would be written
+        char const *m_end;        // after the index
+        bool m_plain;             // spelled as write_merged() would write it
     };
 
-    // Where the merged text differs from the incoming one.
+    // The place at which two texts merge.
     struct SEAM
     {
-        bool m_ok;                      // nothing found that forbids the merge
-        bool m_merged;                  // an index was found at which to merge
-        std::string::size_type m_equal; // both texts begin with the same characters, so many
-        char const *m_begin;            // of the index in the incoming text
+        bool m_ok;                      // no reason against the merge was found
+        bool m_merged;                  // an index at which to merge was found
+        std::string::size_type m_equal; // length of the equal text before the comparison begins
+        char const *m_begin;            // position of the index in the incoming text
         INDEX m_incoming;
         INDEX m_existing;
     };
 
     GEN_API bool merge(std::string &existing, std::string const &incoming, bool &compatible);
-    // In these two `ch` is the current character of a text and `cursor` points one past it. Both move on success; past
-    // a number that is out of range scan_int() moves too. The larger number comes last in `range`.
+    // In these two `ch` is the current character of a text and `cursor` points to the next one. On success both move
+    // past the index or number; scan_int() also moves them past a number that is out of range. range[0] is the smaller
+    // number of the index and range[1] the larger one.
     GEN_API bool scan_index(char &ch, char const *&cursor, int *const range) const;
     GEN_API bool scan_int(char &ch, char const *&cursor, int &value) const;
 
     inline bool read_index(char const *at, INDEX &index) const;
     inline static bool read_number(char const *&at, int &value, bool &plain);
-    // Above 9 for any other character.
+    // The value of a digit; more than 9 for any other character.
     static unsigned digit_of(char ch) { return static_cast<unsigned>(ch - '0'); }
     static bool is_digit(char ch) { return digit_of(ch) <= 9; }
     bool starts_index(char ch) const { return ch == '[' || (m_bare_index_allowed && is_digit(ch)); }
@@ -180,7 +200,7 @@ private:
     std::int32_t m_ready_count;
     bool m_bracket_optional;
     bool m_bracket_after_tilde;
-    bool m_bare_index_allowed; // at the present place of a comparison
+    bool m_bare_index_allowed; // at the current position of a comparison
 };
 
 inline GEN_INDEX_COMPRESSOR_QUEUE::GEN_INDEX_COMPRESSOR_QUEUE(bool error_check, BRACKET_TYPE type)
@@ -201,7 +221,8 @@ inline GEN_INDEX_COMPRESSOR_QUEUE::~GEN_INDEX_COMPRESSOR_QUEUE()
                                   "h/gen_index_compressor_queue_sys.h", __LINE__);
 }
 
-// What is imported stands in front of its first use: Windows' compiler then takes the definition in its place.
+// Exported members are defined before their first use: the Windows compiler then uses the definition instead of the
+// imported function.
 
 inline bool GEN_INDEX_COMPRESSOR_QUEUE::ready() const
 {
@@ -213,9 +234,9 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::empty() const
     return m_head == nullptr;
 }
 
-// Looks for the one index at which `incoming` takes up directly behind `existing`, and replaces `existing` by the
-// merged text. `compatible` tells that no plain character differs. A difference that forbids the merge doesn't end the
-// walk: `compatible` is still to be found out.
+// Looks for the one index at which `incoming` continues `existing`, and replaces `existing` by the merged text; false
+// if the texts don't merge. `compatible` receives whether the texts differ only in their indices. The comparison goes
+// on after a difference that forbids the merge, because `compatible` is not known before the end.
 inline bool GEN_INDEX_COMPRESSOR_QUEUE::merge(std::string &existing, std::string const &incoming, bool &compatible)
 {
     compatible = true;
@@ -295,9 +316,9 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::clear()
         pop_front();
 }
 
-// A place that the walk is sure to reach with nothing found so far, so that it may start there. Where only brackets
-// count that is the last bracket in front of the first difference, or the difference itself: over equal texts the walk
-// steps in any way, but never beyond an opening bracket.
+// The position at which the comparison may start, because the texts before it are equal and the comparison from the
+// beginning would reach it without a finding. If only numbers in brackets count, it is the last opening bracket up to
+// the first difference, or the difference itself if there is no bracket: no step over equal text skips a bracket.
 inline std::string::size_type GEN_INDEX_COMPRESSOR_QUEUE::walk_start(std::string const &existing,
                                                                      std::string const &incoming) const
 {
@@ -313,7 +334,7 @@ inline std::string::size_type GEN_INDEX_COMPRESSOR_QUEUE::walk_start(std::string
     return at;
 }
 
-// Length of what both texts begin with, up to a null character.
+// Length of the common beginning of both texts, up to a null character.
 inline std::string::size_type GEN_INDEX_COMPRESSOR_QUEUE::first_difference(std::string const &existing,
                                                                            std::string const &incoming)
 {
@@ -324,7 +345,7 @@ inline std::string::size_type GEN_INDEX_COMPRESSOR_QUEUE::first_difference(std::
         std::uint64_t word2;
         std::memcpy(&word1, incoming.data() + at, sizeof word1);
         std::memcpy(&word2, existing.data() + at, sizeof word2);
-        // Not 0 if a byte of the word is 0, or if one behind such a byte is 1.
+        // Not 0 if and only if a byte of the word is 0.
         std::uint64_t const zeros = (word1 - 0x0101010101010101) & ~word1 & 0x8080808080808080;
         if (((word1 ^ word2) | zeros) != 0)
             break;
@@ -334,7 +355,8 @@ inline std::string::size_type GEN_INDEX_COMPRESSOR_QUEUE::first_difference(std::
     return at;
 }
 
-// Only a tilde can change what holds for the type as a whole.
+// Notes whether a number without brackets counts from here on: under BRACKET_OPTIONAL_AFTER_TILDE it depends on the
+// characters before it, under the other types it is always the same.
 inline void GEN_INDEX_COMPRESSOR_QUEUE::update_bare_index_allowed(char ch)
 {
     if (!m_bracket_after_tilde)
@@ -345,8 +367,9 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::update_bare_index_allowed(char ch)
         m_bare_index_allowed = m_bracket_optional;
 }
 
-// Steps both texts over an index, or over a pair of brackets that hold none. False if there is no way on: an index
-// against something else, or a bare number that is out of range or lacks its second half.
+// Moves past an index in both texts, or past an opening bracket that begins no index in one of them, together with
+// the digits after it that are equal. False if the comparison can't go on: an index or an opening bracket in one text
+// only, or a number without brackets that is out of range or lacks its second number.
 inline bool GEN_INDEX_COMPRESSOR_QUEUE::step_index(char const *&at1, char const *&at2, SEAM &seam) const
 {
     INDEX index1;
@@ -367,7 +390,7 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::step_index(char const *&at1, char const 
     return true;
 }
 
-// The indices at a place differ; the incoming one stands at `begin`.
+// Records that the indices at a position differ; `begin` is the position of the incoming one.
 inline void GEN_INDEX_COMPRESSOR_QUEUE::note_difference(SEAM &seam, char const *begin, INDEX const &incoming,
                                                         INDEX const &existing)
 {
@@ -382,13 +405,13 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::note_difference(SEAM &seam, char const *
     seam.m_existing = existing;
 }
 
-// The incoming text with the joined range in place of its index.
+// Writes the incoming text, with the merged range in place of its index, to `existing`.
 inline void GEN_INDEX_COMPRESSOR_QUEUE::write_merged(std::string &existing, std::string const &incoming,
                                                      SEAM const &seam)
 {
     char const *const begin = incoming.c_str();
     char const *const end = begin + incoming.size();
-    // In a long run all is there but the high number.
+    // Fast path for long runs: only the high number of `existing` has to be replaced.
     if (seam.m_begin == begin + seam.m_equal && seam.m_existing.m_plain && seam.m_incoming.m_plain) {
         char const *const high = seam.m_incoming.m_high_begin;
         std::string::size_type const low_size =
@@ -429,7 +452,8 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::scan_int(char &ch, char const *&cursor, 
     return good;
 }
 
-// Reads one number, or two with a colon between them: in brackets, or bare where that is allowed.
+// Reads one number, or two with a colon between them: in brackets, or without if m_bare_index_allowed. False if there
+// is no index at this position; `index` may then be partly filled.
 inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_index(char const *at, INDEX &index) const
 {
     bool const bracketed = *at == '[';
@@ -457,8 +481,8 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_index(char const *at, INDEX &index)
     return good && (*at == ']') == bracketed;
 }
 
-// Reads one number; false without a digit, or after a run of digits that is too large. The run is passed over either
-// way. `plain` becomes false if the number would be written otherwise.
+// Reads one number and moves `at` past its digits. False if there is no digit, or if the number is too large. `plain`
+// becomes false if std::to_string() would spell the number in another way.
 inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_number(char const *&at, int &value, bool &plain)
 {
     bool const negative = *at == '-' && is_digit(at[1]);
@@ -468,7 +492,7 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_number(char const *&at, int &value,
     bool fits = true;
     int sum = 0;
     for (unsigned digit = digit_of(*at); digit <= 9; digit = digit_of(*++at)) {
-        if (sum >= 214748364) // no further digit is sure to fit
+        if (sum >= 214748364) // INT_MAX / 10: not every further digit would fit
             fits = false;
         else
             sum = sum * 10 + static_cast<int>(digit);
@@ -479,7 +503,7 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_number(char const *&at, int &value,
     return fits && at != digits;
 }
 
-// Merges the back into what stands in front of it, as long as that works: further dimensions.
+// Merges the last entry into the one before it, as long as that is possible; this merges further dimensions.
 inline void GEN_INDEX_COMPRESSOR_QUEUE::fold_back()
 {
     bool compatible;
@@ -501,7 +525,7 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::append(std::string const &name)
     m_tail = node;
 }
 
-// Takes an entry out of the list and frees it.
+// Removes an entry from the list and deletes it.
 inline void GEN_INDEX_COMPRESSOR_QUEUE::unlink(NODE *node)
 {
     (node->m_prev == nullptr ? m_head : node->m_prev->m_next) = node->m_next;
@@ -528,7 +552,7 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::find_range(std::string const &name, RANG
     return false;
 }
 
-// Replaces the front by an entry for each value of its range.
+// Replaces the front by one entry for each value of the range.
 inline void GEN_INDEX_COMPRESSOR_QUEUE::split_front(RANGE_TEXT const &at)
 {
     NODE *const whole = m_head;

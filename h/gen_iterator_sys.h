@@ -1,5 +1,5 @@
-// A walk over the values of an enumeration that notices when it has come to the end. Pure functions on values: any
-// thread may use its own.
+// An iterator over consecutive values of an enumeration that knows its end. An object belongs to one thread at a time;
+// there is no shared state.
 #ifndef GEN_ITERATOR_SYS_H
 #define GEN_ITERATOR_SYS_H
 
@@ -9,14 +9,14 @@
 #include <iterator>
 #include <type_traits>
 
-/// A place in a range of consecutive values of an enumeration. The end is part of its state, so that no step leads
-/// beyond it and no value is read there.
+/// An iterator over consecutive values of an enumeration. It stores the end of its range, so that it can't move past
+/// the end and can't be dereferenced there.
 ///
-/// An iterator made without arguments stands at an end. Iterators are equal if they stand at the same value; so an end
-/// equals every end of the same value.
+/// A default-constructed iterator is at its end. Iterators are equal if their values are equal, whatever their ends
+/// are.
 ///
-/// It passes through its range as often as wanted, but its values come as copies: an input iterator by the names of
-/// C++17.
+/// A range may be passed several times. Since dereferencing returns a copy, the category of C++17 is that of an input
+/// iterator.
 template <typename ENUM>
 class GEN_ENUM_ITERATOR
 {
@@ -31,11 +31,11 @@ public:
 
     constexpr GEN_ENUM_ITERATOR() = default;
 
-    /// @param value  where it stands; a value above `end` counts as `end`
-    /// @param end    the value behind the last one
+    /// @param value  the first value; a value above `end` counts as `end`
+    /// @param end    the value after the last one
     constexpr GEN_ENUM_ITERATOR(ENUM value, ENUM end) : m_value(value < end ? value : end), m_end(end) {}
 
-    /// The value; at the end an internal error, "Cannot dereference an end enum iterator".
+    /// The current value. At the end it is the internal error "Cannot dereference an end enum iterator".
     constexpr ENUM operator*() const
     {
         if (is_end())
@@ -44,7 +44,7 @@ public:
         return m_value;
     }
 
-    /// Goes to the next value; at the end it stays there.
+    /// Moves to the next value; does nothing at the end.
     constexpr GEN_ENUM_ITERATOR &operator++()
     {
         if (!is_end())
@@ -52,7 +52,7 @@ public:
         return *this;
     }
 
-    /// The same, and gives the iterator as it was.
+    /// Moves to the next value and returns the iterator before the move.
     constexpr GEN_ENUM_ITERATOR operator++(int)
     {
         GEN_ENUM_ITERATOR const former = *this;
@@ -70,7 +70,7 @@ private:
     ENUM m_end{};
 };
 
-/// Consecutive values of an enumeration, for a loop:
+/// A range of consecutive values of an enumeration, for a loop:
 ///
 ///     for (GEN_LIBRARY_TYPE const type : GEN_ENUM_RANGE(GEN_LIB_ROOT, GEN_LIB_SIZE))
 ///         use(type);
@@ -79,7 +79,7 @@ class GEN_ENUM_RANGE
 {
 public:
     /// @param first  the first value
-    /// @param end    the value behind the last one; not above `first`: the range is empty
+    /// @param end    the value after the last one; if it is not above `first`, the range is empty
     constexpr GEN_ENUM_RANGE(ENUM first, ENUM end) : m_first(first), m_end(end) {}
 
     constexpr GEN_ENUM_ITERATOR<ENUM> begin() const { return {m_first, m_end}; }

@@ -1,13 +1,13 @@
-// The runtime library's locale-sensitive functions as the "C" locale has them, whatever locale the process has set.
+// The runtime library's locale-sensitive functions with the results of the "C" locale, whatever locale the process has.
 //
-// All but gen_local_isdigit() and the numbers at the end force one category of the process's locale to "C" for the
-// length of the call and then set the former name again. The locale belongs to the whole process and no lock is taken:
-// meanwhile the other threads see "C" too, and two of these calls at once may leave "C" behind. A program that sets a
-// locale keeps these calls to one thread, or does without: the classifiers of gen_string_sys.h and the numbers below
-// need no locale.
+// All functions except gen_local_isdigit() and the last group set one category of the process's locale to "C" during
+// the call and restore it afterwards. The locale belongs to the whole process and no lock is taken: during the call
+// other threads see "C" too, and if two such calls run at once, the locale may stay "C". A program that sets a locale
+// should therefore call these functions on one thread only, or use the functions of gen_string_sys.h and the last group
+// below, which need no locale.
 //
-// Arguments and results are those of the function named after the prefix, null pointers, errno and values out of range
-// included, except where something else is said.
+// Unless a comment says otherwise, arguments and results are those of the runtime function with the same name without
+// the prefix gen_local_, also for null pointers, errno and values out of range.
 #ifndef GEN_LOCALIZATION_SYS_H
 #define GEN_LOCALIZATION_SYS_H
 
@@ -17,38 +17,38 @@
 
 struct tm;
 
-// Numbers, with the decimal point ".". LC_NUMERIC is forced.
+// Numbers, with the decimal point ".". LC_NUMERIC is set to "C".
 
-/// The number at the start of a text, behind white space; 0 if there is none.
+/// The number at the start of a text, after optional white space; 0 if there is none.
 GEN_API double gen_local_atof(char const *text);
 GEN_API int gen_local_atoi(char const *text);
 GEN_API long gen_local_atol(char const *text);
-/// A decimal number of 64 bits; one out of range gives the nearest value that fits.
+/// As gen_local_atol(), with 64 bits; a number out of range gives the nearest value that fits.
 GEN_API std::int64_t gen_local_atosqword(char const *text);
 
-/// The number at the start of a text in a base from 2 to 36, or 0 for the base that the text itself tells. `end`
-/// receives the place behind the number unless it is null, the start of the text if there is no number. Under a decimal
-/// comma too, gen_local_strtod() reads "1.5,5" as 1.5 and stops at the comma.
+/// The number at the start of a text. The base is 2 to 36, or 0 to follow the prefix of the number ("0x" or "0").
+/// Unless `end` is null, it receives the position after the number, or the start of the text if there is no number.
+/// gen_local_strtod() reads "1.5,5" as 1.5 and stops at the comma, also if the locale's decimal point is a comma.
 GEN_API double gen_local_strtod(char const *text, char **end);
 GEN_API long gen_local_strtol(char const *text, char **end, int base);
 GEN_API unsigned long gen_local_strtoul(char const *text, char **end, int base);
 
-/// The same on wide text.
+/// The same functions for wide text.
 GEN_API double gen_local_wcstod(wchar_t const *text, wchar_t **end);
 GEN_API long gen_local_wcstol(wchar_t const *text, wchar_t **end, int base);
 GEN_API unsigned long gen_local_wcstoul(wchar_t const *text, wchar_t **end, int base);
-/// The decimal number at the start of a wide text; one out of range gives the nearest value that fits.
+/// The decimal number at the start of a wide text; a number out of range gives the nearest value that fits.
 GEN_API int gen_local_wtoi(wchar_t const *text);
 GEN_API long gen_local_wtol(wchar_t const *text);
 
-// Character classes. LC_CTYPE is forced, save in gen_local_isdigit(). A classifier gives 0 for no, and any other value
-// for yes.
+// Character classes. LC_CTYPE is set to "C", except in gen_local_isdigit(). Unless a comment says otherwise, a
+// classifier returns 0 for no and any other value for yes.
 
-/// 1 for the codes of '0' to '9', else 0. It needs no locale and touches none.
+/// 1 for the codes of '0' to '9', else 0. The locale is neither read nor set.
 GEN_API int gen_local_isdigit(int code);
 
-/// Whether a code belongs to a class. Only codes below 128 belong to any; codes that are neither a byte nor EOF are
-/// safe and belong to none.
+/// Whether a code belongs to a class. Only codes from 0 to 127 belong to a class; any other value of an int may be
+/// passed and belongs to none.
 GEN_API int gen_local_isalnum(int code);
 GEN_API int gen_local_isalpha(int code);
 GEN_API int gen_local_iscntrl(int code);
@@ -60,23 +60,23 @@ GEN_API int gen_local_isspace(int code);
 GEN_API int gen_local_isupper(int code);
 GEN_API int gen_local_isxdigit(int code);
 
-/// Whether a byte is the first of a character of two. Under "C" none is.
+/// Whether a byte is the first of a character of two bytes; always 0, since the "C" locale has no such characters.
 GEN_API int gen_local_isleadbyte(int code);
 
 /// 1 for a code from 0 to 127, else 0.
 GEN_API int gen_local_isascii(int code);
 
-/// 1 for what may stand in a name of the C language, letters, digits and '_', else 0; and 1 for what such a name may
-/// begin with, letters and '_', else 0.
+/// 1 for the characters of a C identifier (letters, digits and '_'), else 0.
 GEN_API int gen_local_iscsym(int code);
+/// 1 for the characters that may begin a C identifier (letters and '_'), else 0.
 GEN_API int gen_local_iscsymf(int code);
 
-/// A letter folded to the other case; any other code as it is.
+/// A letter of the other case is converted; any other code is returned unchanged.
 GEN_API int gen_local_tolower(int code);
 GEN_API int gen_local_toupper(int code);
 
-/// The same on wide characters of 16 bits. Above 127 the platform's "C" locale decides: on Linux such a character
-/// belongs to no class and has no case, on Windows it may have both.
+/// The same functions for wide characters of 16 bits. Above 127 the result is that of the platform's "C" locale: on
+/// Linux such a character belongs to no class and has no case; on Windows it may belong to classes and have a case.
 GEN_API int gen_local_iswalnum(unsigned short code);
 GEN_API int gen_local_iswalpha(unsigned short code);
 GEN_API int gen_local_iswascii(unsigned short code);
@@ -99,72 +99,77 @@ GEN_API int gen_local_towupper(unsigned short code);
 ///              64 blank, 128 hexadecimal digit, 256 letter; on every platform
 GEN_API int gen_local_iswctype(unsigned short code, unsigned short type);
 
-// Text, a byte a character. LC_CTYPE is forced.
+// Text with one byte per character. LC_CTYPE is set to "C".
 
-/// Folds A to Z, or a to z, in place and returns the text. Null gives null.
+/// Converts A to Z to lower case, or a to z to upper case, in place and returns the text. Null gives null.
 GEN_API char *gen_local_strlwr(char *text);
 GEN_API char *gen_local_strupr(char *text);
 
-/// Copies the one character at `from` to `to`, no terminator.
+/// Copies the character at `from` to `to`, without a terminator.
 GEN_API void gen_local_mbccpy(unsigned char *to, unsigned char const *from);
 
-/// Bytes of the character at `text`, 1 also at the terminator; and characters of a text.
+/// The number of bytes of the character at `text`; 1 at the terminator.
 ///
-/// On Windows gen_local_mbclen() and gen_local_mbccpy() go by the multibyte code page of the process, which no locale
-/// changes: where that has characters of two bytes, so have they.
+/// On Windows this function and gen_local_mbccpy() follow the multibyte code page of the process, which doesn't depend
+/// on the locale and may have characters of two bytes.
 GEN_API std::uint64_t gen_local_mbclen(unsigned char const *text);
+/// The number of characters of a text.
 GEN_API std::uint64_t gen_local_mbstrlen(char const *text);
 
-/// Bytes of the character at `text`, of which at most `size_bytes` are looked at: 1, or 0 at the terminator. Bytes
-/// above 127 are no characters on Linux (-1, and all bits set from the functions with an unsigned result), and stand
-/// for the code of the same value on Windows. So in the four that follow.
+/// The number of bytes of the character at `text`, of which at most `size_bytes` are read: 1, or 0 at the terminator.
+///
+/// In this function and the next four, a byte above 127 is invalid on Linux: the result is -1, as an unsigned number if
+/// the result is unsigned. On Windows such a byte is the character with the same code.
 GEN_API int gen_local_mblen(char const *text, std::uint64_t size_bytes);
-/// Widens a text: at most `size` characters with the terminator; the result doesn't count that. A null `to` only
-/// counts.
+/// Converts a text to wide characters and returns their number without the terminator. At most `size` are written, with
+/// the terminator. If `to` is null, they are only counted.
 GEN_API std::uint64_t gen_local_mbstowcs(wchar_t *to, char const *text, std::uint64_t size);
-/// Widens the character at `text` into `to`; the result is that of gen_local_mblen().
+/// Converts the character at `text` to a wide character in `to`; the result is that of gen_local_mblen().
 GEN_API int gen_local_mbtowc(wchar_t *to, char const *text, std::uint64_t size_bytes);
-/// Narrows a text: at most `size_bytes` with the terminator; the result doesn't count that. A null `to` only counts.
+/// Converts a wide text to bytes and returns their number without the terminator. At most `size_bytes` are written,
+/// with the terminator. If `to` is null, they are only counted.
 GEN_API std::uint64_t gen_local_wcstombs(char *to, wchar_t const *text, std::uint64_t size_bytes);
-/// Narrows a character into `to`, which has room for MB_CUR_MAX bytes; the bytes written.
+/// Converts a wide character to bytes in `to`, which has room for MB_CUR_MAX bytes, and returns the number of bytes.
 GEN_API int gen_local_wctomb(char *to, wchar_t character);
 
-// Time, with the names of days and months in English. LC_TIME is forced.
+// Time, with the names of days and months in English. LC_TIME is set to "C".
 
-/// Renders `time` under a format into `to`, which has room for `size` characters; the characters written, without the
-/// terminator, or 0 if they don't fit.
+/// Renders `time` by a format into `to`, which has room for `size` characters. Returns the number of characters without
+/// the terminator, or 0 if they don't fit.
 GEN_API std::uint64_t gen_local_strftime(char *to, std::uint64_t size, char const *format, tm const *time);
 GEN_API std::uint64_t gen_local_wcsftime(wchar_t *to, std::uint64_t size, wchar_t const *format, tm const *time);
 
-/// The present local time, all members; what `timeptr` held doesn't matter. It stays as it was if the system can't
-/// convert the time. Null is an internal error. The runtime library's shared buffer is used on the way.
+/// Sets all members of `*timeptr` to the current local time; they don't change if the system can't convert the time.
+/// Null is the internal error "timeptr != NULL". The shared buffer of the runtime library's localtime() is overwritten.
 GEN_API void gen_local_tm_struct(tm *timeptr);
 
-// Numbers without any locale. Any thread may call these at any time; errno is left alone.
+// Numbers without any locale. Any thread may call these at any time; errno is not changed.
 
-/// Writes the decimal digits of a value from 0 up, and a terminator; `string` has room for 11 characters. Null is an
-/// internal error. A negative value gives one character that means nothing: -5 gives "+".
+/// Writes the decimal digits of a value that is not negative, and a terminator, to `string`, which has room for 11
+/// characters. Null is the internal error "string != 0". For a negative value one character without meaning is written:
+/// -5 gives "+".
 GEN_API void gen_local_itoa(int value, char *string);
 
-/// The number at the start of a text, behind white space and one sign.
+/// The number at the start of a text, after optional white space and one optional sign.
 ///
 /// @param text  the text; digits above 9 are letters in either case
-/// @param end   receives the place where reading stopped, unless it is null
-/// @param base  2 to 36, or 0 for the base that the text itself tells: 16 behind "0x" or "0X", 8 behind another "0",
-///              else 10. Base 16 takes the prefix too, base 0 even twice ("0x0x1F" is 31). Any other base gives 0
-///              and the start of the text.
+/// @param end   receives the position at which reading stopped, unless it is null
+/// @param base  2 to 36, or 0 to follow the prefix: "0x" or "0X" means 16, any other "0" means 8, no prefix means 10.
+///              Base 16 accepts its prefix too, and base 0 even accepts it twice ("0x0x1F" is 31). Any other base
+///              gives 0, with `end` at the start of the text
 ///
-/// A value out of range stops on the digit that makes it so and gives the largest value of the type, or the smallest
-/// behind a minus sign. In the unsigned forms a minus sign wraps the value instead, also the largest: that becomes 1.
-/// Without digits the value is 0 and `end` the place of the sign, or what follows the white space if there is no sign.
+/// Reading stops at the digit that makes the value too large, and the result is the largest value of the type, or the
+/// smallest one after a minus sign. In the unsigned functions a minus sign negates the value modulo 2^32 (2^64), even
+/// the largest value, which becomes 1. Without digits the result is 0, and `end` is at the sign, or after the white
+/// space if there is no sign.
 ///
 ///     gen_local_strtoint:   "2147483648" -> 2147483647, end at "8"    "-2147483648" -> -2147483648, end at "8"
 ///                           " x" -> 0, end at "x"                     "+x" -> 0, end at "+x"
 ///     gen_local_strtouint:  "-1" -> 4294967295                        "-4294967296" -> 1, end at "6"
-///     with base 0:          "017" -> 15                               "0x" -> 0, end behind the x
+///     with base 0:          "017" -> 15                               "0x" -> 0, end after the x
 GEN_API std::int32_t gen_local_strtoint(char const *text, char **end, int base);
 GEN_API std::uint32_t gen_local_strtouint(char const *text, char **end, int base);
-/// The same in 64 bits.
+/// The same functions with 64 bits.
 GEN_API std::int64_t gen_local_strtoSQWORD(char const *text, char **end, int base);
 GEN_API std::uint64_t gen_local_strtoQWORD(char const *text, char **end, int base);
 

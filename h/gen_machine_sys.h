@@ -1,5 +1,6 @@
-// What the host is. GEN_MACHINE_INFO learns the processors by visiting them: it moves the calling thread from one
-// logical processor to the next and asks each one by its CPUID instruction, not the system for its idea of them.
+// Facts of the host: processors, caches, memory, operating system, names and addresses. GEN_MACHINE_INFO reads the
+// facts of the processors from the processors themselves: it moves the calling thread from one logical processor to the
+// next and executes the CPUID instruction on each.
 #ifndef GEN_MACHINE_SYS_H
 #define GEN_MACHINE_SYS_H
 
@@ -17,40 +18,42 @@ enum GEN_CACHE_TYPE : unsigned char
 
 /// Facts of the host; all members are static.
 ///
-/// The capture. The first operation that needs it visits the logical processors once for the whole process; operations
-/// that don't are marked so. It takes some tens of microseconds per processor, and on a busy one until the thread's
-/// turn comes. The calling thread ends with the affinity mask of the process, also if it was pinned to less before;
-/// other threads keep theirs. On Linux the mask of the process is that of its main thread.
+/// The capture. The first function that needs the facts of the processors visits all logical processors, once for the
+/// whole process; this is called the capture. Functions marked "no capture" don't need it. It takes some tens of
+/// microseconds per processor, and longer on a busy one. Afterwards the calling thread has the affinity mask of the
+/// process, even if it had a smaller one before; other threads keep theirs. On Linux the mask of the process is that of
+/// its main thread.
 ///
-/// At most the first 32 processors of the affinity masks are visited, and of these the ones that the process may run
-/// on. The others are missing in every count and mask.
+/// Only processors among the first 32 of the affinity masks on which the process may run are visited. All others are
+/// missing in the counts and masks.
 ///
-/// Results. Unless told otherwise an operation returns whether the capture as a whole succeeded, not whether its
-/// question had an answer. A capture that failed has failed for good:
+/// Results. Unless a comment says otherwise, a function returns whether the capture succeeded, not whether its own
+/// value was found. A failed capture is never repeated:
 ///
-///     the affinity masks can't be read               false, nothing was visited: all counts are 0
-///     the vendor is neither of the two               false; counts, masks and features are right all the same, and
-///                                                    there are no caches
-///     the processor has no CPUID instruction         false; each processor counts as a package, without any feature
-///     the system gives masks of 0                    true, nothing was visited: all counts are 0
+/// | cause                                         | result | found by the capture                               |
+/// |-----------------------------------------------|--------|----------------------------------------------------|
+/// | the affinity masks can't be read              | false  | nothing; all counts are 0                          |
+/// | the vendor isn't GenuineIntel or AuthenticAMD | false  | counts, masks and features, but no caches          |
+/// | the processor has no CPUID instruction        | false  | each processor as a package, without any feature   |
+/// | the system gives masks of 0                   | true   | nothing; all counts are 0                          |
 ///
-/// Debug messages of the sender "GEN" tell the reason. After the library's release at exit the operations of the
-/// capture return false with nothing found.
+/// Debug messages of the sender "GEN" report the cause. After the exit handlers have released the library's state, the
+/// functions that need the capture return false and find nothing.
 ///
-/// Threads. Any thread may call anything at any time, recapture_cpu_info() excepted; threads that come during the
-/// capture wait for its end. A function that receives the messages of a capture may ask too, and sees what is there so
-/// far. After the capture a call takes no lock, but for the look-up of the key in the counts of packages and cores.
+/// Threads. Any thread may call any function at any time, except for recapture_cpu_info(). Threads that call during the
+/// capture wait for its end. A function that receives the messages of a capture may call these functions and gets the
+/// facts found so far. After the capture no lock is taken, except for reading the configuration key in the counts of
+/// packages and cores.
 class GEN_MACHINE_INFO
 {
 public:
-    /// Visits the processors again. What is there stays: a package, core or logical processor that has appeared is
-    /// added, nothing is removed, and the features and caches of a known package are not read anew. After a failed
-    /// capture nothing is visited.
+    /// Visits the processors again. New packages, cores and logical processors are added; nothing is removed, and the
+    /// features and caches of a known package are not read again. After a failed capture nothing is visited.
     ///
-    /// No other thread may be in an operation of the capture meanwhile.
+    /// No other thread may be in a function that needs the capture meanwhile.
     GEN_API static bool recapture_cpu_info();
 
-    // Counts. Each takes where to write the count; null is an internal error.
+    // Counts. `cpu_count` receives the count; null is the internal error "cpu_count != 0".
 
     /// Logical processors that are online, in the calling thread's processor group on Windows. Always true; no capture.
     GEN_API static bool get_logical_cpu_count(int *cpu_count);
@@ -58,10 +61,10 @@ public:
     /// Same as get_logical_cpu_count().
     GEN_API static bool get_smt_cpu_count(int *cpu_count);
 
-    /// Packages. Processors without the multi-threading flag count as one package each.
+    /// Packages (sockets). A processor without the multi-threading flag of CPUID counts as one package.
     ///
-    /// If the key cpu_core_count_using_sysconf is on, the count is that of get_logical_cpu_count() and the result true;
-    /// the capture takes place all the same.
+    /// If the configuration key cpu_core_count_using_sysconf is on, the count is that of get_logical_cpu_count() and
+    /// the result is true; there still is a capture.
     GEN_API static bool get_physical_cpu_count(int *cpu_count);
 
     /// Same as get_physical_cpu_count().
@@ -69,27 +72,28 @@ public:
 
     /// Cores of all packages. Only on a processor of "GenuineIntel" can a core have more than one logical processor.
     ///
-    /// If the key cpu_core_count_using_sysconf is on, the count is that of get_logical_cpu_count() and the result true;
-    /// there is no capture then.
+    /// If the configuration key cpu_core_count_using_sysconf is on, the count is that of get_logical_cpu_count() and
+    /// the result is true; there is no capture then.
     GEN_API static bool get_core_cpu_count(int *cpu_count);
 
-    /// The first logical processor of each core, as an affinity mask: running there alone leaves out every second
-    /// hardware thread.
+    /// An affinity mask with the first logical processor of each core. A process with this mask uses each core once.
     ///
-    /// @param affinity_mask        receives the mask; null is an internal error
-    /// @param affinity_mask_qword  receives the same mask, never more than its low 32 bits; null is an internal error
+    /// @param affinity_mask        receives the mask; null is the internal error "affinity_mask != 0"
+    /// @param affinity_mask_qword  receives the same mask, of which only the low 32 bits can be set; null is the
+    ///                             internal error "affinity_mask_qword != 0"
     GEN_API static bool get_non_smt_affinity_mask(unsigned long *affinity_mask, std::uint64_t *affinity_mask_qword);
 
-    // Instruction-set extensions of the first package, the one with the lowest id. `supported` receives the answer,
-    // false too for a level that isn't in the list or if nothing was visited; null is an internal error.
+    // Instruction-set extensions of the first package, the one with the lowest id. `supported` receives whether the
+    // package has the extension; false for a level that isn't listed, and if no processor was visited. Null is the
+    // internal error "supported != 0".
 
     /// Level 1 SSE, 2 SSE2, 3 SSE3, 4 SSSE3, 5 SSE4.1, 6 SSE4.2.
     ///
     ///     sse_is_supported(7, &b), sse_is_supported(0, &b) -> b false, result true after a good capture
     GEN_API static bool sse_is_supported(int level, bool *supported);
 
-    /// Level 1 AVX, 2 AVX2. Level 1 is also true if the system saves extended state (OSXSAVE) without AVX being there,
-    /// and says nothing about whether the system saves the wide registers.
+    /// Level 1 AVX, 2 AVX2. Level 1 is also true if the OSXSAVE bit of CPUID is set without the AVX bit. It doesn't
+    /// mean that the operating system saves the AVX registers.
     GEN_API static bool avx_is_supported(int level, bool *supported);
 
     /// Level 1 BMI1, 2 BMI2.
@@ -99,53 +103,58 @@ public:
 
     GEN_API static bool lzcnt_is_supported(bool *supported);
 
-    /// The first cache of a level and kind that the first package reported.
+    /// The first cache of a level and kind that the first package reports.
     ///
     /// @param level      1, 2 or 3
     /// @param size       receives its size in kilobytes, for a trace cache in thousands of micro-operations; 0 if there
-    ///                   is none. Null is an internal error
-    /// @param line_size  receives the size of its lines in bytes, 0 for a trace cache or none; may be null
-    /// @param type       a GEN_CACHE_TYPE; 0 matches no cache, and more than GEN_CACHE_INST is an internal error
+    ///                   is none. Null is the internal error "size != 0"
+    /// @param line_size  receives the size of its lines in bytes; 0 for a trace cache, and if there is none. May be
+    ///                   null
+    /// @param type       a GEN_CACHE_TYPE; 0 matches no cache, and more than GEN_CACHE_INST is the internal error
+    ///                   "type <= GEN_CACHE_INST"
     ///
-    /// On "GenuineIntel" only the descriptors of CPUID leaf 2 count: a processor that refers to leaf 4 instead, as all
-    /// newer ones do, has no caches here.
+    /// On "GenuineIntel" only the descriptors of CPUID leaf 2 are read. A processor that refers to leaf 4 instead, as
+    /// all newer ones do, has no caches here.
     GEN_API static bool get_cache_size(int level, unsigned *size, unsigned *line_size, unsigned char type);
 
     /// The nominal frequency of the first processor. No capture.
     ///
-    /// @param mhz  receives it, in MHz; left alone if the system doesn't tell. Not null
-    /// @return whether the system tells
+    /// @param mhz  receives the frequency in MHz; unchanged if the system doesn't report it. Not null
+    /// @return whether the system reports it
     GEN_API static bool get_cpu_frequency(int *mhz);
 
-    // Memory of the machine, in bytes; 0 if the system doesn't tell. Always true; no capture. The pointer is not null.
+    // Memory of the machine. `bytes` receives the number of bytes, 0 if the system doesn't report it; not null. The
+    // result is always true. No capture.
 
-    /// The memory that is built in.
+    /// The installed memory.
     GEN_API static bool get_physical_ram(std::uint64_t *bytes);
-    /// Memory and swap space together, on Windows the limit of what can be committed.
+    /// Memory and swap space together; on Windows the limit of committed memory.
     GEN_API static bool get_total_ram(std::uint64_t *bytes);
-    /// What is available of get_total_ram().
+    /// The part of get_total_ram() that is available.
     GEN_API static bool get_available_ram(std::uint64_t *bytes);
-    /// What is in use of get_total_ram().
+    /// The part of get_total_ram() that is in use.
     GEN_API static bool get_total_usage_ram(std::uint64_t *bytes);
-    /// get_total_ram() without get_physical_ram(): the swap space.
+    /// get_total_ram() minus get_physical_ram(): the swap space.
     GEN_API static bool get_virtual_ram(std::uint64_t *bytes);
 
-    // The operating system. Each takes where to store the answer and returns false for null; no capture.
+    // The operating system. The argument receives a text; if it is null, the result is false. No capture.
 
-    /// "Windows 7", on Linux the distribution: "Debian GNU/Linux". False if the system doesn't tell.
+    /// The name of the system, such as "Windows 7"; on Linux that of the distribution, such as "Debian GNU/Linux".
+    /// False if the system doesn't report it.
     ///
-    /// The name is that of a desktop for servers too; "Windows Server 2012", of version 6.2, is the only one of its
-    /// own.
+    /// A server is reported by the name of the desktop system of the same version, except for "Windows Server 2012"
+    /// (version 6.2).
     GEN_API static bool get_os_name(std::string *name);
-    /// "6.1", on Linux the distribution's version, such as "12". False if the system tells none.
+    /// The version of the system, such as "6.1"; on Linux that of the distribution, such as "12". False if the system
+    /// doesn't report it.
     GEN_API static bool get_os_version(std::string *version);
     /// "windows" or "linux".
     GEN_API static bool get_platform_name(std::string *name);
-    /// The same with "64" behind it.
+    /// "windows64" or "linux64".
     GEN_API static bool get_platform_name_with_arch(std::string *name);
-    /// "x86_64", as for every 64-bit system.
+    /// "x86_64", for every 64-bit system.
     GEN_API static bool get_hw_name(std::string *name);
-    /// True.
+    /// Whether the system is a 64-bit system; always true.
     GEN_API static bool get_os_64_bit();
 
 private:
@@ -155,39 +164,40 @@ private:
     static bool read_feature(FEATURE_LEVELS const &levels, int level, bool *supported);
 };
 
-// The host and its user. No function tells of a failure other than by its result. Any thread may call; two threads must
-// not be the first to ask for the addresses of this host at once.
+// The host and its user. Failures are reported by the results alone. Any thread may call these functions, but the first
+// look-up of the addresses of this host must not run on two threads at once.
 
-/// The host's name as the system has it, on Windows without its domain; empty if it doesn't tell.
+/// The name of the host, on Windows without its domain; empty if the system doesn't report it.
 GEN_API std::string gen_get_host_name();
 
-/// All IPv4 addresses of a host, in the order of the system's record.
+/// All IPv4 addresses of a host, separated by commas, in the order in which the system reports them.
 ///
-/// @param host  name of the host; null for this one, whose addresses are looked up until that succeeds once
+/// @param host  name of the host; null for this host, whose addresses are stored after the first successful look-up
 ///
-///     "192.0.2.1", "192.0.2.1,192.0.2.7", "" if it can't be resolved
+///     "192.0.2.1", "192.0.2.1,192.0.2.7", or "" if the name can't be resolved
 GEN_API std::string gen_get_ip_addr(char const *host);
 
-/// Whether the first address of a host is in one of the nine networks of the site, which the build sets
-/// (ZEL_SITE_NETWORKS).
+/// Whether the first address of a host is in one of the nine networks of the site. The build sets the networks (CMake
+/// variable ZEL_SITE_NETWORKS).
 ///
 /// @param host  as for gen_get_ip_addr()
 GEN_API bool gen_is_brisel_ip_addr(char const *host);
 
-/// The user that the process runs for; empty if the system doesn't tell.
+/// The name of the user that runs the process; empty if the system doesn't report it.
 GEN_API std::string gen_get_user_name();
 
-/// Whether the browser that comes with Windows is there with a version whose first character is "4" or beyond: 9 is
-/// valid and 11 is not. False on Linux.
+/// Whether the browser that comes with Windows is installed, with a version text whose first character is "4" or
+/// greater: version 9 is valid and version 11 is not. False on Linux.
 GEN_API bool gen_is_valid_web_browser();
 
-/// Whether the last line of a file has "/docker" or "/lxc" in it. Of a line of more than 1024 characters the last piece
-/// counts, when it is cut into pieces of that length from its start.
+/// Whether the last line of a file contains "/docker" or "/lxc". A line of more than 1024 characters is split into
+/// pieces of that length from its start, and only the last piece is searched.
 ///
-/// @param path  the file; false if it can't be read
+/// @param path  the file; the result is false if it can't be read
 GEN_API bool gen_check_is_running_in_container_for_file(std::string const &path);
 
-/// 1 if that holds for the control groups of process 1 on Linux, else 0; always 0 on Windows.
+/// On Linux 1 if gen_check_is_running_in_container_for_file() is true for "/proc/1/cgroup", else 0; always 0 on
+/// Windows.
 GEN_API int gen_is_running_in_container();
 
 #endif

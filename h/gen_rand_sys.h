@@ -1,5 +1,5 @@
-// A small generator of pseudo-random numbers whose sequence is the same on every platform and in every version: for
-// repeatable shuffles and tie-breaks, not for secrets. An object belongs to one thread.
+// A small generator of pseudo-random numbers whose sequence is the same on every platform and in every version. It is
+// meant for repeatable shuffles and tie-breaks, not for cryptography. An object belongs to one thread at a time.
 #ifndef GEN_RAND_SYS_H
 #define GEN_RAND_SYS_H
 
@@ -7,13 +7,13 @@
 
 #include <cstdint>
 
-/// A linear congruential generator of 32 bits, which shows 15 of them.
+/// A linear congruential generator with a state of 32 bits, of which each number shows 15.
 class GEN_RAND
 {
 public:
     GEN_API explicit GEN_RAND(long seed = 0);
 
-    /// Begins the sequence of a seed, of which the low 32 bits count.
+    /// Restarts with a seed, of which only the low 32 bits are used.
     GEN_API void set_seed(long seed);
 
     /// The next number, from 0 to 32767. Seed 0 gives 38, 7719, 21238, 2437, 8855, ...

@@ -1,16 +1,16 @@
-// Marks for the Tracq profiler, which this system accepts and ignores, and the stream of the GUI profile. One thread at
-// a time uses them.
+// Marks for the Tracq profiler, which are accepted but have no effect in this system, and the stream of the GUI
+// profile. Only one thread at a time may use them.
 #ifndef GEN_TRACQ_SYS_H
 #define GEN_TRACQ_SYS_H
 
 #include "gen_fstream_sys.h"
 #include "zel_export_sys.h"
 
-/// The one manager of the profiler's state. Nothing here measures anything.
+/// The single manager of the profiler's state. It measures nothing.
 class GEN_API GEN_TRACQ_MANAGER
 {
 public:
-    /// s_instance, made first if it is null. Two threads must not be the first at once.
+    /// Returns s_instance and creates the manager if there is none. destroy() deletes it.
     static GEN_TRACQ_MANAGER *get_or_create();
     /// Deletes the manager, if there is one, and sets s_instance to null.
     static void destroy();
@@ -32,7 +32,7 @@ private:
     STATE *m_state;
 };
 
-/// Marks a region as long as it lives; no effect.
+/// Marks the region of the program from its construction to its destruction; no effect.
 class GEN_API GEN_TRACQ_SCOPED_PROFILE
 {
 public:
@@ -45,7 +45,7 @@ private:
     unsigned char *m_state;
 };
 
-/// Marks a task as long as it lives; no effect. The two texts are not looked at and may be null.
+/// Marks a task from its construction to its destruction; no effect. The two texts are not read and may be null.
 class GEN_API GEN_TRACQ_SCOPED_TASK
 {
 public:
@@ -59,18 +59,18 @@ private:
 };
 
 extern "C" {
-/// No effect, in any order, any number of times.
+/// No effect.
 GEN_API void gen_tracq_enable();
 GEN_API void gen_tracq_disable();
 }
 
-/// Opens "kalvern_gui.profile" in the project's database directory anew, empty, for what the tools write to it. A
-/// stream of a former call is deleted first. Without a database directory, and when the file can't be opened, there is
-/// no stream; nothing is said.
+/// Opens "kalvern_gui.profile" in the project's database directory for writing and empties it. The stream of an earlier
+/// call is deleted first. If there is no database directory, or if the file can't be opened, there is no stream and no
+/// error is reported.
 GEN_API void gen_set_gui_profile_stream();
 
-/// The stream, owned by the library; null if there is none. It lives until the next gen_set_gui_profile_stream() and is
-/// not closed at the end of the process: flush what must reach the file.
+/// The stream, owned by the library; null if there is none. It is valid until the next gen_set_gui_profile_stream(). It
+/// is not closed at the end of the process, so that the caller has to flush it.
 GEN_API std::brisel_ofstream *gen_get_gui_profile_stream();
 
 #endif

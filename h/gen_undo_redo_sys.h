@@ -1,5 +1,5 @@
-// Undo and redo commands, collected by section and written to a text file. Nothing is executed: commands are texts that
-// the caller makes, and the manager numbers them and lays them out. docs/file-formats.md has the file.
+// Undo and redo commands, collected by section and written to a text file. Commands are texts of the caller; nothing is
+// executed. docs/file-formats.md describes the file.
 //
 //     GEN_UNDO_REDO_MGR commands;
 //     commands.start_new_file(project_directory);
@@ -10,7 +10,7 @@
 //     commands.end_section();
 //     commands.commit_file();
 //
-// An object belongs to one thread at a time. A command or comment ends at its first character 0.
+// An object belongs to one thread at a time. A command or comment ends at its first null character.
 #ifndef GEN_UNDO_REDO_SYS_H
 #define GEN_UNDO_REDO_SYS_H
 
@@ -21,49 +21,50 @@
 #include <list>
 #include <string>
 
-/// The commands of one file. Other orders of the calls do what the single calls say.
+/// The commands of one file. The functions may be called in any order, each with the effect described at it.
 class GEN_UNDO_REDO_MGR
 {
 public:
-    /// No file, no finished section, and a current section without a name.
+    /// Starts without a file and without finished sections; the current section has no name.
     GEN_API GEN_UNDO_REDO_MGR();
     GEN_API GEN_UNDO_REDO_MGR(GEN_UNDO_REDO_MGR const &other);
     GEN_API GEN_UNDO_REDO_MGR &operator=(GEN_UNDO_REDO_MGR const &other);
 
-    /// Writes nothing: what isn't committed is lost.
+    /// Writes nothing: sections that were not committed are lost.
     GEN_API ~GEN_UNDO_REDO_MGR();
 
-    /// Makes "undo_redo.txt" in a directory the file, and drops all finished sections; the current one stays. The disk
-    /// isn't touched.
+    /// Sets the file to "undo_redo.txt" in a directory, and drops all finished sections; the current section stays. The
+    /// disk is not accessed.
     ///
-    /// @param directory  with or without a separator at its end; empty: the current one
+    /// @param directory  a directory, with or without a separator at its end; empty means the current directory
     GEN_API void start_new_file(std::string const &directory);
 
-    /// Starts a section, empty but for its name. A current one that wasn't ended is lost.
+    /// Starts a section with a name and without content. A current section that was not ended is lost.
     GEN_API void begin_section(std::string const &name);
 
     /// Replaces the description of the current section.
     GEN_API void add_description(std::string const &text);
 
-    /// Appends a line to the undo commands of the current section. The file has them in the order of the calls.
+    /// Appends a command to the undo commands of the current section. The file lists them in the order of the calls,
+    /// numbered.
     ///
-    /// @param command  the text; empty: nothing is added, and no number is used up
-    /// @param comment  stands on a line of its own below; empty: none
+    /// @param command  the text; if empty, nothing is added and no number is used
+    /// @param comment  written on its own line below the command; empty means no comment
     GEN_API void add_undo_command(std::string const &command, std::string const &comment);
 
-    /// Appends a line to the redo commands of the current section, as add_undo_command() does to its own. The two kinds
-    /// are numbered apart and may be mixed in any order.
+    /// Appends a command to the redo commands of the current section, by the rules of add_undo_command(). Undo and redo
+    /// commands are numbered separately; calls of the two functions may be mixed in any order.
     GEN_API void add_redo_command(std::string const &command, std::string const &comment);
 
-    /// Appends a copy of the current section to the finished ones if it has a name and any command. The section stays
-    /// the current one, so a second call appends it a second time.
+    /// Appends a copy of the current section to the finished sections if it has a name and at least one command. The
+    /// section stays the current one, so that a second call appends it again.
     GEN_API void end_section();
 
-    /// Writes the file anew from all finished sections, the oldest first; an empty one if there are none. A file that
-    /// can't be opened or written is silently left out.
+    /// Writes the file with all finished sections, the oldest first, and replaces its former content; without finished
+    /// sections the file is empty. If the file can't be opened or written, no error is reported.
     ///
-    /// The sections stay, so that it may be called again. If the file could be opened and there is a finished section,
-    /// the current section is then a copy of the last one.
+    /// The sections stay, so that the function can be called again. If the file could be opened and there is a finished
+    /// section, the current section becomes a copy of the last finished one.
     GEN_API void commit_file();
 
 private:

@@ -1,6 +1,6 @@
-// Version facts of the suite, fixed when this library is built. They are the same in every executable
-// that runs against one copy of it, and only this library differs between a development build and a
-// customer build.
+// Version and product facts of the suite, fixed when this library is built. Only this library differs
+// between a development build and a customer build. Any thread may call any function, except for
+// ver_set_module_path().
 #ifndef VER_SYS_H
 #define VER_SYS_H
 

@@ -1,6 +1,6 @@
-// The export macro of each library: a declaration marked with it belongs to that library's
-// boundary; everything else stays hidden. Inside its own build a library exports, elsewhere it
-// is imported.
+// The export macro of each library. A declaration with the macro is exported by the library; all
+// other names are hidden. The macro means export in the library's own build, where ZEL_..._BUILD
+// is defined, and import everywhere else.
 #ifndef ZEL_EXPORT_SYS_H
 #define ZEL_EXPORT_SYS_H
 
@@ -12,7 +12,8 @@
 #define ZEL_IMPORT __attribute__((visibility("default")))
 #endif
 
-// A format of the suite's own formatter: the rules of C99 on every platform, whatever the runtime library does.
+// The attribute of a function that takes a format of the suite's own formatter. The compiler checks the arguments by
+// the rules of C99 on every platform. Both indices count from 1.
 #ifdef __clang__
 #define ZEL_PRINTF_FORMAT(format_index, first_index) __attribute__((format(printf, format_index, first_index)))
 #else

@@ -1,4 +1,4 @@
-// A sum that tells when it no longer fits, in place of a wrong figure.
+// A sum that reports an overflow instead of a wrong value.
 #ifndef FITTER_CHECKED_SUM_H
 #define FITTER_CHECKED_SUM_H
 
@@ -13,12 +13,12 @@ namespace fitter {
 class CheckedSum
 {
 public:
-    /// @param what  names the sum in the message of an overflow; a literal
+    /// @param what  name of the sum in the message of an overflow; a literal
     explicit CheckedSum(char const *what) : m_what(what) {}
 
     void add(std::int64_t amount) { m_value = GEN_MATH::add_of(m_value, amount, m_overflow); }
 
-    /// Throws an Error if any sum on the way did not fit.
+    /// Throws an Error if any intermediate sum did not fit.
     std::int64_t value() const
     {
         if (m_overflow)
@@ -29,7 +29,7 @@ public:
 private:
     char const *m_what;
     std::int64_t m_value = 0;
-    bool m_overflow = false; // sticky, so that adding costs no branch of ours
+    bool m_overflow = false; // tested by value() only, so that add() needs no branch
 };
 
 } // namespace fitter

@@ -64,7 +64,7 @@ std::vector<Index> Device::segments_beside(Index site) const
     return {horizontal(x, y), horizontal(x, y + 1), vertical(x, y), vertical(x + 1, y)};
 }
 
-// Switch (x,y) stands at the lower left corner of site (x,y).
+// Switch (x,y) is at the lower left corner of site (x,y).
 void Device::append_at_switch(int x, int y, Index except, std::vector<Index> &out) const
 {
     auto const append = [&](bool exists, Index segment) {

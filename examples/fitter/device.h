@@ -1,10 +1,11 @@
 // The device: a square of cluster sites with pads around it, and channels of wire between them.
 //
-// Cluster sites stand at columns and rows 0 to size - 1. Between them, and around them, run
-// channels, cut into segments of one site's length. Segment h(x,y) runs below site (x,y), v(x,y) on
-// its left; h(x,size) runs above the top row. At each corner of a site a switch joins the up to four
-// segments that meet there, any track to any track. A block reaches every track of the segments
-// beside it: four for a cluster, one for a pad. How many tracks a channel has is the channel width.
+// Cluster sites are at columns and rows 0 to size - 1. Between them, and around them, run channels,
+// which consist of segments with the length of one site. Segment h(x,y) runs below site (x,y),
+// v(x,y) on its left; h(x,size) runs above the top row. At each corner of a site a switch joins the
+// up to four segments that meet there, any track to any track. A block reaches every track of the
+// segments beside it: four segments for a cluster, one for a pad. The channel width is the number of
+// tracks of a channel.
 //
 //            h(0,2)   h(1,2)
 //           +-------+-------+
@@ -23,9 +24,9 @@
 
 namespace fitter {
 
-/// Pads that share one place at the edge.
+/// Number of pads that share one place at the edge.
 constexpr int PADS_PER_PLACE = 4;
-/// Columns of the largest device.
+/// Columns of the largest device, and its rows.
 constexpr int LARGEST_DEVICE = 500;
 
 struct Point
@@ -39,8 +40,8 @@ class Device
 public:
     explicit Device(int size) : m_size(size) {}
 
-    /// The smallest device that holds a packed design with a tenth of the cluster sites free. Throws an Error if that
-    /// is none.
+    /// The smallest device on which a packed design leaves a tenth of the cluster sites free. Throws an Error if there
+    /// is no such device.
     static Device for_packing(Packing const &packing);
 
     int size() const { return m_size; }
@@ -61,7 +62,7 @@ public:
     int pad_place(Index site) const { return static_cast<int>(site - cluster_sites()) / PADS_PER_PLACE; }
     int pad_slot(Index site) const { return static_cast<int>(site - cluster_sites()) % PADS_PER_PLACE; }
 
-    /// Column and row; those of pads are -1 or size on one side.
+    /// Column and row. A pad has -1 or size in one of the two.
     Point position(Index site) const;
 
     // Segments: the horizontal ones row by row, then the vertical ones.
@@ -70,7 +71,7 @@ public:
     Index horizontal(int x, int y) const { return static_cast<Index>(y * m_size + x); }
     Index vertical(int x, int y) const { return horizontal_segments() + static_cast<Index>(y * (m_size + 1) + x); }
     bool is_horizontal(Index segment) const { return segment < horizontal_segments(); }
-    /// The x and y in h(x,y) or v(x,y).
+    /// The x and y of h(x,y) or v(x,y).
     Point segment_place(Index segment) const;
     /// "h(3,0)"
     std::string segment_name(Index segment) const;

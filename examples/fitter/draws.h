@@ -8,7 +8,7 @@
 
 namespace fitter {
 
-/// The library's generator shows 15 bits at a time; a draw takes two of its numbers.
+/// A draw of 30 bits consists of two numbers of the library's generator, which have 15 bits each.
 class Draws
 {
 public:

@@ -1,4 +1,4 @@
-// The one way this tool gives up: an Error ends the run with its text as the message.
+// The exception of this tool. An Error ends the run, and its text is the message to the user.
 #ifndef FITTER_ERROR_H
 #define FITTER_ERROR_H
 

@@ -6,7 +6,7 @@
 namespace fitter {
 namespace {
 
-// FNV-1a over numbers, byte by byte from the lowest on.
+// The hash function FNV-1a over numbers, byte by byte, the least significant byte first.
 class Hash
 {
 public:
@@ -16,7 +16,7 @@ public:
             m_value = (m_value ^ (number & 0xff)) * 0x100000001b3u;
     }
 
-    // The length too: [1] [2 3] is not [1 2] [3].
+    // The length is hashed too, so that [1] [2 3] and [1 2] [3] differ.
     void add(std::vector<Index> const &numbers)
     {
         add(numbers.size());

@@ -8,10 +8,10 @@
 
 namespace fitter {
 
-/// A hash of the packing, the placement and the routing as they are; the same for the same fit on every platform.
+/// A hash of the packing, the placement and the routing so far; the same for the same fit on every platform.
 std::uint64_t fingerprint(Fit const &fit);
 
-/// Puts it on record as a cookie of the stage that is open.
+/// Records the fingerprint as a cookie of the open stage.
 void log_fingerprint(Fit const &fit);
 
 } // namespace fitter

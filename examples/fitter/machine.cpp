@@ -32,7 +32,7 @@ std::string operating_system()
 
 std::string machine_facts()
 {
-    // The results are of no use here: a capture that failed has no counts, or right ones.
+    // The results are ignored: after a failed capture the counts are either 0 or right.
     int processors = 0;
     int cores = 0;
     std::uint64_t memory = 0;

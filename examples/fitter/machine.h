@@ -1,4 +1,4 @@
-// What the tool tells of the machine that it runs on.
+// The facts of the machine that the tool prints.
 #ifndef FITTER_MACHINE_H
 #define FITTER_MACHINE_H
 
@@ -6,8 +6,8 @@
 
 namespace fitter {
 
-/// "8 processors, 4 cores, 15.61 GiB memory, Debian GNU/Linux 12, host build7"; what the system doesn't tell is left
-/// out.
+/// "8 processors, 4 cores, 15.61 GiB memory, Debian GNU/Linux 12, host build7". A fact that the system doesn't report
+/// is left out.
 std::string machine_facts();
 
 } // namespace fitter

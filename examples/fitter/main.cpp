@@ -1,6 +1,6 @@
 // A small fitter: reads a netlist of LUTs and flip-flops, packs, places and routes it, and writes
-// what came out. It is also the shortest complete example of a tool of the suite: how the library is
-// started, told of the project, given the stages of the flow, and ended.
+// the result. It is also a complete example of a tool of the suite: it starts the library, sets the
+// project, opens and closes a profile bin for each stage of the flow, and ends the library.
 #include "error.h"
 #include "fingerprint.h"
 #include "gen_exe_sys.h"
@@ -53,7 +53,8 @@ void tell_project(Options const &options)
         gen_set_project_output_directory(options.output_directory.c_str());
 }
 
-// The library makes the output directory, or falls back on the project without a word; here the user decides.
+// The library creates the output directory, or silently uses the project directory instead. A tool whose user has named
+// a directory reports an error.
 std::string result_path(Options const &options)
 {
     std::string const directory = gen_get_project_output_directory();
@@ -75,8 +76,8 @@ void tell_design(Source const &design)
     std::cout.flush();
 }
 
-// The stages of the flow. The library knows the bins named fit2_* and two more, and cuts its memory logs there. Each
-// stage ends by putting on record what has come out so far.
+// The stages of the flow. At bins named fit2_* and at two more the library starts a new memory log. Each stage ends by
+// recording a fingerprint of the results so far.
 
 void read_netlist(Fit &fit, Options const &options)
 {
@@ -166,7 +167,7 @@ void run_flow(Options const &options)
         throw Error("not routable with channel width " + std::to_string(options.channel_width));
 }
 
-// The bins are closed in whatever way the flow ends, so that its account is written too.
+// Closes the bins in whatever way the flow ends, so that the report of a failed flow is written too.
 void run_profiled(Options const &options)
 {
     struct Bins
@@ -216,7 +217,7 @@ int main(int argc, char **argv)
     std::vector<char const *> arguments(argv, argv + argc);
     gen_exe_init(argc, arguments.data());
 #ifdef SIGXFSZ
-    // A limit on the size of files shows as a failed write, like a full disk.
+    // With this signal ignored, exceeding the limit on the size of files is a failed write, like a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
 #endif
     int status = 0;

@@ -14,35 +14,35 @@ namespace {
 
 using Words = std::vector<std::string_view>;
 
-// Files of a chain of .search lines, the design's included.
+// Largest number of files in a chain of .search lines, with the file of the design.
 constexpr std::size_t LONGEST_SEARCH = 16;
 
-// Where something stands in the design's files.
+// A position in the files of the design.
 struct Place
 {
     Index file = 0;
     Index line = 0;
 };
 
-// One statement or cover row; continued lines count as one, at the first of them.
+// One statement or cover row. Continued lines are one statement, at the position of the first line.
 struct Statement
 {
     Place place;
     Words words;
 };
 
-// A name with the place it stands at.
+// A name and its position.
 struct Reference
 {
     std::string_view name;
     Place place;
 };
 
-// One of the design's files, with the one whose .search line named it.
+// One of the files of the design, and the file whose .search line named it.
 struct File
 {
     Source source;
-    Index includer = NONE; // of the design's own file
+    Index includer = NONE; // NONE for the file of the design itself
 };
 
 struct Model
@@ -54,7 +54,7 @@ struct Model
     bool black_box = false;
 };
 
-// A text of the file as a message shows it: quoted, printable, not too long.
+// A text of a file in the form for messages: quoted, printable, and cut if it is long.
 std::string quoted(std::string_view text)
 {
     constexpr std::size_t LONGEST = 60;
@@ -64,7 +64,7 @@ std::string quoted(std::string_view text)
     return out + (text.size() > LONGEST ? "...\"" : "\"");
 }
 
-// Cuts a file's text into statements.
+// Splits the text of a file into statements.
 class Scanner
 {
 public:
@@ -99,7 +99,7 @@ public:
 private:
     static bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v'; }
 
-    // Length of a backslash with the line end behind it, 0 if there is none here.
+    // Length of a backslash and the line end after it; 0 if there is none at this position.
     std::size_t continuation_length() const
     {
         if (m_text[m_at] != '\\')
@@ -131,7 +131,7 @@ public:
 
     std::unique_ptr<Netlist> read()
     {
-        // Files that .search lines name are appended meanwhile.
+        // The loop appends the files that .search lines name.
         for (Index file = 0; file < m_files.size(); ++file)
             read_models(file);
         m_netlist.name = m_models.front().title.name;
@@ -206,7 +206,7 @@ private:
         m_cover_inputs = NONE;
     }
 
-    // "line 3", in another file than that of `from` with the file's name: "lib.blif:3"
+    // "line 3" for a position in the same file as `from`, "lib.blif:3" for another file
     std::string place_text(Place place, Place from) const
     {
         std::string const line = std::to_string(place.line);
@@ -264,8 +264,8 @@ private:
         model.cells.push_back(statement);
     }
 
-    // What a LUT computes makes no difference to its place; the rows are checked all the same, as a file that is
-    // broken here is likely broken elsewhere.
+    // The function of a LUT has no effect on its site. The rows are checked all the same, because a file that is broken
+    // here is probably broken elsewhere.
     void take_cover_row(Statement const &row)
     {
         if (m_cover_inputs == NONE)
@@ -423,7 +423,7 @@ private:
         return static_cast<Index>(m_netlist.cells.size() - 1);
     }
 
-    // The net of a name; the place of its first mention is kept for messages.
+    // The net with a name. The position of its first mention is stored for messages.
     Index net_of(Reference const &reference)
     {
         auto const [found, is_new] = m_net_of_name.emplace(reference.name, static_cast<Index>(m_netlist.nets.size()));
@@ -466,9 +466,9 @@ private:
                  (others == 0 ? "" : " (" + std::to_string(others) + " more like it)"));
     }
 
-    std::deque<File> m_files; // a text stays where it is when files are appended
+    std::deque<File> m_files; // a deque, so that texts keep their address when files are appended
     bool m_in_model = false;
-    Index m_cover_inputs = NONE; // of the .names whose rows may follow
+    Index m_cover_inputs = NONE; // inputs of the last .names, if rows of its cover may follow
     char m_cover_value = '\0';
     std::vector<Model> m_models;
     std::unordered_map<std::string_view, std::size_t> m_model_of_name;

@@ -12,7 +12,7 @@
 
 namespace fitter {
 
-/// Number of a cell, a net, a block, ...; NONE for none.
+/// Number of a cell, a net, a block and so on; NONE means that there is none.
 using Index = std::uint32_t;
 constexpr Index NONE = 0xffffffff;
 
@@ -24,14 +24,14 @@ enum class CellKind
     INPUT_PAD,  // one output
     OUTPUT_PAD, // one input
     LUT,        // up to LUT_INPUTS inputs, one output
-    FLOP,       // one input, one output, maybe a clock
+    FLOP,       // one input, one output, an optional clock
     MACRO       // an instance of a black box
 };
 
 struct Cell
 {
     CellKind kind = CellKind::LUT;
-    std::string name; // of its first output net; of the net it reads for an output pad
+    std::string name; // that of its first output net; for an output pad that of the net it reads
     std::vector<Index> inputs;
     std::vector<Index> outputs;
     Index clock = NONE;
@@ -47,7 +47,7 @@ struct Net
     std::vector<Index> clocked; // one entry for each clock pin; these are on the device's clock network
 };
 
-/// Takes marks off all cells of a netlist, for the manager that gives the marks out.
+/// Removes marks from all cells of a netlist, for the manager of the marks.
 class CellClearer : public GEN_DYN_FLAG_CLEARER
 {
 public:
@@ -58,7 +58,7 @@ private:
     std::vector<Cell> const &m_cells;
 };
 
-/// A netlist stays where it was made. Before it goes it tells all that depend on its address.
+/// A netlist keeps its address. Its destructor calls back all code that depends on that address.
 struct Netlist
 {
     Netlist() : m_clearer(cells), m_marks(&m_clearer) {}
@@ -79,8 +79,8 @@ private:
     mutable GEN_DYN_FLAG_MANAGER m_marks; // scratch, like the marks themselves
 };
 
-/// A mark on cells, for one walk over a netlist: no cell has it when it is made. Making one costs nothing most times,
-/// as the cells are cleaned of former marks only when the bits run out.
+/// A mark on cells, for one walk over a netlist. No cell has the mark when it is created. Creating a mark is usually
+/// cheap: the cells are visited only when no clean bit is left.
 class CellMark
 {
 public:
@@ -103,15 +103,15 @@ private:
 
 /// Reads a design in the Berkeley logic interchange format.
 ///
-/// Understood are .model, .inputs, .outputs, .clock (without meaning here), .names with its cover, .latch, .subckt,
-/// .blackbox, .search and .end, comments, lines continued by a backslash, and both kinds of line ends. The first model
-/// is the design; the models behind it can be black boxes that it uses. A missing .end at the end of a file is no
-/// fault.
+/// The reader accepts .model, .inputs, .outputs, .clock (ignored), .names with its cover, .latch, .subckt, .blackbox,
+/// .search and .end, comments, lines continued by a backslash, and both kinds of line ends. The first model is the
+/// design; the models after it can be black boxes that it uses. The .end at the end of a file is optional.
 ///
-/// ".search FILE" adds the models of another file behind those of this one, wherever it stands. A file that is named
-/// more than once is read once; one that leads back to itself, or through more than 16 files, is a fault.
+/// ".search FILE", on any line, adds the models of another file after those of this file. A file that is named more
+/// than once is read once. A chain of .search lines that leads back to a file in the chain, or that has more than 16
+/// files, is an error.
 ///
-/// Every net must have just one driver. A fault is thrown as an Error: "design.blif:12: net \"x\" has no driver".
+/// Every net must have exactly one driver. An error is thrown as an Error: "design.blif:12: net \"x\" has no driver".
 std::unique_ptr<Netlist> read_blif(Source design);
 
 } // namespace fitter

@@ -1,4 +1,4 @@
-// A pointer to a netlist that doesn't outlive it.
+// A pointer to a netlist that becomes null when the netlist is destroyed.
 #ifndef FITTER_NETLIST_LINK_H
 #define FITTER_NETLIST_LINK_H
 
@@ -7,7 +7,8 @@
 
 namespace fitter {
 
-/// Becomes null before its netlist goes: the netlist tells all that depend on its address.
+/// Becomes null when its netlist is destroyed: the destructor of the netlist calls back all code that depends on its
+/// address.
 class NetlistLink
 {
 public:
@@ -18,13 +19,13 @@ public:
 
     NetlistLink &operator=(NetlistLink const &other)
     {
-        Netlist const *const netlist = other.m_netlist; // it may be this link
+        Netlist const *const netlist = other.m_netlist; // read first: `other` may be this link
         let_go();
         hold(netlist);
         return *this;
     }
 
-    /// Null if there was none or if it is gone.
+    /// The netlist; null if there was none or if it was destroyed.
     Netlist const *get() const { return m_netlist; }
 
 private:

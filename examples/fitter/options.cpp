@@ -96,7 +96,7 @@ char const *const USAGE = "usage: fitter [option]... design.blif\n"
 Options parse_options(std::vector<std::string> const &words)
 {
     Options options;
-    bool only_names = false; // behind "--"
+    bool only_names = false; // true after "--"
     for (std::size_t i = 0; i < words.size(); ++i) {
         std::string const &word = words[i];
         if (only_names || word.empty() || word.front() != '-' || word == "-")

@@ -23,10 +23,10 @@ struct Options
     unsigned effort = 5;
 };
 
-/// What --help prints.
+/// The text that --help prints.
 extern char const *const USAGE;
 
-/// Reads the words behind the program's name; throws an Error for a word that has no meaning.
+/// Reads the words after the program's name; throws an Error for a word that it doesn't know.
 Options parse_options(std::vector<std::string> const &words);
 
 } // namespace fitter

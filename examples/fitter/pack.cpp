@@ -9,7 +9,7 @@
 namespace fitter {
 namespace {
 
-// A net with more elements on it says nothing about who belongs together.
+// Nets with more elements than this are ignored: they don't show which elements belong together.
 constexpr std::size_t ATTRACTIVE_FANOUT = 32;
 
 bool contains(std::vector<Index> const &items, Index item)
@@ -28,7 +28,7 @@ void remove(std::vector<Index> &items, Index item)
     items.erase(std::remove(items.begin(), items.end(), item), items.end());
 }
 
-// The flip-flop that alone reads what a LUT drives, NONE if there is no such.
+// The flip-flop that is the only reader of a LUT's output; NONE if there is none.
 Index only_flop_behind(Netlist const &netlist, Cell const &lut)
 {
     Net const &net = netlist.nets[lut.outputs.front()];
@@ -47,7 +47,7 @@ void add_flop(LogicElement &element, Netlist const &netlist, Index flop)
     element.falling = cell.falling;
 }
 
-// A cluster as it fills: what it drives and what it takes from outside.
+// A cluster that is being filled, with the nets that it drives and those that it takes from outside.
 class OpenCluster
 {
 public:
@@ -91,7 +91,7 @@ private:
     bool m_falling = false;
 };
 
-// Grows clusters by attraction: how many nets an element shares with the cluster that is filling.
+// Fills clusters by attraction: the number of nets that an element shares with the cluster that is being filled.
 class Clusterer
 {
 public:
@@ -122,7 +122,7 @@ public:
     }
 
 private:
-    // Elements come in order, so one that a net has already is its last.
+    // Elements come in order: if the list of a net already contains the element, it is the last one there.
     void add_element(Index net, Index element)
     {
         std::vector<Index> &elements = m_elements_of_net[net];
@@ -163,7 +163,7 @@ private:
         }
     }
 
-    // The element with lowest number among equals, so that nothing but the design decides.
+    // Of equal elements the one with the lowest number, so that the result depends on the design only.
     Index most_attracted(OpenCluster const &cluster) const
     {
         Index best = NONE;
@@ -181,7 +181,7 @@ private:
 
     std::vector<LogicElement> const &m_elements;
     std::vector<std::vector<Index>> m_elements_of_net;
-    std::vector<Index> m_attraction; // nets shared with the cluster that grows
+    std::vector<Index> m_attraction; // nets shared with the cluster that is being filled
     std::vector<Index> m_attracted;  // elements whose attraction is not 0
     std::vector<bool> m_is_packed;
 };
@@ -198,7 +198,7 @@ bool take_all(OpenCluster &into, OpenCluster const &from, std::vector<LogicEleme
     return true;
 }
 
-// The largest first, each into the first one it fits.
+// Merges the largest clusters first, each into the first one into which it fits.
 std::vector<OpenCluster> merge_part_filled(std::vector<OpenCluster> clusters, std::vector<LogicElement> const &elements)
 {
     Work const work("Cluster Merging");
@@ -246,7 +246,7 @@ void add_blocks(Packing &packing, Netlist const &netlist)
 void add_fabric_nets(Packing &packing, Netlist const &netlist)
 {
     packing.fabric_of_net.assign(netlist.nets.size(), NONE);
-    std::vector<Index> seen_in(packing.blocks.size(), NONE); // the last net that met the block
+    std::vector<Index> seen_in(packing.blocks.size(), NONE); // the last net that had the block
     for (Index i = 0; i < netlist.nets.size(); ++i) {
         FabricNet net;
         net.net = i;

@@ -1,4 +1,4 @@
-// Packing: LUTs and flip-flops into logic elements, and these into clusters.
+// Packing: LUTs and flip-flops are put into logic elements, and logic elements into clusters.
 #ifndef FITTER_PACK_H
 #define FITTER_PACK_H
 
@@ -8,12 +8,12 @@
 
 namespace fitter {
 
-/// Logic elements of a cluster.
+/// Largest number of logic elements of a cluster.
 constexpr std::size_t CLUSTER_ELEMENTS = 8;
-/// Nets that a cluster can take from outside, the clock not counted.
+/// Largest number of nets that enter a cluster from outside, without the clock.
 constexpr std::size_t CLUSTER_INPUTS = 18;
 
-/// A LUT, a flip-flop, or a LUT that feeds nothing but the flip-flop beside it. One output leaves it.
+/// A LUT, a flip-flop, or a LUT together with the flip-flop that is its only reader. It has one output.
 struct LogicElement
 {
     Index lut = NONE;
@@ -31,7 +31,7 @@ struct Cluster
     Index macro = NONE; // cell
 };
 
-/// What gets a site of its own.
+/// A pad or a cluster: each block gets its own site.
 struct Block
 {
     bool is_pad = false;
@@ -39,11 +39,11 @@ struct Block
     std::vector<Index> nets; // fabric nets, each once
 };
 
-/// A net that leaves its block. Nets on the clock network and nets within one cluster are none.
+/// A net between different blocks. Nets on the clock network and nets within one cluster are not fabric nets.
 struct FabricNet
 {
     Index net = NONE;
-    std::vector<Index> blocks; // the driver's, then each other block once
+    std::vector<Index> blocks; // the block of the driver, then each other block once
 };
 
 struct Packing
@@ -53,16 +53,16 @@ struct Packing
     std::vector<Block> blocks; // clusters first, in order, then pads
     std::vector<FabricNet> nets;
     std::vector<Index> block_of_cell;
-    std::vector<Index> fabric_of_net; // NONE for a net that stays inside
+    std::vector<Index> fabric_of_net; // NONE for a net that is no fabric net
 };
 
-/// The logic elements of a design: each LUT, with the flip-flop that alone reads it, and the other flip-flops.
+/// The logic elements of a design: each LUT, with the flip-flop that is its only reader, and the other flip-flops.
 std::vector<LogicElement> make_elements(Netlist const &netlist);
 
 /// Packs the logic elements of a design. The same design always gives the same packing.
 ///
-/// Clusters grow one at a time from the unpacked element with most inputs, by the element that shares most nets with
-/// the cluster; at the end part-filled clusters are put together where they fit.
+/// One cluster is filled at a time: it starts with the unpacked element that has most inputs, and each step adds the
+/// element that shares most nets with the cluster. At the end clusters that aren't full are merged where they fit.
 Packing pack(Netlist const &netlist, std::vector<LogicElement> elements);
 
 } // namespace fitter

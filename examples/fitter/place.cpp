@@ -1,14 +1,16 @@
-// The annealing. A move takes a block to a random site nearby; a block that stands there changes
-// places with it. The cost of a placement is the sum over the nets of half the perimeter of the box
-// around their blocks, times a weight. A move to lower cost is always kept; one to higher cost with
-// the probability exp(-rise / temperature).
+// Simulated annealing. A move takes a block to a random site nearby; a block on that site moves to
+// the first block's site. The cost of a placement is the sum over all nets of half the perimeter of
+// the box around the net's blocks, times a weight. A move that lowers the cost is always kept; a move
+// that raises it is kept with the probability exp(-rise / temperature).
 //
-// The schedule follows what happens: the fewer moves are accepted, the shorter the range from which
-// targets are drawn, so that 44 of 100 stay accepted, where annealing works best; and the temperature
-// falls slowly in that region, quickly elsewhere.
+//     rise 10 at temperature 20: exp(-0.5), kept 61 times in 100;  at temperature 2: exp(-5), 0.7 times
 //
-// Costs are integers, and the few real numbers use nothing but the four operations, which are
-// exact everywhere. So one seed gives one placement on every platform.
+// The schedule adapts. The fewer moves are accepted, the shorter is the range from which targets are
+// drawn, so that about 44 of 100 moves are accepted, where annealing works best. The temperature
+// falls slowly while the share is near that value, and quickly otherwise.
+//
+// Costs are integers, and the few real numbers use only the four basic operations, whose results are
+// the same everywhere. So the same seed gives the same placement on every platform.
 #include "place.h"
 
 #include "checked_sum.h"
@@ -23,10 +25,10 @@ namespace {
 
 // Costs are in hundredths of half a perimeter.
 constexpr int UNIT = 100;
-// Up to so many blocks, a box is found anew faster than it is kept up to date.
+// Up to this number of blocks it is faster to compute a box again than to update it.
 constexpr std::size_t SMALL_NET = 6;
 
-// exp(-x) for x >= 0 by a Taylor polynomial; the library's own function differs between platforms in the last bit.
+// exp(-x) for x >= 0 by a Taylor polynomial: the results of std::exp() differ between platforms in the last bit.
 double exp_of_minus(double x)
 {
     constexpr double LN_2 = 0.69314718055994530942;
@@ -43,8 +45,8 @@ double exp_of_minus(double x)
     return sum / static_cast<double>(std::uint64_t{1} << halvings);
 }
 
-// Hundredths by which a net's wire is longer than half its box's perimeter: three blocks need no more, and then each
-// further one adds some.
+// The length of a net's wire in hundredths of half the perimeter of its box: 100 for up to three blocks, more for each
+// further block.
 int net_weight(std::size_t blocks)
 {
     int const more = static_cast<int>(std::min<std::size_t>(blocks, 1000)) - 3;
@@ -53,7 +55,7 @@ int net_weight(std::size_t blocks)
     return UNIT + 4 * std::min(more, 47) + 2 * std::max(more - 47, 0);
 }
 
-// Where a net's blocks lie along one axis, and how many lie at either end.
+// The range of a net's blocks along one axis, and the number of blocks at each end.
 struct Span
 {
     int low = 0;
@@ -81,7 +83,7 @@ struct Span
             ++at_high;
     }
 
-    // False if an end lost its last block: where the end is now can't be told from here.
+    // False if an end lost its last block; the box then has to be computed again.
     bool remove(int at) { return !((at == low && --at_low == 0) || (at == high && --at_high == 0)); }
 
     int length() const { return high - low; }
@@ -219,7 +221,7 @@ private:
         return static_cast<double>(m_cost.value()) / static_cast<double>(m_packing.nets.size());
     }
 
-    // So hot that nearly all moves are accepted: twenty times their mean change of cost.
+    // The temperature at which nearly all moves are accepted: twenty times their mean change of cost.
     double start_temperature()
     {
         Work const work("Start Temperature");
@@ -269,7 +271,7 @@ private:
         return temperature > 0.0 && m_draws.fraction() < exp_of_minus(static_cast<double>(m_change) / temperature);
     }
 
-    // Makes a move on the map and works out what it changes. False if the site drawn is the block's own.
+    // Makes a move on the map and computes the change of cost. False if the drawn site is that of the block itself.
     bool propose()
     {
         Index const block = m_draws.below(static_cast<Index>(m_packing.blocks.size()));
@@ -295,7 +297,7 @@ private:
         return m_device.cluster_site(x, y);
     }
 
-    // The range counts places along the edge, which is a ring.
+    // For pads the range is a number of places along the edge, which is a ring.
     Index pad_target(Index from)
     {
         int const range = static_cast<int>(m_range);
@@ -324,7 +326,7 @@ private:
         m_change = 0;
         m_changed_nets.clear();
         ++m_stamp;
-        // A net on both blocks has the same box after they changed places.
+        // The box of a net on both blocks doesn't change.
         if (m_step_count == 2)
             for (Index const net : m_packing.blocks[m_steps[1].block].nets)
                 m_stamp_of_net[net] = m_stamp;
@@ -392,10 +394,10 @@ private:
     std::vector<Point> m_position_of_block;
     std::vector<Box> m_boxes;
     CheckedSum m_cost{"cost of the placement"};
-    double m_range = 1.0; // a move goes so many sites at most
+    double m_range = 1.0; // largest distance of a move, in sites
     bool m_is_last_pass = false;
 
-    // The move under way.
+    // The current move.
     Step m_steps[2];
     int m_step_count = 0;
     std::int64_t m_change = 0;
@@ -437,7 +439,7 @@ std::uint64_t half_perimeter_wire_length(Packing const &packing, Device const &d
 ExpectedUse analyse_congestion(Packing const &packing, Device const &device, std::vector<Index> const &site_of_block)
 {
     Work const work("Placement Congestion Analysis");
-    // Millionths of a track, so that what a division cuts off doesn't count.
+    // In millionths of a track, so that rounding in the divisions has no effect.
     constexpr std::uint64_t TRACK = 1000000;
     int const size = device.size();
     int const last = size - 1;

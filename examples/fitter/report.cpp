@@ -51,13 +51,13 @@ std::string path_rows(Fit const &fit)
     return out;
 }
 
-// How many nets have how many segments: "1-4: 310, ..., 29 and more: 2"
+// The number of nets by the number of their segments: "1-4: 310, ..., 29 and more: 2"
 std::string length_histogram(Routing const &routing)
 {
     constexpr std::size_t RANGES = 8;
     constexpr std::size_t WIDTH = 4;
-    constexpr std::size_t LAST = RANGES * WIDTH; // stands for all longer ones
-    // Halves, so that each whole number lies within a range.
+    constexpr std::size_t LAST = RANGES * WIDTH; // longer nets count as nets of this length
+    // The bounds are halves, so that each whole number lies within a range.
     GEN_BINDATA lengths(0.5, LAST + 0.5, RANGES);
     for (Tree const &tree : routing.trees)
         lengths.add_item(static_cast<double>(std::clamp<std::size_t>(tree.size(), 1, LAST)));
@@ -122,7 +122,7 @@ std::string routing_rows(Fit const &fit)
     return out;
 }
 
-// The reason of the system call that failed last, as the tail of a message.
+// The reason of the last failed system call, as the end of a message.
 std::string reason()
 {
     return errno == 0 ? "" : ": " + std::generic_category().message(errno);

@@ -1,4 +1,4 @@
-// The result file: what was placed where, and over which wires it is joined.
+// The result file: the site of each block, and the segments of each net.
 #ifndef FITTER_REPORT_H
 #define FITTER_REPORT_H
 
@@ -9,7 +9,7 @@
 
 namespace fitter {
 
-/// All that a run finds out.
+/// All results of a run.
 struct Fit
 {
     std::unique_ptr<Netlist> netlist;
@@ -21,16 +21,16 @@ struct Fit
     Timing timing;
 };
 
-/// A few lines for people; part of the result file and of what the tool prints.
+/// A summary of a few lines. The tool prints it, and the result file contains it.
 std::string summary(Fit const &fit);
 
-/// The whole result file. The same fit gives the same text: no times, no places of this machine.
+/// The text of the result file. The same fit gives the same text: it contains no times and no paths of this machine.
 std::string result_text(Fit const &fit);
 
-/// Throws an Error if no file can be made beside `path`; leaves nothing behind.
+/// Throws an Error if no file can be created in the directory of `path`. The file of the test is removed.
 void check_writable(std::string const &path);
 
-/// Writes a file whole or not at all: a fault leaves a former file as it is and throws an Error.
+/// Writes a file completely or not at all: on failure an existing file stays unchanged and an Error is thrown.
 void write_result(std::string const &path, std::string const &text);
 
 } // namespace fitter

@@ -1,13 +1,15 @@
-// The negotiation. At first every net takes its cheapest tree, whoever else is there. Then, again
-// and again, the nets on overused segments are taken up and routed anew, while such segments get
-// dearer in two ways: by how many nets use them now, with a factor that rises each time, and by how
-// often they were overused before. In the end each is left to the nets that need it most: the first
-// convergence. After it, each net is taken up once more and may take a shorter tree on free tracks.
+// Routing by negotiated congestion. At first every net takes its cheapest tree, without regard to
+// other nets. Then, in each iteration, the nets on overused segments are removed and routed again.
+// An overused segment gets more expensive in two ways: by the number of nets that use it now, with a
+// factor that rises with each iteration, and by the number of iterations in which it was overused.
+// In the end only the nets that need a segment most keep it: this is the first convergence. After
+// it, each net is removed and routed once more and may take a shorter tree on free tracks.
 //
-// A net is routed block by block, nearest first, each by a search from the whole tree so far. The
-// search goes first where cost so far plus the least cost to come is lowest. In half sides of a
-// site, a segment's middle lies 1 away from the sites beside it, and 2 from the next middle at most;
-// so at least (distance - 1) / 2 further segments are needed, each with a cost of 1 or more.
+// A net is routed block by block, nearest first, each by a search that starts at the whole tree so
+// far. The search continues where the cost so far plus the least possible cost to the target is
+// lowest. Distances are in half sides of a site: the middle of a segment is 1 away from the sites
+// beside it and at most 2 away from the next middle. So at least (distance - 1) / 2 further segments
+// are needed, each with a cost of 1 or more. From a middle at distance 7, for example, it is 3.
 #include "route.h"
 
 #include "checked_sum.h"
@@ -84,7 +86,7 @@ private:
     {
         double cost = 0.0;
         Index from = NONE;
-        std::uint64_t search = 0; // the search that the rest is of
+        std::uint64_t search = 0; // the search to which the other members belong
         bool is_done = false;
     };
 
@@ -94,7 +96,8 @@ private:
         double cost;
         Index segment;
 
-        // The queue gives the largest: the lowest estimate, then the one nearest to its target, then the lowest number.
+        // The queue returns its largest element: that with the lowest estimate, then that nearest to its target, then
+        // that with the lowest number.
         bool operator<(Candidate const &other) const
         {
             if (estimate != other.estimate)
@@ -184,7 +187,7 @@ private:
             ++m_routing.use[branch.segment];
     }
 
-    // Makes m_tree. False if a block can't be reached, which happens only on free tracks alone.
+    // Makes m_tree. False if a block can't be reached, which happens only if just free tracks are allowed.
     bool build_tree(Index net)
     {
         std::vector<Index> const &blocks = m_packing.nets[net].blocks;
@@ -214,7 +217,7 @@ private:
         return ordered;
     }
 
-    // Grows the tree to a site.
+    // Extends the tree to a site.
     bool connect(Index driver_site, Index site)
     {
         std::vector<Index> const targets = m_device.segments_beside(site);
@@ -232,7 +235,7 @@ private:
         return end != NONE;
     }
 
-    // The cheapest target's segment, NONE if there is no way.
+    // The segment of the cheapest target; NONE if none can be reached.
     Index search(Index driver_site)
     {
         ++m_search;
@@ -283,7 +286,7 @@ private:
         return base * (1.0 + m_crowding_factor * (m_routing.use[segment] + 1 - m_options.channel_width));
     }
 
-    // The way back from `end` ends at a segment of the tree or at one beside the driver.
+    // The path back from `end` ends at a segment of the tree or at one beside the driver.
     void add_path(Index end)
     {
         std::vector<Index> path;
@@ -324,11 +327,11 @@ private:
     double m_crowding_factor = 0.0;
     bool m_only_free_tracks = false;
 
-    // The net under way.
+    // The current net.
     Tree m_tree;
     std::vector<Index> m_position_in_tree; // by segment, NONE if it isn't in the tree
 
-    // The search under way.
+    // The current search.
     Point m_goal;
     std::uint64_t m_search = 0;
     std::vector<Reached> m_reached;
@@ -341,7 +344,7 @@ bool is_one_of(Index item, std::vector<Index> const &items)
     return std::find(items.begin(), items.end(), item) != items.end();
 }
 
-// Empty if the tree is one from the driver's site to those of all other blocks.
+// Empty if the tree connects the driver's site with those of all other blocks; else the error.
 std::string check_tree(FabricNet const &net, Tree const &tree, Device const &device, Placement const &placement)
 {
     auto const beside = [&](Index block) { return device.segments_beside(placement.site_of_block[block]); };

@@ -1,5 +1,5 @@
-// Routing: a tree of channel segments for each net, by negotiation over the segments that too many
-// nets want.
+// Routing: a tree of channel segments for each net. Segments that too many nets use get more
+// expensive until each net has found its way.
 #ifndef FITTER_ROUTE_H
 #define FITTER_ROUTE_H
 
@@ -16,17 +16,17 @@ namespace fitter {
 struct RouteOptions
 {
     Index channel_width = 0;
-    unsigned iterations = 50; // at most so many before giving up
+    unsigned iterations = 50; // largest number of iterations
 };
 
 /// One segment of a net's tree.
 struct Branch
 {
     Index segment = NONE;
-    Index parent = NONE; // position of the branch that it continues; NONE: it begins beside the driver
+    Index parent = NONE; // position of the branch that it continues; NONE if it begins beside the driver
 };
 
-/// A net's tree; each branch stands behind the one that it continues.
+/// The tree of a net; each branch comes after the one that it continues.
 using Tree = std::vector<Branch>;
 
 struct Routing
@@ -34,23 +34,23 @@ struct Routing
     std::vector<Tree> trees; // by fabric net
     std::vector<Index> use;  // tracks in use, by segment
     Index channel_width = 0;
-    Index overused_segments = 0; // with more nets than tracks
+    Index overused_segments = 0; // segments with more nets than tracks
     Index peak_use = 0;
-    std::uint64_t wire_length = 0;      // segments in use, each counted for each net
-    std::uint64_t converged_length = 0; // the same at first convergence
+    std::uint64_t wire_length = 0;      // segments in use, each counted once for each net
+    std::uint64_t converged_length = 0; // wire length at first convergence
     unsigned iterations = 0;
     unsigned refinements = 0;
 
     bool is_legal() const { return overused_segments == 0; }
 };
 
-/// Routes a placed design. If it can't be made legal the routing of the last iteration is the result.
+/// Routes a placed design. If no legal routing is found, the result is the routing of the last iteration.
 Routing route(Packing const &packing, Device const &device, Placement const &placement, RouteOptions const &options);
 
-/// Checks a routing from scratch: every tree hangs together and reaches each block of its net, the use of the segments
-/// is what the trees say, and is_legal() is true just if no segment has more nets than tracks.
+/// Checks a routing independently of route(): every tree is connected and reaches each block of its net, the use of the
+/// segments agrees with the trees, and is_legal() is true if and only if no segment has more nets than tracks.
 ///
-/// @return empty if all is well, else what isn't
+/// @return empty if the routing is right, else a description of the first error
 std::string check_routing(Packing const &packing, Device const &device, Placement const &placement,
                           Routing const &routing);
 

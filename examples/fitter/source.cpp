@@ -47,7 +47,7 @@ Source read_design(std::string const &name)
 Source find_searched(std::string const &name, Source const &includer)
 {
     Source source;
-    std::string beside; // the includer, in terms of its name
+    std::string beside; // the name in the directory of the includer's name
     gen_find_include_file(name.c_str(), includer.path.c_str(), includer.name.c_str(), &source.path, &beside);
     source.name = beside.empty() ? name_in_project(source.path) : beside;
     return source;
@@ -55,7 +55,7 @@ Source find_searched(std::string const &name, Source const &includer)
 
 std::vector<std::string> list_sources(Source const &design)
 {
-    // The design's unit bears the name of its file, without directories if these lie outside the project.
+    // The unit of the design has the name of its file, without directories if they lie outside the project.
     std::filesystem::path unit = std::filesystem::path(design.name).replace_extension();
     if (unit.is_absolute())
         unit = unit.filename();
@@ -73,7 +73,7 @@ std::string read_file(std::string const &path)
     std::brisel_ifstream file(path.c_str(), std::ios::binary, GEN_SHARE_ALL);
     if (!file.good())
         throw Error("cannot open \"" + path + "\"");
-    // Block by block: a stream reports a failed read only to the caller of read.
+    // Read in blocks: a stream reports a failed read only through read().
     std::string text;
     char block[65536];
     while (file.read(block, sizeof block) || file.gcount() > 0)

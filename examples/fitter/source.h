@@ -1,4 +1,4 @@
-// The files of a design: which file a name means, and what stands in it.
+// The files of a design: finding a file by its name, and reading it.
 #ifndef FITTER_SOURCE_H
 #define FITTER_SOURCE_H
 
@@ -10,19 +10,19 @@ namespace fitter {
 struct Source
 {
     std::string path; // full
-    std::string name; // for messages: from the project directory if it lies there
+    std::string name; // for messages: relative to the project directory if the file lies there
     std::string text;
 };
 
-/// The netlist of the command line, with its text. A name without a directory, or with a relative one, is looked for in
-/// the project, its libraries and the installation. Throws an Error if it isn't there or can't be read.
+/// Finds and reads the netlist named on the command line. A relative name is looked for in the project, its libraries
+/// and the installation. Throws an Error if it isn't found or can't be read.
 Source read_design(std::string const &name);
 
-/// The file that a .search line names, without its text: found as a design is, or beside the file with that line. The
-/// path is empty if there is none.
+/// Finds the file that a .search line names, without reading it: like a design, then in the directory of the file with
+/// that line. The path is empty if it isn't found.
 Source find_searched(std::string const &name, Source const &includer);
 
-/// The source files in all languages that a design was written in, each with the place where it was found:
+/// The source files of a design in all languages, each with the kind of directory in which it was found:
 /// "counter.v (project)".
 std::vector<std::string> list_sources(Source const &design);
 

@@ -1,7 +1,7 @@
 // Profile bins of the tool. Names, labels and tags must be literals: the library keeps the pointers until the bins are
 // processed.
 //
-// A tag says which subject a stage's cost belongs to: "netlist", "wires" or "timing", null for none of them.
+// A tag is the subject to which the cost of a stage belongs: "netlist", "wires", "timing", or null for no subject.
 #ifndef FITTER_STAGE_H
 #define FITTER_STAGE_H
 
@@ -10,7 +10,7 @@
 
 namespace fitter {
 
-/// A stage of the flow that tells its start and its end, under a numbered step.
+/// A stage of the flow. Messages announce its start and its end as a numbered step.
 class Stage
 {
 public:
@@ -24,7 +24,7 @@ private:
     GEN_PROFILER m_profiler;
 };
 
-/// Work inside a stage, possibly repeated many times: accounted, not told.
+/// Work inside a stage, possibly repeated many times: measured, without messages.
 class Work
 {
 public:
@@ -34,8 +34,8 @@ private:
     GEN_PROFILER m_profiler;
 };
 
-/// Work that others look at while it runs, so that its bin must be there: the first part of a stage, where the library
-/// cuts its memory logs, and what logs a cookie, which takes the place of the current bin.
+/// Work whose bin must exist while it runs. That is the first part of a stage, where the library starts a new memory
+/// log, and work that logs a cookie, which contains the path of the current bin.
 class VisibleWork
 {
 public:

@@ -12,7 +12,7 @@ std::string number(std::uint64_t value);
 /// A number of hundredths: 1205 -> "12.05"
 std::string hundredths(std::uint64_t value);
 
-/// A line of what the tool tells: a title in a column of its own, and a text.
+/// A line of the tool's output: a title, padded to the width of its column, and a text.
 std::string line(char const *title, std::string const &text);
 
 } // namespace fitter

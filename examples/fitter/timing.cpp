@@ -105,10 +105,10 @@ private:
     Device const &m_device;
     Placement const &m_placement;
     Routing const &m_routing;
-    std::vector<Index> m_arrival;           // at the slowest input of a LUT, 0 of other cells
+    std::vector<Index> m_arrival;           // at the slowest input of a LUT, 0 for other cells
     std::vector<Index> m_slowest_input;     // the cell that drives it
-    std::vector<Index> m_open_inputs;       // of a LUT, not known yet
-    std::vector<Index> m_segments_to_block; // of the net under way
+    std::vector<Index> m_open_inputs;       // number of a LUT's inputs that are not known yet
+    std::vector<Index> m_segments_to_block; // of the current net
     std::vector<Index> m_ready;             // cells whose inputs are known, in the order of their visits
     CellMark m_timed;                       // on cells that were visited
     Timing m_timing;

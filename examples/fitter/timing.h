@@ -1,4 +1,4 @@
-// Timing in unit delays: what the longest path between two registers costs.
+// Timing in unit delays: the delay of the slowest path between two registers.
 #ifndef FITTER_TIMING_H
 #define FITTER_TIMING_H
 
@@ -8,20 +8,20 @@
 
 namespace fitter {
 
-/// Delay through a LUT. A channel segment has a delay of 1; all else has none.
+/// Delay of a LUT. A channel segment has a delay of 1; everything else has a delay of 0.
 constexpr Index LUT_DELAY = 4;
 
 struct PathPoint
 {
     Index cell = NONE;
-    Index arrival = 0; // at the cell's output, at the end of the path at its input
+    Index arrival = 0; // at the cell's output; for the last cell of a path at its input
 };
 
 struct Timing
 {
     Index delay = 0;
-    std::vector<PathPoint> path; // from where it is launched to where it is taken; empty if there is none
-    Index untimed_luts = 0;      // on combinational loops, or behind one
+    std::vector<PathPoint> path; // from its first cell to its last; empty if there is no path
+    Index untimed_luts = 0;      // number of LUTs on combinational loops or after one
     Index first_untimed = NONE;  // cell
 };
 

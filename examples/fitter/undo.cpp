@@ -44,7 +44,7 @@ void write_undo_file(std::string const &directory, Packing const &packing, Devic
         return name(move.block) + (move.other == NONE ? "" : " and " + name(move.other));
     };
 
-    // The library tells nothing of a file that it can't write, and a former one must not be taken for this one.
+    // The library doesn't report a file that it can't write, and an old file must not be mistaken for the new one.
     std::filesystem::path const file = std::filesystem::path(directory) / "undo_redo.txt";
     std::error_code ignored;
     std::filesystem::remove(file, ignored);
@@ -54,7 +54,7 @@ void write_undo_file(std::string const &directory, Packing const &packing, Devic
     commands.start_new_file(directory);
     commands.begin_section("Last pass of the placement");
     commands.add_description(netlist->name + ": " + number(moves.size()) + " moves");
-    // A swap takes itself back; the last one first.
+    // A swap is its own inverse; the undo commands begin with the last one.
     for (auto move = moves.rbegin(); move != moves.rend(); ++move)
         commands.add_undo_command(command(*move), comment(*move));
     for (Move const &move : moves)
