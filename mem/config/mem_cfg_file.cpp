@@ -10,7 +10,7 @@ namespace {
 constexpr std::string_view BLANKS = " \t\r\v\f";
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
-// Bytes of a foreign text that a report quotes.
+// Bytes of a user's text that a message quotes at most.
 constexpr std::size_t LONGEST_QUOTATION = 60;
 
 std::string_view trimmed(std::string_view text)
@@ -43,7 +43,7 @@ bool is_empty_or_comment(std::string_view line)
     return line.empty() || line.front() == '#' || line.front() == ';';
 }
 
-// A section in brackets, with nothing but a comment behind it.
+// A section in brackets, with nothing but a comment after it.
 bool is_section(std::string_view line)
 {
     if (line.front() != '[')
@@ -68,7 +68,7 @@ bool parse_line(std::string_view line, std::string const &origin, MEM_CFG_ENTRIE
     return true;
 }
 
-// Reads until the end, an error, or more than the bound.
+// Reads until the end, an error, or more than the largest size. False after an error.
 bool read_all(std::FILE *file, std::string &text)
 {
     char block[8192];
@@ -146,7 +146,7 @@ bool mem_cfg_parse_number(std::string_view text, int &answer)
     if (hexadecimal)
         text.remove_prefix(2);
 
-    // Unsigned and wider than the answer: a second sign is refused, and the smallest number has its magnitude.
+    // Unsigned, so that a second sign is refused; 64 bits, so that the magnitude of the smallest number fits.
     std::uint64_t magnitude = 0;
     char const *const end = text.data() + text.size();
     std::from_chars_result const result = std::from_chars(text.data(), end, magnitude, hexadecimal ? 16 : 10);

@@ -1,5 +1,10 @@
-// One formatter, two sources of arguments. A conversion is read to its end before its first argument is taken, so that
-// one that turns out to be unknown has consumed nothing.
+// One formatter with two sources of arguments: the variable arguments of a call and a run of 8-byte slots. A conversion
+// is read to its end before its first argument is taken, so that an unknown conversion takes no argument:
+//
+//     format     "%*d|%*y|%d"    arguments  5, 42, 7
+//     "%*d"      known: takes 5 for the width and 42    "   42"
+//     "%*y"      unknown: copied, takes nothing         "%*y"
+//     "%d"       takes 7                                "7"
 #include "mem_sys.h"
 
 #include "mem/format/mem_format.h"
@@ -207,7 +212,8 @@ void take_star_arguments(Conversion &conversion, Source &source)
         options.precision = static_cast<int>(source.whole(sizeof(int)));
 }
 
-// Cuts an absurd field down and tells so. The precision of a text only limits what is read.
+// Returns true, and removes width and precision, if a field is too large. The precision of a text is always allowed,
+// since it only limits the characters that are read.
 bool limit_field(Conversion &conversion)
 {
     MEM_FORMAT_OPTIONS &options = conversion.options;

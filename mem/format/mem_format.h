@@ -10,8 +10,8 @@
 /// Largest field width, and largest precision of a number: what one conversion may make of a short format.
 constexpr int MEM_FORMAT_LARGEST_FIELD = 1 << 20;
 
-/// Text under construction. It stays away from the string it is meant for until it is complete, so arguments may point
-/// into that string, and the string grows once. Short texts need no heap.
+/// A text under construction. It is copied into the caller's string only when it is complete, so that arguments may
+/// point into that string, and the string grows once. Short texts need no memory of the heap.
 class MEM_FORMAT_BUFFER
 {
 public:

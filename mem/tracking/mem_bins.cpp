@@ -1,7 +1,7 @@
-// The open bins lie on a stack, each with its bytes at the open and the highest bytes seen since. A boundary, that is
-// an open or a close, sees two figures: the bytes now and the peak since the boundary before. The peak goes to the
-// innermost bin alone, which hands its own to the bin around it as it closes, so that a boundary costs the same at
-// any depth:
+// The open bins are kept on a stack, each with its bytes at the open and the largest bytes seen since. A boundary, that
+// is an open or a close, reads two figures: the bytes now and the peak since the last boundary. The peak is given to
+// the innermost bin alone, which passes its own peak on to the bin around it when it closes, so that a boundary costs
+// the same at any depth:
 //
 //     boundary   now  peak since   stack (open, peak)       reported
 //     open A      10           -   A(10, 10)
@@ -10,10 +10,10 @@
 //     close A     15          40                            A: 10, 15, 70
 #include "mem/tracking/mem_bins.h"
 
-#include "mem/tracking/mem_count.h"
-#include "mem/tracking/mem_timeline.h"
-#include "mem/tracking/mem_tracking.h"
 #include "mem/os/mem_os.h"
+#include "mem/tracking/mem_count.h"
+#include "mem/tracking/mem_switches.h"
+#include "mem/tracking/mem_timeline.h"
 
 #include <algorithm>
 #include <limits>
@@ -72,7 +72,8 @@ void raise_innermost(std::int64_t peak_bytes)
         bin->peak_bytes = peak_bytes;
 }
 
-// What the system doesn't tell stays as it was. A high-water mark that rose did so since the boundary before.
+// A figure that the system doesn't give keeps its value. If the high-water mark has risen, it has done so since the
+// last boundary, and so it is the peak since then.
 [[gnu::noinline]] MEM_BOUNDARY process_boundary()
 {
     std::size_t const former_mark = l_working_set_mark;
@@ -112,7 +113,7 @@ std::string const &label_now()
 void add_row(char const *event, MEM_BOUNDARY const &boundary)
 {
     mem_timeline_add({event, boundary.now_bytes, boundary.peak_bytes, label_now(), path_of_innermost()},
-                     mem_tracking_has(MEM_TRACKING_SOURCES));
+                     mem_switches_has(MEM_TRACKING_SOURCES));
 }
 
 // The tag of the innermost bin, unless a bin around it has the same.
@@ -141,7 +142,7 @@ bool record(ACTION action)
 
 void add_row_if_recorded(char const *event, MEM_BOUNDARY const &boundary)
 {
-    if (mem_tracking_has(MEM_TRACKING_TIMELINE))
+    if (mem_switches_has(MEM_TRACKING_TIMELINE))
         record([&] { add_row(event, boundary); });
 }
 
@@ -183,7 +184,7 @@ MEM_BIN_FIGURES mem_bins_close()
     if (bin != nullptr) {
         figures = {bin->open_bytes, boundary.now_bytes, bin->peak_bytes};
         add_row_if_recorded("close", boundary);
-        if (mem_tracking_has(MEM_TRACKING_STATISTICS))
+        if (mem_switches_has(MEM_TRACKING_STATISTICS))
             record([&] { mem_statistics_add(path_of_innermost(), outermost_tag(), figures); });
     }
     state().count -= state().count != 0 ? 1 : 0;
@@ -199,7 +200,7 @@ void mem_bins_flush_peak()
 
 void mem_bins_set_label(std::string const &label)
 {
-    if (record([&] { state().label = label; }) && mem_tracking_has(MEM_TRACKING_TIMELINE))
+    if (record([&] { state().label = label; }) && mem_switches_has(MEM_TRACKING_TIMELINE))
         add_row_if_recorded("label", take_boundary());
 }
 
@@ -214,5 +215,5 @@ void mem_bins_start_timeline()
     if (!mem_count_is_linked())
         mem_os_working_set(&bytes);
     std::int64_t const now = mem_count_is_linked() ? mem_count_total() : static_cast<std::int64_t>(bytes);
-    record([&] { mem_timeline_add({"start", now, now, {}, {}}, mem_tracking_has(MEM_TRACKING_SOURCES)); });
+    record([&] { mem_timeline_add({"start", now, now, {}, {}}, mem_switches_has(MEM_TRACKING_SOURCES)); });
 }

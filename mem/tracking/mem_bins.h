@@ -8,7 +8,8 @@
 
 void mem_bins_open(std::string const &name, std::string const &tag);
 
-/// Closes the innermost bin. Without one, or if there was no memory for it, all three figures are those of now.
+/// Closes the innermost bin and returns its figures. If no bin is open, or if there was no memory for the bin, all
+/// three are the bytes now.
 MEM_BIN_FIGURES mem_bins_close();
 
 /// Folds the peak up to now into the innermost bin.

@@ -1,6 +1,6 @@
 #include "mem/tracking/mem_calls.h"
 
-#include "mem/tracking/mem_hash_table.h"
+#include "mem/base/mem_hash_table.h"
 
 #include <algorithm>
 
@@ -50,7 +50,8 @@ private:
     std::size_t m_count = 0;
 };
 
-// Not of a fixed size: one that was another before, or behind which the unwinder has left out a call.
+// The size of a frame is not fixed if it was another before. It is not known if the unwinder left out a call after it:
+// then the return address in memory is not that of the next frame.
 void learn(STEP *step, MEM_OS_FRAME const &frame, MEM_OS_FRAME const &caller)
 {
     std::uintptr_t const size = caller.stack - frame.stack;

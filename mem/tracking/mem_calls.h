@@ -1,8 +1,8 @@
 // The calls that lead to an allocation.
 //
-// Unwinding a stack takes most of a microsecond, so it is done once for each way into an operator new. What it teaches
-// is the size of the frame of each function at each of its calls, and with these sizes the next stack is read as it
-// lies, frame by frame:
+// Unwinding a stack takes most of a microsecond, so it is done once for each chain of calls to an operator new. It
+// gives the size of each frame under its return address, and with these sizes the next stack is read frame by frame
+// from memory, without the unwinder:
 //
 //     unwound       return address   stack after it      learned
 //     operator new  A                1000                A: frame of 48 bytes
@@ -39,13 +39,15 @@ struct MEM_STACK
     bool is_whole;
 };
 
-/// Reads the calling thread's stack by what is known. False if it doesn't suffice. In the lock of the sites.
+/// Reads the calling thread's stack by the sizes that are known. False if they don't suffice. Under the lock of the
+/// sites.
 bool mem_calls_read(MEM_CALL const &call, MEM_CALLS *calls);
 
 /// Unwinds the calling thread's stack. The first of its frames is the call. Without any lock.
 void mem_calls_unwind(MEM_CALL const &call, MEM_STACK *stack);
 
-/// What mem_calls_read() gives for such a stack from now on, which it learns. In the lock of the sites.
+/// Records the sizes of a stack's frames and gives its calls, as mem_calls_read() does for such a stack from now on.
+/// Under the lock of the sites.
 void mem_calls_learn(MEM_STACK const &stack, MEM_CALLS *calls);
 
 #endif

@@ -1,17 +1,19 @@
 // The count of allocated bytes of the process.
 //
-// A thread counts in a record of its own, with plain arithmetic. What it has counted since its last fold is folded into
-// the total of the process when it comes to 64 KiB either way, at the boundaries of profile bins, when any thread asks
-// for the total, and when the thread ends; what is counted even later on an ending thread goes into the total at once.
-// A thread at rest may be folded by another. So nothing is lost, and who folds all threads has the exact total, as far
-// as they rest.
+// A thread counts in a record of its own, with plain arithmetic. A fold adds the bytes that the thread has counted
+// since its last fold to the total of the process. A record is folded when these bytes reach 64 KiB up or down, at the
+// boundaries of profile bins, when any thread asks for the total, and when the thread ends; bytes that an ending thread
+// counts later are added to the total at once. Any thread may fold the record of another. So no byte is lost, and after
+// all threads are folded the total is exact for every thread that doesn't allocate at the same time.
 //
-//     thread A: +40000    thread B: +60000                    total 1000000
-//     A allocates 30000: 70000 since its last fold            total 1070000    A: 0
-//     A opens a profile bin: it folds both                    total 1130000    A: 0    B: 0
+//                                                 since the last fold:  A        B        total
+//     before                                                            40000    60000    1000000
+//     A allocates 30000, which makes 70000: A is folded                 0        60000    1070000
+//     A opens a profile bin: all threads are folded                     0        0        1130000
 //
-// Each fold is a sample of the peak: the total before it, and the highest that the thread had on top of that. Between
-// two boundaries this is exact while one thread alone allocates; each further one may hide what it has not folded.
+// Each fold is a sample of the peak: the total before it plus the largest number of bytes that the thread had since its
+// last fold. Between two boundaries the peak is exact if one thread alone allocates; each further thread may hide up to
+// 64 KiB that it has not folded.
 #ifndef MEM_COUNT_H
 #define MEM_COUNT_H
 

@@ -1,4 +1,13 @@
-// The replaced operators new and delete: the heap of the runtime, with every block counted in zel_mem.
+// The replaced operators new and delete. They allocate from the heap of the runtime and count every block in zel_mem.
+//
+// An example, on Linux: a thread that has 1000 bytes calls operator new(64).
+//
+//     malloc(64)                          a block of 72 usable bytes
+//     try_add(72) on the thread's record  1072 is inside the limits: counted, return
+//
+// Nothing else runs. A count outside of the limits, or one on a thread whose record isn't reached without a call, takes
+// the slow path, mem_count_allocation() in the shared library. The slow path gets the return address of the operator
+// and the stack pointer after its return, from which it finds the site of the allocation.
 #include "mem/os/mem_os_heap.h"
 #include "mem/os/mem_os_thread.h"
 #include "mem_sys.h"
@@ -12,8 +21,8 @@ bool const mem_new_linked = (mem_count_allocation(nullptr, 0, nullptr, nullptr),
 
 namespace {
 
-// What is inlined here always is, into the operators: their call is what they tell of, and a jump to what is seldom
-// needed leaves their main road without a register to save.
+// The fast path is always inlined into the operators, since the return address that they report has to be their own.
+// The slow path is never inlined, so that the fast path needs no saved register.
 
 [[gnu::always_inline]] inline bool count_allocation_in_place(std::size_t bytes)
 {

@@ -1,12 +1,11 @@
 #include "mem/tracking/mem_sites.h"
 
-#include "mem/tracking/mem_hash_table.h"
-#include "mem/tracking/mem_lock.h"
+#include "mem/base/mem_hash_table.h"
+#include "mem/tracking/mem_locks.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <mutex>
 
 namespace {
 
@@ -212,14 +211,14 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
 {
     MEM_CALLS calls;
     {
-        std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+        MEM_LOCK_SCOPE const lock(mem_sites_lock);
         if (mem_calls_read(call, &calls) && enter_at_known_site(block, bytes, calls))
             return;
     }
     MEM_STACK stack;
     mem_calls_unwind(call, &stack);
     {
-        std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+        MEM_LOCK_SCOPE const lock(mem_sites_lock);
         mem_calls_learn(stack, &calls);
         if (enter_at_known_site(block, bytes, calls))
             return;
@@ -227,7 +226,7 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
     // Not in the lock: who holds the loader's may be waiting for it.
     MODULE_NAME module_name = {};
     mem_os_module_name(calls.return_addresses[0], module_name, sizeof module_name);
-    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    MEM_LOCK_SCOPE const lock(mem_sites_lock);
     if (!enter_at_known_site(block, bytes, calls) &&
         !(add_site(calls, module_name) && enter_at_known_site(block, bytes, calls)))
         ++l_lost_blocks;
@@ -235,14 +234,14 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
 
 void mem_sites_remove(void const *block)
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    MEM_LOCK_SCOPE const lock(mem_sites_lock);
     if (BLOCK *const entry = l_blocks.find(reinterpret_cast<std::uintptr_t>(block)))
         take_out(entry);
 }
 
 void mem_sites_reset()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    MEM_LOCK_SCOPE const lock(mem_sites_lock);
     l_blocks.clear();
     l_places.clear();
     l_sites.clear();
@@ -255,7 +254,7 @@ void mem_sites_reset()
 
 void mem_sites_begin_peak()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    MEM_LOCK_SCOPE const lock(mem_sites_lock);
     l_peak_bytes = l_live_bytes;
     ++l_peak;
 }
@@ -267,7 +266,7 @@ MEM_SITES mem_sites_copy()
         std::size_t const room = copy.sites.capacity();
         std::size_t needed = 0;
         {
-            std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+            MEM_LOCK_SCOPE const lock(mem_sites_lock);
             needed = l_sites.count;
             if (needed <= room) {
                 for (std::size_t i = 0; i < needed; ++i) {
@@ -291,7 +290,7 @@ std::vector<std::string> mem_sites_modules()
     for (std::size_t i = 0; i < count; ++i) {
         MODULE_NAME name;
         {
-            std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+            MEM_LOCK_SCOPE const lock(mem_sites_lock);
             std::memcpy(name, l_modules.values[i].name, sizeof name);
         }
         names.emplace_back(name);
@@ -305,7 +304,7 @@ std::vector<std::uint64_t> mem_sites_module_bytes()
     for (;;) {
         std::size_t needed = 0;
         {
-            std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+            MEM_LOCK_SCOPE const lock(mem_sites_lock);
             needed = l_modules.count;
             if (needed <= bytes.capacity()) {
                 for (std::size_t i = 0; i < needed; ++i)

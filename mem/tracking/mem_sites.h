@@ -1,15 +1,19 @@
-// The blocks that are out, by the site of their allocation.
+// The living blocks, by the site of their allocation.
 //
-// A site is a way into an operator new: the innermost calls of the stack. Each block is entered under its address with
-// its site, and each site adds up its blocks. The figures at the peak are those of the moment when the sum over all
-// sites was highest. No copy is made at a peak: a site keeps what it had at the latest peak when it changes for the
-// first time after that, and a site that hasn't changed since has what it had then.
+// A site is a chain of calls to an operator new: the innermost return addresses of the stack. Each block is entered
+// under its address with its site, and each site adds up its blocks.
 //
-//     sum over all   peak no.   site A: now, at the peak, no.
-//     A +10    10       1       10, -, -
-//     B +20    30       2       10, -, -           10 at peak 2, as it has not changed since
-//     A -10    20       2        0, 10, 2
-//     B +20    40       3        0, 10, 2          0 at peak 3
+// A site's figure at the peak is its bytes at the moment when the sum over all sites was largest. Peaks are numbered,
+// and no figures are copied when a new peak is reached. Instead a site saves its bytes, with the number of the latest
+// peak, just before it changes for the first time after that peak. As long as it has not changed since the peak, its
+// bytes now are its bytes at the peak:
+//
+//              sum    number of     site A:         site A at the peak
+//                     the peak      now   saved
+//     A +10     10       1          10    -         10: its bytes now
+//     B +20     30       2          10    -         10: its bytes now, as it has not changed since peak 2
+//     A -10     20       2           0    10 (2)    10: saved for peak 2
+//     B +20     40       3           0    10 (2)     0: its bytes now, as nothing is saved for peak 3
 #ifndef MEM_SITES_H
 #define MEM_SITES_H
 
@@ -58,8 +62,8 @@ struct MEM_SITES
 };
 MEM_SITES mem_sites_copy();
 
-/// The file names of the executable and the libraries that have a site, empty for code that is in none of them. They
-/// keep their places as others come.
+/// The file names of the executable and the libraries that contain a site; empty for code that is in none of them.
+/// Later calls return the same names first.
 std::vector<std::string> mem_sites_modules();
 
 /// What each of them has out, in the same places.

@@ -1,12 +1,11 @@
 #include "mem/tracking/mem_statistics.h"
 
-#include "mem/tracking/mem_lock.h"
+#include "mem/tracking/mem_locks.h"
 #include "mem/tracking/mem_table.h"
 
 #include <algorithm>
 #include <limits>
 #include <map>
-#include <mutex>
 #include <tuple>
 #include <vector>
 
@@ -72,7 +71,7 @@ std::string table(std::string const &heading, SUMS const &sums)
 
 void mem_statistics_add(std::string const &path, std::string const &tag, MEM_BIN_FIGURES const &figures)
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     add(&statistics().bins[path], figures);
     if (!tag.empty())
         add(&statistics().tags[tag], figures);
@@ -80,18 +79,18 @@ void mem_statistics_add(std::string const &path, std::string const &tag, MEM_BIN
 
 void mem_statistics_reset()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     statistics() = STATISTICS();
 }
 
 std::string mem_statistics_table_by_bin()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     return table("bin", statistics().bins);
 }
 
 std::string mem_statistics_table_by_tag()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     return table("tag", statistics().tags);
 }

@@ -1,13 +1,12 @@
 #include "mem/tracking/mem_timeline.h"
 
-#include "mem/tracking/mem_lock.h"
+#include "mem/tracking/mem_locks.h"
 #include "mem/tracking/mem_sites.h"
 #include "mem/tracking/mem_table.h"
 #include "mem_sys.h"
 
 #include <algorithm>
 #include <chrono>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -102,19 +101,19 @@ void mem_timeline_add(MEM_TIMELINE_ROW row, bool with_modules)
     std::vector<std::uint64_t> modules;
     if (with_modules)
         modules = mem_sites_module_bytes();
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     rows().push_back({CLOCK::now(), std::move(row), std::move(modules)});
 }
 
 void mem_timeline_reset()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     rows() = std::vector<ROW>();
 }
 
 MEM_TIMELINE_TABLES mem_timeline_tables()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     if (rows().empty())
         return {};
     return {table_of_rows(rows()), table_of_modules(rows(), mem_sites_modules())};

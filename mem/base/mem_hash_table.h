@@ -1,5 +1,17 @@
-// A hash table for the inside of operators new and delete: its memory comes from the plain heap, which isn't counted,
-// and want of memory is an answer. Open addressing with linear probing, at most two thirds full.
+// A hash table that can be used inside operators new and delete: its memory comes from the plain heap, which isn't
+// counted, and a lack of memory is a result and not an exception.
+//
+// Open addressing with linear probing: an entry lies at the first place of its key, or else in the first place after it
+// that was free. The entries between two free places are a run. For example, with 8 places, where A and B both have the
+// first place 2, and C has the first place 3:
+//
+//     place          0    1    2    3    4    5
+//     add A, B, C              A    B    C              B is looked for at 2, 3; C at 3, 4
+//     remove A                 -    B    C              a hole: B would not be found from 2 on
+//                              B    -    C              B moves to the hole, since 2 is one of its places
+//                              B    C    -              C moves too, since the hole is not before its first place
+//
+// The table doubles when it is two thirds full, so that runs stay short.
 #ifndef MEM_HASH_TABLE_H
 #define MEM_HASH_TABLE_H
 
@@ -8,7 +20,8 @@
 #include <cstdlib>
 #include <utility>
 
-/// ENTRY has a member `key` of 64 bits, 0 in an empty place; all else of it may begin with zeros. It is moved as bytes.
+/// ENTRY is a plain structure with a member `key` of 64 bits, which is 0 in a free place. A new entry is all zeros
+/// apart from its key. Growing copies entries.
 template <typename ENTRY>
 class MEM_HASH_TABLE
 {
