@@ -35,7 +35,7 @@ public:
         return entry.key == key ? &entry : nullptr;
     }
 
-    /// The entry of a key other than 0, made if there is none; null for want of memory.
+    /// The entry of a key other than 0, added if there is none; null if there is no memory.
     ENTRY *find_or_add(std::uint64_t key)
     {
         if (ENTRY *const entry = find(key))
@@ -50,7 +50,7 @@ public:
 
     void remove(ENTRY *entry)
     {
-        // Those behind it in its run move up, as far as they don't stand in front of their own places then.
+        // The later entries of the run fill the hole, except those that would lie before their first place.
         std::size_t hole = static_cast<std::size_t>(entry - m_entries);
         for (std::size_t i = next(hole); m_entries[i].key != 0; i = next(i)) {
             std::size_t const wanted = first_place_of(m_entries[i].key);
@@ -75,14 +75,14 @@ private:
     std::size_t capacity() const { return m_entries == nullptr ? 0 : std::size_t{1} << m_bits; }
     std::size_t next(std::size_t place) const { return (place + 1) & (capacity() - 1); }
 
-    // The high bits of the product, on which all bits of the key have an influence.
+    // The high bits of the product, which depend on all bits of the key.
     std::size_t first_place_of(std::uint64_t key) const
     {
         constexpr std::uint64_t GOLDEN = 0x9e3779b97f4a7c15U; // 2^64 over the golden ratio
         return static_cast<std::size_t>((key * GOLDEN) >> (64 - m_bits));
     }
 
-    // Where the key is, or would be.
+    // The place of the key, or the free place where it would be added.
     std::size_t place_of(std::uint64_t key) const
     {
         std::size_t place = first_place_of(key);

@@ -1,5 +1,5 @@
-// The texts in which /proc tells about a process. Pure functions: any text goes in, and one that isn't of the expected
-// form gives false and leaves the result alone.
+// Readers of the texts under /proc that describe a process. Pure functions: any text may be given. A text that doesn't
+// have the expected form gives false and leaves the result alone.
 #ifndef MEM_PROC_TEXT_H
 #define MEM_PROC_TEXT_H
 

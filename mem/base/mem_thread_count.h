@@ -1,4 +1,4 @@
-// The record in which a thread counts its allocations, with plain arithmetic: no lock and no atomic addition.
+// The record in which a thread counts its allocations with plain arithmetic: no lock and no atomic addition.
 //
 // A record starts with limits of 0, so that the first count of the thread is sent on to mem_count.cpp, which enters the
 // thread into its list and sets the limits to 64 KiB around what is folded into the total of the process:
@@ -24,7 +24,7 @@ struct MEM_THREAD_COUNT
 {
     /// Allocated less released.
     std::atomic<std::int64_t> bytes{0};
-    /// The highest `bytes` since the last fold.
+    /// The largest `bytes` since the last fold.
     std::atomic<std::int64_t> peak_bytes{0};
     /// An allocation after which `bytes` is not below the first limit, or a release after which it is not above the
     /// second, takes the slow path.

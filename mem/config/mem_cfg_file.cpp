@@ -68,6 +68,12 @@ bool parse_line(std::string_view line, std::string const &origin, MEM_CFG_ENTRIE
     return true;
 }
 
+struct CloseFile
+{
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
 // Reads until the end, an error, or more than the largest size. False after an error.
 bool read_all(std::FILE *file, std::string &text)
 {
@@ -84,11 +90,10 @@ bool read_all(std::FILE *file, std::string &text)
 
 bool mem_cfg_read_file(std::string const &path, std::string &text, std::vector<std::string> &problems)
 {
-    std::FILE *const file = std::fopen(path.c_str(), "rb");
+    File const file(std::fopen(path.c_str(), "rb"));
     if (file == nullptr)
         return false;
-    bool const readable = read_all(file, text);
-    std::fclose(file);
+    bool const readable = read_all(file.get(), text);
     if (text.size() <= MEM_CFG_LARGEST_FILE)
         return readable;
     problems.push_back(path + ": the file is larger than " + std::to_string(MEM_CFG_LARGEST_FILE >> 20) +

@@ -58,7 +58,7 @@ std::size_t bytes_of(Length length)
     return sizeof(long long);
 }
 
-// A run of 8-byte slots; the caller's cursor moves along.
+// A run of 8-byte slots. Moves the caller's cursor past the slots that it takes.
 class SlotSource
 {
 public:
@@ -127,7 +127,7 @@ bool set_flag(MEM_FORMAT_OPTIONS &options, char c)
     }
 }
 
-// Reads digits; a number too large for an int stands still at the largest one.
+// Reads digits. A number that is too large for an int gives the largest int.
 int read_number(char const *&p)
 {
     int number = 0;
@@ -168,8 +168,8 @@ Length read_length(char const *&p)
     }
 }
 
-// Reads what stands behind a per-cent sign and returns its end. The kind stays 0 if the conversion is unknown or the
-// format ends in it.
+// Reads the rest of a conversion after its per-cent sign and returns its end. The kind stays 0 if the conversion is
+// unknown or the format ends in it.
 char const *read_conversion(char const *p, Conversion &conversion)
 {
     MEM_FORMAT_OPTIONS &options = conversion.options;
@@ -275,7 +275,7 @@ void format_text(MEM_FORMAT_BUFFER &out, MEM_FORMAT_OPTIONS const &options, char
     mem_format_padded(out, options, text, size);
 }
 
-// The "C" locale has the ASCII characters alone.
+// The "C" locale contains only the ASCII characters.
 char narrow(wchar_t c)
 {
     return static_cast<std::uint32_t>(c) < 0x80 ? static_cast<char>(c) : '?';
@@ -298,8 +298,8 @@ void format_character(MEM_FORMAT_BUFFER &out, Conversion const &conversion, std:
     mem_format_padded(out, conversion.options, &c, 1);
 }
 
-// Takes the arguments of one conversion and appends its text. False if the field is absurd; the arguments are consumed
-// all the same.
+// Takes the arguments of one conversion and appends its text. False if the field is too large; the arguments are taken
+// even then.
 template <typename Source>
 bool convert(MEM_FORMAT_BUFFER &out, Conversion &conversion, Source &source)
 {

@@ -33,32 +33,33 @@ struct OPEN_BIN
     std::string tag;
 };
 
-// Of the one thread. Never released: bins may close while the process exits.
+// Written by the thread of the bins alone, which makes it with its first call. The exit keeps it, since bins may close
+// until the end.
 struct STATE
 {
-    // Those beyond the count are closed and keep the room of their texts.
+    // The entries from `count` on are those of closed bins; they keep the memory of their texts for the next ones.
     std::vector<OPEN_BIN> bins;
-    // May be above the number of places when the heap gave nothing: the bins up there are known by their number alone.
+    // Open bins. Larger than the number of entries if the heap gave no memory for the innermost ones.
     std::size_t count = 0;
     // The peak up to a flush, for the row of the next boundary.
     std::int64_t flushed_peak_bytes = NO_PEAK;
+    // The figures of the process at the last boundary, in processes without zel::mem_new.
+    std::size_t working_set = 0;
+    std::size_t working_set_mark = 0;
+    // The label of the time line, and whether the tags of bins replace it.
     std::string label;
     bool has_tag_labels = true;
 };
 
 STATE &state()
 {
-    static STATE *s = nullptr; // a guard would be asked at each boundary
+    static STATE *s = nullptr; // a static object has a guard, which would be tested at each boundary
     if (s == nullptr)
         s = new STATE;
     return *s;
 }
 
-// The figures of the process at the last boundary, for processes without zel::mem_new. Of the same thread.
-std::size_t l_working_set = 0;
-std::size_t l_working_set_mark = 0;
-
-// The innermost bin; null if none is open or if it has no place.
+// The entry of the innermost bin; null if no bin is open or if it has no entry.
 OPEN_BIN *innermost_bin()
 {
     STATE &s = state();
@@ -76,10 +77,11 @@ void raise_innermost(std::int64_t peak_bytes)
 // last boundary, and so it is the peak since then.
 [[gnu::noinline]] MEM_BOUNDARY process_boundary()
 {
-    std::size_t const former_mark = l_working_set_mark;
-    mem_os_working_set_and_mark(&l_working_set, &l_working_set_mark);
-    std::size_t const peak = l_working_set_mark > former_mark ? l_working_set_mark : l_working_set;
-    return {static_cast<std::int64_t>(l_working_set), static_cast<std::int64_t>(std::max(peak, l_working_set))};
+    STATE &s = state();
+    std::size_t const former_mark = s.working_set_mark;
+    mem_os_working_set_and_mark(&s.working_set, &s.working_set_mark);
+    std::size_t const peak = s.working_set_mark > former_mark ? s.working_set_mark : s.working_set;
+    return {static_cast<std::int64_t>(s.working_set), static_cast<std::int64_t>(std::max(peak, s.working_set))};
 }
 
 MEM_BOUNDARY take_boundary()
@@ -99,7 +101,7 @@ std::string path_of_innermost()
     return path;
 }
 
-// The tag of the innermost bin that has one, as long as tags are labels.
+// The label of a row: the tag of the innermost bin that has one, if tags replace the label.
 std::string const &label_now()
 {
     STATE const &s = state();
@@ -116,7 +118,7 @@ void add_row(char const *event, MEM_BOUNDARY const &boundary)
                      mem_switches_has(MEM_TRACKING_SOURCES));
 }
 
-// The tag of the innermost bin, unless a bin around it has the same.
+// The tag of the innermost bin; empty if a bin around it has the same tag.
 std::string const &outermost_tag()
 {
     static std::string const &NONE = *new std::string;
@@ -128,7 +130,8 @@ std::string const &outermost_tag()
     return tag;
 }
 
-// Records are dropped for want of memory; the figures are not. False if this one was.
+// Runs an action that records something. False if there was no memory for the record: it is dropped, and the figures
+// stay right.
 template <typename ACTION>
 bool record(ACTION action)
 {
@@ -158,7 +161,7 @@ void push(std::string const &name, std::string const &tag, std::int64_t now_byte
     bin->open_bytes = bin->peak_bytes = now_bytes;
     bool const is_named = record([&] {
         bin->name = name;
-        if (bin->tag != tag) // mostly both are empty, which spares a call
+        if (bin->tag != tag) // mostly both are empty, which saves a call
             bin->tag = tag;
     });
     if (!is_named) {

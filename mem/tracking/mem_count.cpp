@@ -24,15 +24,15 @@ constexpr std::int64_t HIGHEST = std::numeric_limits<std::int64_t>::max();
 struct alignas(64) Totals
 {
     std::atomic<std::int64_t> bytes{0};
-    // The highest sample since it was last taken away; LOWEST if there was none.
+    // The largest sample since a boundary last took it; LOWEST if there was none.
     std::atomic<std::int64_t> peak_bytes{LOWEST};
 };
 Totals l_totals;
 
-// Whether blocks are recorded. Written in the lock of the switches.
+// True while blocks are recorded. Written under the lock of the switches.
 std::atomic<bool> l_blocks_are_watched{false};
 
-// The threads that others may fold, in the lock of the threads; their number can be asked without.
+// The threads that others may fold. Written under the lock of the threads; their number is read without it.
 MEM_THREAD_COUNT *l_threads = nullptr;
 std::atomic<std::size_t> l_thread_count{0};
 
@@ -46,7 +46,7 @@ void add_to_total(std::int64_t bytes, std::int64_t rise_bytes)
     }
 }
 
-// In the lock of the record.
+// Under the lock of the record.
 void set_limits(MEM_THREAD_COUNT &count)
 {
     bool const all = count.state != MEM_THREAD_COUNT::LISTED || l_blocks_are_watched.load(std::memory_order_relaxed);
@@ -126,8 +126,8 @@ void thread_ends(MEM_THREAD_COUNT &count)
     fold(count);
 }
 
-// The child has one thread. The memory of the others' records may be anything soon, and their locks are as the fork
-// found them, so what they had is taken as it stands.
+// In the child of a fork, which has one thread. The memory of the other threads' records may soon be reused, and their
+// locks are in the state in which the fork found them. So their bytes are added to the total now, without the locks.
 void forked()
 {
     MEM_THREAD_COUNT *const own = mem_os_thread_count();
@@ -148,7 +148,7 @@ void begin(MEM_THREAD_COUNT &count)
     mem_locks_watch_forks(forked);
     if (!mem_os_watch_thread_end(thread_ends))
         return set_state(count, MEM_THREAD_COUNT::ENDED);
-    // In this order: a change of the switch meanwhile either finds it in the list or is seen by it.
+    // In this order: a simultaneous change of the switch either finds the record in the list or is seen by set_state().
     enter(count);
     set_state(count, MEM_THREAD_COUNT::LISTED);
 }
@@ -170,7 +170,7 @@ void begin(MEM_THREAD_COUNT &count)
     add_to_total(bytes, 0);
 }
 
-// Also for the threads whose records have not been reached by a change of the switch.
+// Asked after every count, since a change of the switch may not have reached the record of this thread yet.
 bool is_watched(void const *block)
 {
     return block != nullptr && l_blocks_are_watched.load(std::memory_order_relaxed);
@@ -233,8 +233,8 @@ MEM_BOUNDARY mem_count_boundary()
     fold_all();
     std::int64_t peak = l_totals.peak_bytes.load(std::memory_order_acquire);
     std::int64_t now = l_totals.bytes.load(std::memory_order_acquire);
-    // A peak up to this boundary's figure needn't be taken away: the next peak begins at that figure anyhow. This
-    // spares most boundaries the exchange.
+    // A peak that isn't above the total now needn't be reset, since the next peak starts at that total. This saves most
+    // boundaries the exchange.
     if (peak > now) {
         peak = l_totals.peak_bytes.exchange(LOWEST, std::memory_order_acq_rel);
         now = l_totals.bytes.load(std::memory_order_acquire);

@@ -22,7 +22,7 @@
 #include <atomic>
 #include <cstdint>
 
-/// Set by the first count, for ever.
+/// Set by the first count of the process; never cleared.
 extern std::atomic<bool> mem_count_linked;
 
 /// True once zel::mem_new has counted, which it does when the process starts.
@@ -31,19 +31,19 @@ inline bool mem_count_is_linked()
     return mem_count_linked.load(std::memory_order_relaxed);
 }
 
-/// The total with all that all threads have counted. May be below 0, where blocks from scopes without tracking
+/// Folds all threads and returns the total. It may be below 0 if blocks that were allocated in scopes without tracking
 /// were released outside of such scopes. Any thread.
 std::int64_t mem_count_total();
 
-/// What a boundary of the profile bins sees.
+/// The figures at a boundary of the profile bins.
 struct MEM_BOUNDARY
 {
     std::int64_t now_bytes;
-    /// The highest sample since the boundary before, this figure included.
+    /// The largest sample since the last boundary, including the one at this boundary.
     std::int64_t peak_bytes;
 };
 
-/// MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT without calls, for the boundaries of bins.
+/// The same as MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT, but inline, for the boundaries of bins.
 class MEM_SUSPENSION
 {
 public:
@@ -59,7 +59,7 @@ public:
     }
     static void end()
     {
-        // There may have been no record, for want of memory, when the scope began.
+        // When the scope began there may have been no memory for a record.
         MEM_THREAD_COUNT *const count = mem_os_thread_count();
         if (count != nullptr && count->suspensions != 0)
             --count->suspensions;
@@ -69,8 +69,7 @@ public:
 /// Folds all threads and begins a new peak. One thread at a time.
 MEM_BOUNDARY mem_count_boundary();
 
-/// Has the blocks recorded by mem_sites_add() and mem_sites_remove() from now on, or no longer. In the lock of the
-/// switches.
+/// Starts or ends the recording of blocks by mem_sites_add() and mem_sites_remove(). Under the lock of the switches.
 void mem_count_watch_blocks(bool watch);
 
 #endif

@@ -14,8 +14,8 @@
 
 #include <new>
 
-// The link of a tool asks for this name, and so for this source, which its own references might leave out. Counting
-// nothing tells zel_mem that this process counts.
+// The linker is told to look for this name, so that it takes this source into a tool even if the tool has found other
+// operators. Set when the process starts; counting 0 bytes makes the process one that counts. The exit keeps it.
 extern bool const mem_new_linked;
 bool const mem_new_linked = (mem_count_allocation(nullptr, 0, nullptr, nullptr), true);
 
@@ -43,7 +43,8 @@ namespace {
         mem_count_release(block, bytes);
 }
 
-// Called when the heap gives nothing: what the new-handler does may help; one that can't throws or ends the process.
+// Called when the heap gives no block. The new-handler may make memory available; one that can't throws or ends the
+// process.
 void call_new_handler()
 {
     std::new_handler const handler = std::get_new_handler();
@@ -96,7 +97,7 @@ void call_new_handler()
     return count_allocation(block, counted_bytes, __builtin_return_address(0), MEM_OS_STACK_OF_CALLER());
 }
 
-// Counted first: once released, the block may be another thread's.
+// The block is counted before it is released, since afterwards it may belong to another thread.
 [[gnu::always_inline]] inline void release(void *block)
 {
     count_release(block, mem_os_heap_end_count(block));

@@ -9,7 +9,7 @@
 
 namespace {
 
-// An array by the plain heap, for plain values.
+// An array of plain values in memory of the plain heap.
 template <typename VALUE>
 struct ARRAY
 {
@@ -17,7 +17,7 @@ struct ARRAY
     std::size_t count = 0;
     std::size_t capacity = 0;
 
-    // The new last value, of zeros; null for want of memory.
+    // Adds a value of zeros at the end; null if there is no memory.
     VALUE *add()
     {
         if (count == capacity) {
@@ -61,7 +61,7 @@ struct PLACE
 struct RECORD
 {
     MEM_SITE site;
-    std::uint64_t peak; // the number of the peak whose figure it keeps
+    std::uint64_t peak; // the number of the peak for which `site` has saved its bytes
 };
 
 using MODULE_NAME = char[128];
@@ -72,14 +72,14 @@ struct MODULE
     std::uint64_t live_bytes;
 };
 
-// In the lock of the sites. Nothing of it is released when the process exits: blocks are given back until the end.
+// All of it is written under the lock of the sites. The exit keeps it, since blocks are released until the end.
 MEM_HASH_TABLE<BLOCK> l_blocks;
 MEM_HASH_TABLE<PLACE> l_places;
 ARRAY<RECORD> l_sites;
-ARRAY<MODULE> l_modules; // stays when the sites are forgotten
-std::uint64_t l_live_bytes = 0;
-std::uint64_t l_peak_bytes = 0;
-std::uint64_t l_peak = 0;
+ARRAY<MODULE> l_modules;        // mem_sites_reset() keeps it
+std::uint64_t l_live_bytes = 0; // the sum over all sites
+std::uint64_t l_peak_bytes = 0; // its largest value
+std::uint64_t l_peak = 0;       // the number of the peak
 std::uint64_t l_lost_blocks = 0;
 
 std::uint64_t hash_of(MEM_CALLS const &calls)
@@ -95,7 +95,7 @@ bool is_same(MEM_CALLS const &a, MEM_CALLS const &b)
     return std::memcmp(a.return_addresses, b.return_addresses, sizeof a.return_addresses) == 0;
 }
 
-// Where the site of these calls is, or is to be: behind those that have the same hash.
+// The key of the site of these calls. If other calls have the same hash, the next free number.
 std::uint64_t key_of(MEM_CALLS const &calls)
 {
     std::uint64_t key = hash_of(calls);
@@ -107,7 +107,7 @@ std::uint64_t key_of(MEM_CALLS const &calls)
     return key;
 }
 
-// What changes keeps its figure of the latest peak.
+// Saves the bytes at the latest peak. Called before each change of the record.
 void keep_peak(RECORD &record)
 {
     if (record.peak == l_peak)
@@ -154,7 +154,7 @@ bool enter(void const *address, std::size_t bytes, std::size_t site)
     return true;
 }
 
-// Enters the block if the site of these calls is there.
+// Enters the block if the site of these calls is known; false otherwise.
 bool enter_at_known_site(void const *address, std::size_t bytes, MEM_CALLS const &calls)
 {
     PLACE const *const place = l_places.find(key_of(calls));
@@ -223,7 +223,7 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
         if (enter_at_known_site(block, bytes, calls))
             return;
     }
-    // Not in the lock: who holds the loader's may be waiting for it.
+    // Without the lock: a thread that holds the loader's lock may be waiting for it.
     MODULE_NAME module_name = {};
     mem_os_module_name(calls.return_addresses[0], module_name, sizeof module_name);
     MEM_LOCK_SCOPE const lock(mem_sites_lock);
@@ -277,7 +277,7 @@ MEM_SITES mem_sites_copy()
                 return copy;
             }
         }
-        // Allocated outside of the lock.
+        // Not under the lock, since it allocates.
         copy.sites.reserve(needed + needed / 8);
     }
 }
@@ -285,7 +285,7 @@ MEM_SITES mem_sites_copy()
 std::vector<std::string> mem_sites_modules()
 {
     std::vector<std::string> names;
-    std::size_t const count = mem_sites_module_bytes().size(); // they only become more
+    std::size_t const count = mem_sites_module_bytes().size(); // modules are never removed
     names.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         MODULE_NAME name;
@@ -312,6 +312,6 @@ std::vector<std::uint64_t> mem_sites_module_bytes()
                 return bytes;
             }
         }
-        bytes.reserve(needed); // outside of the lock
+        bytes.reserve(needed); // not under the lock, since it allocates
     }
 }

@@ -24,17 +24,17 @@
 #include <string>
 #include <vector>
 
-/// Enters a block; one that is there under its address is forgotten. Any thread, without any lock; it allocates by the
-/// plain heap only and doesn't fail.
+/// Enters a block, in place of a block that was entered under the same address. Called on any thread, without any lock.
+/// Allocates from the plain heap only; a block for which there is no memory is counted as lost.
 void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call);
 
-/// Takes a block out, if it is there. Any thread, without any lock.
+/// Removes a block if it was entered. Called on any thread, without any lock.
 void mem_sites_remove(void const *block);
 
 /// Forgets all blocks and sites.
 void mem_sites_reset();
 
-/// Begins a new peak.
+/// Forgets the peak: the next one starts at the bytes now.
 void mem_sites_begin_peak();
 
 struct MEM_SITE_FIGURES
@@ -49,7 +49,7 @@ struct MEM_SITE_FIGURES
 struct MEM_SITE
 {
     MEM_CALLS calls;
-    std::size_t module; ///< a place in the names of mem_sites_modules()
+    std::size_t module; ///< its index in mem_sites_modules()
     MEM_SITE_FIGURES figures;
 };
 
@@ -57,7 +57,7 @@ struct MEM_SITE
 struct MEM_SITES
 {
     std::vector<MEM_SITE> sites;
-    /// Blocks that could not be recorded for want of memory.
+    /// Blocks that could not be recorded because there was no memory.
     std::uint64_t lost_blocks;
 };
 MEM_SITES mem_sites_copy();
@@ -66,7 +66,7 @@ MEM_SITES mem_sites_copy();
 /// Later calls return the same names first.
 std::vector<std::string> mem_sites_modules();
 
-/// What each of them has out, in the same places.
+/// The living bytes of each of them, in the same order.
 std::vector<std::uint64_t> mem_sites_module_bytes();
 
 #endif

@@ -26,7 +26,7 @@ struct STATISTICS
     SUMS tags;
 };
 
-// In the lock of the bins. Not released when the process exits: bins may close until the end.
+// Written under the lock of the bins. The exit keeps it, since bins may close until the end.
 STATISTICS &statistics()
 {
     static STATISTICS &state = *new STATISTICS;
@@ -41,7 +41,7 @@ void add(SUM *sum, MEM_BIN_FIGURES const &figures)
     sum->peak_bytes = std::max(sum->peak_bytes, figures.peak_bytes);
 }
 
-bool is_wider(SUMS::value_type const &a, SUMS::value_type const &b)
+bool has_more(SUMS::value_type const &a, SUMS::value_type const &b)
 {
     return std::tie(a.second.rise_bytes, a.second.peak_bytes, b.first) >
            std::tie(b.second.rise_bytes, b.second.peak_bytes, a.first);
@@ -56,7 +56,7 @@ std::string table(std::string const &heading, SUMS const &sums)
         text += mem_table_heading(column);
     text += heading + '\n';
     std::vector<std::pair<std::string, SUM>> order(sums.begin(), sums.end());
-    std::sort(order.begin(), order.end(), [](auto const &a, auto const &b) { return is_wider(a, b); });
+    std::sort(order.begin(), order.end(), [](auto const &a, auto const &b) { return has_more(a, b); });
     for (auto const &[name, sum] : order) {
         // A total below 0 is shown as 0.
         std::int64_t const peak_bytes = std::max<std::int64_t>(sum.peak_bytes, 0);

@@ -187,7 +187,7 @@ TEST_F(MemTrackingSites, PlacesAreNamed)
         EXPECT_THAT(rows.at(1).place, testing::StartsWith("mem_tracking_sites_test.exe+0x"));
     } else {
         EXPECT_THAT(rows.at(1).place, testing::MatchesRegex("mem_test_site\\(unsigned long\\) at "
-                                                            "tests/mem_tracking_sites_test.cpp:[0-9]+ "
+                                                            "tests/mem/mem_tracking_sites_test.cpp:[0-9]+ "
                                                             "\\(mem_tracking_sites_test\\)"));
     }
 }
