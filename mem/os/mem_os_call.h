@@ -19,7 +19,7 @@ struct MEM_OS_FRAME
     std::uintptr_t return_address;
     /// The stack pointer after the return to it.
     std::uintptr_t stack;
-    /// True unless the frame of the function returned to is known to have another size at another of its calls.
+    /// True if the frame of the function returned to appears to have the same size at each of its calls.
     bool is_of_fixed_size;
 };
 
@@ -29,10 +29,6 @@ std::size_t mem_os_walk_stack(MEM_OS_FRAME *frames, std::size_t capacity);
 /// The address at which the calling thread's stack ends: it is empty when the stack pointer is there. 0 if that isn't
 /// known, or if `stack` isn't in the stack. May allocate, but not through operator new.
 std::uintptr_t mem_os_stack_end(std::uintptr_t stack);
-
-/// The return address of a call that leaves the stack pointer at `stack` when it returns. `stack` is inside the calling
-/// thread's stack. 0 where the layout of a frame isn't known.
-std::uintptr_t mem_os_return_address_at(std::uintptr_t stack);
 
 /// True if the address is in the shared library of the C++ runtime.
 bool mem_os_is_cxx_runtime(std::uintptr_t address);

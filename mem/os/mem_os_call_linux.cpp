@@ -7,6 +7,7 @@
 #include <cstring>
 #include <link.h>
 #include <pthread.h>
+#include <unwind.h>
 
 namespace {
 

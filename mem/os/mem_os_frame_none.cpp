@@ -1,7 +1,5 @@
 #include "mem/os/mem_os_frame.h"
 
-#include "mem/os/mem_os_call.h"
-
 bool mem_os_frame_size_is_known()
 {
     return false;
@@ -12,7 +10,7 @@ std::uintptr_t mem_os_frame_end_by_pointer(_Unwind_Context *)
     return 0;
 }
 
-std::uintptr_t mem_os_return_address_at(std::uintptr_t)
+std::uintptr_t mem_os_frame_return_address(std::uintptr_t)
 {
     return 0;
 }

@@ -1,6 +1,6 @@
 #include "mem/os/mem_os_frame.h"
 
-#include "mem/os/mem_os_call.h"
+#include <unwind.h>
 
 static_assert(sizeof(std::uintptr_t) == 8, "the frames of 64-bit code");
 
@@ -18,7 +18,7 @@ std::uintptr_t mem_os_frame_end_by_pointer(_Unwind_Context *context)
 
 // The sanitizers know the stack by its variables, and this reads between them.
 __attribute__((no_sanitize("address", "undefined", "thread"))) std::uintptr_t
-mem_os_return_address_at(std::uintptr_t stack)
+mem_os_frame_return_address(std::uintptr_t stack)
 {
     return *reinterpret_cast<std::uintptr_t const *>(stack - sizeof(std::uintptr_t));
 }

@@ -1,6 +1,7 @@
 #include "mem/tracking/mem_calls.h"
 
 #include "mem/base/mem_hash_table.h"
+#include "mem/os/mem_os_frame.h"
 
 #include <algorithm>
 
@@ -58,7 +59,7 @@ void learn(STEP *step, MEM_OS_FRAME const &frame, MEM_OS_FRAME const &caller)
 {
     std::uintptr_t const size = caller.stack - frame.stack;
     bool const is_fixed = frame.is_of_fixed_size && caller.stack > frame.stack && size <= UINT32_MAX &&
-                          mem_os_return_address_at(caller.stack) == caller.return_address;
+                          mem_os_frame_return_address(caller.stack) == caller.return_address;
     if (!is_fixed || (step->kind == STEP::FIXED && step->frame_bytes != size)) {
         step->kind = STEP::VARYING;
     } else if (step->kind != STEP::VARYING) {
@@ -91,7 +92,7 @@ bool mem_calls_read(MEM_CALL const &call, MEM_CALLS *calls)
         if (step->kind != STEP::FIXED || end == 0 || step->frame_bytes > end - stack)
             return false;
         stack += step->frame_bytes;
-        return_address = mem_os_return_address_at(stack);
+        return_address = mem_os_frame_return_address(stack);
     }
     return false;
 }
