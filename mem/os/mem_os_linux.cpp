@@ -35,6 +35,7 @@ bool read_statm(int descriptor, std::size_t *bytes)
 
 bool keep_statm(int descriptor)
 {
+    // Set by the first thread that keeps the descriptor. Without the handler no descriptor is kept.
     static bool const FORGOTTEN_IN_CHILD = pthread_atfork(nullptr, nullptr, forget_statm) == 0;
     int none = -1;
     return FORGOTTEN_IN_CHILD && l_statm.compare_exchange_strong(none, descriptor, std::memory_order_relaxed);

@@ -121,7 +121,7 @@ void add_row(char const *event, MEM_BOUNDARY const &boundary)
 // The tag of the innermost bin; empty if a bin around it has the same tag.
 std::string const &outermost_tag()
 {
-    static std::string const &NONE = *new std::string;
+    static std::string const &NONE = *new std::string; // the exit keeps it, as bins may close until the end
     STATE const &s = state();
     std::string const &tag = s.bins[s.count - 1].tag;
     for (std::size_t i = 0; i + 1 < s.count; ++i)

@@ -49,6 +49,7 @@ void mem_lock_wait(MEM_LOCK &lock)
 void mem_locks_watch_forks(void (*forked)())
 {
     l_forked.store(forked, std::memory_order_relaxed);
+    // The first call sets the handlers, which stay.
     static bool const IS_WATCHING = mem_os_watch_forks(lock_all, unlock_all, unlock_all_in_child);
     static_cast<void>(IS_WATCHING);
 }
