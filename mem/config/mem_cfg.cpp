@@ -1,13 +1,24 @@
-// Two locks. The first is held while files are read, so that they are read once and every thread sees them; the second
-// guards the tables and is held for a look-up or a splice alone. Under the second nothing is allocated or released, and
-// a question that a thread asks while it reads (from the callback, from the counting of an allocation) is answered from
-// what is there, so no question can wait for itself. No lock is held while the callback runs or a problem is reported.
+// Files are read at the first question. A thread may ask again while it reads: from the function that returns the
+// installation root, or from an operator new of the tool. Two locks and a mark on the thread keep that safe:
+//
+//     thread A                                           thread B
+//     asks for "verbose"; no file was read yet
+//     marks itself as reading, locks `reading`
+//     reads "kalvern.ini", which allocates;              asks for "verbose", waits for `reading`
+//       its operator new asks for "trace": A is marked,
+//       so the answer comes from the tables as they are
+//     locks `tables`, adds the values, unlocks `tables`
+//     unlocks `reading`                                  finds that the files were read
+//     locks `tables`, looks "verbose" up                 locks `tables`, looks "verbose" up
+//
+// `reading` is held while files are read, so that each is read once and every thread sees its values. `tables` is held
+// for a look-up or a splice alone, and nothing is allocated or released under it. No lock is held while the function
+// of the installation root runs or a problem is reported.
 #include "mem_sys.h"
 
-#include "mem/config/mem_callbacks.h"
+#include "mem/base/mem_line.h"
 #include "mem/config/mem_cfg.h"
 #include "mem/config/mem_cfg_file.h"
-#include "mem/messages/mem_msg.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -26,21 +37,43 @@ using Problems = std::vector<std::string>;
 
 struct Configuration
 {
+    // The next three are written under `reading`, by the question that reads the files.
     std::mutex reading;
+    // Set after the values of these files are in the tables. Any thread reads them without the lock.
     std::atomic<bool> has_start_files{false};
     std::atomic<bool> has_root_file{false};
-    // Texts read so far: the installation may be the current directory, and a file is one source however it is reached.
+    // The texts read so far; empty after the last file. The installation root may be the current directory, and a file
+    // is one source however it is reached.
     std::vector<std::string> texts;
 
+    // Guards the values, which mem_cfg_set() and the question that reads the files write.
     std::mutex tables;
     MEM_CFG_ENTRIES set_values;
     MEM_CFG_ENTRIES file_values;
 };
 
+// All state of the configuration. The exit destroys none of it, since exit handlers of other libraries still ask.
+
+// Written by each event that may change an answer; never 0.
 std::atomic<std::uint64_t> l_generation{1};
 
-// Set while this thread reads configuration files or asks for the place of one.
+// Null until the process sets it, which it does when it starts.
+std::atomic<std::string (*)()> l_root_function{nullptr};
+
+// True while the thread reads configuration files or asks for the place of one. Written by its own thread.
 thread_local bool l_is_reading = false;
+
+// Made by the first caller.
+Configuration &configuration()
+{
+    static Configuration *const s_configuration = new Configuration;
+    return *s_configuration;
+}
+
+void begin_generation()
+{
+    l_generation.fetch_add(1, std::memory_order_acq_rel);
+}
 
 class ReadingScope
 {
@@ -51,14 +84,7 @@ public:
     ReadingScope &operator=(ReadingScope const &) = delete;
 };
 
-// Made once, and never released: questions come from exit handlers too.
-Configuration &configuration()
-{
-    static Configuration *const s_configuration = new Configuration;
-    return *s_configuration;
-}
-
-// Adds what a file has and the files before it have not. Under the lock of reading.
+// Adds those values of a file whose keys occur in no file read before. Under `reading`.
 void read_source(Configuration &cfg, std::string const &path, Problems &problems)
 {
     std::string text;
@@ -84,7 +110,7 @@ void read_start_files(Configuration &cfg, Problems &problems)
         read_source(cfg, named, problems);
     read_source(cfg, FILE_NAME, problems);
     cfg.has_start_files = true;
-    mem_cfg_changed();
+    begin_generation();
 }
 
 void read_root_file(Configuration &cfg, std::string root, Problems &problems)
@@ -99,10 +125,11 @@ void read_root_file(Configuration &cfg, std::string root, Problems &problems)
     }
     cfg.texts = {};
     cfg.has_root_file = true;
-    mem_cfg_changed();
+    begin_generation();
 }
 
-// Reads what is due. Threads that come together may each ask the callback; one of them reads the file.
+// Reads the files that can be read by now. Threads that come here together may each call the caller's function; one of
+// them reads the file.
 void read_files(Configuration &cfg, Problems &problems)
 {
     ReadingScope const scope;
@@ -110,15 +137,15 @@ void read_files(Configuration &cfg, Problems &problems)
         read_start_files(cfg, problems);
     if (cfg.has_root_file)
         return;
-    if (auto const get_kalvern_path = mem_gen_get_kalvern_path())
-        read_root_file(cfg, get_kalvern_path(), problems);
+    if (auto const root_function = l_root_function.load(std::memory_order_acquire))
+        read_root_file(cfg, root_function(), problems);
 }
 
 bool has_unread_files(Configuration const &cfg)
 {
     if (l_is_reading)
         return false;
-    return !cfg.has_start_files || (!cfg.has_root_file && mem_gen_get_kalvern_path() != nullptr);
+    return !cfg.has_start_files || (!cfg.has_root_file && l_root_function.load(std::memory_order_acquire) != nullptr);
 }
 
 std::shared_ptr<MEM_CFG_ENTRY> find_entry(char const *key)
@@ -130,7 +157,7 @@ std::shared_ptr<MEM_CFG_ENTRY> find_entry(char const *key)
         Problems problems;
         read_files(cfg, problems);
         for (std::string const &problem : problems)
-            mem_msg_warn(problem);
+            mem_line_warn(problem);
     }
     std::lock_guard<std::mutex> const lock(cfg.tables);
     for (MEM_CFG_ENTRIES const *const entries : {&cfg.set_values, &cfg.file_values}) {
@@ -146,8 +173,8 @@ void report_value(MEM_CFG_ENTRY &entry, char const *key, unsigned kind, char con
 {
     if ((entry.reported.fetch_or(kind) & kind) != 0)
         return;
-    mem_msg_warn(entry.origin + ": the value of " + mem_cfg_quoted(key) + " is " + mem_cfg_quoted(entry.value) +
-                 ", expected " + expected);
+    mem_line_warn(entry.origin + ": the value of " + mem_cfg_quoted(key) + " is " + mem_cfg_quoted(entry.value) +
+                  ", expected " + expected);
 }
 
 } // namespace
@@ -157,14 +184,15 @@ void mem_cfg_prepare()
     configuration();
 }
 
+void mem_cfg_set_root_function(std::string (*function)())
+{
+    l_root_function.store(function, std::memory_order_release);
+    begin_generation();
+}
+
 std::uint64_t mem_cfg_generation()
 {
     return l_generation.load(std::memory_order_acquire);
-}
-
-void mem_cfg_changed()
-{
-    l_generation.fetch_add(1, std::memory_order_acq_rel);
 }
 
 bool mem_cfg_is_on(char const *key, bool default_value)
@@ -203,7 +231,7 @@ void mem_cfg_set(char const *key, char const *value)
         fresh.emplace(key, std::move(entry));
     }
     Configuration &cfg = configuration();
-    MEM_CFG_ENTRIES::node_type former; // released behind the lock
+    MEM_CFG_ENTRIES::node_type former; // released after the lock
     {
         std::lock_guard<std::mutex> const lock(cfg.tables);
         auto const found = cfg.set_values.find(std::string_view(key));
@@ -211,5 +239,5 @@ void mem_cfg_set(char const *key, char const *value)
             former = cfg.set_values.extract(found);
         cfg.set_values.merge(fresh);
     }
-    mem_cfg_changed();
+    begin_generation();
 }

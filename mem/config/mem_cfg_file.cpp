@@ -10,7 +10,7 @@ namespace {
 constexpr std::string_view BLANKS = " \t\r\v\f";
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
-// Bytes of a foreign text that a report quotes.
+// Bytes of a user's text that a message quotes at most.
 constexpr std::size_t LONGEST_QUOTATION = 60;
 
 std::string_view trimmed(std::string_view text)
@@ -43,7 +43,7 @@ bool is_empty_or_comment(std::string_view line)
     return line.empty() || line.front() == '#' || line.front() == ';';
 }
 
-// A section in brackets, with nothing but a comment behind it.
+// A section in brackets, with nothing but a comment after it.
 bool is_section(std::string_view line)
 {
     if (line.front() != '[')
@@ -68,7 +68,13 @@ bool parse_line(std::string_view line, std::string const &origin, MEM_CFG_ENTRIE
     return true;
 }
 
-// Reads until the end, an error, or more than the bound.
+struct CloseFile
+{
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+// Reads until the end, an error, or more than the largest size. False after an error.
 bool read_all(std::FILE *file, std::string &text)
 {
     char block[8192];
@@ -84,11 +90,10 @@ bool read_all(std::FILE *file, std::string &text)
 
 bool mem_cfg_read_file(std::string const &path, std::string &text, std::vector<std::string> &problems)
 {
-    std::FILE *const file = std::fopen(path.c_str(), "rb");
+    File const file(std::fopen(path.c_str(), "rb"));
     if (file == nullptr)
         return false;
-    bool const readable = read_all(file, text);
-    std::fclose(file);
+    bool const readable = read_all(file.get(), text);
     if (text.size() <= MEM_CFG_LARGEST_FILE)
         return readable;
     problems.push_back(path + ": the file is larger than " + std::to_string(MEM_CFG_LARGEST_FILE >> 20) +
@@ -146,7 +151,7 @@ bool mem_cfg_parse_number(std::string_view text, int &answer)
     if (hexadecimal)
         text.remove_prefix(2);
 
-    // Unsigned and wider than the answer: a second sign is refused, and the smallest number has its magnitude.
+    // Unsigned, so that a second sign is refused; 64 bits, so that the magnitude of the smallest number fits.
     std::uint64_t magnitude = 0;
     char const *const end = text.data() + text.size();
     std::from_chars_result const result = std::from_chars(text.data(), end, magnitude, hexadecimal ? 16 : 10);

@@ -1,4 +1,4 @@
-// The text of a configuration file and of its values. Pure functions, but for the reading of the file.
+// Configuration files: their bytes, their lines and the values in them. All functions but the first are pure.
 #ifndef MEM_CFG_FILE_H
 #define MEM_CFG_FILE_H
 
@@ -14,30 +14,31 @@ struct MEM_CFG_ENTRY
 {
     std::string value;
     std::string origin; // "<file>:<line>" or the call that set it
-    // What has been reported of it, as bits of the kind of the question.
+    // The kinds of questions for which its value was reported as unreadable, as bits.
     std::atomic<unsigned> reported{0};
 };
 
 using MEM_CFG_ENTRIES = std::map<std::string, std::shared_ptr<MEM_CFG_ENTRY>, std::less<>>;
 
-/// A larger file is no configuration file; the bound also ends the reading of a device.
+/// A larger file is not read. The bound also ends the reading of a device, which has no end.
 constexpr std::size_t MEM_CFG_LARGEST_FILE = std::size_t(16) << 20;
 
-/// Lines of one file that are reported singly; the others are counted.
+/// Lines of one file that are reported one by one; the others are counted.
 constexpr std::size_t MEM_CFG_MOST_REPORTS = 20;
 
-/// Reads a whole file. False if there is none, or if it can't be read; one that is too large is a problem besides.
+/// Reads a whole file. False if there is none or it can't be read; a file that is too large is also added to the
+/// problems.
 bool mem_cfg_read_file(std::string const &path, std::string &text, std::vector<std::string> &problems);
 
-/// Adds the values of a file's text, named `path` in reports. A key that stands there twice has its last value.
+/// Adds the values of a file's text, named `path` in reports. A key that occurs twice has its last value.
 void mem_cfg_parse(std::string const &path, std::string_view text, MEM_CFG_ENTRIES &entries,
                    std::vector<std::string> &problems);
 
-/// False, and `answer` as it was, if the text is no switch or no number that fits.
+/// Return false, and leave `answer` as it was, if the text is no switch, or no number of 32 bits with sign.
 bool mem_cfg_parse_switch(std::string_view text, bool &answer);
 bool mem_cfg_parse_number(std::string_view text, int &answer);
 
-/// A text in double quotes for a message: without control characters, and cut to a readable length.
+/// The text in double quotes, for a message: "?" for each control character, and cut to a readable length.
 std::string mem_cfg_quoted(std::string_view text);
 
 #endif

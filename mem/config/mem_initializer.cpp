@@ -2,11 +2,11 @@
 
 #include "mem/config/mem_cfg.h"
 
-// Everything else of the library is constant-initialised and needs no set-up.
+// The rest of the library's state is constant-initialised or made by its first user.
 MEM_INITIALIZER::MEM_INITIALIZER(char const *)
 {
     mem_cfg_prepare();
 }
 
-// Exit handlers of other libraries may still ask and tell, so nothing is taken down.
+// Exit handlers of other libraries may still ask for keys and emit messages, so nothing is destroyed.
 MEM_INITIALIZER::~MEM_INITIALIZER() = default;

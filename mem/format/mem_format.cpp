@@ -1,5 +1,10 @@
-// One formatter, two sources of arguments. A conversion is read to its end before its first argument is taken, so that
-// one that turns out to be unknown has consumed nothing.
+// One formatter with two sources of arguments: the variable arguments of a call and a run of 8-byte slots. A conversion
+// is read to its end before its first argument is taken, so that an unknown conversion takes no argument:
+//
+//     format     "%*d|%*y|%d"    arguments  5, 42, 7
+//     "%*d"      known: takes 5 for the width and 42    "   42"
+//     "%*y"      unknown: copied, takes nothing         "%*y"
+//     "%d"       takes 7                                "7"
 #include "mem_sys.h"
 
 #include "mem/format/mem_format.h"
@@ -53,7 +58,7 @@ std::size_t bytes_of(Length length)
     return sizeof(long long);
 }
 
-// A run of 8-byte slots; the caller's cursor moves along.
+// A run of 8-byte slots. Moves the caller's cursor past the slots that it takes.
 class SlotSource
 {
 public:
@@ -122,7 +127,7 @@ bool set_flag(MEM_FORMAT_OPTIONS &options, char c)
     }
 }
 
-// Reads digits; a number too large for an int stands still at the largest one.
+// Reads digits. A number that is too large for an int gives the largest int.
 int read_number(char const *&p)
 {
     int number = 0;
@@ -163,8 +168,8 @@ Length read_length(char const *&p)
     }
 }
 
-// Reads what stands behind a per-cent sign and returns its end. The kind stays 0 if the conversion is unknown or the
-// format ends in it.
+// Reads the rest of a conversion after its per-cent sign and returns its end. The kind stays 0 if the conversion is
+// unknown or the format ends in it.
 char const *read_conversion(char const *p, Conversion &conversion)
 {
     MEM_FORMAT_OPTIONS &options = conversion.options;
@@ -207,7 +212,8 @@ void take_star_arguments(Conversion &conversion, Source &source)
         options.precision = static_cast<int>(source.whole(sizeof(int)));
 }
 
-// Cuts an absurd field down and tells so. The precision of a text only limits what is read.
+// Returns true, and removes width and precision, if a field is too large. The precision of a text is always allowed,
+// since it only limits the characters that are read.
 bool limit_field(Conversion &conversion)
 {
     MEM_FORMAT_OPTIONS &options = conversion.options;
@@ -269,7 +275,7 @@ void format_text(MEM_FORMAT_BUFFER &out, MEM_FORMAT_OPTIONS const &options, char
     mem_format_padded(out, options, text, size);
 }
 
-// The "C" locale has the ASCII characters alone.
+// The "C" locale contains only the ASCII characters.
 char narrow(wchar_t c)
 {
     return static_cast<std::uint32_t>(c) < 0x80 ? static_cast<char>(c) : '?';
@@ -292,8 +298,8 @@ void format_character(MEM_FORMAT_BUFFER &out, Conversion const &conversion, std:
     mem_format_padded(out, conversion.options, &c, 1);
 }
 
-// Takes the arguments of one conversion and appends its text. False if the field is absurd; the arguments are consumed
-// all the same.
+// Takes the arguments of one conversion and appends its text. False if the field is too large; the arguments are taken
+// even then.
 template <typename Source>
 bool convert(MEM_FORMAT_BUFFER &out, Conversion &conversion, Source &source)
 {

@@ -1,4 +1,4 @@
-// Inside of the formatter: where its text grows, and the rendering of single values.
+// The parts of the formatter: the buffer of its text, and the rendering of single values.
 #ifndef MEM_FORMAT_H
 #define MEM_FORMAT_H
 
@@ -7,11 +7,11 @@
 #include <cstring>
 #include <string>
 
-/// Largest field width, and largest precision of a number: what one conversion may make of a short format.
+/// Largest field width, and largest precision of a number. It limits the text that one conversion can make.
 constexpr int MEM_FORMAT_LARGEST_FIELD = 1 << 20;
 
-/// Text under construction. It stays away from the string it is meant for until it is complete, so arguments may point
-/// into that string, and the string grows once. Short texts need no heap.
+/// A text under construction. It is copied into the caller's string only when it is complete, so that arguments may
+/// point into that string, and the string grows once. Short texts need no memory of the heap.
 class MEM_FORMAT_BUFFER
 {
 public:
@@ -41,7 +41,7 @@ public:
     std::size_t size() const { return m_long.empty() ? m_short_size : m_long.size(); }
 
 private:
-    // From the first text that does not fit, everything stands in the string.
+    // From the first text that does not fit on, the whole text is in the string.
     std::string &spill()
     {
         if (m_long.empty())

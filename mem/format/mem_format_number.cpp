@@ -13,12 +13,12 @@ constexpr char DIGITS_UPPER[] = "0123456789ABCDEF";
 // Octal digits of 64 bits, the longest of the three radices.
 constexpr int MAX_WHOLE_DIGITS = 22;
 
-// Writes the digits in front of `end` and returns where they begin; 0 has one digit.
+// Writes the digits so that the last one is before `end`, and returns the first one. 0 has one digit.
 char *write_digits(char *end, std::uint64_t value, unsigned radix, bool upper)
 {
     char const *const digits = upper ? DIGITS_UPPER : DIGITS_LOWER;
     char *first = end;
-    // Each loop has a constant divisor, which costs no division.
+    // Each loop has a constant divisor, for which the compiler needs no division.
     if (radix == 10)
         do
             *--first = digits[value % 10];
@@ -34,7 +34,7 @@ char *write_digits(char *end, std::uint64_t value, unsigned radix, bool upper)
     return first;
 }
 
-// A field in pieces: blanks, sign or radix prefix, zeros, digits, blanks.
+// The pieces of a field between its blanks: the sign or the prefix of the radix, zeros, and the digits as the body.
 struct Field
 {
     char prefix[3]; // sign, 0, x
@@ -52,7 +52,7 @@ std::size_t padding_of(MEM_FORMAT_OPTIONS const &options, std::size_t size)
     return width > size ? width - size : 0;
 }
 
-// The flag 0 gives way to - ; then zeros take the place of the blanks.
+// With the flag 0, and without -, zeros replace the blanks.
 void fill_with_zeros(Field &field, MEM_FORMAT_OPTIONS const &options)
 {
     if (options.zero && !options.left)
@@ -73,15 +73,15 @@ void close_field(MEM_FORMAT_BUFFER &out, MEM_FORMAT_OPTIONS const &options, Fiel
         out.append(padding_of(options, field.size()), ' ');
 }
 
-// Digits behind the point of the longest exact decimal value; all further ones are 0.
+// Digits after the decimal point of the longest exact value; all further ones are 0.
 template <typename Real>
 constexpr int FRACTION_DIGITS = std::numeric_limits<Real>::digits - std::numeric_limits<Real>::min_exponent;
 
-// Longest rendering that is asked of the library: all digits of the largest value, point, fraction, exponent.
+// Longest rendering that the standard library is asked for: all digits of the largest value, point, fraction, exponent.
 template <typename Real>
 constexpr int MAX_REAL_TEXT = std::numeric_limits<Real>::max_exponent10 + FRACTION_DIGITS<Real> + 16;
 
-// A rendered value in three pieces: mantissa, zeros to add behind it, exponent. The point is the mantissa's last
+// A rendered value in three pieces: mantissa, zeros to add after it, exponent. The decimal point is the mantissa's last
 // character if no digit follows it.
 template <typename Real>
 struct RealText

@@ -1,7 +1,7 @@
 #include "mem_sys.h"
 
+#include "mem/base/mem_line.h"
 #include "mem/config/mem_cfg.h"
-#include "mem/messages/mem_msg.h"
 
 #include <atomic>
 #include <cstdint>
@@ -12,21 +12,27 @@ namespace {
 
 constexpr char DEBUG_KEY[] = "mem_show_debug_messages";
 
-// Where messages go: to the function if there is one, else to the file, else to the standard streams. All of it is
-// constant-initialised and is never taken down, so messages come through at any time.
+// Where messages go: to the function if there is one, else to the file, else to the standard streams.
 struct Destination
 {
     MEM_MSG_SINK sink;
     void *context;
     std::FILE *file;
 };
-std::mutex l_mutex; // guards the destination; a line is written under it
+
+// All state is constant-initialised and is not destroyed by the exit, so a message can be emitted at any time. A file
+// that is still open then is closed by the C library.
+
+// Written by the redirections, under the mutex. A line to a stream is written under it too, so that no other thread
+// closes the file meanwhile.
+std::mutex l_mutex;
 Destination l_destination{nullptr, nullptr, nullptr};
 
-// Whether there is a function; the only thing a hidden debug message looks at besides the answer below.
+// Whether the destination has a function. Written with the destination; any thread reads it without the mutex.
 std::atomic<bool> l_has_sink{false};
 
-// The answer for the debug key: twice the configuration's generation it holds for, plus 1 for on.
+// The value of the debug key, written by every thread that finds it outdated: twice the generation of the
+// configuration for which it is valid, plus 1 for on. Initially 0, which is valid for no generation.
 std::atomic<std::uint64_t> l_debug_answer{0};
 
 bool is_debug_on()
@@ -40,7 +46,7 @@ bool is_debug_on()
     return (answer & 1) != 0;
 }
 
-// Returns the former file, to be closed by the caller.
+// Closes the former file.
 void set_destination(Destination const &destination)
 {
     std::FILE *former = nullptr;
@@ -52,13 +58,6 @@ void set_destination(Destination const &destination)
     }
     if (former != nullptr)
         std::fclose(former);
-}
-
-// One call for the whole line, and nothing of it left behind in the stream. Under the lock.
-bool write_line(std::FILE *stream, std::string const &line)
-{
-    bool const written = std::fwrite(line.data(), 1, line.size(), stream) == line.size();
-    return std::fflush(stream) == 0 && written;
 }
 
 bool emit_to_sink(Destination const &destination, MEM_MSG_KIND kind, char const *module, char const *format,
@@ -88,7 +87,7 @@ bool emit_to_stream(MEM_MSG_KIND kind, char const *module, char const *format, c
     std::FILE *stream = kind == MEM_MSG_DEBUG ? stderr : stdout;
     if (l_destination.file != nullptr)
         stream = l_destination.file;
-    return write_line(stream, line);
+    return mem_line_write(stream, line);
 }
 
 bool emit(MEM_MSG_KIND kind, char const *module, char const *format, char *arguments)
@@ -108,13 +107,6 @@ bool emit(MEM_MSG_KIND kind, char const *module, char const *format, char *argum
 }
 
 } // namespace
-
-void mem_msg_warn(std::string const &text)
-{
-    std::string const line = "Warning: " + text + '\n';
-    std::lock_guard<std::mutex> const lock(l_mutex);
-    write_line(stderr, line);
-}
 
 bool mem_msg_local_vinfo(char const *module, char const *format, char *arguments)
 {

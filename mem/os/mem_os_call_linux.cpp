@@ -1,5 +1,7 @@
 #include "mem/os/mem_os_call.h"
 
+#include "mem/os/mem_os_frame.h"
+
 #include <atomic>
 #include <cerrno>
 #include <cstring>
@@ -9,34 +11,33 @@
 
 namespace {
 
+// Addresses from the first up to the second.
+struct RANGE
+{
+    std::uintptr_t begin;
+    std::uintptr_t end;
+};
+
+// The code of the C++ runtime. Written by every thread that asks before the end is stored, always with the same values.
+// The threads don't wait for each other, as they would for the guard of a static: one of them may hold the loader's
+// lock, which the search takes. The exit leaves it.
+std::atomic<std::uintptr_t> l_cxx_runtime_begin{0};
+std::atomic<std::uintptr_t> l_cxx_runtime_end{0}; // stored last; 0 until then
+
+// The stack of the thread. Written by its own thread, at its first question; empty until then.
+__thread RANGE l_stack __attribute__((tls_model("initial-exec"))) = {};
+
 struct WALK
 {
     MEM_OS_FRAME *frames;
     std::size_t capacity;
     std::size_t count;
-    // Where the upper end of the last of them is if its frame pointer tells it.
+    // The upper end of the last frame according to its frame pointer.
     std::uintptr_t frame_pointer_end;
 };
 
-// A frame whose upper end is told by the frame pointer may have room of any size below it.
-#ifdef __x86_64__
-constexpr bool IS_FRAME_SIZE_KNOWN = true;
-std::uintptr_t end_by_frame_pointer(_Unwind_Context *context)
-{
-    constexpr int RBP = 6;
-    constexpr std::uintptr_t SAVED_BYTES = 16; // the caller's frame pointer and the return address
-    return _Unwind_GetGR(context, RBP) + SAVED_BYTES;
-}
-#else
-constexpr bool IS_FRAME_SIZE_KNOWN = false;
-std::uintptr_t end_by_frame_pointer(_Unwind_Context *)
-{
-    return 0;
-}
-#endif
-
-// The unwinder tells where the stack stands in a frame, and its registers there. The stack of the next frame is this
-// one's upper end.
+// The unwinder reports a frame's stack pointer and registers. The stack pointer of the next frame is the upper end of
+// this one.
 _Unwind_Reason_Code take_frame(_Unwind_Context *context, void *data)
 {
     WALK &walk = *static_cast<WALK *>(data);
@@ -46,8 +47,8 @@ _Unwind_Reason_Code take_frame(_Unwind_Context *context, void *data)
         walk.frames[walk.count - 1].is_of_fixed_size = false;
     if (address == 0 || walk.count == walk.capacity)
         return _URC_END_OF_STACK;
-    walk.frames[walk.count++] = {address, stack, IS_FRAME_SIZE_KNOWN};
-    walk.frame_pointer_end = end_by_frame_pointer(context);
+    walk.frames[walk.count++] = {address, stack, mem_os_frame_size_is_known()};
+    walk.frame_pointer_end = mem_os_frame_end_by_pointer(context);
     return _URC_NO_REASON;
 }
 
@@ -79,18 +80,11 @@ int answer_module(dl_phdr_info *info, std::size_t, void *data)
     MODULE_QUESTION const &question = *static_cast<MODULE_QUESTION *>(data);
     if (!holds(*info, question.address))
         return 0;
-    // The executable has no name there.
+    // The loader has no name for the executable.
     char const *const name = *info->dlpi_name == '\0' ? program_invocation_short_name : file_name(info->dlpi_name);
     std::strncat(question.name, name, question.size - 1);
     return 1;
 }
-
-// Addresses from the first up to the second.
-struct RANGE
-{
-    std::uintptr_t begin;
-    std::uintptr_t end;
-};
 
 int answer_cxx_runtime(dl_phdr_info *info, std::size_t, void *data)
 {
@@ -108,15 +102,10 @@ int answer_cxx_runtime(dl_phdr_info *info, std::size_t, void *data)
 
 RANGE find_cxx_runtime()
 {
-    RANGE range{1, 1}; // found, and empty
+    RANGE range{1, 1}; // empty, and different from a range that was never looked for
     dl_iterate_phdr(answer_cxx_runtime, &range);
     return range;
 }
-
-// Where the C++ runtime is. Found by every thread that asks before the first has stored it: to wait for each other, as
-// the guard of a static does, would be to wait for the loader's lock while one may hold it.
-std::atomic<std::uintptr_t> l_cxx_runtime_begin{0};
-std::atomic<std::uintptr_t> l_cxx_runtime_end{0}; // stored last; 0 until then
 
 RANGE cxx_runtime()
 {
@@ -128,9 +117,6 @@ RANGE cxx_runtime()
     l_cxx_runtime_end.store(range.end, std::memory_order_release);
     return range;
 }
-
-// The calling thread's stack, found at the first question.
-__thread RANGE l_stack __attribute__((tls_model("initial-exec"))) = {};
 
 RANGE stack_of_thread()
 {
@@ -161,20 +147,6 @@ std::uintptr_t mem_os_stack_end(std::uintptr_t stack)
         l_stack = stack_of_thread();
     return l_stack.begin <= stack && stack < l_stack.end ? l_stack.end : 0;
 }
-
-#ifdef __x86_64__
-// The sanitizers know the stack by its variables, and this reads between them.
-__attribute__((no_sanitize("address", "undefined", "thread"))) std::uintptr_t
-mem_os_return_address_at(std::uintptr_t stack)
-{
-    return *reinterpret_cast<std::uintptr_t const *>(stack - sizeof(std::uintptr_t));
-}
-#else
-std::uintptr_t mem_os_return_address_at(std::uintptr_t)
-{
-    return 0;
-}
-#endif
 
 bool mem_os_is_cxx_runtime(std::uintptr_t address)
 {

@@ -14,12 +14,7 @@ std::uintptr_t mem_os_stack_end(std::uintptr_t)
     return 0;
 }
 
-std::uintptr_t mem_os_return_address_at(std::uintptr_t)
-{
-    return 0;
-}
-
-// Its operators are its own, and nothing that they allocate is counted.
+// The runtime keeps its own operators, and nothing that they allocate is counted.
 bool mem_os_is_cxx_runtime(std::uintptr_t)
 {
     return false;

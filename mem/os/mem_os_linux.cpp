@@ -1,7 +1,6 @@
 #include "mem/os/mem_os.h"
 
-#include "mem/tracking/mem_proc_text.h"
-#include "mem/os/mem_os_thread.h"
+#include "mem/base/mem_proc_text.h"
 
 #include <atomic>
 #include <fcntl.h>
@@ -11,12 +10,12 @@
 
 namespace {
 
-// /proc/self/statm, -1 while it isn't open. Kept: opening it costs four times as much as reading it. Any thread may
-// open it; it stays open until the process ends.
+// The descriptor of /proc/self/statm, -1 while it isn't open. It is kept, since opening the file costs four times as
+// much as reading it. Written by any thread that opens it and by the child of a fork. The exit leaves it open.
 std::atomic<int> l_statm{-1};
 
-// The descriptor of a parent goes on telling about the parent. It isn't closed: if something in the process has
-// closed it before, the number may mean another file.
+// In the child of a fork. The parent's descriptor would go on reporting the parent's memory. It isn't closed: if other
+// code has closed it before, the number may mean another file.
 void forget_statm()
 {
     l_statm.store(-1, std::memory_order_relaxed);
@@ -25,7 +24,7 @@ void forget_statm()
 bool read_statm(int descriptor, std::size_t *bytes)
 {
     static std::size_t const PAGE_BYTES = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    char text[256]; // seven numbers of 64 bits and their separators take 147
+    char text[256]; // seven numbers of 64 bits and their separators take 147 bytes
     ssize_t const length = pread(descriptor, text, sizeof text, 0);
     std::uint64_t pages = 0;
     if (length < 0 || !mem_proc_statm_resident_pages({text, static_cast<std::size_t>(length)}, &pages))
@@ -36,6 +35,7 @@ bool read_statm(int descriptor, std::size_t *bytes)
 
 bool keep_statm(int descriptor)
 {
+    // Set by the first thread that keeps the descriptor. Without the handler no descriptor is kept.
     static bool const FORGOTTEN_IN_CHILD = pthread_atfork(nullptr, nullptr, forget_statm) == 0;
     int none = -1;
     return FORGOTTEN_IN_CHILD && l_statm.compare_exchange_strong(none, descriptor, std::memory_order_relaxed);
@@ -57,7 +57,7 @@ bool read_status(char const *field, std::size_t *bytes)
     int const descriptor = open("/proc/self/status", O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return false;
-    char text[8192]; // the memory lines stand within the first kilobyte, behind the groups of the user
+    char text[8192]; // the memory lines follow the user's groups, mostly within the first kilobyte
     ssize_t const length = read(descriptor, text, sizeof text);
     close(descriptor);
     std::uint64_t value = 0;
@@ -76,24 +76,6 @@ bool read_resource_mark(std::size_t *bytes)
     return true;
 }
 
-// Written once, by whichever thread counts first, before the key is made.
-void (*l_ended)(MEM_THREAD_COUNT &count) = nullptr;
-
-struct EndKey
-{
-    pthread_key_t key;
-    bool made;
-};
-
-EndKey make_end_key(void (*ended)(MEM_THREAD_COUNT &count))
-{
-    l_ended = ended;
-    EndKey result{};
-    result.made =
-        pthread_key_create(&result.key, [](void *count) { l_ended(*static_cast<MEM_THREAD_COUNT *>(count)); }) == 0;
-    return result;
-}
-
 } // namespace
 
 bool mem_os_working_set(std::size_t *bytes)
@@ -102,7 +84,7 @@ bool mem_os_working_set(std::size_t *bytes)
     if (kept >= 0) {
         if (read_statm(kept, bytes))
             return true;
-        // Closed by a stranger, and perhaps another file by now.
+        // Other code has closed it, and the number may mean another file by now.
         l_statm.compare_exchange_strong(kept, -1, std::memory_order_relaxed);
     }
     return open_and_read_statm(bytes);
@@ -120,8 +102,8 @@ bool mem_os_peak_virtual(std::size_t *bytes)
 
 bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes)
 {
-    // The figure of the resource usage is cheap. It begins at that of the program that this process was before, often
-    // the parent's, which is why it is a mark and not the peak.
+    // The figure of the resource usage is cheap. It is a mark and not the peak, since it survives the start of a new
+    // program: it begins at the figure of the program that the process ran before, often the parent's.
     return mem_os_working_set(bytes) && read_resource_mark(mark_bytes);
 }
 
@@ -133,13 +115,4 @@ bool mem_os_is_last_thread_of_exit()
 bool mem_os_watch_forks(void (*before)(), void (*in_parent)(), void (*in_child)())
 {
     return pthread_atfork(before, in_parent, in_child) == 0;
-}
-
-__thread MEM_THREAD_COUNT mem_thread_record __attribute__((tls_model("initial-exec")));
-
-bool mem_os_watch_thread_end(void (*ended)(MEM_THREAD_COUNT &count))
-{
-    // C++ destructors of a thread run before the destructors of its keys; its record stays until after both.
-    static EndKey const END_KEY = make_end_key(ended);
-    return END_KEY.made && pthread_setspecific(END_KEY.key, &mem_thread_record) == 0;
 }

@@ -1,7 +1,7 @@
-// The open bins lie on a stack, each with its bytes at the open and the highest bytes seen since. A boundary, that is
-// an open or a close, sees two figures: the bytes now and the peak since the boundary before. The peak goes to the
-// innermost bin alone, which hands its own to the bin around it as it closes, so that a boundary costs the same at
-// any depth:
+// The open bins are kept on a stack, each with its bytes at the open and the largest bytes seen since. A boundary, that
+// is an open or a close, reads two figures: the bytes now and the peak since the last boundary. The peak is given to
+// the innermost bin alone, which passes its own peak on to the bin around it when it closes, so that a boundary costs
+// the same at any depth:
 //
 //     boundary   now  peak since   stack (open, peak)       reported
 //     open A      10           -   A(10, 10)
@@ -10,10 +10,10 @@
 //     close A     15          40                            A: 10, 15, 70
 #include "mem/tracking/mem_bins.h"
 
-#include "mem/tracking/mem_count.h"
-#include "mem/tracking/mem_timeline.h"
-#include "mem/tracking/mem_tracking.h"
 #include "mem/os/mem_os.h"
+#include "mem/tracking/mem_count.h"
+#include "mem/tracking/mem_switches.h"
+#include "mem/tracking/mem_timeline.h"
 
 #include <algorithm>
 #include <limits>
@@ -33,32 +33,33 @@ struct OPEN_BIN
     std::string tag;
 };
 
-// Of the one thread. Never released: bins may close while the process exits.
+// Written by the thread of the bins alone, which makes it with its first call. The exit keeps it, since bins may close
+// until the end.
 struct STATE
 {
-    // Those beyond the count are closed and keep the room of their texts.
+    // The entries from `count` on are those of closed bins; they keep the memory of their texts for the next ones.
     std::vector<OPEN_BIN> bins;
-    // May be above the number of places when the heap gave nothing: the bins up there are known by their number alone.
+    // Open bins. Larger than the number of entries if the heap gave no memory for the innermost ones.
     std::size_t count = 0;
     // The peak up to a flush, for the row of the next boundary.
     std::int64_t flushed_peak_bytes = NO_PEAK;
+    // The figures of the process at the last boundary, in processes without zel::mem_new.
+    std::size_t working_set = 0;
+    std::size_t working_set_mark = 0;
+    // The label of the time line, and whether the tags of bins replace it.
     std::string label;
     bool has_tag_labels = true;
 };
 
 STATE &state()
 {
-    static STATE *s = nullptr; // a guard would be asked at each boundary
+    static STATE *s = nullptr; // a static object has a guard, which would be tested at each boundary
     if (s == nullptr)
         s = new STATE;
     return *s;
 }
 
-// The figures of the process at the last boundary, for processes without zel::mem_new. Of the same thread.
-std::size_t l_working_set = 0;
-std::size_t l_working_set_mark = 0;
-
-// The innermost bin; null if none is open or if it has no place.
+// The entry of the innermost bin; null if no bin is open or if it has no entry.
 OPEN_BIN *innermost_bin()
 {
     STATE &s = state();
@@ -72,13 +73,15 @@ void raise_innermost(std::int64_t peak_bytes)
         bin->peak_bytes = peak_bytes;
 }
 
-// What the system doesn't tell stays as it was. A high-water mark that rose did so since the boundary before.
+// A figure that the system doesn't give keeps its value. If the high-water mark has risen, it has done so since the
+// last boundary, and so it is the peak since then.
 [[gnu::noinline]] MEM_BOUNDARY process_boundary()
 {
-    std::size_t const former_mark = l_working_set_mark;
-    mem_os_working_set_and_mark(&l_working_set, &l_working_set_mark);
-    std::size_t const peak = l_working_set_mark > former_mark ? l_working_set_mark : l_working_set;
-    return {static_cast<std::int64_t>(l_working_set), static_cast<std::int64_t>(std::max(peak, l_working_set))};
+    STATE &s = state();
+    std::size_t const former_mark = s.working_set_mark;
+    mem_os_working_set_and_mark(&s.working_set, &s.working_set_mark);
+    std::size_t const peak = s.working_set_mark > former_mark ? s.working_set_mark : s.working_set;
+    return {static_cast<std::int64_t>(s.working_set), static_cast<std::int64_t>(std::max(peak, s.working_set))};
 }
 
 MEM_BOUNDARY take_boundary()
@@ -98,7 +101,7 @@ std::string path_of_innermost()
     return path;
 }
 
-// The tag of the innermost bin that has one, as long as tags are labels.
+// The label of a row: the tag of the innermost bin that has one, if tags replace the label.
 std::string const &label_now()
 {
     STATE const &s = state();
@@ -112,13 +115,13 @@ std::string const &label_now()
 void add_row(char const *event, MEM_BOUNDARY const &boundary)
 {
     mem_timeline_add({event, boundary.now_bytes, boundary.peak_bytes, label_now(), path_of_innermost()},
-                     mem_tracking_has(MEM_TRACKING_SOURCES));
+                     mem_switches_has(MEM_TRACKING_SOURCES));
 }
 
-// The tag of the innermost bin, unless a bin around it has the same.
+// The tag of the innermost bin; empty if a bin around it has the same tag.
 std::string const &outermost_tag()
 {
-    static std::string const &NONE = *new std::string;
+    static std::string const &NONE = *new std::string; // the exit keeps it, as bins may close until the end
     STATE const &s = state();
     std::string const &tag = s.bins[s.count - 1].tag;
     for (std::size_t i = 0; i + 1 < s.count; ++i)
@@ -127,7 +130,8 @@ std::string const &outermost_tag()
     return tag;
 }
 
-// Records are dropped for want of memory; the figures are not. False if this one was.
+// Runs an action that records something. False if there was no memory for the record: it is dropped, and the figures
+// stay right.
 template <typename ACTION>
 bool record(ACTION action)
 {
@@ -141,7 +145,7 @@ bool record(ACTION action)
 
 void add_row_if_recorded(char const *event, MEM_BOUNDARY const &boundary)
 {
-    if (mem_tracking_has(MEM_TRACKING_TIMELINE))
+    if (mem_switches_has(MEM_TRACKING_TIMELINE))
         record([&] { add_row(event, boundary); });
 }
 
@@ -157,7 +161,7 @@ void push(std::string const &name, std::string const &tag, std::int64_t now_byte
     bin->open_bytes = bin->peak_bytes = now_bytes;
     bool const is_named = record([&] {
         bin->name = name;
-        if (bin->tag != tag) // mostly both are empty, which spares a call
+        if (bin->tag != tag) // mostly both are empty, which saves a call
             bin->tag = tag;
     });
     if (!is_named) {
@@ -183,7 +187,7 @@ MEM_BIN_FIGURES mem_bins_close()
     if (bin != nullptr) {
         figures = {bin->open_bytes, boundary.now_bytes, bin->peak_bytes};
         add_row_if_recorded("close", boundary);
-        if (mem_tracking_has(MEM_TRACKING_STATISTICS))
+        if (mem_switches_has(MEM_TRACKING_STATISTICS))
             record([&] { mem_statistics_add(path_of_innermost(), outermost_tag(), figures); });
     }
     state().count -= state().count != 0 ? 1 : 0;
@@ -199,7 +203,7 @@ void mem_bins_flush_peak()
 
 void mem_bins_set_label(std::string const &label)
 {
-    if (record([&] { state().label = label; }) && mem_tracking_has(MEM_TRACKING_TIMELINE))
+    if (record([&] { state().label = label; }) && mem_switches_has(MEM_TRACKING_TIMELINE))
         add_row_if_recorded("label", take_boundary());
 }
 
@@ -214,5 +218,5 @@ void mem_bins_start_timeline()
     if (!mem_count_is_linked())
         mem_os_working_set(&bytes);
     std::int64_t const now = mem_count_is_linked() ? mem_count_total() : static_cast<std::int64_t>(bytes);
-    record([&] { mem_timeline_add({"start", now, now, {}, {}}, mem_tracking_has(MEM_TRACKING_SOURCES)); });
+    record([&] { mem_timeline_add({"start", now, now, {}, {}}, mem_switches_has(MEM_TRACKING_SOURCES)); });
 }

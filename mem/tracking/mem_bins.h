@@ -8,19 +8,20 @@
 
 void mem_bins_open(std::string const &name, std::string const &tag);
 
-/// Closes the innermost bin. Without one, or if there was no memory for it, all three figures are those of now.
+/// Closes the innermost bin and returns its figures. If no bin is open, or if there was no memory for the bin, all
+/// three are the bytes now.
 MEM_BIN_FIGURES mem_bins_close();
 
 /// Folds the peak up to now into the innermost bin.
 void mem_bins_flush_peak();
 
-/// The label of the time line. A row tells of it if the time line is recorded.
+/// Sets the label of the time line, and adds a row if the time line is recorded.
 void mem_bins_set_label(std::string const &label);
 
-/// Tags don't stand in place of the label any more.
+/// From now on the tags of bins don't replace the label.
 void mem_bins_disable_tag_labels();
 
-/// Tells the time line what the process has as its recording begins. This one on any thread.
+/// Adds a row for the start of the recording of the time line. Any thread.
 void mem_bins_start_timeline();
 
 #endif

@@ -1,35 +1,38 @@
 #include "mem/tracking/mem_calls.h"
 
-#include "mem/tracking/mem_hash_table.h"
+#include "mem/base/mem_hash_table.h"
+#include "mem/os/mem_os_frame.h"
 
 #include <algorithm>
 
 namespace {
 
-// What is known of a return address.
+// The facts about one return address: how to get from it to the next one.
 struct STEP
 {
     std::uint64_t key; // the return address
     std::uint32_t frame_bytes;
     enum KIND : std::uint8_t
     {
-        UNKNOWN, // nobody has asked what lies beyond it
-        FIXED,   // the frame has the size that it has above
+        UNKNOWN, // the next one was not looked for yet
+        FIXED,   // the frame always has `frame_bytes`
         VARYING, // the frame may have another size at each call
-        LAST     // nothing is known to lie beyond it
+        LAST     // there is no next one
     } kind;
     bool is_cxx_runtime;
 };
 
-// Grows only: return addresses stay as long as their code does. In the lock of the sites.
+// Written under the lock of the sites. It only grows, and the exit keeps it: a return address is valid as long as its
+// code is loaded.
 MEM_HASH_TABLE<STEP> l_steps;
 
-// Collects the calls of one stack. True: no more are wanted.
+// Collects the calls of one stack, without those of the C++ runtime.
 class COLLECTOR
 {
 public:
     explicit COLLECTOR(MEM_CALLS *calls) : m_calls(calls) { *calls = {}; }
 
+    // True if no more calls are wanted.
     bool take(std::uintptr_t return_address, bool is_cxx_runtime)
     {
         if (is_cxx_runtime)
@@ -38,7 +41,7 @@ public:
         return m_count == MEM_CALLS::DEPTH;
     }
 
-    // A stack of nothing but the runtime is told by the call itself.
+    // If all calls belong to the runtime, the innermost one is taken.
     void end(std::uintptr_t first)
     {
         if (m_count == 0)
@@ -50,12 +53,13 @@ private:
     std::size_t m_count = 0;
 };
 
-// Not of a fixed size: one that was another before, or behind which the unwinder has left out a call.
+// The size of a frame is not fixed if it was another before. It is not known if the unwinder left out a call after it:
+// then the return address in memory is not that of the next frame.
 void learn(STEP *step, MEM_OS_FRAME const &frame, MEM_OS_FRAME const &caller)
 {
     std::uintptr_t const size = caller.stack - frame.stack;
     bool const is_fixed = frame.is_of_fixed_size && caller.stack > frame.stack && size <= UINT32_MAX &&
-                          mem_os_return_address_at(caller.stack) == caller.return_address;
+                          mem_os_frame_return_address(caller.stack) == caller.return_address;
     if (!is_fixed || (step->kind == STEP::FIXED && step->frame_bytes != size)) {
         step->kind = STEP::VARYING;
     } else if (step->kind != STEP::VARYING) {
@@ -71,7 +75,7 @@ bool mem_calls_read(MEM_CALL const &call, MEM_CALLS *calls)
     std::uintptr_t const first = reinterpret_cast<std::uintptr_t>(call.return_address);
     std::uintptr_t return_address = first;
     std::uintptr_t stack = reinterpret_cast<std::uintptr_t>(call.stack);
-    std::uintptr_t end = 0; // asked for at the first step
+    std::uintptr_t end = 0; // found at the first step
     COLLECTOR collector(calls);
     for (std::size_t i = 0; i < MEM_STACK::CAPACITY; ++i) {
         STEP const *const step = return_address == 0 ? nullptr : l_steps.find(return_address);
@@ -88,7 +92,7 @@ bool mem_calls_read(MEM_CALL const &call, MEM_CALLS *calls)
         if (step->kind != STEP::FIXED || end == 0 || step->frame_bytes > end - stack)
             return false;
         stack += step->frame_bytes;
-        return_address = mem_os_return_address_at(stack);
+        return_address = mem_os_frame_return_address(stack);
     }
     return false;
 }

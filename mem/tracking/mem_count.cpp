@@ -1,15 +1,16 @@
 #include "mem/tracking/mem_count.h"
 
-#include "mem/tracking/mem_sites.h"
 #include "mem/os/mem_os_thread.h"
+#include "mem/tracking/mem_locks.h"
+#include "mem/tracking/mem_sites.h"
 #include "mem_sys.h"
 
 #include <algorithm>
 #include <atomic>
 #include <limits>
-#include <mutex>
 
-// Apart from the totals, as every boundary and no fold needs it.
+// Written by the first count. On another cache line than the totals: every boundary reads it, and no fold does. The
+// exit keeps all state of this file, since blocks are allocated and released until the end.
 alignas(64) std::atomic<bool> mem_count_linked{false};
 
 namespace {
@@ -18,20 +19,20 @@ constexpr std::int64_t FOLD_BYTES = 65536;
 constexpr std::int64_t LOWEST = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t HIGHEST = std::numeric_limits<std::int64_t>::max();
 
-// Every thread writes these, in this order; a reader goes the other way, and so finds in the total whatever it has
-// found in the peak. On a line of their own.
+// Written by every fold, in this order, and read in the opposite order. So if a reader finds a fold in the peak, it
+// finds the fold in the total too. On a cache line of their own.
 struct alignas(64) Totals
 {
     std::atomic<std::int64_t> bytes{0};
-    // The highest sample since it was last taken away; LOWEST if there was none.
+    // The largest sample since a boundary last took it; LOWEST if there was none.
     std::atomic<std::int64_t> peak_bytes{LOWEST};
 };
 Totals l_totals;
 
-// Whether blocks are recorded. Written in the lock of the switches.
+// True while blocks are recorded. Written under the lock of the switches.
 std::atomic<bool> l_blocks_are_watched{false};
 
-// The threads that others may fold, in the lock of the threads; their number can be asked without.
+// The threads that others may fold. Written under the lock of the threads; their number is read without it.
 MEM_THREAD_COUNT *l_threads = nullptr;
 std::atomic<std::size_t> l_thread_count{0};
 
@@ -45,7 +46,7 @@ void add_to_total(std::int64_t bytes, std::int64_t rise_bytes)
     }
 }
 
-// In the lock of the record.
+// Under the lock of the record.
 void set_limits(MEM_THREAD_COUNT &count)
 {
     bool const all = count.state != MEM_THREAD_COUNT::LISTED || l_blocks_are_watched.load(std::memory_order_relaxed);
@@ -56,7 +57,7 @@ void set_limits(MEM_THREAD_COUNT &count)
 
 [[gnu::noinline]] void fold(MEM_THREAD_COUNT &count)
 {
-    std::lock_guard<MEM_LOCK> const lock(count.lock);
+    MEM_LOCK_SCOPE const lock(count.lock);
     std::int64_t const bytes = count.bytes.load(std::memory_order_relaxed);
     std::int64_t const folded = count.folded_bytes.load(std::memory_order_relaxed);
     std::int64_t const rise = count.peak_bytes.load(std::memory_order_relaxed) - folded;
@@ -76,7 +77,7 @@ void fold_if_moved(MEM_THREAD_COUNT &count)
 
 [[gnu::noinline]] void fold_listed()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_threads_lock);
+    MEM_LOCK_SCOPE const lock(mem_threads_lock);
     for (MEM_THREAD_COUNT *count = l_threads; count != nullptr; count = count->next)
         fold_if_moved(*count);
 }
@@ -94,7 +95,7 @@ inline void fold_all()
 
 void enter(MEM_THREAD_COUNT &count)
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_threads_lock);
+    MEM_LOCK_SCOPE const lock(mem_threads_lock);
     count.next = l_threads;
     if (l_threads != nullptr)
         l_threads->previous = &count;
@@ -104,7 +105,7 @@ void enter(MEM_THREAD_COUNT &count)
 
 void leave(MEM_THREAD_COUNT &count)
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_threads_lock);
+    MEM_LOCK_SCOPE const lock(mem_threads_lock);
     (count.previous != nullptr ? count.previous->next : l_threads) = count.next;
     if (count.next != nullptr)
         count.next->previous = count.previous;
@@ -113,7 +114,7 @@ void leave(MEM_THREAD_COUNT &count)
 
 void set_state(MEM_THREAD_COUNT &count, MEM_THREAD_COUNT::STATE state)
 {
-    std::lock_guard<MEM_LOCK> const lock(count.lock);
+    MEM_LOCK_SCOPE const lock(count.lock);
     count.state = state;
     set_limits(count);
 }
@@ -125,8 +126,8 @@ void thread_ends(MEM_THREAD_COUNT &count)
     fold(count);
 }
 
-// The child has one thread. The memory of the others' records may be anything soon, and their locks are as the fork
-// found them, so what they had is taken as it stands.
+// In the child of a fork, which has one thread. The memory of the other threads' records may soon be reused, and their
+// locks are in the state in which the fork found them. So their bytes are added to the total now, without the locks.
 void forked()
 {
     MEM_THREAD_COUNT *const own = mem_os_thread_count();
@@ -144,10 +145,10 @@ void forked()
 void begin(MEM_THREAD_COUNT &count)
 {
     mem_count_linked.store(true, std::memory_order_relaxed);
-    mem_lock_watch_forks(forked);
+    mem_locks_watch_forks(forked);
     if (!mem_os_watch_thread_end(thread_ends))
         return set_state(count, MEM_THREAD_COUNT::ENDED);
-    // In this order: a change of the switch meanwhile either finds it in the list or is seen by it.
+    // In this order: a simultaneous change of the switch either finds the record in the list or is seen by set_state().
     enter(count);
     set_state(count, MEM_THREAD_COUNT::LISTED);
 }
@@ -169,7 +170,7 @@ void begin(MEM_THREAD_COUNT &count)
     add_to_total(bytes, 0);
 }
 
-// Also for the threads whose records have not been reached by a change of the switch.
+// Asked after every count, since a change of the switch may not have reached the record of this thread yet.
 bool is_watched(void const *block)
 {
     return block != nullptr && l_blocks_are_watched.load(std::memory_order_relaxed);
@@ -232,8 +233,8 @@ MEM_BOUNDARY mem_count_boundary()
     fold_all();
     std::int64_t peak = l_totals.peak_bytes.load(std::memory_order_acquire);
     std::int64_t now = l_totals.bytes.load(std::memory_order_acquire);
-    // A peak up to this boundary's figure needn't be taken away: the next peak begins at that figure anyhow. This
-    // spares most boundaries the exchange.
+    // A peak that isn't above the total now needn't be reset, since the next peak starts at that total. This saves most
+    // boundaries the exchange.
     if (peak > now) {
         peak = l_totals.peak_bytes.exchange(LOWEST, std::memory_order_acq_rel);
         now = l_totals.bytes.load(std::memory_order_acquire);
@@ -244,9 +245,9 @@ MEM_BOUNDARY mem_count_boundary()
 void mem_count_watch_blocks(bool watch)
 {
     l_blocks_are_watched.store(watch, std::memory_order_relaxed);
-    std::lock_guard<MEM_LOCK> const lock(mem_threads_lock);
+    MEM_LOCK_SCOPE const lock(mem_threads_lock);
     for (MEM_THREAD_COUNT *count = l_threads; count != nullptr; count = count->next) {
-        std::lock_guard<MEM_LOCK> const record_lock(count->lock);
+        MEM_LOCK_SCOPE const record_lock(count->lock);
         set_limits(*count);
     }
 }

@@ -1,7 +1,7 @@
 #include "mem_sys.h"
 
-#include "mem/tracking/mem_count.h"
 #include "mem/os/mem_os.h"
+#include "mem/tracking/mem_count.h"
 
 #include <algorithm>
 

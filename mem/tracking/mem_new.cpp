@@ -1,19 +1,28 @@
-// The replaced operators new and delete: the heap of the runtime, with every block counted in zel_mem.
+// The replaced operators new and delete. They allocate from the heap of the runtime and count every block in zel_mem.
+//
+// An example, on Linux: a thread that has 1000 bytes calls operator new(64).
+//
+//     malloc(64)                          a block of 72 usable bytes
+//     try_add(72) on the thread's record  1072 is inside the limits: counted, return
+//
+// Nothing else runs. A count outside of the limits, or one on a thread whose record isn't reached without a call, takes
+// the slow path, mem_count_allocation() in the shared library. The slow path gets the return address of the operator
+// and the stack pointer after its return, from which it finds the site of the allocation.
 #include "mem/os/mem_os_heap.h"
 #include "mem/os/mem_os_thread.h"
 #include "mem_sys.h"
 
 #include <new>
 
-// The link of a tool asks for this name, and so for this source, which its own references might leave out. Counting
-// nothing tells zel_mem that this process counts.
+// The linker is told to look for this name, so that it takes this source into a tool even if the tool has found other
+// operators. Set when the process starts; counting 0 bytes makes the process one that counts. The exit keeps it.
 extern bool const mem_new_linked;
 bool const mem_new_linked = (mem_count_allocation(nullptr, 0, nullptr, nullptr), true);
 
 namespace {
 
-// What is inlined here always is, into the operators: their call is what they tell of, and a jump to what is seldom
-// needed leaves their main road without a register to save.
+// The fast path is always inlined into the operators, since the return address that they report has to be their own.
+// The slow path is never inlined, so that the fast path needs no saved register.
 
 [[gnu::always_inline]] inline bool count_allocation_in_place(std::size_t bytes)
 {
@@ -34,7 +43,8 @@ namespace {
         mem_count_release(block, bytes);
 }
 
-// Called when the heap gives nothing: what the new-handler does may help; one that can't throws or ends the process.
+// Called when the heap gives no block. The new-handler may make memory available; one that can't throws or ends the
+// process.
 void call_new_handler()
 {
     std::new_handler const handler = std::get_new_handler();
@@ -87,7 +97,7 @@ void call_new_handler()
     return count_allocation(block, counted_bytes, __builtin_return_address(0), MEM_OS_STACK_OF_CALLER());
 }
 
-// Counted first: once released, the block may be another thread's.
+// The block is counted before it is released, since afterwards it may belong to another thread.
 [[gnu::always_inline]] inline void release(void *block)
 {
     count_release(block, mem_os_heap_end_count(block));

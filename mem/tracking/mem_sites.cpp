@@ -1,16 +1,15 @@
 #include "mem/tracking/mem_sites.h"
 
-#include "mem/tracking/mem_hash_table.h"
-#include "mem/tracking/mem_lock.h"
+#include "mem/base/mem_hash_table.h"
+#include "mem/tracking/mem_locks.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <mutex>
 
 namespace {
 
-// An array by the plain heap, for plain values.
+// An array of plain values in memory of the plain heap.
 template <typename VALUE>
 struct ARRAY
 {
@@ -18,7 +17,7 @@ struct ARRAY
     std::size_t count = 0;
     std::size_t capacity = 0;
 
-    // The new last value, of zeros; null for want of memory.
+    // Adds a value of zeros at the end; null if there is no memory.
     VALUE *add()
     {
         if (count == capacity) {
@@ -62,7 +61,7 @@ struct PLACE
 struct RECORD
 {
     MEM_SITE site;
-    std::uint64_t peak; // the number of the peak whose figure it keeps
+    std::uint64_t peak; // the number of the peak for which `site` has saved its bytes
 };
 
 using MODULE_NAME = char[128];
@@ -73,14 +72,14 @@ struct MODULE
     std::uint64_t live_bytes;
 };
 
-// In the lock of the sites. Nothing of it is released when the process exits: blocks are given back until the end.
+// All of it is written under the lock of the sites. The exit keeps it, since blocks are released until the end.
 MEM_HASH_TABLE<BLOCK> l_blocks;
 MEM_HASH_TABLE<PLACE> l_places;
 ARRAY<RECORD> l_sites;
-ARRAY<MODULE> l_modules; // stays when the sites are forgotten
-std::uint64_t l_live_bytes = 0;
-std::uint64_t l_peak_bytes = 0;
-std::uint64_t l_peak = 0;
+ARRAY<MODULE> l_modules;        // mem_sites_reset() keeps it
+std::uint64_t l_live_bytes = 0; // the sum over all sites
+std::uint64_t l_peak_bytes = 0; // its largest value
+std::uint64_t l_peak = 0;       // the number of the peak
 std::uint64_t l_lost_blocks = 0;
 
 std::uint64_t hash_of(MEM_CALLS const &calls)
@@ -96,7 +95,7 @@ bool is_same(MEM_CALLS const &a, MEM_CALLS const &b)
     return std::memcmp(a.return_addresses, b.return_addresses, sizeof a.return_addresses) == 0;
 }
 
-// Where the site of these calls is, or is to be: behind those that have the same hash.
+// The key of the site of these calls. If other calls have the same hash, the next free number.
 std::uint64_t key_of(MEM_CALLS const &calls)
 {
     std::uint64_t key = hash_of(calls);
@@ -108,7 +107,7 @@ std::uint64_t key_of(MEM_CALLS const &calls)
     return key;
 }
 
-// What changes keeps its figure of the latest peak.
+// Saves the bytes at the latest peak. Called before each change of the record.
 void keep_peak(RECORD &record)
 {
     if (record.peak == l_peak)
@@ -155,7 +154,7 @@ bool enter(void const *address, std::size_t bytes, std::size_t site)
     return true;
 }
 
-// Enters the block if the site of these calls is there.
+// Enters the block if the site of these calls is known; false otherwise.
 bool enter_at_known_site(void const *address, std::size_t bytes, MEM_CALLS const &calls)
 {
     PLACE const *const place = l_places.find(key_of(calls));
@@ -212,22 +211,22 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
 {
     MEM_CALLS calls;
     {
-        std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+        MEM_LOCK_SCOPE const lock(mem_sites_lock);
         if (mem_calls_read(call, &calls) && enter_at_known_site(block, bytes, calls))
             return;
     }
     MEM_STACK stack;
     mem_calls_unwind(call, &stack);
     {
-        std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+        MEM_LOCK_SCOPE const lock(mem_sites_lock);
         mem_calls_learn(stack, &calls);
         if (enter_at_known_site(block, bytes, calls))
             return;
     }
-    // Not in the lock: who holds the loader's may be waiting for it.
+    // Without the lock: a thread that holds the loader's lock may be waiting for it.
     MODULE_NAME module_name = {};
     mem_os_module_name(calls.return_addresses[0], module_name, sizeof module_name);
-    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    MEM_LOCK_SCOPE const lock(mem_sites_lock);
     if (!enter_at_known_site(block, bytes, calls) &&
         !(add_site(calls, module_name) && enter_at_known_site(block, bytes, calls)))
         ++l_lost_blocks;
@@ -235,14 +234,14 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
 
 void mem_sites_remove(void const *block)
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    MEM_LOCK_SCOPE const lock(mem_sites_lock);
     if (BLOCK *const entry = l_blocks.find(reinterpret_cast<std::uintptr_t>(block)))
         take_out(entry);
 }
 
 void mem_sites_reset()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    MEM_LOCK_SCOPE const lock(mem_sites_lock);
     l_blocks.clear();
     l_places.clear();
     l_sites.clear();
@@ -255,7 +254,7 @@ void mem_sites_reset()
 
 void mem_sites_begin_peak()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+    MEM_LOCK_SCOPE const lock(mem_sites_lock);
     l_peak_bytes = l_live_bytes;
     ++l_peak;
 }
@@ -267,7 +266,7 @@ MEM_SITES mem_sites_copy()
         std::size_t const room = copy.sites.capacity();
         std::size_t needed = 0;
         {
-            std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+            MEM_LOCK_SCOPE const lock(mem_sites_lock);
             needed = l_sites.count;
             if (needed <= room) {
                 for (std::size_t i = 0; i < needed; ++i) {
@@ -278,7 +277,7 @@ MEM_SITES mem_sites_copy()
                 return copy;
             }
         }
-        // Allocated outside of the lock.
+        // Not under the lock, since it allocates.
         copy.sites.reserve(needed + needed / 8);
     }
 }
@@ -286,12 +285,12 @@ MEM_SITES mem_sites_copy()
 std::vector<std::string> mem_sites_modules()
 {
     std::vector<std::string> names;
-    std::size_t const count = mem_sites_module_bytes().size(); // they only become more
+    std::size_t const count = mem_sites_module_bytes().size(); // modules are never removed
     names.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         MODULE_NAME name;
         {
-            std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+            MEM_LOCK_SCOPE const lock(mem_sites_lock);
             std::memcpy(name, l_modules.values[i].name, sizeof name);
         }
         names.emplace_back(name);
@@ -305,7 +304,7 @@ std::vector<std::uint64_t> mem_sites_module_bytes()
     for (;;) {
         std::size_t needed = 0;
         {
-            std::lock_guard<MEM_LOCK> const lock(mem_sites_lock);
+            MEM_LOCK_SCOPE const lock(mem_sites_lock);
             needed = l_modules.count;
             if (needed <= bytes.capacity()) {
                 for (std::size_t i = 0; i < needed; ++i)
@@ -313,6 +312,6 @@ std::vector<std::uint64_t> mem_sites_module_bytes()
                 return bytes;
             }
         }
-        bytes.reserve(needed); // outside of the lock
+        bytes.reserve(needed); // not under the lock, since it allocates
     }
 }

@@ -1,15 +1,19 @@
-// The blocks that are out, by the site of their allocation.
+// The living blocks, by the site of their allocation.
 //
-// A site is a way into an operator new: the innermost calls of the stack. Each block is entered under its address with
-// its site, and each site adds up its blocks. The figures at the peak are those of the moment when the sum over all
-// sites was highest. No copy is made at a peak: a site keeps what it had at the latest peak when it changes for the
-// first time after that, and a site that hasn't changed since has what it had then.
+// A site is a chain of calls to an operator new: the innermost return addresses of the stack. Each block is entered
+// under its address with its site, and each site adds up its blocks.
 //
-//     sum over all   peak no.   site A: now, at the peak, no.
-//     A +10    10       1       10, -, -
-//     B +20    30       2       10, -, -           10 at peak 2, as it has not changed since
-//     A -10    20       2        0, 10, 2
-//     B +20    40       3        0, 10, 2          0 at peak 3
+// A site's figure at the peak is its bytes at the moment when the sum over all sites was largest. Peaks are numbered,
+// and no figures are copied when a new peak is reached. Instead a site saves its bytes, with the number of the latest
+// peak, just before it changes for the first time after that peak. As long as it has not changed since the peak, its
+// bytes now are its bytes at the peak:
+//
+//              sum    number of     site A:         site A at the peak
+//                     the peak      now   saved
+//     A +10     10       1          10    -         10: its bytes now
+//     B +20     30       2          10    -         10: its bytes now, as it has not changed since peak 2
+//     A -10     20       2           0    10 (2)    10: saved for peak 2
+//     B +20     40       3           0    10 (2)     0: its bytes now, as nothing is saved for peak 3
 #ifndef MEM_SITES_H
 #define MEM_SITES_H
 
@@ -20,17 +24,17 @@
 #include <string>
 #include <vector>
 
-/// Enters a block; one that is there under its address is forgotten. Any thread, without any lock; it allocates by the
-/// plain heap only and doesn't fail.
+/// Enters a block, in place of a block that was entered under the same address. Called on any thread, without any lock.
+/// Allocates from the plain heap only; a block for which there is no memory is counted as lost.
 void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call);
 
-/// Takes a block out, if it is there. Any thread, without any lock.
+/// Removes a block if it was entered. Called on any thread, without any lock.
 void mem_sites_remove(void const *block);
 
 /// Forgets all blocks and sites.
 void mem_sites_reset();
 
-/// Begins a new peak.
+/// Forgets the peak: the next one starts at the bytes now.
 void mem_sites_begin_peak();
 
 struct MEM_SITE_FIGURES
@@ -45,7 +49,7 @@ struct MEM_SITE_FIGURES
 struct MEM_SITE
 {
     MEM_CALLS calls;
-    std::size_t module; ///< a place in the names of mem_sites_modules()
+    std::size_t module; ///< its index in mem_sites_modules()
     MEM_SITE_FIGURES figures;
 };
 
@@ -53,16 +57,16 @@ struct MEM_SITE
 struct MEM_SITES
 {
     std::vector<MEM_SITE> sites;
-    /// Blocks that could not be recorded for want of memory.
+    /// Blocks that could not be recorded because there was no memory.
     std::uint64_t lost_blocks;
 };
 MEM_SITES mem_sites_copy();
 
-/// The file names of the executable and the libraries that have a site, empty for code that is in none of them. They
-/// keep their places as others come.
+/// The file names of the executable and the libraries that contain a site; empty for code that is in none of them.
+/// Later calls return the same names first.
 std::vector<std::string> mem_sites_modules();
 
-/// What each of them has out, in the same places.
+/// The living bytes of each of them, in the same order.
 std::vector<std::uint64_t> mem_sites_module_bytes();
 
 #endif

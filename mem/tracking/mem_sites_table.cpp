@@ -31,7 +31,7 @@ std::string row(std::string const &place, MEM_SITE_FIGURES const &figures)
     return text + mem_table_text(place) + '\n';
 }
 
-bool is_wider(Rows::value_type const *a, Rows::value_type const *b)
+bool has_more(Rows::value_type const *a, Rows::value_type const *b)
 {
     MEM_SITE_FIGURES const &f = a->second;
     MEM_SITE_FIGURES const &g = b->second;
@@ -54,7 +54,7 @@ std::string table(std::string const &heading, Rows const &rows, std::uint64_t lo
         add(&sum, entry.second);
         order.push_back(&entry);
     }
-    std::sort(order.begin(), order.end(), is_wider);
+    std::sort(order.begin(), order.end(), has_more);
     text += row("total", sum);
     for (Rows::value_type const *const entry : order)
         text += row(entry->first, entry->second);
@@ -86,7 +86,7 @@ std::string source_place(ERR_LINE const &line, std::uintptr_t return_address, ER
     return line.function + " at " + line.file + ':' + std::to_string(line.line) + " (" + place.object + ')';
 }
 
-// The innermost place that isn't the standard library's; where all of them are, the call of the operator itself.
+// The innermost place outside of the standard library; if there is none, the call of the operator itself.
 std::string place_of(MEM_CALLS const &calls, Places const &places)
 {
     for (std::uintptr_t const address : calls.return_addresses) {

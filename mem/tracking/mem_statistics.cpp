@@ -1,12 +1,11 @@
 #include "mem/tracking/mem_statistics.h"
 
-#include "mem/tracking/mem_lock.h"
+#include "mem/tracking/mem_locks.h"
 #include "mem/tracking/mem_table.h"
 
 #include <algorithm>
 #include <limits>
 #include <map>
-#include <mutex>
 #include <tuple>
 #include <vector>
 
@@ -27,7 +26,7 @@ struct STATISTICS
     SUMS tags;
 };
 
-// In the lock of the bins. Not released when the process exits: bins may close until the end.
+// Written under the lock of the bins. The exit keeps it, since bins may close until the end.
 STATISTICS &statistics()
 {
     static STATISTICS &state = *new STATISTICS;
@@ -42,7 +41,7 @@ void add(SUM *sum, MEM_BIN_FIGURES const &figures)
     sum->peak_bytes = std::max(sum->peak_bytes, figures.peak_bytes);
 }
 
-bool is_wider(SUMS::value_type const &a, SUMS::value_type const &b)
+bool has_more(SUMS::value_type const &a, SUMS::value_type const &b)
 {
     return std::tie(a.second.rise_bytes, a.second.peak_bytes, b.first) >
            std::tie(b.second.rise_bytes, b.second.peak_bytes, a.first);
@@ -57,7 +56,7 @@ std::string table(std::string const &heading, SUMS const &sums)
         text += mem_table_heading(column);
     text += heading + '\n';
     std::vector<std::pair<std::string, SUM>> order(sums.begin(), sums.end());
-    std::sort(order.begin(), order.end(), [](auto const &a, auto const &b) { return is_wider(a, b); });
+    std::sort(order.begin(), order.end(), [](auto const &a, auto const &b) { return has_more(a, b); });
     for (auto const &[name, sum] : order) {
         // A total below 0 is shown as 0.
         std::int64_t const peak_bytes = std::max<std::int64_t>(sum.peak_bytes, 0);
@@ -72,7 +71,7 @@ std::string table(std::string const &heading, SUMS const &sums)
 
 void mem_statistics_add(std::string const &path, std::string const &tag, MEM_BIN_FIGURES const &figures)
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     add(&statistics().bins[path], figures);
     if (!tag.empty())
         add(&statistics().tags[tag], figures);
@@ -80,18 +79,18 @@ void mem_statistics_add(std::string const &path, std::string const &tag, MEM_BIN
 
 void mem_statistics_reset()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     statistics() = STATISTICS();
 }
 
 std::string mem_statistics_table_by_bin()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     return table("bin", statistics().bins);
 }
 
 std::string mem_statistics_table_by_tag()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     return table("tag", statistics().tags);
 }

@@ -1,13 +1,12 @@
 #include "mem/tracking/mem_timeline.h"
 
-#include "mem/tracking/mem_lock.h"
+#include "mem/tracking/mem_locks.h"
 #include "mem/tracking/mem_sites.h"
 #include "mem/tracking/mem_table.h"
 #include "mem_sys.h"
 
 #include <algorithm>
 #include <chrono>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -19,17 +18,17 @@ struct ROW
 {
     CLOCK::time_point time;
     MEM_TIMELINE_ROW row;
-    std::vector<std::uint64_t> modules; // empty without them
+    std::vector<std::uint64_t> modules; // bytes of each module; empty if they were not recorded
 };
 
-// In the lock of the bins. Not released when the process exits: bins may close until the end.
+// Written under the lock of the bins. The exit keeps it, since bins may close until the end.
 std::vector<ROW> &rows()
 {
     static std::vector<ROW> &state = *new std::vector<ROW>;
     return state;
 }
 
-// Of the first row on.
+// The seconds since the first row.
 std::string seconds(ROW const &row, ROW const &first)
 {
     std::string text;
@@ -52,20 +51,20 @@ std::string table_of_rows(std::vector<ROW> const &all)
     return text;
 }
 
-// Those that have anything at any row, the widest first.
+// The modules that have bytes at any row, the one with the most first.
 std::vector<std::size_t> order_of_modules(std::vector<ROW> const &all)
 {
-    std::vector<std::pair<std::uint64_t, std::size_t>> widths;
+    std::vector<std::pair<std::uint64_t, std::size_t>> largest;
     for (ROW const &row : all) {
-        while (widths.size() < row.modules.size())
-            widths.emplace_back(0, widths.size());
+        while (largest.size() < row.modules.size())
+            largest.emplace_back(0, largest.size());
         for (std::size_t i = 0; i < row.modules.size(); ++i)
-            widths[i].first = std::max(widths[i].first, row.modules[i]);
+            largest[i].first = std::max(largest[i].first, row.modules[i]);
     }
-    std::stable_sort(widths.begin(), widths.end(), [](auto const &a, auto const &b) { return a.first > b.first; });
+    std::stable_sort(largest.begin(), largest.end(), [](auto const &a, auto const &b) { return a.first > b.first; });
     std::vector<std::size_t> order;
-    for (auto const &[width, module] : widths)
-        if (width != 0)
+    for (auto const &[bytes, module] : largest)
+        if (bytes != 0)
             order.push_back(module);
     return order;
 }
@@ -102,19 +101,19 @@ void mem_timeline_add(MEM_TIMELINE_ROW row, bool with_modules)
     std::vector<std::uint64_t> modules;
     if (with_modules)
         modules = mem_sites_module_bytes();
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     rows().push_back({CLOCK::now(), std::move(row), std::move(modules)});
 }
 
 void mem_timeline_reset()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     rows() = std::vector<ROW>();
 }
 
 MEM_TIMELINE_TABLES mem_timeline_tables()
 {
-    std::lock_guard<MEM_LOCK> const lock(mem_bins_lock);
+    MEM_LOCK_SCOPE const lock(mem_bins_lock);
     if (rows().empty())
         return {};
     return {table_of_rows(rows()), table_of_modules(rows(), mem_sites_modules())};

@@ -1,11 +1,11 @@
-// The time line: what the process had at the boundaries of profile bins and at labels. Any thread.
+// The time line: the bytes of the process at the boundaries of profile bins and at labels. Any thread.
 #ifndef MEM_TIMELINE_H
 #define MEM_TIMELINE_H
 
 #include <cstdint>
 #include <string>
 
-/// A row to be.
+/// A row to append; its time is the moment of the call.
 struct MEM_TIMELINE_ROW
 {
     char const *event; ///< a literal
@@ -15,14 +15,14 @@ struct MEM_TIMELINE_ROW
     std::string bin;
 };
 
-/// Adds a row, whose time is now. Throws std::bad_alloc.
+/// Appends a row. Throws std::bad_alloc.
 ///
-/// @param with_modules  also what each module has out
+/// @param with_modules  also record the living bytes of each module
 void mem_timeline_add(MEM_TIMELINE_ROW row, bool with_modules);
 
 void mem_timeline_reset();
 
-/// The tables; empty if there is nothing in them.
+/// The tables as text; empty if there are no rows, or no rows with modules.
 struct MEM_TIMELINE_TABLES
 {
     std::string rows;

@@ -1,37 +1,19 @@
-#include "mem/tracking/mem_tracking.h"
+#include "mem_sys.h"
 
 #include "mem/tracking/mem_bins.h"
 #include "mem/tracking/mem_count.h"
-#include "mem/tracking/mem_lock.h"
 #include "mem/tracking/mem_sites.h"
 #include "mem/tracking/mem_sites_table.h"
 #include "mem/tracking/mem_statistics.h"
+#include "mem/tracking/mem_switches.h"
 #include "mem/tracking/mem_table.h"
 #include "mem/tracking/mem_timeline.h"
 
 #include <algorithm>
-#include <atomic>
 #include <exception>
-#include <mutex>
 #include <utility>
 
-// With two marks of our own. Written in the lock of the switches.
-std::atomic<int> mem_tracking_in_force{0};
-
 namespace {
-
-constexpr int GRANULARITIES = MEM_TRACKING_STATISTICS | MEM_TRACKING_TIMELINE | MEM_TRACKING_SOURCES;
-constexpr int KEY_READ = 0x100;
-constexpr int KEY_NOT_ZERO = 0x200;
-
-// Sets the word and what follows from it. Gives the bits that came on. In the lock of the switches.
-int set_tracking(int tracking)
-{
-    int const former = mem_tracking_in_force.exchange(tracking, std::memory_order_relaxed);
-    if (((former ^ tracking) & MEM_TRACKING_SOURCES) != 0)
-        mem_count_watch_blocks((tracking & MEM_TRACKING_SOURCES) != 0);
-    return tracking & ~former;
-}
 
 void start(int bits)
 {
@@ -40,21 +22,12 @@ void start(int bits)
         mem_bins_start_timeline();
 }
 
-// The word as it stands, at the first question as the key gives it. Of several first questions, one sets the word.
+// The word of the switches. The first question reads the key; of several first questions, one sets the word.
 int tracking()
 {
-    int const current = mem_tracking_in_force.load(std::memory_order_relaxed);
-    if (current != 0)
-        return current;
-    int const key = mem_cfg_get_int_value("mem_tracking", 0);
-    int bits = 0;
-    {
-        std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
-        if (mem_tracking_in_force.load(std::memory_order_relaxed) == 0)
-            bits = set_tracking((key & GRANULARITIES) | (key != 0 ? KEY_NOT_ZERO : 0) | KEY_READ);
-    }
-    start(bits);
-    return mem_tracking_in_force.load(std::memory_order_relaxed);
+    if (mem_switches_word.load(std::memory_order_relaxed) == 0)
+        start(mem_switches_start(mem_cfg_get_int_value("mem_tracking", 0)));
+    return mem_switches_word.load(std::memory_order_relaxed);
 }
 
 std::size_t shown(std::int64_t bytes)
@@ -62,7 +35,8 @@ std::size_t shown(std::int64_t bytes)
     return static_cast<std::size_t>(std::max<std::int64_t>(bytes, 0));
 }
 
-// A text of our own, which isn't counted. What a stream takes to hold it is its owner's and is.
+// A text of this library, which isn't counted. The memory that a stream takes to hold it is the caller's and is
+// counted.
 class UNCOUNTED_TEXT
 {
 public:
@@ -105,29 +79,23 @@ bool dump(std::ostream &out, TABLE table)
 void mem_enable_tracking(MEM_TRACKING_GRANULARITY granularity)
 {
     tracking();
-    int bits = 0;
-    {
-        std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
-        bits = set_tracking(mem_tracking_in_force.load(std::memory_order_relaxed) | (granularity & GRANULARITIES));
-    }
-    start(bits);
+    start(mem_switches_change(/*on=*/granularity, /*off=*/0));
 }
 
 void mem_disable_tracking(MEM_TRACKING_GRANULARITY granularity)
 {
     tracking();
-    std::lock_guard<MEM_LOCK> const lock(mem_switch_lock);
-    set_tracking(mem_tracking_in_force.load(std::memory_order_relaxed) & ~(granularity & GRANULARITIES));
+    mem_switches_change(/*on=*/0, /*off=*/granularity);
 }
 
 bool mem_tracking_is_enabled(MEM_TRACKING_GRANULARITY granularity)
 {
-    return (tracking() & GRANULARITIES & granularity) == granularity;
+    return (tracking() & MEM_SWITCHES_GRANULARITIES & granularity) == granularity;
 }
 
 bool mem_get_tbb_memory_tracking_enabled()
 {
-    return (tracking() & KEY_NOT_ZERO) != 0;
+    return (tracking() & MEM_SWITCHES_KEY_NOT_ZERO) != 0;
 }
 
 void mem_open_profile_bin(std::string const &name, std::string const &tag)

@@ -1,5 +1,5 @@
 // The hash table against a map, with keys that fall on the same places.
-#include "mem/tracking/mem_hash_table.h"
+#include "mem/base/mem_hash_table.h"
 
 #include <gtest/gtest.h>
 

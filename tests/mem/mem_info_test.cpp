@@ -1,4 +1,4 @@
-#include "mem/tracking/mem_proc_text.h"
+#include "mem/base/mem_proc_text.h"
 #include "mem_sys.h"
 
 #include "tests/support/resident_memory.h"

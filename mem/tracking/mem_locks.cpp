@@ -1,4 +1,4 @@
-#include "mem/tracking/mem_lock.h"
+#include "mem/tracking/mem_locks.h"
 
 #include "mem/os/mem_os.h"
 #include "thr_sys.h"
@@ -10,23 +10,23 @@ MEM_LOCK mem_sites_lock;
 
 namespace {
 
-// Set before the handlers are.
+// Written before the handlers of forks are set, always with the same function; the exit leaves it.
 std::atomic<void (*)()> l_forked{nullptr};
+
+// In the order in which they may be held together.
+constexpr MEM_LOCK *LOCKS[] = {&mem_switch_lock, &mem_bins_lock, &mem_threads_lock, &mem_sites_lock};
 
 void lock_all()
 {
-    mem_switch_lock.lock();
-    mem_bins_lock.lock();
-    mem_threads_lock.lock();
-    mem_sites_lock.lock();
+    for (MEM_LOCK *const lock : LOCKS)
+        if (!lock->try_lock())
+            mem_lock_wait(*lock);
 }
 
 void unlock_all()
 {
-    mem_sites_lock.unlock();
-    mem_threads_lock.unlock();
-    mem_bins_lock.unlock();
-    mem_switch_lock.unlock();
+    for (MEM_LOCK *const lock : LOCKS)
+        lock->unlock();
 }
 
 void unlock_all_in_child()
@@ -37,19 +37,19 @@ void unlock_all_in_child()
 
 } // namespace
 
-void MEM_LOCK::wait()
+void mem_lock_wait(MEM_LOCK &lock)
 {
     do {
-        // The holder is gone without a word, and nobody else is left to come.
         if (mem_os_is_last_thread_of_exit())
             return;
         thr_sleep(0);
-    } while (m_is_held.exchange(true, std::memory_order_acquire));
+    } while (!lock.try_lock());
 }
 
-void mem_lock_watch_forks(void (*forked)())
+void mem_locks_watch_forks(void (*forked)())
 {
     l_forked.store(forked, std::memory_order_relaxed);
+    // The first call sets the handlers, which stay.
     static bool const IS_WATCHING = mem_os_watch_forks(lock_all, unlock_all, unlock_all_in_child);
     static_cast<void>(IS_WATCHING);
 }

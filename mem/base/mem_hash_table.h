@@ -1,5 +1,17 @@
-// A hash table for the inside of operators new and delete: its memory comes from the plain heap, which isn't counted,
-// and want of memory is an answer. Open addressing with linear probing, at most two thirds full.
+// A hash table that can be used inside operators new and delete: its memory comes from the plain heap, which isn't
+// counted, and a lack of memory is a result and not an exception.
+//
+// Open addressing with linear probing: an entry lies at the first place of its key, or else in the first place after it
+// that was free. The entries between two free places are a run. For example, with 8 places, where A and B both have the
+// first place 2, and C has the first place 3:
+//
+//     place          0    1    2    3    4    5
+//     add A, B, C              A    B    C              B is looked for at 2, 3; C at 3, 4
+//     remove A                 -    B    C              a hole: B would not be found from 2 on
+//                              B    -    C              B moves to the hole, since 2 is one of its places
+//                              B    C    -              C moves too, since the hole is not before its first place
+//
+// The table doubles when it is two thirds full, so that runs stay short.
 #ifndef MEM_HASH_TABLE_H
 #define MEM_HASH_TABLE_H
 
@@ -8,7 +20,8 @@
 #include <cstdlib>
 #include <utility>
 
-/// ENTRY has a member `key` of 64 bits, 0 in an empty place; all else of it may begin with zeros. It is moved as bytes.
+/// ENTRY is a plain structure with a member `key` of 64 bits, which is 0 in a free place. A new entry is all zeros
+/// apart from its key. Growing copies entries.
 template <typename ENTRY>
 class MEM_HASH_TABLE
 {
@@ -22,7 +35,7 @@ public:
         return entry.key == key ? &entry : nullptr;
     }
 
-    /// The entry of a key other than 0, made if there is none; null for want of memory.
+    /// The entry of a key other than 0, added if there is none; null if there is no memory.
     ENTRY *find_or_add(std::uint64_t key)
     {
         if (ENTRY *const entry = find(key))
@@ -37,7 +50,7 @@ public:
 
     void remove(ENTRY *entry)
     {
-        // Those behind it in its run move up, as far as they don't stand in front of their own places then.
+        // The later entries of the run fill the hole, except those that would lie before their first place.
         std::size_t hole = static_cast<std::size_t>(entry - m_entries);
         for (std::size_t i = next(hole); m_entries[i].key != 0; i = next(i)) {
             std::size_t const wanted = first_place_of(m_entries[i].key);
@@ -62,14 +75,14 @@ private:
     std::size_t capacity() const { return m_entries == nullptr ? 0 : std::size_t{1} << m_bits; }
     std::size_t next(std::size_t place) const { return (place + 1) & (capacity() - 1); }
 
-    // The high bits of the product, on which all bits of the key have an influence.
+    // The high bits of the product, which depend on all bits of the key.
     std::size_t first_place_of(std::uint64_t key) const
     {
         constexpr std::uint64_t GOLDEN = 0x9e3779b97f4a7c15U; // 2^64 over the golden ratio
         return static_cast<std::size_t>((key * GOLDEN) >> (64 - m_bits));
     }
 
-    // Where the key is, or would be.
+    // The place of the key, or the free place where it would be added.
     std::size_t place_of(std::uint64_t key) const
     {
         std::size_t place = first_place_of(key);

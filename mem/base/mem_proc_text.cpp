@@ -1,11 +1,11 @@
-#include "mem/tracking/mem_proc_text.h"
+#include "mem/base/mem_proc_text.h"
 
 #include <charconv>
 #include <limits>
 
 namespace {
 
-// Takes a decimal number from the front of `text`.
+// Removes a decimal number from the start of `text`.
 bool take_number(std::string_view &text, std::uint64_t *number)
 {
     std::from_chars_result const result = std::from_chars(text.data(), text.data() + text.size(), *number);
@@ -29,7 +29,7 @@ void skip_blanks(std::string_view &text)
         text.remove_prefix(1);
 }
 
-// A field's value, behind the colon: "\t    6240 kB".
+// The value of a field, after the colon: "\t    6240 kB".
 bool parse_kib(std::string_view text, std::uint64_t *bytes)
 {
     std::uint64_t kib = 0;
