@@ -1,5 +1,6 @@
 #include "err_sys.h"
 
+#include "tests/support/internal_error.h"
 #include "tests/support/platform.h"
 
 #include <gmock/gmock.h>
@@ -134,30 +135,32 @@ constexpr TextCase TEXT_CASES[] = {
 TEST_F(ErrReportDeathTest, PrintsWhatFailedAndWhere)
 {
     for (TextCase const &c : TEXT_CASES)
-        EXPECT_EXIT(err_report_internal_error(c.expression, c.module, c.file, c.line), ExitedWithCode(3),
-                    AllOf(HasBlocks(1), HasSubstr(c.block)))
+        EXPECT_EXIT(err_report_internal_error(c.expression, c.module, c.file, c.line),
+                    ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr(c.block)))
             << "expression " << (c.expression == nullptr ? "null" : c.expression);
 }
 
 TEST_F(ErrReportDeathTest, PrintsALongExpressionWhole)
 {
     std::string const expression(100000, 'x');
-    EXPECT_EXIT(fail(expression.c_str()), ExitedWithCode(3),
+    EXPECT_EXIT(fail(expression.c_str()), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(1), HasSubstr(BLOCK_HEAD + expression + "\n  Library: TST\n")));
 }
 
 TEST_F(ErrReportDeathTest, NamesTheProcess)
 {
-    EXPECT_EXIT(fail("a"), ExitedWithCode(3), HasSubstr(ON_WINDOWS ? "err_test.exe\n" : "/err_test\n"));
+    EXPECT_EXIT(fail("a"), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                HasSubstr(ON_WINDOWS ? "err_test.exe\n" : "/err_test\n"));
 }
 
 TEST_F(ErrReportDeathTest, NamesTheLatestModulePlace)
 {
-    EXPECT_EXIT(fail("a"), ExitedWithCode(3), HasSubstr("\n  Module:  (not set)\n"));
-    EXPECT_EXIT((err_set_module_fullpath("/one/"), err_set_module_fullpath("/two/"), fail("a")), ExitedWithCode(3),
+    EXPECT_EXIT(fail("a"), ExitedWithCode(INTERNAL_ERROR_STATUS), HasSubstr("\n  Module:  (not set)\n"));
+    EXPECT_EXIT((err_set_module_fullpath("/one/"), err_set_module_fullpath("/two/"), fail("a")),
+                ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasSubstr("\n  Module:  /two/\n"), Not(HasSubstr("/one/"))));
-    EXPECT_EXIT((err_set_module_fullpath("/one/"), err_set_module_fullpath(""), fail("a")), ExitedWithCode(3),
-                HasSubstr("\n  Module:  (not set)\n"));
+    EXPECT_EXIT((err_set_module_fullpath("/one/"), err_set_module_fullpath(""), fail("a")),
+                ExitedWithCode(INTERNAL_ERROR_STATUS), HasSubstr("\n  Module:  (not set)\n"));
 }
 
 } // namespace
@@ -179,9 +182,10 @@ namespace {
 TEST_F(ErrReportDeathTest, PrintsTheStackFromTheCallerOn)
 {
     if (ON_WINDOWS)
-        EXPECT_EXIT(l_err_test_outer_function(0), ExitedWithCode(3), HasSubstr("\n  Stack:\n    #0 err_test.exe+0x"));
+        EXPECT_EXIT(l_err_test_outer_function(0), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    HasSubstr("\n  Stack:\n    #0 err_test.exe+0x"));
     else
-        EXPECT_EXIT(l_err_test_outer_function(0), ExitedWithCode(3),
+        EXPECT_EXIT(l_err_test_outer_function(0), ExitedWithCode(INTERNAL_ERROR_STATUS),
                     AllOf(HasSubstr("\n  Stack:\n    #0 err_test_outer_function(int)+0x"),
                           HasSubstr(" at tests/err/err_test.cpp:"), HasSubstr(" (err_test+0x")));
 }
@@ -230,13 +234,13 @@ TEST(ErrDescribeCalls, AnAddressOutsideOfTheProgramHasNoNames)
 
 TEST_F(ErrReportDeathTest, CutsADeepStack)
 {
-    EXPECT_EXIT(l_err_test_outer_function(3000), ExitedWithCode(3),
+    EXPECT_EXIT(l_err_test_outer_function(3000), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(1), HasSubstr("\n    #50 "), Not(HasSubstr("\n    #64 "))));
 }
 
 TEST_F(ErrReportDeathTest, RunsExitHandlersAfterTheBlock)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), fail("a")), ExitedWithCode(3),
+    EXPECT_EXIT((std::atexit(say_handler_runs), fail("a")), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(1), HasInOrder("  Stack:\n", "[handler runs]\n")));
 }
 
@@ -249,19 +253,21 @@ TEST_F(ErrReportDeathTest, FlushesStandardOutput)
             std::fputs("[buffered]\n", stdout);
             fail("a");
         },
-        ExitedWithCode(3), HasInOrder("  Stack:\n", "[buffered]"));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), HasInOrder("  Stack:\n", "[buffered]"));
 }
 
 TEST_F(ErrReportDeathTest, AbnormalExitIsSeenByExitHandlers)
 {
     EXPECT_FALSE(err_is_in_abnormal_exit());
-    EXPECT_EXIT((std::atexit(say_abnormal_exit), fail("a")), ExitedWithCode(3), HasSubstr("[abnormal exit]\n"));
+    EXPECT_EXIT((std::atexit(say_abnormal_exit), fail("a")), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                HasSubstr("[abnormal exit]\n"));
     EXPECT_EXIT((std::atexit(say_abnormal_exit), std::exit(0)), ExitedWithCode(0), HasSubstr("[ordinary exit]\n"));
 }
 
 TEST_F(ErrReportDeathTest, SecondErrorInAnExitHandlerEndsAtOnce)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit(fail_in_handler), fail("first")), ExitedWithCode(3),
+    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit(fail_in_handler), fail("first")),
+                ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(2), HasInOrder("Internal error: first\n", "Internal error: failed in a handler\n"),
                       Not(HasSubstr("[handler runs]"))));
 }
@@ -277,21 +283,21 @@ TEST_F(ErrReportDeathTest, AReaderThatIsGoneDoesNotChangeTheStatus)
             });
             fail("a");
         },
-        ExitedWithCode(3), HasBlocks(1));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), HasBlocks(1));
 }
 
 // The ways into the exit handlers of an ordinary exit.
 
 TEST_F(ErrReportDeathTest, ErrorInAHandlerOfAnOrdinaryExitEndsAtOnce)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit(fail_in_handler), std::exit(0)), ExitedWithCode(3),
-                AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
+    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit(fail_in_handler), std::exit(0)),
+                ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
 }
 
 TEST_F(ErrReportDeathTest, ErrorDeepInAHandlerOfAnOrdinaryExitEndsAtOnce)
 {
     EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit([] { l_err_test_outer_function(300); }), std::exit(0)),
-                ExitedWithCode(3), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
+                ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
 }
 
 TEST_F(ErrReportDeathTest, ErrorInAStaticObjectsDestructorEndsAtOnce)
@@ -306,7 +312,8 @@ TEST_F(ErrReportDeathTest, ErrorInAStaticObjectsDestructorEndsAtOnce)
             static FAILING_OBJECT const object;
             std::exit(0);
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("failed in a destructor"), Not(HasSubstr("[handler runs]"))));
+        ExitedWithCode(INTERNAL_ERROR_STATUS),
+        AllOf(HasBlocks(1), HasSubstr("failed in a destructor"), Not(HasSubstr("[handler runs]"))));
 }
 
 TEST_F(ErrReportDeathTest, ErrorInAHandlerThatAThreadRunsEndsAtOnce)
@@ -317,7 +324,7 @@ TEST_F(ErrReportDeathTest, ErrorInAHandlerThatAThreadRunsEndsAtOnce)
             std::atexit(fail_in_handler);
             std::thread([] { std::exit(0); }).join();
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
 }
 
 // Several threads.
@@ -329,7 +336,8 @@ TEST_F(ErrReportDeathTest, AThreadEndsTheProcess)
             std::atexit(say_handler_runs);
             std::thread(fail, "failed in a thread").join();
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasInOrder("failed in a thread", "[handler runs]\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS),
+        AllOf(HasBlocks(1), HasInOrder("failed in a thread", "[handler runs]\n")));
 }
 
 TEST_F(ErrReportDeathTest, OfManyThreadsOneReports)
@@ -348,7 +356,7 @@ TEST_F(ErrReportDeathTest, OfManyThreadsOneReports)
             for (std::thread &thread : threads)
                 thread.join();
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("[handler runs]\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr("[handler runs]\n")));
 }
 
 TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileAnotherReportsIsNotPrinted)
@@ -365,7 +373,7 @@ TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileAnotherReportsIsNotPrinted)
             }).detach();
             fail("first");
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("Internal error: first\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr("Internal error: first\n")));
 }
 
 TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileMainRunsExitHandlersEndsAtOnce)
@@ -385,7 +393,8 @@ TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileMainRunsExitHandlersEndsAtOnce)
             }).detach();
             std::exit(0);
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("failed in a thread"), Not(HasSubstr("[handler runs]"))));
+        ExitedWithCode(INTERNAL_ERROR_STATUS),
+        AllOf(HasBlocks(1), HasSubstr("failed in a thread"), Not(HasSubstr("[handler runs]"))));
 }
 
 TEST_F(ErrReportDeathTest, AnOrdinaryExitBesideAReportKeepsItsStatusFromTheReport)
@@ -406,7 +415,7 @@ TEST_F(ErrReportDeathTest, AnOrdinaryExitBesideAReportKeepsItsStatusFromTheRepor
             }).detach();
             std::exit(0);
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("Internal error: failed in a thread\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr("Internal error: failed in a thread\n")));
 }
 
 TEST_F(ErrReportDeathTest, AReportKeepsItsStatusFromAnOrdinaryExitBesideIt)
@@ -424,7 +433,7 @@ TEST_F(ErrReportDeathTest, AReportKeepsItsStatusFromAnOrdinaryExitBesideIt)
             is_main_on_its_way = true;
             std::exit(0);
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("Internal error: failed in a thread\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr("Internal error: failed in a thread\n")));
 }
 
 TEST_F(ErrReportDeathTest, TheModulePlaceMayBeSetOnManyThreads)
@@ -441,7 +450,7 @@ TEST_F(ErrReportDeathTest, TheModulePlaceMayBeSetOnManyThreads)
                 thread.join();
             fail("a");
         },
-        ExitedWithCode(3), AllOf(HasSubstr("\n  Module:  /place/"), HasSubstr("/99/\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasSubstr("\n  Module:  /place/"), HasSubstr("/99/\n")));
 }
 
 } // namespace

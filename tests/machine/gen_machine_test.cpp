@@ -4,6 +4,7 @@
 
 #include "gen/machine/gen_machine_capture.h"
 #include "mem_sys.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/played_machine.h"
 
 #include <gmock/gmock.h>
@@ -14,7 +15,6 @@
 #include <limits>
 #include <thread>
 
-using testing::AllOf;
 using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -798,11 +798,10 @@ TEST(GenMachineDeathTest, NullIsAnInternalError)
     };
     PlayedMachine machine("amd_smt");
     for (NullCase const &c : cases)
-        EXPECT_EXIT(c.call(), ExitedWithCode(3),
-                    AllOf(HasSubstr(std::string("Internal error: ") + c.text + '\n'), HasSubstr("GEN"),
-                          HasSubstr("gen/gen_machine")));
+        EXPECT_EXIT(c.call(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(c.text, "gen_machine"));
     KeyOn const key(SYSCONF_KEY);
-    EXPECT_EXIT(INFO::get_core_cpu_count(nullptr), ExitedWithCode(3), HasSubstr("Internal error: cpu_count != 0\n"));
+    EXPECT_EXIT(INFO::get_core_cpu_count(nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("cpu_count != 0", "gen_machine"));
     EXPECT_THAT(machine.calls(), IsEmpty());
 }
 

@@ -1,6 +1,7 @@
 #include "gen_dep_sys.h"
 
 #include "gen/object/gen_dep_registry.h"
+#include "tests/support/internal_error.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -486,7 +487,7 @@ constexpr FaultCase FAULT_CASES[] = {
     {"the id after the last one",
      [] {
          GEN_DEP_REGISTRY registry(LARGEST - 1);
-         tell_call(registry.create_dependency(nullptr, tell_call));
+         registry.create_dependency(nullptr, tell_call);
          registry.create_dependency(nullptr, tell_call);
      },
      "my_uid< std::numeric_limits<UID>::max()"},
@@ -497,11 +498,6 @@ class GenDepDeathTest : public testing::Test
 protected:
     GenDepDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
-
-testing::Matcher<std::string const &> is_internal_error(std::string const &text)
-{
-    return HasSubstr("Internal error: " + text + "\n  Library: GEN\n  Source:  gen/gen_dep");
-}
 
 // An explicit instantiation may name private members.
 unsigned &next_uid_of(GEN_DEP_REGISTRY &registry);
@@ -538,7 +534,7 @@ TEST_F(GenDepDeathTest, EndsTheProcessAtAMisuse)
 {
     for (FaultCase const &c : FAULT_CASES) {
         SCOPED_TRACE(c.what);
-        EXPECT_EXIT(c.fault(), ExitedWithCode(3), is_internal_error(c.text));
+        EXPECT_EXIT(c.fault(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_source(c.text, "gen/gen_dep_registry.h"));
     }
 }
 
@@ -547,8 +543,8 @@ TEST_F(GenDepDeathTest, NeverGivesOutAnIdThatIsThere)
     GEN_DEP_REGISTRY registry;
     unsigned const uid = registry.create_dependency(nullptr, tell_call);
     next_uid_of(registry) = uid;
-    EXPECT_EXIT(registry.create_dependency(nullptr, tell_call), ExitedWithCode(3),
-                is_internal_error("!dependency_exists( my_uid )"));
+    EXPECT_EXIT(registry.create_dependency(nullptr, tell_call), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_in_source("!dependency_exists( my_uid )", "gen/gen_dep_registry.h"));
 }
 
 TEST(GenDepRegistry, GivesOutTheLastIdBelowTheLargest)

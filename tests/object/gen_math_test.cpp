@@ -1,6 +1,8 @@
 // The checked arithmetic beside exact arithmetic of 128 bits, over boundary values and random pairs.
 #include "gen_math_sys.h"
 
+#include "tests/support/internal_error.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,15 +17,11 @@
 #include <string>
 #include <vector>
 
-using testing::AllOf;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
 
 __extension__ using Exact = __int128;
-
-constexpr int INTERNAL_ERROR_STATUS = 3;
 
 template <typename T>
 constexpr T LEAST = std::numeric_limits<T>::min();
@@ -168,11 +166,6 @@ std::string gcd_fault(T x, T y)
     if (result == *expected)
         return {};
     return "gcd " + std::to_string(x) + ", " + std::to_string(y) + " gives " + std::to_string(result);
-}
-
-auto tells(char const *text)
-{
-    return AllOf(HasSubstr(std::string("Internal error: ") + text + '\n'), HasSubstr("GEN"), HasSubstr("gen/gen_math"));
 }
 
 template <typename T>
@@ -582,7 +575,7 @@ TYPED_TEST(GenMath, ASumOfFractionsWithoutOverflowIsExact)
 
 TYPED_TEST(GenMathDeathTest, ADenominatorOfZeroIsAnInternalError)
 {
-    auto const fault = tells("denominator1 != 0 && denominator2 != 0");
+    auto const fault = dies_with("denominator1 != 0 && denominator2 != 0", "gen_math");
     EXPECT_EXIT(add_fractions<TypeParam>(1, 0, 1, 3), ExitedWithCode(INTERNAL_ERROR_STATUS), fault);
     EXPECT_EXIT(add_fractions<TypeParam>(1, 3, 1, 0), ExitedWithCode(INTERNAL_ERROR_STATUS), fault);
     EXPECT_EXIT(add_fractions<TypeParam>(1, 0, 1, 0), ExitedWithCode(INTERNAL_ERROR_STATUS), fault);
@@ -593,7 +586,7 @@ TEST(GenMathOfInt64DeathTest, ACommonMultipleOfZerosIsAnInternalError)
     bool overflow = false;
     std::int64_t const zero = 0;
     EXPECT_EXIT(GEN_MATH::lcm_of(zero, zero, zero, overflow), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells("x != 0 || y != 0 || z != 0"));
+                dies_with("x != 0 || y != 0 || z != 0", "gen_math"));
 }
 
 namespace {

@@ -2,6 +2,7 @@
 #include "gen_path_sys.h"
 
 #include "tests/support/gen_os_fake.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/mem_recorder.h"
 #include "tests/support/temp_dir.h"
 
@@ -14,7 +15,6 @@
 #include <vector>
 
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
 
@@ -186,7 +186,7 @@ TEST(GenUniquePathNameDeathTest, ThatIsEmptyIsAnInternalError)
             mem_record().formats = false;
             gen_unique_path(nullptr);
         },
-        ExitedWithCode(3), HasSubstr("Internal error: Couldn't get unique path name!\n"));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with("Couldn't get unique path name!", "gen_path*"));
 }
 
 TEST(GenTempPathText, GetsASlashBehindIt)

@@ -3,24 +3,15 @@
 #include "mem_sys.h"
 #include "tests/support/debugger.h"
 #include "tests/support/environment.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/platform.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using testing::AllOf;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
-
-// How a process ends by an internal error.
-constexpr int INTERNAL_ERROR_STATUS = 3;
-
-auto tells(char const *text)
-{
-    return AllOf(HasSubstr(text), HasSubstr("GEN"), HasSubstr("gen/gen_flow"));
-}
 
 constexpr char const *SET_TWICE = "kmap_legacy_bridge cannot be set more than once. (Unless it has been unset.)";
 constexpr char const *NOT_SET = "kmap_legacy_bridge has not been set with gen_set_kmap_legacy_bridge()!";
@@ -56,14 +47,14 @@ TEST(GenFlowBridge, CanBeTakenBackBeforeItIsGiven)
 
 TEST(GenFlowBridgeDeathTest, AskingBeforeAnySetIsAnInternalError)
 {
-    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells(NOT_SET));
+    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(NOT_SET, "gen_flow"));
 }
 
 TEST(GenFlowBridgeDeathTest, AskingAfterAnUnsetIsAnInternalError)
 {
     gen_set_kmap_legacy_bridge(true);
     gen_unset_kmap_legacy_bridge();
-    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells(NOT_SET));
+    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(NOT_SET, "gen_flow"));
 }
 
 TEST(GenFlowBridgeDeathTest, SettingTwiceIsAnInternalErrorAlsoWithTheSameValue)
@@ -72,7 +63,8 @@ TEST(GenFlowBridgeDeathTest, SettingTwiceIsAnInternalErrorAlsoWithTheSameValue)
         for (bool const second : {false, true}) {
             SCOPED_TRACE(testing::Message() << first << " then " << second);
             gen_set_kmap_legacy_bridge(first);
-            EXPECT_EXIT(gen_set_kmap_legacy_bridge(second), ExitedWithCode(INTERNAL_ERROR_STATUS), tells(SET_TWICE));
+            EXPECT_EXIT(gen_set_kmap_legacy_bridge(second), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                        dies_with(SET_TWICE, "gen_flow"));
             gen_unset_kmap_legacy_bridge();
         }
 }

@@ -7,6 +7,7 @@
 #include "gen_flow_sys.h"
 #include "mem_sys.h"
 #include "tests/support/gen_os_fake.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/mem_figures_fake.h"
 #include "tests/support/message_recorder.h"
 #include "tests/support/profile_bins_script.h"
@@ -449,12 +450,11 @@ void expect_fault_is_silent(void (*commit)(), std::vector<char const *> const &t
 // Runs a fault in a development build: the process ends with the text, and what was to be told is told before.
 void expect_fault_ends(void (*commit)(), char const *text, std::vector<char const *> const &told)
 {
-    testing::Matcher<std::string const &> output =
-        AllOf(HasSubstr(std::string("Internal error: ") + text + "\n  Library: GEN\n"),
-              HasSubstr("\n  Source:  gen/gen_profile_bins"));
+    testing::Matcher<std::string const &> output = dies_with(text, "gen_profile_bins*");
     for (char const *line : told)
         output = AllOf(output, HasSubstr(std::string("Debug (GEN): ") + line + "\n"));
-    EXPECT_EXIT((mem_cfg_set("mem_show_debug_messages", "on"), commit()), ExitedWithCode(3), output);
+    EXPECT_EXIT((mem_cfg_set("mem_show_debug_messages", "on"), commit()), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                output);
 }
 
 class GenProfileBinsFaultDeathTest : public testing::TestWithParam<Fault>
@@ -545,10 +545,9 @@ TEST(GenProfileBinsRegexDeathTest, ABadOneIsReportedInCustomerBuildsToo)
 {
     for (char const *key : {"gen_tracq_profile_bin", "gen_tracq_profile_tag", "gen_mem_fileline_profile_bin"})
         for (char const *expression : {"(", "a{2,1}", "[z-a]", "*", "%s%n("})
-            EXPECT_EXIT(start_with_key(key, expression), ExitedWithCode(3),
-                        AllOf(HasSubstr("Internal error: Error compiling regular expression \"" +
-                                        std::string(expression) + "\"\n  Library: GEN\n"),
-                              HasSubstr("\n  Source:  gen/gen_profile_bins")))
+            EXPECT_EXIT(start_with_key(key, expression), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                        dies_with("Error compiling regular expression \"" + std::string(expression) + "\"",
+                                  "gen_profile_bins*"))
                 << key << " = " << expression;
 }
 
@@ -557,8 +556,8 @@ TEST(GenProfileBinsRegexDeathTest, TheTextHasRoomFor4095Characters)
     for (std::size_t length : {4057U, 4058U, 4059U, 5000U}) {
         std::string const expression = "(" + std::string(length - 1, 'x');
         std::string const text = "Error compiling regular expression \"" + expression + "\"";
-        EXPECT_EXIT(start_with_key("gen_mem_fileline_profile_bin", expression), ExitedWithCode(3),
-                    HasSubstr("Internal error: " + text.substr(0, 4095) + "\n  Library: GEN\n"))
+        EXPECT_EXIT(start_with_key("gen_mem_fileline_profile_bin", expression), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    dies_with(text.substr(0, 4095), "gen_profile_bins*"))
             << "length " << length;
     }
 }
@@ -573,9 +572,8 @@ void copy_a_guard_twice()
 
 TEST(GenProfileBinsGuardDeathTest, ASecondCopyIsReportedInCustomerBuildsToo)
 {
-    EXPECT_EXIT(copy_a_guard_twice(), ExitedWithCode(3),
-                AllOf(HasSubstr("Internal error: other.m_is_orig\n  Library: GEN\n  Source:  h/gen_profile_bins_sys"),
-                      Not(HasSubstr("close"))));
+    EXPECT_EXIT(copy_a_guard_twice(), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                AllOf(dies_in_source("other.m_is_orig", "h/gen_profile_bins_sys.h"), Not(HasSubstr("close"))));
 }
 
 void print_current_bin()
@@ -608,7 +606,7 @@ void use_bins_at_exit()
 
 TEST(GenProfileBinsAbnormalExitDeathTest, DropsAllEvents)
 {
-    EXPECT_EXIT(fail_with_bins(), ExitedWithCode(3),
+    EXPECT_EXIT(fail_with_bins(), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 HasSubstr("[Fitter/Placer]\n[Fitter/Placer]\n[Fitter/Placer]\n[end of the handler]\n"));
 }
 
@@ -636,21 +634,20 @@ void start_twice_at_exit()
 // A fault while the process goes down: a second report in a development build; a customer build goes on.
 testing::Matcher<std::string const &> second_fault(char const *text, char const *behind)
 {
-    std::string const report = std::string("Internal error: ") + text + "\n  Library: GEN\n";
     if (IS_CUSTOMER_BUILD)
-        return AllOf(HasSubstr(behind), Not(HasSubstr(report)));
-    return AllOf(HasSubstr(report), Not(HasSubstr(behind)));
+        return AllOf(HasSubstr(behind), Not(HasSubstr(std::string("Internal error: ") + text + "\n  Library: GEN\n")));
+    return AllOf(dies_with(text, "gen_profile_bins*"), Not(HasSubstr(behind)));
 }
 
 TEST(GenProfileBinsAbnormalExitDeathTest, HasNoRoot)
 {
-    EXPECT_EXIT(fail_before_the_bins(start_at_exit), ExitedWithCode(3),
+    EXPECT_EXIT(fail_before_the_bins(start_at_exit), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasSubstr("[none]\n"), second_fault("root != 0LL", "[after the end]\n")));
 }
 
 TEST(GenProfileBinsAbnormalExitDeathTest, AllowsOneStart)
 {
-    EXPECT_EXIT(fail_before_the_bins(start_twice_at_exit), ExitedWithCode(3),
+    EXPECT_EXIT(fail_before_the_bins(start_twice_at_exit), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 second_fault("l_gen_pb_thread == 0LL", "[after the start]\n"));
 }
 

@@ -842,7 +842,7 @@ TEST_F(GenProfileBinsCloseDeathTest, NeedsAnOpenBin)
 {
     start();
     close_bin();
-    EXPECT_EXIT(close_bin(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("bin != 0LL"));
+    EXPECT_EXIT(close_bin(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("bin != 0LL"));
 }
 
 TEST_F(GenProfileBinsCloseDeathTest, MustNameTheOpenBin)
@@ -853,7 +853,7 @@ TEST_F(GenProfileBinsCloseDeathTest, MustNameTheOpenBin)
     show_messages();
     for (char const *const name : {"A", "", "b", "B ", "B::"})
         EXPECT_EXIT(GEN_PROFILE_BINS::close(name), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                    tells_fault("Can't close bin"))
+                    dies_in_bins("Can't close bin"))
             << name;
     EXPECT_EXIT(GEN_PROFILE_BINS::close("A"), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 HasSubstr("Debug (GEN): Error: trying to close A but open bin is Fitter/A/B\n"));
@@ -865,7 +865,7 @@ TEST_F(GenProfileBinsCloseDeathTest, IsCheckedOnlyWhenItIsProcessed)
     open_plain("A");
     GEN_PROFILE_BINS::close("wrong");
     EXPECT_EQ(current_path(), "Fitter");
-    EXPECT_EXIT(flush_buffer(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("Can't close bin"));
+    EXPECT_EXIT(flush_buffer(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("Can't close bin"));
 }
 
 TEST_F(GenProfileBinsCloseDeathTest, OfABinItselfNeedsTheBinToBeCurrent)
@@ -875,16 +875,16 @@ TEST_F(GenProfileBinsCloseDeathTest, OfABinItselfNeedsTheBinToBeCurrent)
     GEN_PROFILE_BIN const *const a = open_now("A");
     GEN_PROFILE_BIN const *const b = open_now("B");
     EXPECT_EXIT(writable(a).close(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("GEN_PROFILE_BINS: Unable to close bin \"Fitter/A\".  Current open bin was "
-                            "\"Fitter/A/B\""));
+                dies_in_bins("GEN_PROFILE_BINS: Unable to close bin \"Fitter/A\".  Current open bin was "
+                             "\"Fitter/A/B\""));
     close_bin();
     EXPECT_EXIT(writable(b).close(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("GEN_PROFILE_BINS: Unable to close bin \"Fitter/A/B\".  Current open bin was "
-                            "\"Fitter/A\""));
+                dies_in_bins("GEN_PROFILE_BINS: Unable to close bin \"Fitter/A/B\".  Current open bin was "
+                             "\"Fitter/A\""));
     close_bin();
     close_bin();
     EXPECT_EXIT(writable(root).close(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("GEN_PROFILE_BINS: Unable to close bin \"Fitter\".  Current open bin was \"NULL\""));
+                dies_in_bins("GEN_PROFILE_BINS: Unable to close bin \"Fitter\".  Current open bin was \"NULL\""));
 }
 
 TEST_F(GenProfileBinsCloseDeathTest, OfABinItselfPassesItsNameWhenBinsAreSelectedByName)
@@ -896,7 +896,7 @@ TEST_F(GenProfileBinsCloseDeathTest, OfABinItselfPassesItsNameWhenBinsAreSelecte
     GEN_PROFILE_BIN const *const a = current();
     open_plain("B");
     writable(a).close();
-    EXPECT_EXIT(flush_buffer(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("Can't close bin"));
+    EXPECT_EXIT(flush_buffer(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("Can't close bin"));
 }
 
 TEST_F(GenProfileBinsCloseDeathTest, EventsAreDroppedWhileTheProcessGoesDown)
@@ -981,7 +981,7 @@ TEST_F(GenProfileBinsCloseRecursivelyDeathTest, ClosesTooManyOfTheBufferedOpens)
     GEN_PROFILE_BIN const *const root = current();
     open_plain("A");
     EXPECT_EXIT(GEN_PROFILE_BINS::close_recursively(root), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("bin != 0LL"));
+                dies_in_bins("bin != 0LL"));
 }
 
 TEST_F(GenProfileBinsCloseRecursivelyDeathTest, NeedsTheBinToBeOpen)
@@ -990,7 +990,7 @@ TEST_F(GenProfileBinsCloseRecursivelyDeathTest, NeedsTheBinToBeOpen)
     GEN_PROFILE_BIN const *const a = open_now("A");
     close_bin();
     EXPECT_EXIT(GEN_PROFILE_BINS::close_recursively(a), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("bin != 0LL"));
+                dies_in_bins("bin != 0LL"));
 }
 
 // Ignoring.
@@ -1111,7 +1111,7 @@ TEST_F(GenProfileBinsIgnoreDeathTest, EndsAtTheImmediateLevelWithoutACurrentBin)
     close_bin();
     GEN_PROFILE_BINS::open("T", "ignored", 0);
     close_bin();
-    EXPECT_EXIT(close_bin(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("bin != 0LL"));
+    EXPECT_EXIT(close_bin(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("bin != 0LL"));
 }
 
 // The trace.

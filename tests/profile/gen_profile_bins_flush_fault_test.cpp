@@ -41,7 +41,7 @@ TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNothingBehindIt)
     start_with_fault();
     if (!gen_debug_is_customer_build()) {
         for (Case const &c : CASES)
-            EXPECT_EXIT(c.call(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("Can't close bin")) << c.name;
+            EXPECT_EXIT(c.call(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("Can't close bin")) << c.name;
         return;
     }
     for (Case const &c : CASES) { // only the first finds the fault
@@ -58,7 +58,7 @@ TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNoneOfTheEventsBehindItInTheBuf
     GEN_PROFILE_BINS::close(nullptr);
     if (!gen_debug_is_customer_build()) {
         EXPECT_EXIT(GEN_PROFILE_BINS::open("T", "C", IMMEDIATE), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                    tells_fault("Can't close bin"));
+                    dies_in_bins("Can't close bin"));
         return;
     }
     GEN_PROFILE_BINS::open("T", "C", IMMEDIATE);

@@ -1,5 +1,7 @@
 #include "gen_index_compressor_queue_sys.h"
 
+#include "tests/support/internal_error.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,10 +11,8 @@
 #include <string>
 #include <vector>
 
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
 
@@ -647,11 +647,7 @@ TEST(GenIndexCompressorQueueState, FreesNothingWithoutErrorCheck)
 
 namespace {
 
-auto tells(char const *text)
-{
-    return AllOf(HasSubstr(std::string("Internal error: ") + text + "\n"), HasSubstr("Library: GEN\n"),
-                 HasSubstr("Source:  h/gen_index_compressor_queue_sys.h, line "));
-}
+constexpr char const *QUEUE_HEADER = "h/gen_index_compressor_queue_sys.h";
 
 void destroy_filled()
 {
@@ -663,7 +659,8 @@ void destroy_filled()
 
 TEST(GenIndexCompressorQueueDeathTest, AnEntryLeftAtTheEndIsAnInternalError)
 {
-    EXPECT_EXIT(destroy_filled(), ExitedWithCode(3), tells("!m_error_check || m_head == NULL && m_tail == NULL"));
+    EXPECT_EXIT(destroy_filled(), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_in_source("!m_error_check || m_head == NULL && m_tail == NULL", QUEUE_HEADER));
 }
 
 TEST(GenIndexCompressorQueueDeathTest, TheFrontOfAnEmptyQueueIsAnInternalError)
@@ -673,13 +670,13 @@ TEST(GenIndexCompressorQueueDeathTest, TheFrontOfAnEmptyQueueIsAnInternalError)
             QUEUE const queue;
             queue.front();
         },
-        ExitedWithCode(3), tells("m_head != NULL"));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_source("m_head != NULL", QUEUE_HEADER));
     EXPECT_EXIT(
         {
             QUEUE queue;
             queue.expand_front();
         },
-        ExitedWithCode(3), tells("m_head != NULL"));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_source("m_head != NULL", QUEUE_HEADER));
 }
 
 namespace {

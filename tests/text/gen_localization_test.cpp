@@ -1,6 +1,7 @@
 #include "gen_localization_sys.h"
 
 #include "tests/support/environment.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/platform.h"
 
 #include <algorithm>
@@ -21,11 +22,7 @@
 
 namespace {
 
-using testing::AllOf;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
-
-constexpr int INTERNAL_ERROR_STATUS = 3;
 
 // German writes a comma in numbers, has letters above 127 and its own names of days.
 #ifdef _WIN32
@@ -788,19 +785,16 @@ TEST(GenLocalParsers, ReadShortTextsAsTheRuntimeLibraryDoes)
 
 // Preconditions.
 
-auto tells(char const *text)
-{
-    return AllOf(HasSubstr(text), HasSubstr("GEN"), HasSubstr("gen/gen_localization"));
-}
-
 TEST(GenLocalDeathTest, NoPlaceForTheTimeIsAnInternalError)
 {
-    EXPECT_EXIT(gen_local_tm_struct(nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS), tells("timeptr != NULL"));
+    EXPECT_EXIT(gen_local_tm_struct(nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("timeptr != NULL", "gen_localization*"));
 }
 
 TEST(GenLocalDeathTest, NoPlaceForTheDigitsIsAnInternalError)
 {
-    EXPECT_EXIT(gen_local_itoa(5, nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS), tells("string != 0"));
+    EXPECT_EXIT(gen_local_itoa(5, nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("string != 0", "gen_localization*"));
 }
 
 } // namespace

@@ -2,30 +2,21 @@
 #include "gen_time_sys.h"
 
 #include "tests/support/gen_os_fake.h"
+#include "tests/support/internal_error.h"
 
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using testing::AllOf;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
-
-// How a process ends by an internal error.
-constexpr int INTERNAL_ERROR_STATUS = 3;
 
 constexpr std::uint64_t NO_READING = 1000000000000;
 
 // The first count whose millionfold no longer fits into 64 bits: it wraps to 448384.
 constexpr std::uint64_t FIRST_WRAPPED = 18446744073710;
-
-auto tells(char const *text)
-{
-    return AllOf(HasSubstr(text), HasSubstr("GEN"), HasSubstr("gen/gen_time"));
-}
 
 struct UserAndKernel
 {
@@ -240,11 +231,11 @@ TEST(GenCpuReadingsDeathTest, NullPointersAreInternalErrors)
 {
     std::uint64_t value = 0;
     EXPECT_EXIT(gen_get_usec_user_and_kernel(nullptr, &value), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells("Internal error: user != 0\n"));
+                dies_with("user != 0", "gen_time"));
     EXPECT_EXIT(gen_get_usec_user_and_kernel(&value, nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells("Internal error: kernel != 0\n"));
+                dies_with("kernel != 0", "gen_time"));
     EXPECT_EXIT(gen_get_usec_user_and_kernel(nullptr, nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells("Internal error: user != 0\n"));
+                dies_with("user != 0", "gen_time"));
 }
 
 // Calendar.
