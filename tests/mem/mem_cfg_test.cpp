@@ -1,6 +1,7 @@
 // The configuration: each test is a process of its own, since files are read once.
 #include "mem_sys.h"
 
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
 
@@ -51,9 +52,7 @@ protected:
 template <typename Function>
 std::string errors_of(Function const &function)
 {
-    testing::internal::CaptureStderr();
-    function();
-    return testing::internal::GetCapturedStderr();
+    return output_to(StandardStream::ERROR_OUTPUT, function);
 }
 
 int count_of(std::string const &text, std::string const &part)

@@ -2,6 +2,7 @@
 #include "mem_sys.h"
 
 #include "tests/support/argument_slots.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
 
@@ -91,12 +92,9 @@ struct Output
 template <typename Function>
 Output output_of(Function const &function)
 {
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    function();
     Output output;
-    output.standard = testing::internal::GetCapturedStdout();
-    output.error = testing::internal::GetCapturedStderr();
+    output.standard =
+        output_to(StandardStream::OUTPUT, [&] { output.error = output_to(StandardStream::ERROR_OUTPUT, function); });
     return output;
 }
 

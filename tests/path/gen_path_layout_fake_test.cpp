@@ -2,6 +2,7 @@
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/gen_os_fake.h"
 #include "tests/support/internal_error.h"
@@ -196,10 +197,7 @@ TEST(GenLibraryFullpath, TakesAStemThatIsTooLongForANameCutAtTheLimitOfThePlatfo
 {
     Environment const debug("GEN_PATH_DEBUG", "");
     std::string const stem(6000, 'x');
-    testing::internal::CaptureStdout();
-    gen_get_library_fullpath(stem.c_str());
-    std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+    EXPECT_EQ(output_to(StandardStream::OUTPUT, [&] { gen_get_library_fullpath(stem.c_str()); }),
               "Debug: GEN: library name = " + stem.substr(0, ON_WINDOWS ? 260 : 4096) + '\n');
 }
 

@@ -5,6 +5,7 @@
 #include "gen_exe_sys.h"
 #include "gen_string_sys.h"
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/installed_tree.h"
 
@@ -151,20 +152,16 @@ TEST(GenPathDebug, IsReadOnce)
         gen_get_module_fullpath();
     }
     Environment const debug("GEN_PATH_DEBUG", "1");
-    testing::internal::CaptureStdout();
-    gen_get_library_fullpath("zel_gen");
-    std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(output_to(StandardStream::OUTPUT, [] { gen_get_library_fullpath("zel_gen"); }), "");
 }
 
 TEST(GenDynGetFullpath, FillsTheModulePath)
 {
     Environment const debug("GEN_PATH_DEBUG", "1");
-    testing::internal::CaptureStdout();
-    gen_dyn_get_fullpath();
-    gen_dyn_get_fullpath();
-    std::fflush(stdout);
-    std::string const told = testing::internal::GetCapturedStdout();
+    std::string const told = output_to(StandardStream::OUTPUT, [] {
+        gen_dyn_get_fullpath();
+        gen_dyn_get_fullpath();
+    });
     std::string const found = "Debug: GEN: module fullpath = " + gen_get_module_fullpath();
     EXPECT_THAT(told, HasSubstr(found));
     EXPECT_EQ(told.find(found), told.rfind(found)) << told;

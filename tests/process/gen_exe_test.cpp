@@ -2,6 +2,7 @@
 
 #include "gen_path_sys.h"
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/installed_tree.h"
 
@@ -115,13 +116,13 @@ TEST_F(GenExe, InitDoesNotTouchItsArguments)
 
 TEST_F(GenExe, InitKeepsStreamAndStdioOutputInOrder)
 {
-    testing::internal::CaptureStdout();
+    CapturedOutput output(StandardStream::OUTPUT);
     gen_exe_init(0, nullptr);
     std::cout << "1";
     std::printf("2");
     std::cout << "3";
     std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "123");
+    EXPECT_EQ(output.text(), "123");
 }
 
 TEST_F(GenExe, GettersStayAfterFini)
@@ -167,22 +168,15 @@ TEST_F(GenExe, FlagsFollowTheLastValue)
 
 TEST_F(GenExe, ReservationTakesFourGigabytesOfAddressSpace)
 {
-    testing::internal::CaptureStdout();
-    gen_exe_init(0, nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    auto const start = [] { gen_exe_init(0, nullptr); };
+    EXPECT_EQ(output_to(StandardStream::OUTPUT, start), "");
 
     mem_cfg_set(RESERVE, "on");
-    testing::internal::CaptureStdout();
-    gen_exe_init(0, nullptr);
-    std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Allocating 4GB of virtual memory in 8 MB chunks...SUCCESS!\n");
+    EXPECT_EQ(output_to(StandardStream::OUTPUT, start), "Allocating 4GB of virtual memory in 8 MB chunks...SUCCESS!\n");
 
     mem_cfg_set(RESERVE, "off");
     Environment const present(RESERVE, "");
-    testing::internal::CaptureStdout();
-    gen_exe_init(0, nullptr);
-    std::fflush(stdout);
-    EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("Allocating 4GB")) << "the variable comes first";
+    EXPECT_THAT(output_to(StandardStream::OUTPUT, start), HasSubstr("Allocating 4GB")) << "the variable comes first";
 }
 
 // The key is the first one that a process asks for, and stands in a file which only the callbacks lead to.

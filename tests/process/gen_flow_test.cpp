@@ -1,6 +1,7 @@
 #include "gen_flow_sys.h"
 
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/debugger.h"
 #include "tests/support/environment.h"
 #include "tests/support/internal_error.h"
@@ -105,11 +106,11 @@ constexpr char const *OUTPUT = "100% a text\n";
 TEST(GenDebug, OutputStaysOffTheStandardStreamsUnlessADebuggerListensThere)
 {
     bool const is_heard = std::getenv(DEBUGGED) != nullptr && !ON_WINDOWS;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    CapturedOutput output(StandardStream::OUTPUT);
+    CapturedOutput errors(StandardStream::ERROR_OUTPUT);
     gen_debug_output_string(OUTPUT);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), is_heard ? OUTPUT : "");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(errors.text(), is_heard ? OUTPUT : "");
+    EXPECT_EQ(output.text(), "");
 }
 
 TEST(GenDebug, OutputReachesTheDebugger)

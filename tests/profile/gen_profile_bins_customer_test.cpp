@@ -6,6 +6,7 @@
 #include "gen_cookie_sys.h"
 #include "gen_flow_sys.h"
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/gen_os_fake.h"
 #include "tests/support/internal_error.h"
 #include "tests/support/mem_figures_fake.h"
@@ -435,13 +436,13 @@ void expect_silence(GEN_PROFILE_BIN *bin)
 void expect_fault_is_silent(void (*commit)(), std::vector<char const *> const &told)
 {
     std::vector<std::string> lines;
-    testing::internal::CaptureStderr();
+    CapturedOutput errors(StandardStream::ERROR_OUTPUT);
     {
         MessageRecorder const recorder;
         commit();
         lines = unusual_lines(recorder);
     }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_THAT(lines, ElementsAreArray(told));
     EXPECT_FALSE(err_is_in_abnormal_exit());
     expect_silence(l_living_bin);

@@ -1,6 +1,7 @@
 // The road of opens and closes into the tree: the buffer, ignoring, and what an event does when its turn comes. What
 // has reached the tree shows in the calls of the memory tracker, which are made when an event is processed.
 #include "err_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/profile_bins.h"
 
 #include <cstdio>
@@ -677,8 +678,8 @@ TEST_F(GenProfileBinsAnnouncement, IsMadeByTheAnnounceBitAlone)
 
 TEST_F(GenProfileBinsAnnouncement, NothingGoesToTheStandardStreams)
 {
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    CapturedOutput output(StandardStream::OUTPUT);
+    CapturedOutput errors(StandardStream::ERROR_OUTPUT);
     start();
     open_step("A", "Label");
     GEN_PROFILE_BINS::open("T", "ignored", 0);
@@ -687,8 +688,8 @@ TEST_F(GenProfileBinsAnnouncement, NothingGoesToTheStandardStreams)
     close_bin();
     close_bin();
     GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(errors.text(), "");
+    EXPECT_EQ(output.text(), "");
 }
 
 // Steps.
@@ -1124,9 +1125,7 @@ protected:
     template <typename ACTION>
     static std::string trace_of(ACTION action)
     {
-        testing::internal::CaptureStderr();
-        action();
-        return testing::internal::GetCapturedStderr();
+        return output_to(StandardStream::ERROR_OUTPUT, action);
     }
 
     static void start_primary() { GEN_PROFILE_BINS::initialize("Fitter", /*primary=*/true, /*debug_messages=*/false); }

@@ -1,4 +1,5 @@
 // The profile bins from initialize to finalize, and again: configuration, order of the steps, faults.
+#include "tests/support/captured_output.h"
 #include "tests/support/profile_bins.h"
 #include "tests/support/temp_dir.h"
 
@@ -170,7 +171,7 @@ TEST_F(GenProfileBinsInitialize, WarningsAreAskedForByTheirKeyOrComeWithTheTrace
     for (Case const &c : CASES) {
         mem_cfg_set("show_ignored_bin_warnings", c.warnings);
         mem_cfg_set("debug_gen_bins", c.trace);
-        testing::internal::CaptureStderr();
+        CapturedOutput errors(StandardStream::ERROR_OUTPUT);
         GEN_PROFILE_BINS::initialize("Fitter", c.primary, /*debug_messages=*/false);
         m_messages.clear();
         GEN_PROFILE_BINS::open("T", "outer", 0);
@@ -181,7 +182,7 @@ TEST_F(GenProfileBinsInitialize, WarningsAreAskedForByTheirKeyOrComeWithTheTrace
         close_bin();
         GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
         bool const is_traced = c.trace != nullptr && c.primary;
-        EXPECT_EQ(testing::internal::GetCapturedStderr().empty(), !is_traced);
+        EXPECT_EQ(errors.text().empty(), !is_traced);
     }
 }
 
