@@ -123,7 +123,7 @@ TEST(GenLayoutDeathTest, ALibraryTypeOutOfRangeIsAnInternalError)
 {
     for (unsigned const value : {31U, 32U, 0xffffffffU})
         EXPECT_EXIT(gen_get_library_path(static_cast<GEN_LIBRARY_TYPE>(value)), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                    dies_with("type < (GEN_LIBRARY_TYPE)GEN_LIB_SIZE", "gen_path*"))
+                    dies_with("type < (GEN_LIBRARY_TYPE)GEN_LIB_SIZE", "gen_path_layout"))
             << value;
 }
 
