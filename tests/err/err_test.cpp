@@ -2,6 +2,7 @@
 
 #include "tests/support/internal_error.h"
 #include "tests/support/platform.h"
+#include "tests/support/texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,14 +25,6 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr char const *BLOCK_HEAD = "Internal error: ";
-
-std::size_t count_of(std::string const &text, std::string const &part)
-{
-    std::size_t count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
-        ++count;
-    return count;
-}
 
 // Every block has its head, its stack and the lines between them.
 MATCHER_P(HasBlocks, count, "")

@@ -4,6 +4,7 @@
 #include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -53,14 +54,6 @@ template <typename Function>
 std::string errors_of(Function const &function)
 {
     return output_to(StandardStream::ERROR_OUTPUT, function);
-}
-
-int count_of(std::string const &text, std::string const &part)
-{
-    int count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
-        ++count;
-    return count;
 }
 
 // Sources.
@@ -228,7 +221,7 @@ TEST_F(MemCfg, TakesAFileThatIsReachedTwiceAsOneSource)
     l_root = m_dir.text("current");
     set_root_callback();
     std::string const errors = errors_of([] { EXPECT_EQ(mem_cfg_get_value("a"), "1"); });
-    EXPECT_EQ(count_of(errors, "nonsense"), 1) << errors;
+    EXPECT_EQ(count_of(errors, "nonsense"), 1U) << errors;
 }
 
 // Unreadable files are as good as none.
@@ -384,7 +377,7 @@ TEST_F(MemCfg, CountsLinesBeyondTheTwentiethThatCantBeRead)
     m_dir.write("root/kalvern.ini", text + "a = 1\n");
     set_root_callback();
     std::string const errors = errors_of([] { EXPECT_EQ(mem_cfg_get_value("a"), "1"); });
-    EXPECT_EQ(count_of(errors, "\n"), 21) << errors;
+    EXPECT_EQ(count_of(errors, "\n"), 21U) << errors;
     EXPECT_THAT(errors, HasSubstr("root/kalvern.ini:20: expected"));
     EXPECT_THAT(errors, HasSubstr("root/kalvern.ini: 980 more lines can't be read\n"));
 }
@@ -401,7 +394,7 @@ TEST_F(MemCfg, SurvivesRandomBytes)
         text += random() % 4 == 0 ? static_cast<char>(random()) : rich[random() % rich.size()];
     m_dir.write("current/kalvern.ini", text + "\nthe last key = 1\n");
     std::string const errors = errors_of([] { EXPECT_EQ(mem_cfg_get_value("the last key"), "1"); });
-    EXPECT_EQ(count_of(errors, "\n"), 21) << errors;
+    EXPECT_EQ(count_of(errors, "\n"), 21U) << errors;
 }
 
 // Values.
@@ -540,7 +533,7 @@ TEST_F(MemCfg, ShowsEveryThreadTheFilesAtItsFirstQuestion)
         for (std::thread &thread : threads)
             thread.join();
     });
-    EXPECT_EQ(count_of(errors, "nonsense"), 1) << errors;
+    EXPECT_EQ(count_of(errors, "nonsense"), 1U) << errors;
 }
 
 TEST_F(MemCfg, LetsThreadsSetAndAsk)

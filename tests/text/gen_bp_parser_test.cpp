@@ -2,6 +2,7 @@
 
 #include "tests/support/bp_reference.h"
 #include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -46,15 +47,6 @@ void expect_rewriting(std::string const &text, std::string const &output, std::s
     EXPECT_EQ(result.output, output);
     EXPECT_EQ(result.errors, errors);
     EXPECT_EQ(result.has_errors, !errors.empty());
-}
-
-std::string repeated(std::size_t count, std::string const &text)
-{
-    std::string result;
-    result.reserve(count * text.size());
-    while (count-- > 0)
-        result += text;
-    return result;
 }
 
 struct CleanCase
@@ -328,9 +320,9 @@ TEST(GenBpParser, RewritesLongChains)
         SCOPED_TRACE(c.spelled);
         std::string const term_and_operator = std::string(c.term) + c.spelled;
         std::string const opening = std::string(c.call) + "HPATH(a),";
-        Rewriting const result = rewrite(repeated(COUNT, term_and_operator) + c.term);
+        Rewriting const result = rewrite(repeated(term_and_operator, COUNT) + c.term);
         EXPECT_EQ(result.errors, "");
-        EXPECT_TRUE(result.output == repeated(COUNT, opening) + "HPATH(a)" + std::string(COUNT, ')'));
+        EXPECT_TRUE(result.output == repeated(opening, COUNT) + "HPATH(a)" + std::string(COUNT, ')'));
     }
 }
 
@@ -358,10 +350,10 @@ TEST(GenBpParser, RewritesDeepNests)
     constexpr std::size_t DEPTH = 100000;
     for (NestCase const &c : NEST_CASES) {
         SCOPED_TRACE(testing::Message() << c.front << "..." << c.back);
-        Rewriting const result = rewrite(repeated(DEPTH, c.front) + c.middle + repeated(DEPTH, c.back));
+        Rewriting const result = rewrite(repeated(c.front, DEPTH) + c.middle + repeated(c.back, DEPTH));
         EXPECT_EQ(result.errors, "");
         EXPECT_TRUE(result.output ==
-                    repeated(DEPTH, c.output_front) + c.output_middle + repeated(DEPTH, c.output_back));
+                    repeated(c.output_front, DEPTH) + c.output_middle + repeated(c.output_back, DEPTH));
     }
 }
 
@@ -370,7 +362,7 @@ TEST(GenBpParser, RecordsErrorsOfDeepNests)
     constexpr std::size_t DEPTH = 100000;
     Rewriting const opened = rewrite(std::string(DEPTH, '('));
     EXPECT_EQ(opened.output, "");
-    EXPECT_TRUE(opened.errors == repeated(DEPTH / 2, UNMATCHED) + NOTHING_INSIDE);
+    EXPECT_TRUE(opened.errors == repeated(UNMATCHED, DEPTH / 2) + NOTHING_INSIDE);
     Rewriting const empty = rewrite(std::string(DEPTH, '(') + std::string(DEPTH, ')'));
     EXPECT_EQ(empty.output, "");
     EXPECT_EQ(empty.errors, NOTHING_INSIDE);

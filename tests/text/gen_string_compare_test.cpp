@@ -3,6 +3,7 @@
 #include "gen/text/gen_string_number.h"
 #include "tests/support/internal_error.h"
 #include "tests/support/lexcmp_reference.h"
+#include "tests/support/texts.h"
 
 #include <algorithm>
 #include <limits>
@@ -30,12 +31,6 @@ private:
     std::vector<char> m_bytes;
 };
 
-// The same with its terminator.
-std::vector<char> terminated(std::string const &text)
-{
-    return {text.c_str(), text.c_str() + text.size() + 1};
-}
-
 // Every text over an alphabet up to a length, the empty one included.
 std::vector<std::string> short_texts(std::string const &alphabet, std::size_t longest)
 {
@@ -48,11 +43,6 @@ std::vector<std::string> short_texts(std::string const &alphabet, std::size_t lo
                 texts.push_back(texts[start] + c);
     }
     return texts;
-}
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "gen_string_sys.h"
 
 #include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
 
 #include <cstring>
 #include <limits>
@@ -17,11 +18,6 @@ namespace {
 
 constexpr int INT_LEAST = std::numeric_limits<int>::min();
 constexpr int INT_MOST = std::numeric_limits<int>::max();
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
-}
 
 // The digits of a value by repeated division.
 std::string digits_of(std::uint64_t value, unsigned radix)

@@ -3,6 +3,7 @@
 #include "tests/support/argument_slots.h"
 #include "tests/support/formatmessage_reference.h"
 #include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
 
 #include <climits>
 #include <cstdlib>
@@ -18,23 +19,6 @@
 namespace {
 
 using testing::ExitedWithCode;
-
-// A text with its special characters visible.
-std::string shown(std::string const &text)
-{
-    std::string result = "\"";
-    for (char c : text)
-        result += c == '\r' ? "\\r" : c == '\n' ? "\\n" : c == '\0' ? "\\0" : std::string(1, c);
-    return result + '"';
-}
-
-std::string repeated(std::string const &text, int count)
-{
-    std::string result;
-    for (int i = 0; i < count; ++i)
-        result += text;
-    return result;
-}
 
 std::string expanded(std::string const &format, ArgumentSlots slots)
 {

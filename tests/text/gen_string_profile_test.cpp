@@ -3,6 +3,7 @@
 #include "gen_string_sys.h"
 
 #include "tests/support/temp_dir.h"
+#include "tests/support/texts.h"
 
 #include <algorithm>
 #include <string>
@@ -76,12 +77,6 @@ std::string shown(ProfileCase const &c)
 {
     return testing::PrintToString(c.text) + ", " + c.section + ", " + testing::PrintToString(c.key) + ", " +
            testing::PrintToString(c.value);
-}
-
-std::string without_carriage_returns(std::string text)
-{
-    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-    return text;
 }
 
 } // namespace

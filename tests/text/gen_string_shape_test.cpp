@@ -1,6 +1,7 @@
 #include "gen_string_sys.h"
 
 #include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
 
 #include <boost/numeric/conversion/converter_policies.hpp>
 #include <boost/regex.hpp>
@@ -20,17 +21,6 @@
 #endif
 
 namespace {
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
-}
-
-// A text with its terminator and not a byte more, so that a sanitizer sees any step too far.
-std::vector<char> terminated(std::string const &text)
-{
-    return {text.c_str(), text.c_str() + text.size() + 1};
-}
 
 // A buffer of x, with a text and its terminator at the start if there is one.
 std::string buffer_of(std::size_t size, char const *text = nullptr)
