@@ -1,10 +1,10 @@
-// The sources of the process frame and of the machine stand in this executable itself, over stand-ins for zel_mem and
+// The sources of the process frame and of the machine are compiled into this executable, over stand-ins for zel_mem and
 // for the mutexes of zel_thr, so that the building and the release of their static objects can be watched from both
 // ends. What they release goes through the operators at the end of this file.
 #include "fio_sys.h"
+#include "gen/base/gen_statics.h"
 #include "gen/machine/gen_machine_state.h"
 #include "gen/profile/gen_profile_bins_impl.h"
-#include "gen/base/gen_statics.h"
 #include "gen_cookie_sys.h"
 #include "gen_dep_sys.h"
 #include "gen_exe_sys.h"
@@ -32,12 +32,12 @@ using testing::HasSubstr;
 
 namespace {
 
-// A static of a source file in front of the library's in link order.
+// A static of a source file before the library's in link order.
 bool const l_state_before_first_static = gen_path_state() != nullptr;
 bool const l_machine_state_before_first_static = gen_machine_state() != nullptr;
 std::string const l_unit_before_first_static = GEN_TIME_UNIT::get_short_name(GEN_TIME_UNIT::UNIT_PICOSECOND);
 
-// Addresses whose release is told on the standard error stream.
+// Addresses whose release is printed on the standard error stream.
 struct Watched
 {
     void const *address;
@@ -51,7 +51,7 @@ void watch(void const *address, char const *name)
     l_watched[l_watched_count++] = {address, name};
 }
 
-// An element of a container stands somewhere in its block.
+// An element of a container lies somewhere in its block.
 void tell_release(void const *block, std::size_t size)
 {
     char const *const begin = static_cast<char const *>(block);
@@ -62,7 +62,7 @@ void tell_release(void const *block, std::size_t size)
     }
 }
 
-// Mutexes: how many were made, and whether the path state stood already when the first one was.
+// Mutexes: how many were made, and whether the path state existed already when the first one was.
 int l_mutex_count = 0;
 bool l_state_before_first_mutex = false;
 
@@ -210,7 +210,7 @@ TEST(GenStaticOrder, BuildsTheStateBeforeOrdinaryStaticsOnEitherSideOfTheLinkOrd
     EXPECT_TRUE(mem_record().state_before_last_static);
 }
 
-TEST(GenStaticOrder, BuildsTheMachinesStateBehindThePaths)
+TEST(GenStaticOrder, BuildsTheMachinesStateAfterThePaths)
 {
     EXPECT_EQ(l_mutex_count, 2); // the cookie log has one too
     EXPECT_TRUE(l_state_before_first_mutex);
@@ -369,7 +369,7 @@ TEST(GenStaticOrderDeathTest, SearchesFindNothingAfterTheRelease)
         ExitedWithCode(0), HasSubstr("[][][/][][0][][1][1][0][0][a.v]"));
 }
 
-TEST(GenStaticOrder, ConstantTablesStandBeforeTheFirstStatic)
+TEST(GenStaticOrder, ConstantTablesAreReadyBeforeTheFirstStatic)
 {
     EXPECT_EQ(l_unit_before_first_static, "ps");
 }
@@ -387,7 +387,7 @@ TEST(GenStaticOrderDeathTest, ConstantTablesOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[nanosecond][9]"));
 }
 
-// Tells whether a cookie is taken, which is said.
+// Logs a cookie and prints whether it was accepted.
 void tell_cookie(char const *description)
 {
     std::size_t const before = mem_record().calls.size();

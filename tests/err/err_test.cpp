@@ -158,7 +158,7 @@ TEST_F(ErrReportDeathTest, NamesTheLatestModulePlace)
 
 } // namespace
 
-// Visible to the linker, so that its name can stand in a stack, and called by way of a pointer that
+// Visible to the linker, so that its name can appear in a stack, and called by way of a pointer that
 // the compiler cannot see through, so that every depth has its frame.
 int err_test_outer_function(int depth);
 int (*volatile l_err_test_outer_function)(int) = err_test_outer_function;
@@ -195,7 +195,7 @@ inline void inlined_caller()
     note_return_address();
 }
 
-TEST(ErrDescribeCalls, TellsTheFunctionTheFileAndTheLine)
+TEST(ErrDescribeCalls, ReturnsTheFunctionTheFileAndTheLine)
 {
     inlined_caller();
     std::vector<ERR_PLACE> const places = err_describe_calls(&l_return_address, 1);
@@ -390,12 +390,12 @@ TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileMainRunsExitHandlersEndsAtOnce)
         AllOf(HasBlocks(1), HasSubstr("failed in a thread"), Not(HasSubstr("[handler runs]"))));
 }
 
-TEST_F(ErrReportDeathTest, AnOrdinaryExitBesideAReportKeepsItsStatusFromTheReport)
+TEST_F(ErrReportDeathTest, AnOrdinaryExitDuringAReportTakesItsStatusFromTheReport)
 {
     static std::atomic<bool> is_in_exit{false};
     EXPECT_EXIT(
         {
-            // Registered behind the library's own handler, so it runs before that one.
+            // Registered after the library's own handler, so it runs before that one.
             err_set_module_fullpath("/place/");
             std::atexit([] {
                 is_in_exit = true;
@@ -411,7 +411,7 @@ TEST_F(ErrReportDeathTest, AnOrdinaryExitBesideAReportKeepsItsStatusFromTheRepor
         ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr("Internal error: failed in a thread\n")));
 }
 
-TEST_F(ErrReportDeathTest, AReportKeepsItsStatusFromAnOrdinaryExitBesideIt)
+TEST_F(ErrReportDeathTest, AReportKeepsItsStatusDuringAnOrdinaryExit)
 {
     static std::atomic<bool> is_in_exit{false};
     static std::atomic<bool> is_main_on_its_way{false};

@@ -48,7 +48,7 @@ bool make_link(TempDir const &temp, std::string const &target, std::string const
     return !error;
 }
 
-// Does the file system under the directory tell case apart?
+// Whether the file system under the directory distinguishes case.
 bool tells_case_apart(TempDir const &temp)
 {
     temp.write("case_probe", "");
@@ -97,7 +97,7 @@ TEST(FioFindList, IsReadFromTheText)
     }
 }
 
-TEST(FioFindList, IsTakenAsItStands)
+TEST(FioFindList, IsTakenUnchanged)
 {
     std::list<FIO_PATH> const given = {FIO_PATH("b;c"), FIO_PATH("a*"), FIO_PATH("c:/x/")};
     FIO_FIND find(given);
@@ -463,7 +463,7 @@ TEST_F(FioFindScan, TakesLinksToFiles)
     EXPECT_EQ(find("*.v"), expected);
 }
 
-// What the pattern means, told in another way.
+// The meaning of the pattern, written in another way.
 bool matches(std::string const &pattern, std::string const &name)
 {
     if (pattern.empty())

@@ -306,7 +306,7 @@ TEST(GenExtendedCaches, AreTheFieldsOfTwoLeaves)
 TEST(GenCacheSize, IsThatOfTheFirstEntry)
 {
     PlayedMachine const machine("intel_leaf_2_three_times");
-    EXPECT_EQ(ask(1, GEN_CACHE_INST), (Answer{true, 8, 32})); // not the trace cache behind it
+    EXPECT_EQ(ask(1, GEN_CACHE_INST), (Answer{true, 8, 32})); // not the trace cache after it
     EXPECT_EQ(ask(1, GEN_CACHE_DATA), (Answer{true, 8, 32}));
     EXPECT_EQ(ask(3, GEN_CACHE_DATA), (Answer{true, 512, 64}));
 }

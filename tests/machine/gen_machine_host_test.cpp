@@ -27,14 +27,14 @@ bool runs_in_container_by(TempDir const &directory, std::string const &text)
 
 } // namespace
 
-TEST_F(GenMachineHost, TellsTheHostName)
+TEST_F(GenMachineHost, ReturnsTheHostName)
 {
     EXPECT_EQ(gen_get_host_name(), "");
     gen_os_host_fake().host_name = "builder";
     EXPECT_EQ(gen_get_host_name(), "builder");
 }
 
-TEST_F(GenMachineHost, TellsTheUserName)
+TEST_F(GenMachineHost, ReturnsTheUserName)
 {
     EXPECT_EQ(gen_get_user_name(), "");
     gen_os_host_fake().user_name = "ada";

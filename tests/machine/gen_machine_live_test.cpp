@@ -60,7 +60,7 @@ TEST(GenMachineLive, CountsLogicalProcessorsLikeTheSystem)
     EXPECT_EQ(smt_count, count);
 }
 
-TEST(GenMachineLive, FindsTheFeaturesThatTheSystemTells)
+TEST(GenMachineLive, FindsTheFeaturesThatTheSystemReports)
 {
     using INFO = GEN_MACHINE_INFO;
     std::map<std::string, bool> const found{
@@ -115,7 +115,7 @@ TEST(GenMachineLive, SaysWhyItKnowsNothing)
     }
 }
 
-TEST(GenMachineLive, FrequencyIsANumberOfMegahertzWhereTheSystemTellsIt)
+TEST(GenMachineLive, FrequencyIsANumberOfMegahertzIfTheSystemReportsIt)
 {
     bool const is_told = processors_have_frequency();
     for (int i = 0; i < 2; ++i) {

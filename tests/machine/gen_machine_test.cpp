@@ -1,5 +1,5 @@
-// The capture over machines that are played from dumps. The library's sources stand in this executable itself, so that
-// each test can begin with an empty state.
+// The capture over machines that are played from dumps. The library's sources are compiled into this executable, so
+// that each test can begin with an empty state.
 #include "gen_machine_sys.h"
 
 #include "gen/machine/gen_machine_capture.h"
@@ -189,7 +189,7 @@ constexpr MachineCase MACHINES[] = {
 
 } // namespace
 
-TEST(GenMachine, AnswersForEachDump)
+TEST(GenMachine, IsRightForEachDump)
 {
     for (MachineCase const &c : MACHINES) {
         SCOPED_TRACE(c.dump);
@@ -207,7 +207,7 @@ TEST(GenMachine, AnswersForEachDump)
     }
 }
 
-TEST(GenMachine, AnswersAlikeAfterAnotherCapture)
+TEST(GenMachine, ReturnsTheSameAfterAnotherCapture)
 {
     for (MachineCase const &c : MACHINES) {
         SCOPED_TRACE(c.dump);
@@ -222,7 +222,7 @@ TEST(GenMachine, AnswersAlikeAfterAnotherCapture)
     }
 }
 
-TEST(GenMachine, MessagesTellWhatIsMissing)
+TEST(GenMachine, MessagesNameWhatIsMissing)
 {
     struct MessageCase
     {
@@ -897,7 +897,7 @@ TEST(GenSplitApicId, MayCallForMoreThreadsThanThereAreLogicalProcessors)
 
 // Dumps.
 
-TEST(MachineDumpText, FaultsAreTold)
+TEST(MachineDumpText, FaultsAreReported)
 {
     struct LineCase
     {

@@ -77,7 +77,7 @@ TEST_F(MemCfg, TakesTheFirstSourceThatHasTheKey)
         EXPECT_EQ(mem_cfg_get_value(c.key), c.value) << c.key;
 }
 
-TEST_F(MemCfg, AnswersDefaultsWithoutAnySource)
+TEST_F(MemCfg, ReturnsDefaultsWithoutAnySource)
 {
     EXPECT_TRUE(mem_cfg_is_on("key", true));
     EXPECT_FALSE(mem_cfg_is_on("key", false));
@@ -184,7 +184,7 @@ std::string get_root_with_questions()
     return l_root;
 }
 
-TEST_F(MemCfg, LetsTheCallbackAskAndTell)
+TEST_F(MemCfg, LetsTheCallbackReadAndWriteKeys)
 {
     m_dir.write("current/kalvern.ini", "a = current\n");
     m_dir.write("root/kalvern.ini", "b = root\nc = root\n");

@@ -26,7 +26,7 @@ struct Address
     std::uint64_t bits;
 };
 
-// One argument of a kind that variable arguments tell apart.
+// One argument of a kind that variable arguments distinguish.
 struct Value
 {
     enum Kind
@@ -54,7 +54,7 @@ struct Value
     char const *text = nullptr;
 };
 
-// Arguments for up to two asterisks in front of the value.
+// Arguments for up to two asterisks before the value.
 struct Stars
 {
     constexpr Stars() = default;
@@ -1245,7 +1245,7 @@ TEST(MemFormat, TakesSeveralArgumentsInOrder)
     EXPECT_EQ(slots.passed(cursor), 7);
 }
 
-TEST(MemFormat, ContinuesWhereTheCursorStands)
+TEST(MemFormat, ContinuesAtTheCursor)
 {
     ArgumentSlots slots(1, "two", 3.0);
     char *cursor = slots.begin();
@@ -1266,7 +1266,7 @@ struct SlotCase
 };
 
 constexpr SlotCase SLOT_CASES[] = {
-    // Only the low half counts for 32 bits, whatever stands above it.
+    // Only the low half counts for 32 bits, whatever is above it.
     {"%d", 0xFFFFFFFF00000005, "5"},
     {"%d", 0x00000000FFFFFFFF, "-1"},
     {"%d", 0xFFFFFFFFFFFFFFFF, "-1"},
@@ -1461,7 +1461,7 @@ TEST(MemFormat, GrantsTheLargestField)
     EXPECT_EQ(text, "0.5");
 }
 
-// A buffer of fixed size stands between the arguments and the text; sizes on both sides of its end.
+// A buffer of fixed size lies between the arguments and the text; sizes on both sides of its end.
 TEST(MemFormat, JoinsTextsOfEveryLength)
 {
     for (std::size_t const size : {0, 1, 100, 478, 479, 480, 481, 482, 959, 960, 961, 5000}) {

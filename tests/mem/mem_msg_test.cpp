@@ -324,7 +324,7 @@ TEST_F(MemMsg, ReplacesAFileByAFunctionAndBack)
 constexpr int THREADS = 6;
 constexpr int ROUNDS = 200;
 
-// Lines of many lengths, each telling whether it is whole.
+// Lines of many lengths, each showing whether it is whole.
 std::string text_of(int thread, int round)
 {
     return std::to_string(thread) + "." + std::to_string(round) + " " +
@@ -397,7 +397,7 @@ TEST_F(MemMsg, CallsTheFunctionFromManyThreads)
     EXPECT_EQ(calls, THREADS * ROUNDS);
 }
 
-TEST_F(MemMsg, LetsThreadsChangeTheKeyWhileOthersTell)
+TEST_F(MemMsg, LetsThreadsChangeTheKeyWhileOthersSendMessages)
 {
     std::thread setter([] {
         for (int round = 0; round < 500; ++round)

@@ -17,7 +17,8 @@
 #include <thread>
 #include <vector>
 
-// The sanitizers' heaps end the process on a request that can't be met, unless told to answer as a heap does.
+// The sanitizers' heaps end the process on a request that can't be met, unless an option makes them return null as a
+// heap does.
 extern "C" {
 [[gnu::visibility("default")]] char const *__asan_default_options();
 [[gnu::visibility("default")]] char const *__tsan_default_options();
@@ -331,7 +332,7 @@ TEST(MemCount, TheTotalIsNeverShownBelowZero)
     EXPECT_LE(std::abs(total() - static_cast<std::int64_t>(now)), static_cast<std::int64_t>(64 * KIB));
 }
 
-TEST(MemProfileBins, ABinTellsItsOpenCloseAndPeak)
+TEST(MemProfileBins, ABinReportsItsOpenCloseAndPeak)
 {
     mem_open_profile_bin("A", "tag");
     char *const kept = take(MIB);

@@ -311,7 +311,7 @@ TEST_F(GenDep, LeavesThePassAtAnException)
     unsigned const throwing = create(m_a, [held](unsigned) { throw std::runtime_error("no"); });
     unsigned const third = create(m_a);
     EXPECT_THROW(GEN_DEP::memory_is_being_invalidated(m_a), std::runtime_error);
-    EXPECT_THAT(m_called, ElementsAre(first)) << "those behind it don't run";
+    EXPECT_THAT(m_called, ElementsAre(first)) << "those after it don't run";
     EXPECT_EQ(held.use_count(), 2) << "the copies of the pass are released";
     EXPECT_FALSE(is_safe(m_a));
     remove(throwing);

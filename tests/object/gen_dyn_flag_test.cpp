@@ -165,7 +165,7 @@ TEST(GenDynFlag, TakesItselfAsAnArgument)
     EXPECT_EQ(bits_of(flag.clear_flag(flag)), 0U);
 }
 
-TEST(GenDynFlag, GivesCopiesThatAreApart)
+TEST(GenDynFlag, GivesCopiesThatAreIndependent)
 {
     GEN_DYN_FLAG flag(1);
     flag.set_flag(2).set_flag(4); // the second works on a copy
@@ -302,7 +302,7 @@ TEST(GenDynFlagManager, TakesAnEmptyFlagForNothing)
     EXPECT_EQ(Usage(flags.manager).text(), "1/0/31");
 }
 
-TEST(GenDynFlagManager, FindsAFlagBesideSlotsWithoutOne)
+TEST(GenDynFlagManager, FindsAFlagAmongEmptySlots)
 {
     Flags flags(3);
     flags.destroy(bit(0));
@@ -388,7 +388,7 @@ TEST(GenDynFlag, TestsItselfWithoutAFileThatCannotBeWritten)
 
 namespace {
 
-// What a failed operation left, told in an exit handler.
+// The state that a failed operation left, printed in an exit handler.
 Flags *l_watched = nullptr;
 
 void tell_watched()

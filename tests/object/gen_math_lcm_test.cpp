@@ -1,4 +1,4 @@
-// The common multiple of two, which only the addition of fractions uses: the source stands in this executable.
+// The common multiple of two, which only the addition of fractions uses: the source is compiled into this executable.
 #include "gen_math_sys.h"
 
 #include "tests/support/internal_error.h"

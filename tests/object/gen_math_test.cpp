@@ -1,4 +1,4 @@
-// The checked arithmetic beside exact arithmetic of 128 bits, over boundary values and random pairs.
+// The checked arithmetic compared with exact arithmetic of 128 bits, over boundary values and random pairs.
 #include "gen_math_sys.h"
 
 #include "tests/support/internal_error.h"
@@ -192,7 +192,7 @@ TYPED_TEST_SUITE(GenMathDeathTest, Types, TypeName);
 
 // Sums, differences, products.
 
-TYPED_TEST(GenMath, DiffersFromExactArithmeticWhereToldAlone)
+TYPED_TEST(GenMath, DiffersFromExactArithmeticOnlyWhereReported)
 {
     Comparison boundary;
     std::vector<TypeParam> const values = boundary_values<TypeParam>();
@@ -253,7 +253,7 @@ void expect_case(OperationCase<T> const &c)
 
 } // namespace
 
-TEST(GenMathOfInt, WrapsAndTells)
+TEST(GenMathOfInt, WrapsAndReports)
 {
     constexpr auto ADD = &GEN_MATH::add_of<int>;
     constexpr auto SUBTRACT = &GEN_MATH::subtract_of<int>;
@@ -285,7 +285,7 @@ TEST(GenMathOfInt, WrapsAndTells)
         expect_case(c);
 }
 
-TEST(GenMathOfInt64, WrapsAndTells)
+TEST(GenMathOfInt64, WrapsAndReports)
 {
     using T = std::int64_t;
     constexpr auto ADD = &GEN_MATH::add_of<T>;
@@ -319,7 +319,7 @@ TEST(GenMathOfInt64, WrapsAndTells)
         expect_case(c);
 }
 
-TEST(GenMathOfInt, AChainTellsAtItsEnd)
+TEST(GenMathOfInt, AChainReportsAtItsEnd)
 {
     bool overflow = true;
     EXPECT_EQ(GEN_MATH::add_of(1, 1, overflow), 2);
@@ -541,7 +541,7 @@ TYPED_TEST(GenMath, AddsFractions)
     }
 }
 
-TEST(GenMathOfInt, AddFractionsTellsEachOverflow)
+TEST(GenMathOfInt, AddFractionsReportsEachOverflow)
 {
     EXPECT_EQ(add_fractions(1, 65536, 1, 65537), (Fraction<int>{1, 65536, true}));        // of the denominators
     EXPECT_EQ(add_fractions(1, 2, 1073741824, 3), (Fraction<int>{-2147483645, 6, true})); // of the second numerator

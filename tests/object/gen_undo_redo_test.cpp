@@ -341,7 +341,7 @@ TEST(GenUndoRedoMgr, CopiesShareNothing)
     EXPECT_EQ(dir.read(FILE_NAME), in_text_mode(text_of_section("a")));
 }
 
-// Failures of the file system: nothing is told, nothing is thrown, and nothing is changed.
+// Failures of the file system: nothing is reported, nothing is thrown, and nothing is changed.
 
 namespace {
 

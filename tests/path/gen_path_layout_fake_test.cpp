@@ -166,7 +166,7 @@ class GenModuleChoice : public testing::TestWithParam<ModuleCase>
 
 constexpr ModuleCase MODULE_CASES[] = {
     {"NoLibrary", true, "/a/bin/tool", "", "/a/bin/tool", "/a/"},
-    {"Beside", true, "/a/bin/tool", "/a/bin/libzel_gen.so", "/a/bin/tool", "/a/"},
+    {"NextTo", true, "/a/bin/tool", "/a/bin/libzel_gen.so", "/a/bin/tool", "/a/"},
     {"Elsewhere", true, "/a/bin/tool", "/b/lib/libzel_gen.so.1", "/b/lib/libzel_gen.so.1", "/b/"},
     {"Below", true, "/a/bin/tool", "/a/bin/x/libzel_gen.so", "/a/bin/x/libzel_gen.so", "/a/bin/"},
     {"CaseApart", true, "/a/bin/tool", "/a/BIN/libzel_gen.so", "/a/BIN/libzel_gen.so", "/a/"},
@@ -192,7 +192,7 @@ TEST_P(GenModuleChoice, FixesModuleAndRoot)
 INSTANTIATE_TEST_SUITE_P(, GenModuleChoice, testing::ValuesIn(MODULE_CASES),
                          [](testing::TestParamInfo<ModuleCase> const &param) { return std::string(param.param.name); });
 
-// A stem for which the platform has no file name is looked for as it stands.
+// A stem for which the platform has no file name is looked for unchanged.
 TEST(GenLibraryFullpath, TakesAStemThatIsTooLongForANameCutAtTheLimitOfThePlatform)
 {
     Environment const debug("GEN_PATH_DEBUG", "");
@@ -273,7 +273,7 @@ TEST_F(GenOverride, ThatIsMissingWinsOnlyOverAMissingDefault)
     }
 }
 
-TEST_F(GenOverride, ThatIsRelativeIsTestedAsItStandsAndAppliedToTheDefault)
+TEST_F(GenOverride, ThatIsRelativeIsTestedUnchangedAndAppliedToTheDefault)
 {
     for (OverrideCase const &c : OVERRIDE_CASES) {
         Environment const variable(c.variable, "rel");

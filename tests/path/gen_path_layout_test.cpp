@@ -1,5 +1,5 @@
-// The layout as processes of several places find it: this test, which lies beside the libraries; the probe where it
-// was built, apart from them; and the probe in installations of its own.
+// The layout as processes of several places find it: this test, which lies next to the libraries; the probe where it
+// was built, in another directory; and the probe in installations of its own.
 #include "gen_path_sys.h"
 
 #include "gen_exe_sys.h"
@@ -34,7 +34,7 @@ std::string const LIBRARY_PREFIX = ON_WINDOWS ? "zel_gen.dll" : "libzel_gen.so";
 
 } // namespace
 
-TEST(GenModule, IsTheExecutableBesideTheLibrary)
+TEST(GenModule, IsTheExecutableNextToTheLibrary)
 {
     std::string const path = gen_get_module_path();
     EXPECT_EQ(gen_get_module_filename(), TOOL_NAME);
@@ -108,7 +108,7 @@ TEST(GenIsKalvernExe, CountsTheGuiNamesInQtProcessesAndTheProductAlways)
 
 TEST(GenLibraryFullpath, IsEmptyForALibraryThatIsNotLoaded)
 {
-    // One that could be loaded lies beside the test.
+    // One that could be loaded lies next to the test.
     std::string const beside = ON_WINDOWS ? "zel_gen_fake.dll" : "libzel_gen_fake.so";
     ASSERT_TRUE(std::filesystem::exists(gen_get_module_path() + beside));
     for (char const *const stem : {"zel_gen_fake", "zel_none", ""}) {
@@ -127,7 +127,7 @@ TEST(GenLibraryFullpath, FindsLoadedLibrariesInLowerCase)
     }
 }
 
-TEST(GenPathDebug, TellsTheSearchOnceItIsSet)
+TEST(GenPathDebug, PrintsTheSearchOnceItIsSet)
 {
     for (char const *const value : {"1", ""}) {
         Environment const debug("GEN_PATH_DEBUG", value);

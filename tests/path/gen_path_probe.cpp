@@ -1,4 +1,4 @@
-// Tells, one line each, what the library knows of the installation that this program finds itself in. Its arguments
+// Prints, one line each, what the library knows of the installation that this program finds itself in. Its arguments
 // are done in order before that: "init" starts the process as a tool does, "qt" declares it a Qt process.
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"

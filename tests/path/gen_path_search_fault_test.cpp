@@ -58,7 +58,7 @@ TEST(GenSearchCalls, SourceFilesAreLookedForInsideABin)
                 ElementsAre("open GEN gen_get_source_files 0x7fffffff null", "close gen_get_source_files"));
 }
 
-TEST(GenSourceExtensions, MayHaveADotInFront)
+TEST(GenSourceExtensions, MayBeginWithADot)
 {
     TempDir const dir;
     dir.write("a.v", "");

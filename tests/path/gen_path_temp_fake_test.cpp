@@ -30,7 +30,7 @@ std::size_t attempts()
     return static_cast<std::size_t>(std::count(requests.begin(), requests.end(), '\n'));
 }
 
-// The names in a directory, each with a blank behind it, in byte order.
+// The names in a directory, each followed by a blank, in byte order.
 std::string names_in(TempDir const &dir)
 {
     std::vector<std::string> names;
@@ -189,7 +189,7 @@ TEST(GenUniquePathNameDeathTest, ThatIsEmptyIsAnInternalError)
         ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with("Couldn't get unique path name!", "gen_path*"));
 }
 
-TEST(GenTempPathText, GetsASlashBehindIt)
+TEST(GenTempPathText, EndsInASlash)
 {
     struct PathCase
     {

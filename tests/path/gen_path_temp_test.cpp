@@ -289,7 +289,7 @@ TEST(GenUniqueDir, IsMadeUnderItsBase)
         }
 }
 
-TEST(GenUniqueDir, GetsOneSlashBehindItsBase)
+TEST(GenUniqueDir, GetsOneSlashAfterItsBase)
 {
     struct BaseCase
     {
@@ -362,7 +362,7 @@ TEST(GenTempPath, HoldsTemporaryFiles)
     std::filesystem::remove(path);
 }
 
-TEST(GenPdbFilename, StandsInTheDatabaseDirectoryUnlessAnotherIsGiven)
+TEST(GenPdbFilename, IsInTheDatabaseDirectoryUnlessAnotherIsGiven)
 {
     // In order: a directory stays until the next one.
     struct PdbCase
@@ -398,7 +398,7 @@ TEST(GenPdbFilename, StandsInTheDatabaseDirectoryUnlessAnotherIsGiven)
     }
 }
 
-TEST(GenPdbFilename, TellsOfADirectoryOtherThanTheDatabases)
+TEST(GenPdbFilename, ReportsADirectoryOtherThanTheDatabases)
 {
     MessageRecorder const recorder;
     std::string const directory = "c:\\q\\%s";
@@ -418,7 +418,7 @@ TEST(GenPdbFilename, TellsOfADirectoryOtherThanTheDatabases)
 
 TEST(GenPdbFilenameDeathTest, HasNoDirectoryOnceExitHasReleasedIt)
 {
-    // A library of Windows is released behind the handlers of the program.
+    // A library of Windows is released after the handlers of the program.
     char const *const late = ON_WINDOWS ? "[c:/late/a.b][c:/late/a.b]" : "[a.b][a.b]";
     EXPECT_EXIT(
         {

@@ -1,4 +1,4 @@
-// What a process hands to its siblings at its start, seen from stand-ins for what it calls of them, over a scripted
+// The calls that a process makes to its siblings at its start, recorded by stand-ins for them, over a scripted
 // system.
 #include "err_sys.h"
 #include "gen_exe_sys.h"

@@ -28,7 +28,7 @@ std::string native(std::string path)
     return path;
 }
 
-// The two entries that stand first, with the separator between them.
+// The two entries that are first, with the separator between them.
 std::string path_head()
 {
     return native(gen_get_module_path()) + SEPARATOR + native(gen_get_ksys_bin_path());
@@ -61,7 +61,7 @@ TEST_F(GenExe, InitSetsTheRootAndTheDirectoryOfTheModule)
     EXPECT_THAT(*variable("KALVERN_BINDIR"), EndsWith("/"));
 }
 
-TEST_F(GenExe, InitPutsTwoEntriesInFrontOfPath)
+TEST_F(GenExe, InitPutsTwoEntriesBeforePath)
 {
     struct PathCase
     {
@@ -93,7 +93,7 @@ TEST_F(GenExe, InitLeavesAnUnsetPathUnset)
     EXPECT_EQ(variable("KALVERN_BINDIR"), gen_get_module_path());
 }
 
-TEST_F(GenExe, InitTwicePutsTheEntriesInFrontTwice)
+TEST_F(GenExe, InitTwicePutsTheEntriesBeforeItTwice)
 {
     Environment const path("PATH", "/a");
     gen_exe_init(0, nullptr);
@@ -179,7 +179,7 @@ TEST_F(GenExe, ReservationTakesFourGigabytesOfAddressSpace)
     EXPECT_THAT(output_to(StandardStream::OUTPUT, start), HasSubstr("Allocating 4GB")) << "the variable comes first";
 }
 
-// The key is the first one that a process asks for, and stands in a file which only the callbacks lead to.
+// The key is the first one that a process asks for, and it is in a file that only the callbacks lead to.
 TEST_F(GenExe, ConfigurationOfTheInstallationIsFoundWhileTheProcessStarts)
 {
     for (char const *const switched : {"on", "off"}) {

@@ -28,7 +28,7 @@ TEST(GenFlowBtclLoad, FollowsTheLastValue)
     }
 }
 
-TEST(GenFlowBridge, AnswersTheOppositeOfTheBridgeValue)
+TEST(GenFlowBridge, ReturnsTheOppositeOfTheBridgeValue)
 {
     for (bool const value : {true, false, true}) {
         gen_set_kmap_legacy_bridge(value);
@@ -79,7 +79,7 @@ TEST(GenFlowUtstMode, StaysOnceSet)
     EXPECT_TRUE(gen_is_utst_mode());
 }
 
-TEST(GenDebug, ToldByTheVersionLibraryWhetherThisIsACustomerBuild)
+TEST(GenDebug, LearnsFromTheVersionLibraryWhetherThisIsACustomerBuild)
 {
 #ifdef ZEL_CUSTOMER_TEST
     EXPECT_TRUE(gen_debug_is_customer_build());

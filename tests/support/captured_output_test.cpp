@@ -28,7 +28,7 @@ TEST(CapturedOutput, ContainsWhatIsStillBuffered)
     EXPECT_EQ(output.text(), "not flushed");
 }
 
-TEST(CapturedOutput, KeepsTheTwoStreamsApart)
+TEST(CapturedOutput, KeepsTheTwoStreamsSeparate)
 {
     CapturedOutput output(StandardStream::OUTPUT);
     CapturedOutput errors(StandardStream::ERROR_OUTPUT);

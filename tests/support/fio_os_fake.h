@@ -1,5 +1,5 @@
 // A scripted file system under zel_fio, for tests that count what is asked of it or need answers that no real one gives
-// on demand. It tells cases apart.
+// on demand. It distinguishes case.
 #ifndef TESTS_SUPPORT_FIO_OS_FAKE_H
 #define TESTS_SUPPORT_FIO_OS_FAKE_H
 

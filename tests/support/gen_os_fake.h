@@ -25,7 +25,8 @@ struct gen_os_fake_answers
     bool job_cpu = false;
     bool process_cpu = true;
     bool process_cpu_sum = true;
-    bool cpu_sum_and_counter = true; ///< in one question; not beside a job's figures, nor without either of the two
+    bool cpu_sum_and_counter =
+        true; ///< in one question; not together with a job's figures, nor without either of the two
     bool local_time = true;
     bool executable_path = true;
 };

@@ -71,7 +71,7 @@ TEST(DiesWith, RejectsAReportThatIsCut)
         EXPECT_THAT(whole.substr(0, size), Not(dies_with("user != 0", "gen_time"))) << size << " characters";
 }
 
-TEST(DiesWith, AStarStandsForTheRestOfAName)
+TEST(DiesWith, AStarMatchesTheRestOfAName)
 {
     for (char const *source :
          {"gen/gen_path_.cpp, line 1", "gen/gen_path_search.cpp, line 1", "gen/gen_path_search_cache2.cpp, line 1"})
@@ -111,7 +111,7 @@ TEST(DiesInSource, ComparesTheWholeName)
         EXPECT_THAT(report, Not(dies_in_source("a", header))) << header;
 }
 
-TEST(DiesInSource, AStarStandsForTheEndingToo)
+TEST(DiesInSource, AStarMatchesTheExtensionToo)
 {
     for (char const *source : {"gen/gen_dep", "gen/gen_dep.cpp", "gen/gen_dep_registry.h"})
         EXPECT_THAT(report_of("a", "GEN", std::string(source) + ", line 7"), dies_in_source("a", "gen/gen_dep*"))

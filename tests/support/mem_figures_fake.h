@@ -43,15 +43,15 @@ MEM_API void mem_fake_set_dump(std::string const &dump, std::string const &text)
 ///     dump fileline          dump subsystem        dump bin stats          dump tag stats
 ///     dump module            tbb enabled?          enabled? <granularity>
 ///
-/// " suspended" stands behind a call on a thread with a living suspension scope, where it is of an open or a close.
-/// The blank in front of an empty tag stays: "open A ", "close ".
+/// " suspended" follows a call on a thread with a living suspension scope, where it is of an open or a close.
+/// The blank before an empty tag stays: "open A ", "close ".
 MEM_API std::vector<std::string> mem_fake_log();
 MEM_API void mem_fake_clear_log();
 
 /// The living suspension scopes of the calling thread.
 MEM_API int mem_fake_suspensions();
 
-/// The bytes that mem_count_allocation() and mem_count_release() were told on any thread, each summed up.
+/// The sums of the bytes that mem_count_allocation() and mem_count_release() received on any thread.
 MEM_API std::size_t mem_fake_counted_allocations();
 MEM_API std::size_t mem_fake_counted_releases();
 

@@ -18,7 +18,7 @@
 
 /// Flags of typical opens.
 constexpr unsigned PLAIN = GEN_PB_FLAG_RECORD; // waits in the buffer
-constexpr unsigned OTHER_PLAIN = 2;            // waits too, behind a flush
+constexpr unsigned OTHER_PLAIN = 2;            // waits too, after a flush
 constexpr unsigned IMMEDIATE = GEN_PB_FLAG_IMMEDIATE;
 constexpr unsigned ANNOUNCED = GEN_PB_FLAG_ANNOUNCE | GEN_PB_FLAG_IMMEDIATE;
 
@@ -47,7 +47,7 @@ inline auto dies_in_bins(std::string const &text)
     return dies_with(text, "gen_profile_bins*");
 }
 
-/// Records all messages, and starts the clocks at times that are told from their intervals.
+/// Records all messages, and starts the clocks at times that can't be taken for intervals.
 class ProfileBinsTest : public testing::Test
 {
 protected:

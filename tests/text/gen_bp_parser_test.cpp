@@ -143,7 +143,7 @@ constexpr CleanCase CLEAN_CASES[] = {
     {"a\x01\x1f\x7f\x80\xff"
      "b",
      "HPATH(ab)"},
-    // an operand holds what stands behind it
+    // an operand contains the text after it
     {"a && b", "HPATH(a&&b)"},
     {"a || b", "HPATH(a||b)"},
     {"time&&a", "HPATH(time&&a)"},
@@ -167,7 +167,7 @@ TEST(GenBpParser, DropsZeros)
     expect_rewriting(std::string("\0", 1), "", "");
 }
 
-TEST(GenBpParser, TellsOperandsApartByFirstAndLastCharacter)
+TEST(GenBpParser, DistinguishesOperandsByFirstAndLastCharacter)
 {
     auto const is_letter = [](int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
     std::string const no_operands = "()<=>~";
@@ -227,7 +227,7 @@ FaultyCase const FAULTY_CASES[] = {
     {"(a)&&(b", "", UNBALANCED},
     {"(a)||b=(", "LOGICAL_OR(HPATH(a),)", UNBALANCED},
     {"time=(", "", UNBALANCED},
-    // behind an operand
+    // after an operand
     {"a(b)", "HPATH(a)", BAD_SYMBOL},
     {"a~b", "HPATH(a)", BAD_SYMBOL},
     {"1(", "BUS(1)", BAD_SYMBOL},
@@ -379,7 +379,7 @@ TEST(GenBpParser, RewritesLongOperands)
     EXPECT_TRUE(result.output == "EQUAL_TO(HPATH(" + name + "),HPATH(" + path + "))");
 }
 
-TEST(GenBpParser, TellsNoErrorsBeforeTheParse)
+TEST(GenBpParser, ReturnsNoErrorsBeforeTheParse)
 {
     GEN_BP_PARSER parser;
     std::string errors = "replaced";

@@ -174,7 +174,7 @@ TEST(GenLegalText, OfTheTrademarkNoticeHasSevenLines)
 
 constexpr char const *PREFIXES[] = {"", "// ", "--", " \t", "%s\n"};
 
-TEST(GenLegalHeading, PutsThePrefixInFrontOfEveryLine)
+TEST(GenLegalHeading, PutsThePrefixBeforeEveryLine)
 {
     for (std::string const prefix : PREFIXES) {
         std::string expected;
@@ -205,7 +205,7 @@ TEST(GenDoNotEditText, HasThreeLinesOfItsWidths)
     EXPECT_THAT(lines, testing::Contains(SizeIs(70)));
 }
 
-TEST(GenDoNotEditText, PutsThePrefixInFrontOfEveryLine)
+TEST(GenDoNotEditText, PutsThePrefixBeforeEveryLine)
 {
     Lines const bare = lines_of(gen_get_do_not_edit_text(nullptr));
     for (char const *prefix : {"", "// ", "--"}) {

@@ -97,7 +97,7 @@ std::tm monday_in_march()
 }
 
 // The tests below prove something only if the runtime library itself answers otherwise.
-TEST(GenLocalForeignLocale, ChangesWhatTheRuntimeLibraryAnswers)
+TEST(GenLocalForeignLocale, ChangesTheResultsOfTheRuntimeLibrary)
 {
     for (char const *name : FOREIGN_LOCALES) {
         ProcessLocale const locale(name);
@@ -223,7 +223,7 @@ TEST_P(GenLocal, ReadsTheNearestNumberInRange)
               std::numeric_limits<unsigned long>::max());
 }
 
-TEST_P(GenLocal, LeavesTheErrorOfTheCallBehind)
+TEST_P(GenLocal, KeepsTheErrorNumberOfTheCall)
 {
     errno = 0;
     kept([] { return gen_local_strtol("99999999999999999999", nullptr, 10); });
@@ -334,7 +334,7 @@ TEST_P(GenLocal, PutsWideCharactersIntoTheClassesOfC)
     }
 }
 
-// What stands above 127 is tested on all of Latin-1 and on some more.
+// Characters above 127 are tested on all of Latin-1 and on some more.
 std::vector<unsigned short> high_codes()
 {
     std::vector<unsigned short> codes{0x100,  0x17F,  0x3B1,  0x416,  0x660, 0x2003,
@@ -650,7 +650,7 @@ constexpr ParseCase COMMON_CASES[] = {
     {"zZ", 36, 1295, 2},
     {"1012", 2, 5, 3},
     {"00012", 10, 12, 5},
-    // The base that the text tells.
+    // The base that the prefix of the text selects.
     {"017", 0, 15, 3},
     {"017", 16, 23, 3},
     {"0x1f", 0, 31, 4},
@@ -756,7 +756,7 @@ void for_each_text(std::string const &alphabet, std::size_t length, std::string 
     }
 }
 
-// Where strtoll has nothing to read it goes back to the start; these stay at the sign or behind the blanks.
+// Where strtoll has nothing to read it goes back to the start; these stay at the sign or after the blanks.
 std::ptrdiff_t end_without_digits(std::string const &text)
 {
     return static_cast<std::ptrdiff_t>(std::min(text.find_first_not_of(" \n"), text.size()));

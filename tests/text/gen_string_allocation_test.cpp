@@ -75,7 +75,7 @@ TEST(GenStringAllocation, GrowsNothingButTheTextOfAMessage)
         EXPECT_EQ(allocations_of([&] { gen_formatmessage(out, format, slots.begin()); }), 0U) << format;
 }
 
-// Not inlined, or the compiler takes the calls behind them for a mismatch.
+// Not inlined: otherwise the compiler reports their calls of malloc and free as a mismatch.
 __attribute__((noinline)) void *operator new(std::size_t size)
 {
     ++l_allocation_count;

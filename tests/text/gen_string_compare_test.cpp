@@ -19,7 +19,7 @@ int sign_of(int value)
     return (value > 0) - (value < 0);
 }
 
-// A text without a byte to spare behind it, so that a sanitizer sees any step too far.
+// A text without a byte to spare after it, so that a sanitizer sees any step too far.
 class Exact
 {
 public:
@@ -138,7 +138,7 @@ TEST(GenPlainCompare, PutsNullFirst)
 
 TEST(GenPlainCompare, GivesTheDifferenceOfUnsignedBytes)
 {
-    // The terminator is the byte 0, so every pair of bytes stands for a pair of texts.
+    // The terminator is the byte 0, so every pair of bytes is a pair of texts.
     auto const folded = [](int code, bool folds) { return folds && code >= 'A' && code <= 'Z' ? code + 32 : code; };
     for (CompareFunction const &f : COMPARE_FUNCTIONS)
         for (int first = 0; first < 256; ++first)
@@ -203,7 +203,7 @@ TEST(GenStrnicmp, ComparesAtMostSoManyCharacters)
     }
 }
 
-TEST(GenStrnicmp, ReadsNothingBehindTheCount)
+TEST(GenStrnicmp, ReadsNothingAfterTheCount)
 {
     Exact const first("abc");
     Exact const second("ABC");
@@ -312,7 +312,7 @@ std::vector<LexCase> const LEX_CASES = {
     {"a1", "a:", '1' - ':', '1' - ':', 1},
     {"a1b", "a12", -1, -1, -11},
     {"a0x", "a00", -1, -1, -1},
-    // A number that goes on behind the shorter text: the digits count, not the lengths.
+    // A number that goes on after the end of the shorter text: the digits count, not the lengths.
     {"a1", "a12bc", -1, -1, -11},
     {"a12bc", "a1", 1, 1, 11},
     {"a0", "a00bc", -1, -1, -1},
@@ -441,7 +441,7 @@ TEST(GenLexcmp, AgreesWithItsDefinitionOnEveryPairOfShortNumbers)
         }
 }
 
-TEST(GenLexcmp, AgreesWithItsDefinitionBehindCommonStartsOfAnyLength)
+TEST(GenLexcmp, AgreesWithItsDefinitionAfterCommonStartsOfAnyLength)
 {
     std::vector<std::string> const ends = short_texts("01a-", 2);
     for (std::string const &pattern : {std::string("Net|0015[10].q_3"), std::string("00000000000000000"),
@@ -470,7 +470,7 @@ TEST(GenIlexcmp, FoldsTheLettersAndNoOtherByteInEveryPlaceOfAWord)
     for (std::size_t place = 0; place < 8; ++place)
         for (int first_code = 0; first_code < 256; ++first_code)
             for (int second_code = 0; second_code < 256; ++second_code) {
-                // Beside the byte stand codes whose carries would reach it.
+                // The neighbours of the byte are codes whose carries would reach it.
                 std::string first = "\xff\xdb\x7fZ\xda@\xff[";
                 std::string second = first;
                 first[place] = static_cast<char>(first_code);

@@ -78,7 +78,7 @@ std::vector<AtoiCase> const ATOI_CASES = {
     {"\xa0"
      "1",
      0, 0, 0},
-    // Without a digit the cursor stays behind the sign.
+    // Without a digit the cursor stays after the sign.
     {"-", 0, 0, 1},
     {"+", 0, 0, 1},
     {"  - 1", 0, 0, 3},
@@ -110,7 +110,7 @@ TEST(GenAtoi, ReadsANumberAndWraps)
         EXPECT_EQ(gen_atoi(c.text), c.value) << shown(c.text);
 }
 
-TEST(GenAtoi, LeavesTheCursorBehindWhatItConsumed)
+TEST(GenAtoi, LeavesTheCursorAfterTheConsumedText)
 {
     for (AtoiCase const &c : ATOI_CASES) {
         std::string::const_iterator cursor = c.text.begin();
@@ -214,7 +214,7 @@ constexpr ItoaCase ITOA_CASES[] = {
 // What each form of gen_itoa() makes of a value.
 std::vector<std::string> itoa_forms(int value, int radix)
 {
-    // The buffer has no byte to spare behind the terminator.
+    // The buffer has no byte to spare after the terminator.
     std::string const text = gen_itoa(value, radix);
     std::unique_ptr<char[]> const buffer(new char[text.size() + 1]);
     EXPECT_EQ(gen_itoa(value, buffer.get(), radix), buffer.get());
@@ -265,9 +265,9 @@ TEST(GenItoa, GivesNoTextInARadixBelowTwo)
         }
 }
 
-TEST(GenItoa, GoesOnBehindTheLettersInARadixAbove36)
+TEST(GenItoa, ContinuesAfterTheLettersInARadixAbove36)
 {
-    // The characters behind z, by their codes; a terminator may be among them.
+    // The characters after z, by their codes; a terminator may be among them.
     for (int radix : {37, 100, 1000, INT_MOST})
         for (std::uint64_t sample : sample_values()) {
             std::string expected;
@@ -384,7 +384,7 @@ TEST(GenNumbers, KnowNoLocale)
 
 // Lines.
 
-TEST(GenGetline, TellsWhetherTheStreamWasGoodBefore)
+TEST(GenGetline, ReturnsWhetherTheStreamWasGoodBefore)
 {
     struct Case
     {
@@ -396,7 +396,7 @@ TEST(GenGetline, TellsWhetherTheStreamWasGoodBefore)
              Case{"", '\n', {""}},
              Case{"a", '\n', {"a"}},
              Case{"a\nb", '\n', {"a", "b"}},
-             Case{"a\nb\n", '\n', {"a", "b", ""}}, // one line too many behind a last delimiter
+             Case{"a\nb\n", '\n', {"a", "b", ""}}, // one line too many after a last delimiter
              Case{"\n", '\n', {"", ""}},
              Case{"\n\nx\n", '\n', {"", "", "x", ""}},
              Case{"a;b\nc;", ';', {"a", "b\nc", ""}},

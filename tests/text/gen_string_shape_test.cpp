@@ -167,7 +167,7 @@ TEST(GenProcessEscapedQuotes, DecodesOutsideQuotes)
     gen_process_escaped_quotes(nullptr);
 }
 
-TEST(GenProcessEscapedQuotes, DecodesBehindEmbeddedZerosOfAString)
+TEST(GenProcessEscapedQuotes, DecodesAfterEmbeddedZerosOfAString)
 {
     std::string text("\0\\n\\\0", 5);
     gen_process_escaped_quotes(text);
@@ -348,7 +348,7 @@ TEST(GenStrncpy, TerminatesAndZeroesAllButTheLastPlace)
     EXPECT_EQ(gen_strncpy(nullptr, "abc", 3), nullptr);
 }
 
-TEST(GenStrncpy, ReadsNothingBehindTheCount)
+TEST(GenStrncpy, ReadsNothingAfterTheCount)
 {
     std::vector<char> const src = {'a', 'b'};
     std::string dst = buffer_of(4);
@@ -380,7 +380,7 @@ TEST(GenStrlcpy, CutsToTheSizeAndReturnsTheWholeLength)
     }
 }
 
-// Behind "ab" in a buffer of eight.
+// After "ab" in a buffer of eight.
 constexpr CopyCase STRLCAT_CASES[] = {
     {"cd", 0, "ab0xxxxx"}, {"cd", 1, "ab0xxxxx"}, {"cd", 2, "ab0xxxxx"}, {"cd", 3, "ab0xxxxx"},
     {"cd", 4, "abc0xxxx"}, {"cd", 5, "abcd0xxx"}, {"cd", 8, "abcd0xxx"}, {"", 8, "ab0xxxxx"},

@@ -42,7 +42,7 @@ void set_answers(void (*change)(gen_os_fake_answers &))
 
 // Wall clock.
 
-TEST(GenWallClockReadings, StandAtThePresetWithoutAnswers)
+TEST(GenWallClockReadings, KeepThePresetWithoutReadings)
 {
     set_answers([](gen_os_fake_answers &a) { a.counter = a.frequency = false; });
     EXPECT_EQ(gen_get_hires_ticks(), NO_READING);
@@ -51,7 +51,7 @@ TEST(GenWallClockReadings, StandAtThePresetWithoutAnswers)
     EXPECT_EQ(gen_get_sec_wallclock(), 1.0);
 }
 
-TEST(GenWallClockReadings, StandAtThePresetOfTheCounterAlone)
+TEST(GenWallClockReadings, KeepThePresetOfTheCounterAlone)
 {
     set_answers([](gen_os_fake_answers &a) { a.counter = false; });
     gen_os_fake_set_frequency(10000000);
@@ -165,7 +165,7 @@ TEST(GenCpuReadings, TakeTheJobFirst)
     EXPECT_EQ(gen_get_sec_cpu(), 579 / 1e6);
 }
 
-TEST(GenCpuReadings, LeaveTheJobForGoodOnceToldSo)
+TEST(GenCpuReadings, LeaveTheJobForGoodOnRequest)
 {
     set_answers([](gen_os_fake_answers &a) { a.job_cpu = true; });
     gen_os_fake_set_job_cpu(10, 20);

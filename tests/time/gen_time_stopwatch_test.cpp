@@ -360,7 +360,7 @@ TEST_F(GenStopwatch, LapsOfAnAccumulatingWatchAddUp)
     EXPECT_EQ(watch.lap_usec(6), 66U);
 }
 
-TEST_F(GenStopwatch, LapsOfAStoppedWatchStandStill)
+TEST_F(GenStopwatch, LapsOfAStoppedWatchDoNotChange)
 {
     for (bool const accumulate : {false, true}) {
         GEN_STOPWATCH watch = measured(ALL_CLOCKS, {1500000, 20, 40}, accumulate);
