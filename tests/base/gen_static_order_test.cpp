@@ -52,7 +52,7 @@ void watch(void const *address, char const *name)
 }
 
 // An element of a container lies somewhere in its block.
-void tell_release(void const *block, std::size_t size)
+void print_release(void const *block, std::size_t size)
 {
     char const *const begin = static_cast<char const *>(block);
     for (std::size_t i = 0; i < l_watched_count; ++i) {
@@ -114,7 +114,7 @@ void fill_machine_state()
     GEN_MACHINE_INFO::recapture_cpu_info();
 }
 
-void tell_machine()
+void print_machine()
 {
     int cores = -1;
     unsigned cache_size = 0;
@@ -132,7 +132,7 @@ struct Dependant
     ~Dependant() { std::fputs("dependencies ", stderr); }
 };
 
-void exit_and_tell_releases()
+void exit_and_print_releases()
 {
     fill_state();
     search();
@@ -189,7 +189,7 @@ std::vector<TextGetter> text_getters()
     };
 }
 
-void tell_texts()
+void print_texts()
 {
     for (TextGetter const &getter : text_getters())
         std::fprintf(stderr, "%s=%s;", getter.name, getter.get().c_str());
@@ -235,7 +235,7 @@ TEST(GenStaticOrderDeathTest, ReleasesWhatTheSubsystemsHoldThenTheObjectsThenThe
     // On Windows the blocks of other libraries, in which a text is made too, don't come from here.
     std::string const cookie = ON_WINDOWS ? "" : "cookie ";
     EXPECT_EXIT(
-        exit_and_tell_releases(), ExitedWithCode(0),
+        exit_and_print_releases(), ExitedWithCode(0),
         HasSubstr("dependencies mutex " + cookie +
                   "mutex cache_table packages kalvern_libs project_ipblocks_libs "
                   "project_ipblocks_dir_path kalvern_eda_libs user_libs env_libs "
@@ -254,12 +254,12 @@ TEST(GenStaticOrderDeathTest, ReleasesAStateWithoutObjects)
         ExitedWithCode(0), HasSubstr("MEM_INITIALIZER"));
 }
 
-TEST(GenStaticOrderDeathTest, GettersAnswerInExitHandlersOfTheExecutable)
+TEST(GenStaticOrderDeathTest, GettersWorkInExitHandlersOfTheExecutable)
 {
     EXPECT_EXIT(
         {
             fill_state();
-            std::atexit(tell_texts);
+            std::atexit(print_texts);
             std::exit(0);
         },
         ExitedWithCode(0),
@@ -272,8 +272,8 @@ TEST(GenStaticOrderDeathTest, TheMachineIsKnownInExitHandlersAndUnknownAfterTheR
     EXPECT_EXIT(
         {
             fill_machine_state();
-            std::atexit(tell_machine);
-            mem_record().at_release = tell_machine;
+            std::atexit(print_machine);
+            mem_record().at_release = print_machine;
             std::exit(0);
         },
         ExitedWithCode(0), HasSubstr("[1: 1 cores, 32 KB]mutex mutex [0: 0 cores, 0 KB]"));
@@ -285,7 +285,7 @@ TEST(GenStaticOrderDeathTest, NothingIsVisitedAfterTheRelease)
         {
             mem_record().at_release = [] {
                 fill_machine_state();
-                tell_machine();
+                print_machine();
                 std::fprintf(stderr, "[%zu calls]", gen_os_machine_fake_calls().size());
             };
             std::exit(0);
@@ -293,12 +293,12 @@ TEST(GenStaticOrderDeathTest, NothingIsVisitedAfterTheRelease)
         ExitedWithCode(0), HasSubstr("mutex [0: 0 cores, 0 KB][0 calls]"));
 }
 
-TEST(GenStaticOrderDeathTest, GettersAnswerWithEmptyTextsAfterTheRelease)
+TEST(GenStaticOrderDeathTest, GettersReturnEmptyTextsAfterTheRelease)
 {
     EXPECT_EXIT(
         {
             fill_state();
-            mem_record().at_release = tell_texts;
+            mem_record().at_release = print_texts;
             std::exit(0);
         },
         ExitedWithCode(0),
@@ -312,19 +312,19 @@ TEST(GenStaticOrderDeathTest, ThePdbDirectoryIsBuiltAtItsFirstUseAndReleasedBefo
     EXPECT_EXIT(
         {
             std::string const directory = "/q/";
-            auto const tell = [] {
+            auto const print_state = [] {
                 std::fprintf(stderr, "[%s]", gen_generate_pdb_filename("a", "b", nullptr).c_str());
             };
-            auto const set_and_tell = [] {
+            auto const set_and_print = [] {
                 std::string const other = "/r/";
                 std::fprintf(stderr, "[%s]", gen_generate_pdb_filename("a", "b", &other).c_str());
             };
             gen_set_db_dir_path("/p/db/");
-            mem_record().at_release = tell;
-            std::atexit(set_and_tell);
-            std::atexit(tell);
+            mem_record().at_release = print_state;
+            std::atexit(set_and_print);
+            std::atexit(print_state);
             gen_generate_pdb_filename("a", "b", &directory);
-            std::atexit(tell); // what is built later is released earlier
+            std::atexit(print_state); // what is built later is released earlier
             std::exit(0);
         },
         ExitedWithCode(0), HasSubstr("[/q/a.b][/p/db/a.b][/p/db/a.b]mutex mutex [a.b]"));
@@ -337,7 +337,7 @@ TEST(GenStaticOrderDeathTest, SettersDoNothingAfterTheRelease)
             mem_record().at_release = [] {
                 fill_state();
                 gen_set_project_output_directory(nullptr);
-                tell_texts();
+                print_texts();
             };
             std::exit(0);
         },
@@ -387,8 +387,8 @@ TEST(GenStaticOrderDeathTest, ConstantTablesOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[nanosecond][9]"));
 }
 
-// Logs a cookie and prints whether it was accepted.
-void tell_cookie(char const *description)
+// Logs a cookie and prints whether it was taken.
+void log_and_print_cookie(char const *description)
 {
     std::size_t const before = mem_record().calls.size();
     gen_log_cookie(description, 1);
@@ -399,8 +399,8 @@ TEST(GenStaticOrderDeathTest, CookiesAreTakenUntilTheirRelease)
 {
     EXPECT_EXIT(
         {
-            std::atexit([] { tell_cookie("in_a_handler"); });
-            mem_record().at_release = [] { tell_cookie("after_the_release"); };
+            std::atexit([] { log_and_print_cookie("in_a_handler"); });
+            mem_record().at_release = [] { log_and_print_cookie("after_the_release"); };
             std::exit(0);
         },
         ExitedWithCode(0), HasSubstr("in_a_handler=1;mutex mutex after_the_release=0;"));
@@ -439,13 +439,13 @@ std::vector<std::string> gen_pb_current_path()
 
 [[gnu::noinline]] void operator delete(void *block) noexcept
 {
-    tell_release(block, 0);
+    print_release(block, 0);
     std::free(block);
 }
 
 [[gnu::noinline]] void operator delete(void *block, std::size_t size) noexcept
 {
-    tell_release(block, size);
+    print_release(block, size);
     std::free(block);
 }
 

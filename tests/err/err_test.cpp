@@ -50,12 +50,12 @@ void say(char const *text)
     std::fflush(stderr);
 }
 
-void say_handler_runs()
+void print_handler_runs()
 {
     say("[handler runs]\n");
 }
 
-void say_abnormal_exit()
+void print_abnormal_exit()
 {
     say(err_is_in_abnormal_exit() ? "[abnormal exit]\n" : "[ordinary exit]\n");
 }
@@ -82,7 +82,7 @@ void rest_for_ever()
     wait_for(never);
 }
 
-// What the first exit handler of this program does. Two threads that are in exit() at once are a fault of glibc before
+// The first exit handler of this program. Two threads that are in exit() at once are a fault of glibc before
 // 2.41: a block of handlers that one thread still works on is released by the other, and then again. The block of the
 // first handlers is glibc's own and stays.
 std::atomic<void (*)()> l_first_handler{nullptr};
@@ -233,7 +233,7 @@ TEST_F(ErrReportDeathTest, CutsADeepStack)
 
 TEST_F(ErrReportDeathTest, RunsExitHandlersAfterTheBlock)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), fail("a")), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    EXPECT_EXIT((std::atexit(print_handler_runs), fail("a")), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(1), HasInOrder("  Stack:\n", "[handler runs]\n")));
 }
 
@@ -252,14 +252,14 @@ TEST_F(ErrReportDeathTest, FlushesStandardOutput)
 TEST_F(ErrReportDeathTest, AbnormalExitIsSeenByExitHandlers)
 {
     EXPECT_FALSE(err_is_in_abnormal_exit());
-    EXPECT_EXIT((std::atexit(say_abnormal_exit), fail("a")), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    EXPECT_EXIT((std::atexit(print_abnormal_exit), fail("a")), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 HasSubstr("[abnormal exit]\n"));
-    EXPECT_EXIT((std::atexit(say_abnormal_exit), std::exit(0)), ExitedWithCode(0), HasSubstr("[ordinary exit]\n"));
+    EXPECT_EXIT((std::atexit(print_abnormal_exit), std::exit(0)), ExitedWithCode(0), HasSubstr("[ordinary exit]\n"));
 }
 
 TEST_F(ErrReportDeathTest, SecondErrorInAnExitHandlerEndsAtOnce)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit(fail_in_handler), fail("first")),
+    EXPECT_EXIT((std::atexit(print_handler_runs), std::atexit(fail_in_handler), fail("first")),
                 ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(2), HasInOrder("Internal error: first\n", "Internal error: failed in a handler\n"),
                       Not(HasSubstr("[handler runs]"))));
@@ -283,13 +283,13 @@ TEST_F(ErrReportDeathTest, AReaderThatIsGoneDoesNotChangeTheStatus)
 
 TEST_F(ErrReportDeathTest, ErrorInAHandlerOfAnOrdinaryExitEndsAtOnce)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit(fail_in_handler), std::exit(0)),
+    EXPECT_EXIT((std::atexit(print_handler_runs), std::atexit(fail_in_handler), std::exit(0)),
                 ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
 }
 
 TEST_F(ErrReportDeathTest, ErrorDeepInAHandlerOfAnOrdinaryExitEndsAtOnce)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit([] { l_err_test_outer_function(300); }), std::exit(0)),
+    EXPECT_EXIT((std::atexit(print_handler_runs), std::atexit([] { l_err_test_outer_function(300); }), std::exit(0)),
                 ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
 }
 
@@ -301,7 +301,7 @@ TEST_F(ErrReportDeathTest, ErrorInAStaticObjectsDestructorEndsAtOnce)
     };
     EXPECT_EXIT(
         {
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             static FAILING_OBJECT const object;
             std::exit(0);
         },
@@ -313,7 +313,7 @@ TEST_F(ErrReportDeathTest, ErrorInAHandlerThatAThreadRunsEndsAtOnce)
 {
     EXPECT_EXIT(
         {
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             std::atexit(fail_in_handler);
             std::thread([] { std::exit(0); }).join();
         },
@@ -326,7 +326,7 @@ TEST_F(ErrReportDeathTest, AThreadEndsTheProcess)
 {
     EXPECT_EXIT(
         {
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             std::thread(fail, "failed in a thread").join();
         },
         ExitedWithCode(INTERNAL_ERROR_STATUS),
@@ -338,7 +338,7 @@ TEST_F(ErrReportDeathTest, OfManyThreadsOneReports)
     EXPECT_EXIT(
         {
             static std::atomic<bool> is_started{false};
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             std::vector<std::thread> threads;
             for (int i = 0; i < 8; ++i)
                 threads.emplace_back([] {
@@ -374,7 +374,7 @@ TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileMainRunsExitHandlersEndsAtOnce)
     static std::atomic<bool> is_in_exit{false};
     EXPECT_EXIT(
         {
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             std::atexit([] {
                 is_in_exit = true;
                 rest_for_ever();

@@ -255,7 +255,7 @@ TEST(FitterNetlist, ShortensALongNameInAMessage)
     EXPECT_EQ(error_of(std::string(100, 'x')), "t.blif:1: expected .model, found \"" + std::string(60, 'x') + "...\"");
 }
 
-// Whatever the file holds, the answer is a netlist with a driver for each net or an Error.
+// With any content of the file, the result is a netlist with a driver for each net or an Error.
 TEST(FitterNetlist, SurvivesGarbage)
 {
     std::string const good = make_design(40);
@@ -673,9 +673,9 @@ TEST(FitterDevice, JoinsSegmentsBothWays)
     }
     EXPECT_EQ(names.size(), 24u);
     EXPECT_THAT(
-        device.segments_beside(device.cluster_site(1, 2)),
+        device.segments_next_to(device.cluster_site(1, 2)),
         ElementsAre(device.horizontal(1, 2), device.horizontal(1, 3), device.vertical(1, 2), device.vertical(2, 2)));
-    EXPECT_THAT(device.segments_beside(device.pad_site(4, 0)), ElementsAre(device.vertical(3, 1)));
+    EXPECT_THAT(device.segments_next_to(device.pad_site(4, 0)), ElementsAre(device.vertical(3, 1)));
 }
 
 TEST(FitterDevice, HasALargestSize)
@@ -999,7 +999,7 @@ TEST(FitterTool, GivesTheSameForTheSameSeedAndLeavesEveryLog)
 {
     TempDir const dir;
     dir.write("small.blif", make_design(100));
-    // The other logs are asked for once: measuring what profiling itself costs takes seconds on slow clocks.
+    // The other logs are requested once: measuring what profiling itself costs takes seconds on slow clocks.
     std::string const cookies_on = "gen_print_cookie_log = on\n";
     std::string const all_on = cookies_on + "gen_print_profile_bins = on\nmem_tracking = 10\n"
                                             "gen_enable_mem_fileline_profiling = on\n"

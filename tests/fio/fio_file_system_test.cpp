@@ -2,7 +2,7 @@
 
 namespace {
 
-// Asked for before any header of the system makes a macro of the name.
+// Included before any header of the system makes a macro of the name.
 std::int64_t write_time(struct _stat64i32 const &record)
 {
     return record.st_mtime;
@@ -81,7 +81,7 @@ protected:
     TempDir m_temp;
 };
 
-TEST_F(FioFileSystem, ExistsIsAnsweredForFilesAndDirectories)
+TEST_F(FioFileSystem, ExistsIsTrueForFilesAndDirectories)
 {
     std::string const file = m_temp.write("d/a b.v", "");
     for (std::string const &path : {file, at("d"), at("d/"), at("d/../d/a b.v"), std::string(".")}) {

@@ -16,7 +16,7 @@ constexpr char NATIVE_SEPARATOR = '\\';
 constexpr char NATIVE_SEPARATOR = '/';
 #endif
 
-// What a text is taken for.
+// The path that a text is converted to.
 struct TextCase
 {
     char const *given;

@@ -13,7 +13,7 @@ namespace {
 // The networks that the library was built with.
 constexpr char const *SITE_NETWORKS[] = {ZEL_SITE_NETWORKS};
 
-// A test whose system answers nothing but what it says.
+// A test whose system has only the values that the test sets.
 class GenMachineHost : public testing::Test
 {
 protected:

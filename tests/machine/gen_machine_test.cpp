@@ -90,7 +90,7 @@ Mask non_smt_mask()
     return {result, whole};
 }
 
-// All feature getters in turn, by the names of what they say is there; each result has to be `result`.
+// All feature getters in turn, by the names of their features; each result has to be `result`.
 std::string features(bool result)
 {
     struct Getter
@@ -126,7 +126,7 @@ std::string features(bool result)
     return names;
 }
 
-// The answers for every level and kind, as "1d 32/64": kilobytes, bytes of a line.
+// The results for every level and kind, as "1d 32/64": kilobytes, bytes of a line.
 std::string caches(bool result)
 {
     std::string text;
@@ -289,12 +289,12 @@ TEST(GenMachine, VendorIsTwelveCharacters)
     EXPECT_EQ(GEN_VENDOR_UNSET, -1);
 }
 
-// What is kept of a package.
+// The facts that are kept for a package.
 
 TEST(GenMachine, KeepsWhatTheFirstProcessorOfAPackageSays)
 {
     MachineDump dump = load_machine_dump("intel_desktop_smt");
-    // The second processor says less.
+    // The second processor reports less.
     dump.processors[1][0] = {GEN_CPUID{2, 0x756e6547, 0x6c65746e, 0x49656e69}};
     dump.processors[1][2] = {GEN_CPUID{1, 0x2c, 0, 0}};
     dump.processors[1][0x80000000] = {GEN_CPUID{0x80000004, 0, 0, 0}};

@@ -49,7 +49,7 @@ protected:
     CurrentDirectory m_current_directory;
 };
 
-// What the standard error stream gets while a function runs.
+// The output on the standard error stream while a function runs.
 template <typename Function>
 std::string errors_of(Function const &function)
 {
@@ -194,23 +194,23 @@ TEST_F(MemCfg, LetsTheCallbackReadAndWriteKeys)
     EXPECT_EQ(l_root_questions, 1);
 }
 
-std::string get_root_behind_another_thread()
+std::string get_root_after_another_thread()
 {
     std::thread([] { EXPECT_EQ(mem_cfg_get_value("a"), "current"); }).join();
     return l_root;
 }
 
-// The other thread finds the installation's file unread as well and asks in its turn.
-std::string get_root_behind_one_thread()
+// The other thread finds the installation's file unread as well and reads it too.
+std::string get_root_after_one_thread()
 {
-    return ++l_root_questions == 1 ? get_root_behind_another_thread() : l_root;
+    return ++l_root_questions == 1 ? get_root_after_another_thread() : l_root;
 }
 
 TEST_F(MemCfg, HoldsNoLockWhileTheCallbackRuns)
 {
     m_dir.write("current/kalvern.ini", "a = current\n");
     m_dir.write("root/kalvern.ini", "b = root\n");
-    mem_set_gen_get_kalvern_path_callback(get_root_behind_one_thread);
+    mem_set_gen_get_kalvern_path_callback(get_root_after_one_thread);
     EXPECT_EQ(mem_cfg_get_value("b"), "root");
 }
 
@@ -555,7 +555,7 @@ TEST_F(MemCfg, LetsThreadsSetAndAsk)
         thread.join();
 }
 
-// The other callbacks are kept for later; setting them asks nothing.
+// The other callbacks are kept for later; setting them calls none of them.
 
 bool l_is_called = false;
 

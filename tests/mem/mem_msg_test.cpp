@@ -37,12 +37,12 @@ struct EarlyUser
     // The process is nearly gone; the messages still come.
     ~EarlyUser()
     {
-        if (tells_its_end)
+        if (prints_its_end)
             mem_msg_local_vinfo("TEST", "the end", nullptr);
     }
 
     std::string text;
-    bool tells_its_end = false;
+    bool prints_its_end = false;
 };
 EarlyUser l_early_user;
 
@@ -82,7 +82,7 @@ bool debug(char const *module, char const *format, Values... values)
     return mem_msg_local_vdebug(module, format, slots.begin());
 }
 
-// What both standard streams get while a function runs.
+// The output on both standard streams while a function runs.
 struct Output
 {
     std::string standard;
@@ -432,7 +432,7 @@ TEST_F(MemMsg, WorksInStaticDestructors)
                     std::fflush(stderr);
                 },
                 nullptr);
-            l_early_user.tells_its_end = true;
+            l_early_user.prints_its_end = true;
             std::exit(3);
         },
         testing::ExitedWithCode(3), testing::HasSubstr("told the end"));

@@ -413,7 +413,7 @@ TEST(MemTrackingDump, AFullDiskIsReported)
     expect_no_dump_into(device);
 }
 
-TEST(MemTrackingDump, AStreamThatThrowsIsAnsweredWithFalse)
+TEST(MemTrackingDump, AStreamThatThrowsMakesTheDumpReturnFalse)
 {
     record_something();
     ThrowingBuffer buffer;

@@ -390,7 +390,7 @@ TEST_F(MemTrackingSites, ThreadsTogetherKeepTheBalance)
     Row const row = rows_by_line().at(0);
     for (std::atomic<void *> &slot : slots)
         ::operator delete(slot);
-    // What the threads themselves took is released with them, but for a block or two of the runtime.
+    // The memory of the threads themselves is released with them, except for a block or two of the runtime.
     EXPECT_GE(row.live_blocks, live);
     EXPECT_LE(row.live_blocks, live + 8);
     EXPECT_GE(row.live_bytes, bytes);

@@ -14,7 +14,7 @@
 namespace {
 
 constexpr std::size_t MIB = 1024 * 1024;
-// What the rest of the process and the system's own rounding may add or take.
+// The change that the rest of the process and the system's own rounding may cause.
 constexpr std::size_t SLACK = 16 * MIB;
 
 } // namespace

@@ -189,7 +189,7 @@ TEST_F(GenDep, CopiesTheLiveCallbacksForEveryQuestion)
     EXPECT_EQ(copies, 2);
 }
 
-// What a callback may do.
+// The calls that a callback may make.
 
 TEST_F(GenDep, LetsCallbacksRemoveThemselves)
 {
@@ -454,7 +454,7 @@ namespace {
 
 constexpr unsigned LARGEST = std::numeric_limits<unsigned>::max();
 
-void tell_call(unsigned uid)
+void print_call(unsigned uid)
 {
     std::fprintf(stderr, "called %u;", uid);
 }
@@ -469,7 +469,7 @@ constexpr FaultCase FAULT_CASES[] = {
     {"an unknown id", [] { GEN_DEP::remove_dependency(12345); }, "dependency_exists( uid )"},
     {"an id twice",
      [] {
-         unsigned const uid = GEN_DEP::create_dependency(nullptr, tell_call);
+         unsigned const uid = GEN_DEP::create_dependency(nullptr, print_call);
          GEN_DEP::remove_dependency(uid);
          GEN_DEP::remove_dependency(uid);
      },
@@ -482,13 +482,13 @@ constexpr FaultCase FAULT_CASES[] = {
          GEN_DEP::memory_is_being_invalidated(nullptr);
      },
      "dependency_exists( uid )"},
-    {"the largest id", [] { GEN_DEP_REGISTRY(LARGEST).create_dependency(nullptr, tell_call); },
+    {"the largest id", [] { GEN_DEP_REGISTRY(LARGEST).create_dependency(nullptr, print_call); },
      "my_uid< std::numeric_limits<UID>::max()"},
     {"the id after the last one",
      [] {
          GEN_DEP_REGISTRY registry(LARGEST - 1);
-         registry.create_dependency(nullptr, tell_call);
-         registry.create_dependency(nullptr, tell_call);
+         registry.create_dependency(nullptr, print_call);
+         registry.create_dependency(nullptr, print_call);
      },
      "my_uid< std::numeric_limits<UID>::max()"},
 };
@@ -523,7 +523,7 @@ TEST(GenDepRegistry, KeepsTheIdsOfAnAddressForGood)
 {
     GEN_DEP_REGISTRY registry;
     for (int i = 0; i < 3; ++i)
-        registry.remove_dependency(registry.create_dependency(nullptr, tell_call));
+        registry.remove_dependency(registry.create_dependency(nullptr, print_call));
     EXPECT_TRUE(registry.memory_is_now_safe_to_invalidate(nullptr));
     registry.memory_is_being_invalidated(&registry);
     EXPECT_THAT(uids_of_memory_of(registry), ElementsAre(Pair(nullptr, ElementsAre(1U, 2U, 3U))))
@@ -541,16 +541,16 @@ TEST_F(GenDepDeathTest, EndsTheProcessAtAMisuse)
 TEST_F(GenDepDeathTest, NeverGivesOutAnIdThatIsThere)
 {
     GEN_DEP_REGISTRY registry;
-    unsigned const uid = registry.create_dependency(nullptr, tell_call);
+    unsigned const uid = registry.create_dependency(nullptr, print_call);
     next_uid_of(registry) = uid;
-    EXPECT_EXIT(registry.create_dependency(nullptr, tell_call), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    EXPECT_EXIT(registry.create_dependency(nullptr, print_call), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 dies_in_source("!dependency_exists( my_uid )", "gen/gen_dep_registry.h"));
 }
 
 TEST(GenDepRegistry, GivesOutTheLastIdBelowTheLargest)
 {
     GEN_DEP_REGISTRY registry(LARGEST - 1);
-    unsigned const uid = registry.create_dependency(nullptr, tell_call);
+    unsigned const uid = registry.create_dependency(nullptr, print_call);
     EXPECT_EQ(uid, LARGEST - 1);
     EXPECT_FALSE(registry.memory_is_now_safe_to_invalidate(nullptr));
     registry.remove_dependency(uid);
@@ -563,27 +563,27 @@ TEST_F(GenDepDeathTest, MayBeginWithAnyCall)
     void (*const FIRST_CALLS[])() = {
         [] { GEN_DEP::remove_dependency(0); },
         [] { GEN_DEP::memory_is_being_invalidated(nullptr); },
-        [] { tell_call(GEN_DEP::memory_is_now_safe_to_invalidate(nullptr) ? 0 : LARGEST); },
+        [] { print_call(GEN_DEP::memory_is_now_safe_to_invalidate(nullptr) ? 0 : LARGEST); },
     };
     for (auto const &first_call : FIRST_CALLS)
         EXPECT_EXIT(
             {
                 first_call();
-                tell_call(GEN_DEP::create_dependency(nullptr, tell_call));
+                print_call(GEN_DEP::create_dependency(nullptr, print_call));
                 std::exit(0);
             },
             ExitedWithCode(0), HasSubstr("called 1;"));
 }
 
-// At exit the registry lets go of what it still holds, and may be called until the very end.
+// At exit the registry releases its callbacks, and it may be called until the very end.
 
 namespace {
 
-struct TellsItsEnd
+struct PrintsItsEnd
 {
-    ~TellsItsEnd()
+    ~PrintsItsEnd()
     {
-        unsigned const uid = GEN_DEP::create_dependency(this, tell_call);
+        unsigned const uid = GEN_DEP::create_dependency(this, print_call);
         GEN_DEP::memory_is_being_invalidated(this);
         GEN_DEP::remove_dependency(12345);
         std::fprintf(stderr, "released: id %u, safe %d;", uid, GEN_DEP::memory_is_now_safe_to_invalidate(this));
@@ -596,7 +596,7 @@ TEST_F(GenDepDeathTest, ReleasesCallbacksAtExitWhichMayCallBack)
 {
     EXPECT_EXIT(
         {
-            GEN_DEP::create_dependency(nullptr, [held = std::make_shared<TellsItsEnd>()](unsigned) {});
+            GEN_DEP::create_dependency(nullptr, [held = std::make_shared<PrintsItsEnd>()](unsigned) {});
             std::exit(0);
         },
         ExitedWithCode(0), HasSubstr("released: id 0, safe 1;"));
@@ -606,7 +606,7 @@ TEST_F(GenDepDeathTest, IsThereInExitHandlersRegisteredAfterItsFirstUse)
 {
     EXPECT_EXIT(
         {
-            GEN_DEP::create_dependency(nullptr, tell_call);
+            GEN_DEP::create_dependency(nullptr, print_call);
             std::atexit([] {
                 GEN_DEP::memory_is_being_invalidated(nullptr);
                 std::fprintf(stderr, "safe %d;", GEN_DEP::memory_is_now_safe_to_invalidate(nullptr));

@@ -391,7 +391,7 @@ namespace {
 // The state that a failed operation left, printed in an exit handler.
 Flags *l_watched = nullptr;
 
-void tell_watched()
+void print_watched()
 {
     std::fprintf(stderr, "left: %s %s calls %zu", Usage(l_watched->manager).text().c_str(),
                  l_watched->name_of(0x11).c_str(), l_watched->client.calls.size());
@@ -501,7 +501,7 @@ TEST_F(GenDynFlagDeathTest, FaultsChangeNothingBeforeTheyEndTheProcess)
                 for (int const position : c.destroyed)
                     flags.destroy(bit(position));
                 l_watched = &flags;
-                std::atexit(tell_watched);
+                std::atexit(print_watched);
                 c.fault(flags);
             },
             ExitedWithCode(INTERNAL_ERROR_STATUS),

@@ -53,7 +53,7 @@ bool is_refused_product(std::int64_t a, std::int64_t b)
     return bit_length(a) + bit_length(b) > 63;
 }
 
-// What was looked at so far, and the first difference that must not be.
+// The number of comparisons so far, and the first wrong result.
 struct Comparison
 {
     std::uint64_t pair_count = 0;

@@ -1,4 +1,4 @@
-// The layout under a scripted system: the executable lies where a test says it does.
+// The layout under a scripted system: the executable lies where a test puts it.
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
 #include "mem_sys.h"

@@ -1,4 +1,4 @@
-// What a search asks of the file system, which is scripted: one question for each directory, and none else.
+// The calls that a search makes to a scripted file system: one for each directory, and no other.
 #include "gen_path_sys.h"
 #include "tests/support/environment.h"
 #include "tests/support/fio_os_fake.h"
@@ -50,7 +50,7 @@ protected:
         fio_fake().calls.clear();
     }
 
-    // What was asked since the last call.
+    // The calls since the last one of this function.
     static Calls calls() { return std::exchange(fio_fake().calls, {}); }
 };
 

@@ -1,4 +1,4 @@
-// What the searches require of the library's own state, which this executable can reach, and what they call of the
+// The state that the searches require, which this executable can reach, and their calls of the
 // profile bins.
 #include "fio_sys.h"
 #include "gen/base/gen_statics.h"

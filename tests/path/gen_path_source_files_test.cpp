@@ -94,7 +94,7 @@ TEST_F(GenGetSourceFiles, KnowsTheTenExtensions)
                 ElementsAre("5 elsewhere/ten.blif", "5 elsewhere/ten.edf", "5 elsewhere/ten.edif",
                             "5 elsewhere/ten.net", "5 elsewhere/ten.sv", "5 elsewhere/ten.svh", "5 elsewhere/ten.v",
                             "5 elsewhere/ten.vh", "5 elsewhere/ten.vhd", "5 elsewhere/ten.vhdl"));
-    // Once all are answered, the later places give nothing.
+    // Once all are found, the later places give nothing.
     world().put("suite/libraries/ten.v");
     world().put("suite/libraries/ten.vhd");
     EXPECT_EQ(source_files("ten").size(), 10U);

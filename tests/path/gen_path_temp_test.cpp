@@ -188,16 +188,16 @@ TEST(GenTempFile, IsItsOwnForEachOfSixteenProcesses)
     std::vector<ChildProcess> children;
     for (std::size_t i = 0; i < PROCESSES; ++i)
         children.emplace_back(child, '"' + dir.text() + "\" net " + std::to_string(FILES_EACH));
-    std::set<std::string> told;
+    std::set<std::string> printed;
     for (ChildProcess &process : children) {
         ChildResult const result = process.wait();
         EXPECT_EQ(result.status, 0) << result.output;
         std::istringstream lines(result.output);
         for (std::string path; std::getline(lines, path);)
-            told.insert(name_of(path));
+            printed.insert(name_of(path));
     }
-    EXPECT_THAT(told, SizeIs(PROCESSES * FILES_EACH));
-    EXPECT_EQ(names_in(dir.path()), told);
+    EXPECT_THAT(printed, SizeIs(PROCESSES * FILES_EACH));
+    EXPECT_EQ(names_in(dir.path()), printed);
 }
 
 TEST(GenTempFileWithExtension, OfTheTemporaryFileItselfLeavesOneFile)

@@ -66,7 +66,7 @@ TEST_F(GenExe, InitPutsTwoEntriesBeforePath)
     struct PathCase
     {
         std::string before;
-        std::string behind_head;
+        std::string after_head;
     };
     std::string const separator(1, SEPARATOR);
     PathCase const cases[] = {
@@ -80,7 +80,7 @@ TEST_F(GenExe, InitPutsTwoEntriesBeforePath)
     for (PathCase const &c : cases) {
         Environment const path("PATH", c.before.c_str());
         gen_exe_init(0, nullptr);
-        EXPECT_EQ(variable("PATH"), path_head() + c.behind_head) << "PATH " << c.before;
+        EXPECT_EQ(variable("PATH"), path_head() + c.after_head) << "PATH " << c.before;
     }
 }
 
@@ -187,9 +187,9 @@ TEST_F(GenExe, ConfigurationOfTheInstallationIsFoundWhileTheProcessStarts)
         TempDir const elsewhere;
         tree.dir().write("suite/kalvern.ini", std::string(RESERVE) + " = " + switched + "\n");
         CurrentDirectory const current(elsewhere.path());
-        auto const told = probe(tree.tool(), "init");
-        ASSERT_EQ(told.at("status"), "0") << told.at("output");
-        EXPECT_EQ(told.at("output").find("Allocating 4GB") != std::string::npos, std::string(switched) == "on")
-            << told.at("output");
+        auto const report = probe(tree.tool(), "init");
+        ASSERT_EQ(report.at("status"), "0") << report.at("output");
+        EXPECT_EQ(report.at("output").find("Allocating 4GB") != std::string::npos, std::string(switched) == "on")
+            << report.at("output");
     }
 }

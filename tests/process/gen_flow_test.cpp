@@ -118,5 +118,5 @@ TEST(GenDebug, OutputReachesTheDebugger)
     Environment const debugged(DEBUGGED, "1");
     DebuggedRun const run = run_under_debugger("--gtest_filter=GenDebug.OutputStays*");
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.told, ON_WINDOWS ? OUTPUT : "");
+    EXPECT_EQ(run.debug_output, ON_WINDOWS ? OUTPUT : "");
 }

@@ -1,4 +1,4 @@
-// A disk that is full: nothing is told, nothing is thrown, and the process goes on. Over Linux's device that is always
+// A full disk: nothing is reported, nothing is thrown, and the process continues. Over Linux's device that is always
 // full, which Windows has no like of.
 #include "gen_cookie_sys.h"
 #include "gen_profile_bins_sys.h"

@@ -143,7 +143,7 @@ TEST(GenBindataDeathTest, EndsAtABrokenCondition)
         {[] { GEN_BINDATA(0, 10, 5).item_count(5); }, "0 <= bin && bin < m_num_bins"},
         {[] { GEN_BINDATA(0, 10, 0).item_count(0); }, "0 <= bin && bin < m_num_bins"},
         {[] { GEN_BINDATA(0, 10, 0).add_item(5); }, "0 <= bin && bin < m_num_bins"},
-        // Both counted into one array, and each answers for its own.
+        // Both count into one array, but each checks its own total.
         {[] {
              GEN_BINDATA histogram(0, 10, 5);
              GEN_BINDATA other(0, 10, 5);

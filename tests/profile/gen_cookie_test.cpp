@@ -202,7 +202,7 @@ TEST_F(GenCookie, AppendsWithoutASecondHeading)
     EXPECT_THAT(lines_of(text.substr(former.size()), LINE_END), ElementsAre(row("cookie", "1", "Root")));
 }
 
-// What was logged stays, and so does the last group, which then comes once more.
+// The logged cookies stay, and so does the last group, which is then written once more.
 TEST_F(GenCookie, WritesEverythingAgainAtASecondFinalize)
 {
     start();
@@ -222,7 +222,7 @@ TEST_F(GenCookie, WritesEverythingAgainAtASecondFinalize)
     EXPECT_EQ(file("again"), fresh_file("again", rows));
 }
 
-// What is logged with the log off, and behind the end of the bins, waits for a finalize that writes.
+// Cookies that are logged with the log off, or after the end of the bins, wait for a finalize that writes.
 TEST_F(GenCookie, CollectsAtAnyTime)
 {
     mem_cfg_set("gen_print_cookie_log", "off");
@@ -250,7 +250,7 @@ TEST_F(GenCookie, CollectsAtAnyTime)
 }
 
 // Such a bin has no root above it.
-TEST_F(GenCookie, TakesThePathOfABinBehindTheClosedRoot)
+TEST_F(GenCookie, TakesThePathOfABinAfterTheClosedRoot)
 {
     start();
     close_bin();

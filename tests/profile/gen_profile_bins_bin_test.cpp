@@ -1,4 +1,4 @@
-// What a bin tells of itself: its metrics and its place in the tree.
+// The facts of a bin: its metrics and its place in the tree.
 #include "tests/support/profile_bins.h"
 
 using testing::ElementsAre;

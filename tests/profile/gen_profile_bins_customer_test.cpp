@@ -53,9 +53,9 @@ struct Fault
 {
     char const *name;
     char const *text;               // of the internal error
-    std::vector<char const *> told; // said before, in customer builds too
+    std::vector<char const *> told; // written before, in customer builds too
     void (*commit)();
-    std::vector<char const *> told_later = {}; // said by the same call when the flow goes on
+    std::vector<char const *> told_later = {}; // written by the same call if the flow continues
 };
 
 std::ostream &operator<<(std::ostream &out, Fault const &fault)
@@ -66,7 +66,7 @@ std::ostream &operator<<(std::ostream &out, Fault const &fault)
 // A bin that stays when the bins are disabled; null if there is none.
 GEN_PROFILE_BIN *l_living_bin = nullptr;
 
-// Starts, and makes a closed bin Fitter/Router beside the open Fitter/Placer.
+// Starts, and makes a closed bin Fitter/Router next to the open Fitter/Placer.
 struct Flow
 {
     GEN_PROFILE_BIN *root = start_bins("Fitter");
@@ -342,7 +342,8 @@ Fault const FAULTS[] = {
          Flow const flow;
          GEN_PROFILE_BIN *const moves = run_bin("Moves", 1, 1);
          close_bin();
-         flow.placer->get_metric(GEN_PB_METRIC_WC_EST, /*cumulative=*/false); // what the report shows is known by now
+         flow.placer->get_metric(GEN_PB_METRIC_WC_EST,
+                                 /*cumulative=*/false); // the figures of the report are known by now
          set_open_count(moves, 1);
          flow.placer->dump("dump.txt", /*collect_tags=*/true);
      }},
@@ -368,7 +369,7 @@ Fault const FAULTS[] = {
      }},
 };
 
-// What is said besides the usual lines of the start and of bins that open and close.
+// The lines other than the usual ones of the start and of bins that open and close.
 std::vector<std::string> unusual_lines(MessageRecorder const &recorder)
 {
     std::vector<std::string> lines;
@@ -448,7 +449,7 @@ void expect_fault_is_silent(void (*commit)(), std::vector<char const *> const &t
     expect_silence(l_living_bin);
 }
 
-// Runs a fault in a development build: the process ends with the text, and what was to be told is told before.
+// Runs a fault in a development build: the process ends with the text, after the expected lines.
 void expect_fault_ends(void (*commit)(), char const *text, std::vector<char const *> const &told)
 {
     testing::Matcher<std::string const &> output = dies_with(text, "gen_profile_bins*");

@@ -1,4 +1,4 @@
-// The road of opens and closes into the tree: the buffer, ignoring, and what an event does when its turn comes. What
+// How opens and closes reach the tree: the buffer, ignoring, and the processing of an event. What
 // has reached the tree shows in the calls of the memory tracker, which are made when an event is processed.
 #include "err_sys.h"
 #include "tests/support/captured_output.h"
@@ -48,7 +48,7 @@ std::string current_path()
     return current() == nullptr ? "none" : current()->get_path(nullptr);
 }
 
-// An open that goes through the buffer, and flushes it, without a change of the level behind its close.
+// An open that goes through the buffer, and flushes it, without a change of the level after its close.
 void flush_buffer()
 {
     GEN_PROFILE_BINS::open("T", "flush", IMMEDIATE);
@@ -73,14 +73,14 @@ class GenProfileBinsClocks : public ProfileBinsTest
 {
 };
 
-TEST_F(GenProfileBinsClocks, AreReadAlikeHoweverTheSystemAnswers)
+TEST_F(GenProfileBinsClocks, AreReadAlikeInEveryStateOfTheSystem)
 {
     struct ClockCase
     {
         char const *what;
         bool at_once;
         bool job;
-        double cpu_sec; // the script's job stands still
+        double cpu_sec; // the job's time in the script doesn't advance
     };
     constexpr ClockCase CASES[] = {
         {"both in one question", true, false, 2.0},
@@ -140,7 +140,7 @@ TEST_F(GenProfileBinsBuffer, ATenthEventThatOpensLeavesItsBinOpen)
     EXPECT_EQ(current_path(), "Fitter/P/B");
 }
 
-TEST_F(GenProfileBinsBuffer, TellsHowOftenItWasFull)
+TEST_F(GenProfileBinsBuffer, ReportsHowOftenItWasFull)
 {
     struct Case
     {
@@ -195,7 +195,7 @@ TEST_F(GenProfileBinsBuffer, OtherFlagsFlushBeforeTheirOwnEventIsStored)
     EXPECT_EQ(GEN_PROFILE_BINS::open("T", "B", OTHER_PLAIN), nullptr);
     EXPECT_THAT(memory_calls(), ElementsAre("open A  suspended"));
     EXPECT_EQ(current_path(), "Fitter/A");
-    close_bin(); // takes the flags of the last open and waits behind it
+    close_bin(); // takes the flags of the last open and waits after it
     EXPECT_THAT(memory_calls(), ElementsAre("open A  suspended"));
     EXPECT_EQ(GEN_PROFILE_BINS::open("T", "C", OTHER_PLAIN), nullptr);
     EXPECT_THAT(memory_calls(), ElementsAre("open A  suspended"));
@@ -243,8 +243,8 @@ TEST_F(GenProfileBinsBuffer, ACloseHandsTheLevelBackToTheParent)
     EXPECT_EQ(current_path(), "Fitter");
 }
 
-// B is open with plain flags behind the flush, but the last close left the level of the root, which is immediate.
-TEST_F(GenProfileBinsBuffer, TheLevelAfterAFlushIsWhatTheLastCloseLeftAlsoWithAnOpenBehindIt)
+// B is open with plain flags after the flush, but the last close left the level of the root, which is immediate.
+TEST_F(GenProfileBinsBuffer, TheLevelAfterAFlushIsWhatTheLastCloseLeftAlsoIfAnOpenFollows)
 {
     start();
     open_plain("Q");
@@ -530,7 +530,7 @@ TEST_F(GenProfileBinsOpen, EveryOpenOfAnEmptyNameMakesANewSilentBin)
     EXPECT_EQ(current_path(), "Fitter");
 }
 
-TEST_F(GenProfileBinsOpen, ABinBesideTheRootIsPossibleOnceTheRootIsClosed)
+TEST_F(GenProfileBinsOpen, ASecondRootIsPossibleOnceTheRootIsClosed)
 {
     start();
     GEN_PROFILE_BIN const *const root = current();
@@ -552,7 +552,7 @@ class GenProfileBinsAnnouncement : public ProfileBinsTest
 {
 };
 
-TEST_F(GenProfileBinsAnnouncement, TellsTheFiguresOfTheInterval)
+TEST_F(GenProfileBinsAnnouncement, ReportsTheFiguresOfTheInterval)
 {
     start();
     mem_fake_queue_close(MIB, 2 * MIB + MIB / 2, 3 * MIB + MIB / 4);
@@ -576,7 +576,7 @@ TEST_F(GenProfileBinsAnnouncement, TellsTheFiguresOfTheInterval)
                                          "MiB, Peak 7.00 MiB, Close 6.00 MiB")));
 }
 
-TEST_F(GenProfileBinsAnnouncement, TellsOneWallClockErrorWhateverHappened)
+TEST_F(GenProfileBinsAnnouncement, ReportsOneWallClockErrorWhateverHappened)
 {
     start();
     GEN_PROFILE_BINS::open("T", "A", ANNOUNCED);
@@ -634,7 +634,7 @@ TEST_F(GenProfileBinsAnnouncement, FiguresOfMemoryAreInSinglePrecision)
     EXPECT_THAT(lines[3], HasSubstr("(peak virtual memory 94190.055 MB elapsed time: "));
 }
 
-TEST_F(GenProfileBinsAnnouncement, StepsAreToldToTheUser)
+TEST_F(GenProfileBinsAnnouncement, StepsAreReportedToTheUser)
 {
     start();
     mem_fake_set_peak_virtual(MIB + MIB / 8);
@@ -654,7 +654,7 @@ TEST_F(GenProfileBinsAnnouncement, StepsAreToldToTheUser)
                                         "2.000 MB elapsed time: 1:01:01:01)")));
 }
 
-TEST_F(GenProfileBinsAnnouncement, AStepWithoutANameTellsItsStepLinesAlone)
+TEST_F(GenProfileBinsAnnouncement, AStepWithoutANameReportsItsStepLinesOnly)
 {
     start();
     open_step("", "Nameless");
@@ -999,7 +999,7 @@ TEST_F(GenProfileBinsCloseRecursivelyDeathTest, NeedsTheBinToBeOpen)
 class GenProfileBinsIgnore : public ProfileBinsTest
 {
 protected:
-    // The message in which finalize tells the count.
+    // The message in which finalize reports the count.
     static std::string ignored(int count)
     {
         return std::to_string(count) +
@@ -1097,7 +1097,7 @@ TEST_F(GenProfileBinsIgnore, WarnsOfEachDroppedOpenIfItIsAskedTo)
                             debug("GEN", "Tried to open bin 'c' during ignored bin 'outer::one'")));
 }
 
-TEST_F(GenProfileBinsIgnore, TellsACountOfZeroToo)
+TEST_F(GenProfileBinsIgnore, ReportsACountOfZeroToo)
 {
     start();
     GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
@@ -1131,7 +1131,7 @@ protected:
     static void start_primary() { GEN_PROFILE_BINS::initialize("Fitter", /*primary=*/true, /*debug_messages=*/false); }
 };
 
-TEST_F(GenProfileBinsTrace, TellsOpensAndClosesIndented)
+TEST_F(GenProfileBinsTrace, ReportsOpensAndClosesIndented)
 {
     EXPECT_EQ(trace_of([] {
                   start_primary();
@@ -1152,7 +1152,7 @@ TEST_F(GenProfileBinsTrace, TellsOpensAndClosesIndented)
               "on_close: open bin is 'Fitter', asked to close 'NULL' with flags 7fffffff\n");
 }
 
-TEST_F(GenProfileBinsTrace, TellsBufferedClosesWhenTheyAreProcessed)
+TEST_F(GenProfileBinsTrace, ReportsBufferedClosesWhenTheyAreProcessed)
 {
     EXPECT_EQ(trace_of([] {
                   start_primary();
@@ -1167,7 +1167,7 @@ TEST_F(GenProfileBinsTrace, TellsBufferedClosesWhenTheyAreProcessed)
               "      on_close: open bin is 'A', asked to close 'NULL' with flags 1\n");
 }
 
-TEST_F(GenProfileBinsTrace, TellsOfIgnoringOnlyItsStart)
+TEST_F(GenProfileBinsTrace, ReportsOnlyTheStartOfIgnoring)
 {
     EXPECT_EQ(trace_of([] {
                   start_primary();
@@ -1183,7 +1183,7 @@ TEST_F(GenProfileBinsTrace, TellsOfIgnoringOnlyItsStart)
     EXPECT_TRUE(m_messages.has("Tried to open bin 'A' during ignored bin 'ignored'")); // comes with the trace
 }
 
-TEST_F(GenProfileBinsTrace, TellsTheFlagsOfTheBinAndNotOfTheEvent)
+TEST_F(GenProfileBinsTrace, ReportsTheFlagsOfTheBinAndNotOfTheEvent)
 {
     EXPECT_EQ(trace_of([] {
                   start_primary();

@@ -139,7 +139,7 @@ TEST_F(GenProfileBinsInitialize, DecidesAboutTheReportFiles)
     }
 }
 
-TEST_F(GenProfileBinsInitialize, ReportFilesCanBeSwitchedOffBehindIt)
+TEST_F(GenProfileBinsInitialize, ReportFilesCanBeSwitchedOffAfterIt)
 {
     TempDir const dir;
     CurrentDirectory const here(dir.path());
@@ -282,7 +282,7 @@ class GenProfileBinsFinalize : public ProfileBinsTest
 {
 };
 
-TEST_F(GenProfileBinsFinalize, ClosesTheRootAndTellsTheEnd)
+TEST_F(GenProfileBinsFinalize, ClosesTheRootAndReportsTheEnd)
 {
     start();
     GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
@@ -317,7 +317,7 @@ TEST_F(GenProfileBinsFinalize, FlushesTheCloseOfTheRoot)
     EXPECT_EQ(m_messages.lines().back(), NONE_IGNORED);
 }
 
-TEST_F(GenProfileBinsFinalize, TellsTheTimeItTook)
+TEST_F(GenProfileBinsFinalize, ReportsTheTimeItTook)
 {
     start();
     close_bin();
@@ -537,7 +537,7 @@ TEST_F(GenProfileBinsAgain, ReadsTheConfigurationAnew)
     EXPECT_THAT(m_messages.lines(), IsEmpty());
 }
 
-// Without the expression of the first time a bin closes by no name again, and so takes what waits behind it.
+// Without the expression of the first time a bin closes by no name again, and so takes the events that wait after it.
 TEST_F(GenProfileBinsAgain, DropsTheExpressions)
 {
     mem_cfg_set("gen_mem_fileline_profile_bin", "A");

@@ -23,7 +23,7 @@ constexpr std::int64_t CPU_SEC = 1000000;
 constexpr std::int64_t TICK_SEC = 10000000; // at 10 MHz
 constexpr std::size_t MIB = std::size_t{1024} * 1024;
 
-// A bin of a flow with its tag, what it takes itself, and the bins in it.
+// A bin of a flow with its tag, its own time, and the bins in it.
 struct Stage
 {
     char const *name;

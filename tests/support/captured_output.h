@@ -1,5 +1,5 @@
-// What the process writes to a standard stream during a scope, through any interface of it: C streams, C++ streams, the
-// descriptor.
+// The output of the process on a standard stream during a scope, through any of its interfaces: C streams, C++ streams,
+// the descriptor.
 #ifndef TESTS_SUPPORT_CAPTURED_OUTPUT_H
 #define TESTS_SUPPORT_CAPTURED_OUTPUT_H
 
@@ -38,7 +38,7 @@ private:
     std::string m_text; // set by the end
 };
 
-/// What a call writes to a standard stream.
+/// Returns the output of a call on a standard stream.
 template <typename Function>
 std::string output_to(StandardStream stream, Function const &function)
 {

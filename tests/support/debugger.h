@@ -11,7 +11,7 @@ struct DebuggedRun
     /// Exit status; -1 if it ended in another way.
     int status = -1;
     /// Its output on the debug channel of Windows; empty elsewhere.
-    std::string told;
+    std::string debug_output;
 };
 
 /// Runs this executable again with one argument, and continues it after every break.

@@ -24,7 +24,7 @@ struct MEM_RECORD
     std::string (*get_module_filename)() = nullptr;
     char const *(*get_project_output_directory)() = nullptr;
 
-    /// What mem_cfg_is_on() answers.
+    /// The result of mem_cfg_is_on().
     bool is_on = false;
     /// Whether stl_sprintf() works; otherwise its texts are empty.
     bool formats = true;

@@ -701,7 +701,7 @@ NAMES sorted(NAMES names)
     return names;
 }
 
-// The queue as a list of texts, without links or flags of a walk: what its steps say, spelled out once more.
+// The queue as a list of texts, without links or flags of a walk: the same steps, written a second time.
 class MODEL
 {
 public:

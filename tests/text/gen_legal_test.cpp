@@ -47,7 +47,7 @@ std::vector<Table> const TABLES = {
     {"warning", rows_of(GEN_COPYRIGHT_WARNING_ARRAY), GEN_COPYRIGHT_WARNING_ARRAY_SIZE, 5, 5, 45, 63},
 };
 
-// What is left of a row in a text for reading: one of its last blanks.
+// The row as it appears in a text for reading: at most one of its trailing blanks is left.
 std::string trimmed(std::string row)
 {
     while (row.size() > 1 && row[row.size() - 1] == ' ' && row[row.size() - 2] == ' ')

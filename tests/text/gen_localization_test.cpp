@@ -96,7 +96,7 @@ std::tm monday_in_march()
     return time;
 }
 
-// The tests below prove something only if the runtime library itself answers otherwise.
+// The tests below prove something only if the runtime library's own results differ.
 TEST(GenLocalForeignLocale, ChangesTheResultsOfTheRuntimeLibrary)
 {
     for (char const *name : FOREIGN_LOCALES) {
@@ -533,7 +533,7 @@ TEST_P(GenLocal, NamesDaysAndMonthsInEnglish)
     wchar_t wide[64] = L"";
     EXPECT_EQ(kept([&] { return gen_local_wcsftime(wide, 64, L"%A|%a|%B|%b|%p", &time); }), 23u);
     EXPECT_EQ(std::wstring(wide), L"Monday|Mon|March|Mar|PM");
-    // What doesn't fit is the runtime library's own matter: not every one for Windows gives 0 here.
+    // The result for a value that doesn't fit is left to the runtime library: not every one for Windows returns 0.
     std::size_t cut = 0;
     {
         ProcessLocale const plain("C");

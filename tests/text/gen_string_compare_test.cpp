@@ -482,7 +482,7 @@ TEST(GenIlexcmp, FoldsTheLettersAndNoOtherByteInEveryPlaceOfAWord)
 
 TEST(GenLexcmp, OrdersEveryShortText)
 {
-    // What is sorted by an order that holds for every pair has no pair out of order, neighbours or not.
+    // If the order holds for every pair, a sorted sequence has no pair out of order, neighbours or not.
     struct Order
     {
         char const *name;

@@ -211,7 +211,7 @@ constexpr ItoaCase ITOA_CASES[] = {
     {37, 37, "10"},
 };
 
-// What each form of gen_itoa() makes of a value.
+// The result of each form of gen_itoa().
 std::vector<std::string> itoa_forms(int value, int radix)
 {
     // The buffer has no byte to spare after the terminator.

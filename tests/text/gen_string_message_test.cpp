@@ -123,7 +123,7 @@ TEST(GenFormatMessage, ConvertsAsTheInsertSpecifies)
         {"%3|%1!d-%d!", ArgumentSlots(3, 4, 0, "x"), "x|3-4"},
         // No slot at all.
         {"%1!%!|%2", ArgumentSlots("x"), "%|x"},
-        // What is not a conversion is copied and takes no slot.
+        // Text that is not a conversion is copied and takes no slot.
         {"%1!!|%2", ArgumentSlots("x"), "%|x"},
         {"%1!y!|%2", ArgumentSlots("x"), "%y|x"},
         {"%1!5!|%2", ArgumentSlots("x"), "%5|x"},

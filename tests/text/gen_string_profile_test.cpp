@@ -22,7 +22,7 @@ struct ProfileCase
     char const *result;
 };
 
-// What holds of the calls of either platform; line ends aside.
+// Results that are the same on both platforms, except for line ends.
 constexpr ProfileCase PROFILE_CASES[] = {
     {"", "a", "x", "1", "[a]\nx=1\n"},
     {"", "a", "x", "", "[a]\nx=\n"},
@@ -44,7 +44,7 @@ constexpr ProfileCase PROFILE_CASES[] = {
     {"[a]\nx=1\n", "b", nullptr, nullptr, "[a]\nx=1\n"},
 };
 
-// What the other platforms' edit does beyond that.
+// Results of the edit on the other platforms alone.
 constexpr ProfileCase EDIT_CASES[] = {
     // Line ends and white space of the other lines stay.
     {"[a]\r\nx=1\r\n", "a", "x", "2", "[a]\r\nx=2\r\n"},
@@ -68,7 +68,7 @@ constexpr ProfileCase EDIT_CASES[] = {
     {"[a]b]\nx=1\n", "a]b", "x", "2", "[a]b]\nx=2\n"},
     {"[a\nx=1\n", "a", "x", "2", "[a\nx=1\n[a]\nx=2\n"},
     {"[a]\n[k=1\n", "a", "[k", "2", "[a]\n[k=2\n"},
-    // Blanks around the names that are asked for.
+    // Blanks around the given names.
     {"[a]\nx=1\n", " a ", " x ", "2", "[a]\nx=2\n"},
     {"", " a ", "\tx ", " 2 ", "[a]\nx= 2 \n"},
 };

@@ -1,4 +1,4 @@
-// The clocks over a scripted system: every answer it can give, and every one it can fail to give.
+// The clocks over a scripted system: every value it can return, and every failure.
 #include "gen_time_sys.h"
 
 #include "tests/support/gen_os_fake.h"
@@ -126,7 +126,7 @@ TEST(GenWallClockReadings, CacheTheFrequencyAtTheFirstReading)
     gen_os_fake_set_frequency(10);
     EXPECT_EQ(gen_get_usec_wallclock(), 1000000U);
     EXPECT_EQ(gen_get_sec_wallclock(), 1.0);
-    EXPECT_EQ(gen_get_hires_tick_frequency(), 10U); // asked anew each time
+    EXPECT_EQ(gen_get_hires_tick_frequency(), 10U); // read again each time
     set_answers([](gen_os_fake_answers &a) { a.frequency = false; });
     EXPECT_EQ(gen_get_hires_tick_frequency(), NO_READING);
     EXPECT_EQ(gen_get_usec_wallclock(), 1000000U);

@@ -127,7 +127,7 @@ std::vector<std::uint64_t> counters_of(GEN_PROCESS_STOPWATCH const &watch)
     return {m.start_user, m.total_user, m.start_kernel, m.total_kernel};
 }
 
-// How often each question was asked since the object was made.
+// How often each clock was read since the object was made.
 class Questions
 {
 public:

@@ -155,7 +155,7 @@ TEST(GenFormatElapsedSec, CutsTowardsZero)
         {-0.999, "00:00:00"},
         {-1.9, "00:00:0-1"},
         {-61.5, "00:0-1:0-1"},
-        // What no count holds gives the nearest one, no number gives 0.
+        // A value outside the range gives the nearest count, NaN gives 0.
         {1e300, "106751991167300:15:30:07"},
         {INFINITE, "106751991167300:15:30:07"},
         {-1e300, "0-15:0-30:0-8"},
