@@ -52,10 +52,10 @@ GEN_PROFILE_BIN *current_bin()
 struct Fault
 {
     char const *name;
-    char const *text;               // of the internal error
-    std::vector<char const *> told; // written before, in customer builds too
+    char const *text;                   // of the internal error
+    std::vector<char const *> expected; // written before, in customer builds too
     void (*commit)();
-    std::vector<char const *> told_later = {}; // written by the same call if the flow continues
+    std::vector<char const *> expected_later = {}; // written by the same call if the flow continues
 };
 
 std::ostream &operator<<(std::ostream &out, Fault const &fault)
@@ -434,7 +434,7 @@ void expect_silence(GEN_PROFILE_BIN *bin)
 }
 
 // Runs a fault in a customer build: it is not reported, and the bins are silent from then on.
-void expect_fault_is_silent(void (*commit)(), std::vector<char const *> const &told)
+void expect_fault_is_silent(void (*commit)(), std::vector<char const *> const &expected)
 {
     std::vector<std::string> lines;
     CapturedOutput errors(StandardStream::ERROR_OUTPUT);
@@ -444,16 +444,16 @@ void expect_fault_is_silent(void (*commit)(), std::vector<char const *> const &t
         lines = unusual_lines(recorder);
     }
     EXPECT_EQ(errors.text(), "");
-    EXPECT_THAT(lines, ElementsAreArray(told));
+    EXPECT_THAT(lines, ElementsAreArray(expected));
     EXPECT_FALSE(err_is_in_abnormal_exit());
     expect_silence(l_living_bin);
 }
 
 // Runs a fault in a development build: the process ends with the text, after the expected lines.
-void expect_fault_ends(void (*commit)(), char const *text, std::vector<char const *> const &told)
+void expect_fault_ends(void (*commit)(), char const *text, std::vector<char const *> const &expected)
 {
     testing::Matcher<std::string const &> output = dies_with(text, "gen_profile_bins*");
-    for (char const *line : told)
+    for (char const *line : expected)
         output = AllOf(output, HasSubstr(std::string("Debug (GEN): ") + line + "\n"));
     EXPECT_EXIT((mem_cfg_set("mem_show_debug_messages", "on"), commit()), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 output);
@@ -471,12 +471,12 @@ TEST_P(GenProfileBinsFaultDeathTest, EndsADevelopmentBuildAndSilencesACustomerBu
     Fault const &fault = GetParam();
     ASSERT_EQ(gen_debug_is_customer_build(), IS_CUSTOMER_BUILD);
     if (!IS_CUSTOMER_BUILD) {
-        expect_fault_ends(fault.commit, fault.text, fault.told);
+        expect_fault_ends(fault.commit, fault.text, fault.expected);
         return;
     }
-    std::vector<char const *> told = fault.told;
-    told.insert(told.end(), fault.told_later.begin(), fault.told_later.end());
-    expect_fault_is_silent(fault.commit, told);
+    std::vector<char const *> expected = fault.expected;
+    expected.insert(expected.end(), fault.expected_later.begin(), fault.expected_later.end());
+    expect_fault_is_silent(fault.commit, expected);
 }
 
 std::string fault_name(testing::TestParamInfo<Fault> const &tested)
@@ -634,11 +634,11 @@ void start_twice_at_exit()
 }
 
 // A fault while the process goes down: a second report in a development build; a customer build goes on.
-testing::Matcher<std::string const &> second_fault(char const *text, char const *behind)
+testing::Matcher<std::string const &> second_fault(char const *text, char const *after)
 {
     if (IS_CUSTOMER_BUILD)
-        return AllOf(HasSubstr(behind), Not(HasSubstr(std::string("Internal error: ") + text + "\n  Library: GEN\n")));
-    return AllOf(dies_with(text, "gen_profile_bins*"), Not(HasSubstr(behind)));
+        return AllOf(HasSubstr(after), Not(HasSubstr(std::string("Internal error: ") + text + "\n  Library: GEN\n")));
+    return AllOf(dies_with(text, "gen_profile_bins*"), Not(HasSubstr(after)));
 }
 
 TEST(GenProfileBinsAbnormalExitDeathTest, HasNoRoot)

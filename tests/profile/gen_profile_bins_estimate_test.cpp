@@ -589,12 +589,12 @@ private:
         for (Names const &pattern : m_patterns)
             if (matches_by_steps(pattern, 0, m_names, 0))
                 expected.push_back("  WARNING: additional ratio: 7.0 (" + join(pattern) + ")");
-        Names told;
+        Names reported;
         for (std::string const &line : m_recorder.lines())
             if (line.rfind("  WARNING: ", 0) == 0)
-                told.push_back(line);
+                reported.push_back(line);
         m_recorder.clear();
-        EXPECT_EQ(told, expected) << testing::PrintToString(m_names);
+        EXPECT_EQ(reported, expected) << testing::PrintToString(m_names);
     }
 
     static constexpr std::size_t LONGEST = 4;
