@@ -71,7 +71,7 @@ TEST(GenReadOsRelease, ReadsItsLines)
     }
 }
 
-TEST(GenHostText, LeavesTheOutputAloneWithoutAnAnswer)
+TEST(GenHostText, LeavesTheOutputAloneIfTheSystemFails)
 {
     GEN_HOST_MEMORY memory{1, 2, 3};
     GEN_HOST_DISTRIBUTION distribution{"name", "version"};

@@ -1,6 +1,7 @@
 #include "gen_iterator_sys.h"
 
 #include "gen_path_sys.h"
+#include "tests/support/internal_error.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +11,6 @@
 
 using testing::ElementsAre;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -96,15 +96,16 @@ TEST(GenEnumIterator, WorksWithTheAlgorithms)
 
 TEST(GenEnumIteratorDeathTest, AnEndHasNoValue)
 {
-    auto const is_reported = HasSubstr("Internal error: Cannot dereference an end enum iterator\n");
-    EXPECT_EXIT(*GEN_ENUM_RANGE(GEN_LIB_ROOT, GEN_LIB_SIZE).end(), ExitedWithCode(3), is_reported);
-    EXPECT_EXIT(*GEN_ENUM_RANGE(GEN_LIB_SIZE, GEN_LIB_ROOT).begin(), ExitedWithCode(3), is_reported);
-    EXPECT_EXIT(*GEN_ENUM_ITERATOR<GEN_LIBRARY_TYPE>(), ExitedWithCode(3), is_reported);
+    auto const is_reported = dies_in_source("Cannot dereference an end enum iterator", "h/gen_iterator_sys.h");
+    EXPECT_EXIT(*GEN_ENUM_RANGE(GEN_LIB_ROOT, GEN_LIB_SIZE).end(), ExitedWithCode(INTERNAL_ERROR_STATUS), is_reported);
+    EXPECT_EXIT(*GEN_ENUM_RANGE(GEN_LIB_SIZE, GEN_LIB_ROOT).begin(), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                is_reported);
+    EXPECT_EXIT(*GEN_ENUM_ITERATOR<GEN_LIBRARY_TYPE>(), ExitedWithCode(INTERNAL_ERROR_STATUS), is_reported);
     EXPECT_EXIT(
         {
             GEN_ENUM_ITERATOR it(GEN_LIB_WYS_STUB, GEN_LIB_SIZE);
             *it++;
             *it;
         },
-        ExitedWithCode(3), is_reported);
+        ExitedWithCode(INTERNAL_ERROR_STATUS), is_reported);
 }

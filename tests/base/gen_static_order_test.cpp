@@ -1,10 +1,10 @@
-// The sources of the process frame and of the machine stand in this executable itself, over stand-ins for zel_mem and
+// The sources of the process frame and of the machine are compiled into this executable, over stand-ins for zel_mem and
 // for the mutexes of zel_thr, so that the building and the release of their static objects can be watched from both
 // ends. What they release goes through the operators at the end of this file.
 #include "fio_sys.h"
+#include "gen/base/gen_statics.h"
 #include "gen/machine/gen_machine_state.h"
 #include "gen/profile/gen_profile_bins_impl.h"
-#include "gen/base/gen_statics.h"
 #include "gen_cookie_sys.h"
 #include "gen_dep_sys.h"
 #include "gen_exe_sys.h"
@@ -32,12 +32,12 @@ using testing::HasSubstr;
 
 namespace {
 
-// A static of a source file in front of the library's in link order.
+// A static of a source file before the library's in link order.
 bool const l_state_before_first_static = gen_path_state() != nullptr;
 bool const l_machine_state_before_first_static = gen_machine_state() != nullptr;
 std::string const l_unit_before_first_static = GEN_TIME_UNIT::get_short_name(GEN_TIME_UNIT::UNIT_PICOSECOND);
 
-// Addresses whose release is told on the standard error stream.
+// Addresses whose release is printed on the standard error stream.
 struct Watched
 {
     void const *address;
@@ -51,8 +51,8 @@ void watch(void const *address, char const *name)
     l_watched[l_watched_count++] = {address, name};
 }
 
-// An element of a container stands somewhere in its block.
-void tell_release(void const *block, std::size_t size)
+// An element of a container lies somewhere in its block.
+void print_release(void const *block, std::size_t size)
 {
     char const *const begin = static_cast<char const *>(block);
     for (std::size_t i = 0; i < l_watched_count; ++i) {
@@ -62,7 +62,7 @@ void tell_release(void const *block, std::size_t size)
     }
 }
 
-// Mutexes: how many were made, and whether the path state stood already when the first one was.
+// Mutexes: how many were made, and whether the path state existed already when the first one was.
 int l_mutex_count = 0;
 bool l_state_before_first_mutex = false;
 
@@ -114,7 +114,7 @@ void fill_machine_state()
     GEN_MACHINE_INFO::recapture_cpu_info();
 }
 
-void tell_machine()
+void print_machine()
 {
     int cores = -1;
     unsigned cache_size = 0;
@@ -132,7 +132,7 @@ struct Dependant
     ~Dependant() { std::fputs("dependencies ", stderr); }
 };
 
-void exit_and_tell_releases()
+void exit_and_print_releases()
 {
     fill_state();
     search();
@@ -189,7 +189,7 @@ std::vector<TextGetter> text_getters()
     };
 }
 
-void tell_texts()
+void print_texts()
 {
     for (TextGetter const &getter : text_getters())
         std::fprintf(stderr, "%s=%s;", getter.name, getter.get().c_str());
@@ -210,7 +210,7 @@ TEST(GenStaticOrder, BuildsTheStateBeforeOrdinaryStaticsOnEitherSideOfTheLinkOrd
     EXPECT_TRUE(mem_record().state_before_last_static);
 }
 
-TEST(GenStaticOrder, BuildsTheMachinesStateBehindThePaths)
+TEST(GenStaticOrder, BuildsTheMachinesStateAfterThePaths)
 {
     EXPECT_EQ(l_mutex_count, 2); // the cookie log has one too
     EXPECT_TRUE(l_state_before_first_mutex);
@@ -235,7 +235,7 @@ TEST(GenStaticOrderDeathTest, ReleasesWhatTheSubsystemsHoldThenTheObjectsThenThe
     // On Windows the blocks of other libraries, in which a text is made too, don't come from here.
     std::string const cookie = ON_WINDOWS ? "" : "cookie ";
     EXPECT_EXIT(
-        exit_and_tell_releases(), ExitedWithCode(0),
+        exit_and_print_releases(), ExitedWithCode(0),
         HasSubstr("dependencies mutex " + cookie +
                   "mutex cache_table packages kalvern_libs project_ipblocks_libs "
                   "project_ipblocks_dir_path kalvern_eda_libs user_libs env_libs "
@@ -254,12 +254,12 @@ TEST(GenStaticOrderDeathTest, ReleasesAStateWithoutObjects)
         ExitedWithCode(0), HasSubstr("MEM_INITIALIZER"));
 }
 
-TEST(GenStaticOrderDeathTest, GettersAnswerInExitHandlersOfTheExecutable)
+TEST(GenStaticOrderDeathTest, GettersWorkInExitHandlersOfTheExecutable)
 {
     EXPECT_EXIT(
         {
             fill_state();
-            std::atexit(tell_texts);
+            std::atexit(print_texts);
             std::exit(0);
         },
         ExitedWithCode(0),
@@ -272,8 +272,8 @@ TEST(GenStaticOrderDeathTest, TheMachineIsKnownInExitHandlersAndUnknownAfterTheR
     EXPECT_EXIT(
         {
             fill_machine_state();
-            std::atexit(tell_machine);
-            mem_record().at_release = tell_machine;
+            std::atexit(print_machine);
+            mem_record().at_release = print_machine;
             std::exit(0);
         },
         ExitedWithCode(0), HasSubstr("[1: 1 cores, 32 KB]mutex mutex [0: 0 cores, 0 KB]"));
@@ -285,7 +285,7 @@ TEST(GenStaticOrderDeathTest, NothingIsVisitedAfterTheRelease)
         {
             mem_record().at_release = [] {
                 fill_machine_state();
-                tell_machine();
+                print_machine();
                 std::fprintf(stderr, "[%zu calls]", gen_os_machine_fake_calls().size());
             };
             std::exit(0);
@@ -293,12 +293,12 @@ TEST(GenStaticOrderDeathTest, NothingIsVisitedAfterTheRelease)
         ExitedWithCode(0), HasSubstr("mutex [0: 0 cores, 0 KB][0 calls]"));
 }
 
-TEST(GenStaticOrderDeathTest, GettersAnswerWithEmptyTextsAfterTheRelease)
+TEST(GenStaticOrderDeathTest, GettersReturnEmptyTextsAfterTheRelease)
 {
     EXPECT_EXIT(
         {
             fill_state();
-            mem_record().at_release = tell_texts;
+            mem_record().at_release = print_texts;
             std::exit(0);
         },
         ExitedWithCode(0),
@@ -312,19 +312,19 @@ TEST(GenStaticOrderDeathTest, ThePdbDirectoryIsBuiltAtItsFirstUseAndReleasedBefo
     EXPECT_EXIT(
         {
             std::string const directory = "/q/";
-            auto const tell = [] {
+            auto const print_state = [] {
                 std::fprintf(stderr, "[%s]", gen_generate_pdb_filename("a", "b", nullptr).c_str());
             };
-            auto const set_and_tell = [] {
+            auto const set_and_print = [] {
                 std::string const other = "/r/";
                 std::fprintf(stderr, "[%s]", gen_generate_pdb_filename("a", "b", &other).c_str());
             };
             gen_set_db_dir_path("/p/db/");
-            mem_record().at_release = tell;
-            std::atexit(set_and_tell);
-            std::atexit(tell);
+            mem_record().at_release = print_state;
+            std::atexit(set_and_print);
+            std::atexit(print_state);
             gen_generate_pdb_filename("a", "b", &directory);
-            std::atexit(tell); // what is built later is released earlier
+            std::atexit(print_state); // what is built later is released earlier
             std::exit(0);
         },
         ExitedWithCode(0), HasSubstr("[/q/a.b][/p/db/a.b][/p/db/a.b]mutex mutex [a.b]"));
@@ -337,7 +337,7 @@ TEST(GenStaticOrderDeathTest, SettersDoNothingAfterTheRelease)
             mem_record().at_release = [] {
                 fill_state();
                 gen_set_project_output_directory(nullptr);
-                tell_texts();
+                print_texts();
             };
             std::exit(0);
         },
@@ -369,7 +369,7 @@ TEST(GenStaticOrderDeathTest, SearchesFindNothingAfterTheRelease)
         ExitedWithCode(0), HasSubstr("[][][/][][0][][1][1][0][0][a.v]"));
 }
 
-TEST(GenStaticOrder, ConstantTablesStandBeforeTheFirstStatic)
+TEST(GenStaticOrder, ConstantTablesAreReadyBeforeTheFirstStatic)
 {
     EXPECT_EQ(l_unit_before_first_static, "ps");
 }
@@ -387,8 +387,8 @@ TEST(GenStaticOrderDeathTest, ConstantTablesOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[nanosecond][9]"));
 }
 
-// Tells whether a cookie is taken, which is said.
-void tell_cookie(char const *description)
+// Logs a cookie and prints whether it was taken.
+void log_and_print_cookie(char const *description)
 {
     std::size_t const before = mem_record().calls.size();
     gen_log_cookie(description, 1);
@@ -399,8 +399,8 @@ TEST(GenStaticOrderDeathTest, CookiesAreTakenUntilTheirRelease)
 {
     EXPECT_EXIT(
         {
-            std::atexit([] { tell_cookie("in_a_handler"); });
-            mem_record().at_release = [] { tell_cookie("after_the_release"); };
+            std::atexit([] { log_and_print_cookie("in_a_handler"); });
+            mem_record().at_release = [] { log_and_print_cookie("after_the_release"); };
             std::exit(0);
         },
         ExitedWithCode(0), HasSubstr("in_a_handler=1;mutex mutex after_the_release=0;"));
@@ -439,13 +439,13 @@ std::vector<std::string> gen_pb_current_path()
 
 [[gnu::noinline]] void operator delete(void *block) noexcept
 {
-    tell_release(block, 0);
+    print_release(block, 0);
     std::free(block);
 }
 
 [[gnu::noinline]] void operator delete(void *block, std::size_t size) noexcept
 {
-    tell_release(block, size);
+    print_release(block, size);
     std::free(block);
 }
 

@@ -2,6 +2,7 @@
 // system has one operator new per process; elsewhere the library still has memory and reports in full.
 #include "err_sys.h"
 
+#include "tests/support/internal_error.h"
 #include "tests/support/platform.h"
 
 #include <gmock/gmock.h>
@@ -65,21 +66,22 @@ protected:
 
 TEST_F(ErrReportWithoutMemoryDeathTest, LeavesTheStackOut)
 {
-    EXPECT_EXIT(fail_with(MEMORY::MISSING, "first"), ExitedWithCode(3), is_short_block(FIRST));
-    EXPECT_EXIT(fail_with(MEMORY::MISSING, nullptr), ExitedWithCode(3), is_short_block("Internal error: (null)\n"));
+    EXPECT_EXIT(fail_with(MEMORY::MISSING, "first"), ExitedWithCode(INTERNAL_ERROR_STATUS), is_short_block(FIRST));
+    EXPECT_EXIT(fail_with(MEMORY::MISSING, nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                is_short_block("Internal error: (null)\n"));
 }
 
 TEST_F(ErrReportWithoutMemoryDeathTest, CutsALongText)
 {
     static std::string const expression(100000, 'x');
-    EXPECT_EXIT(fail_with(MEMORY::MISSING, expression.c_str()), ExitedWithCode(3),
+    EXPECT_EXIT(fail_with(MEMORY::MISSING, expression.c_str()), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 is_short_block("Internal error: " + expression.substr(0, 1000)));
 }
 
 TEST_F(ErrReportWithoutMemoryDeathTest, StillRunsExitHandlers)
 {
     EXPECT_EXIT((std::atexit([] { std::fputs("[handler runs]\n", stderr); }), fail_with(MEMORY::MISSING, "first")),
-                ExitedWithCode(3), HasSubstr("[handler runs]\n"));
+                ExitedWithCode(INTERNAL_ERROR_STATUS), HasSubstr("[handler runs]\n"));
 }
 
 TEST_F(ErrReportWithoutMemoryDeathTest, KeepsTheFormerModulePlace)
@@ -92,15 +94,16 @@ TEST_F(ErrReportWithoutMemoryDeathTest, KeepsTheFormerModulePlace)
             err_set_module_fullpath(place);
             fail_with(MEMORY::THERE, "first");
         },
-        ExitedWithCode(3), HasSubstr(ON_WINDOWS ? "\n  Module:  ppp" : "\n  Module:  /former/\n"));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), HasSubstr(ON_WINDOWS ? "\n  Module:  ppp" : "\n  Module:  /former/\n"));
 }
 
 TEST_F(ErrReportWithoutMemoryDeathTest, AnErrorInsideTheReportLosesNeither)
 {
     if (ON_WINDOWS)
-        EXPECT_EXIT(fail_with(MEMORY::REPORTED_MISSING, "first"), ExitedWithCode(3), is_short_block(FIRST));
+        EXPECT_EXIT(fail_with(MEMORY::REPORTED_MISSING, "first"), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    is_short_block(FIRST));
     else
-        EXPECT_EXIT(fail_with(MEMORY::REPORTED_MISSING, "first"), ExitedWithCode(3),
+        EXPECT_EXIT(fail_with(MEMORY::REPORTED_MISSING, "first"), ExitedWithCode(INTERNAL_ERROR_STATUS),
                     AllOf(is_short_block(FIRST), is_short_block(SECOND)));
 }
 

@@ -1,6 +1,8 @@
 #include "err_sys.h"
 
+#include "tests/support/internal_error.h"
 #include "tests/support/platform.h"
+#include "tests/support/texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,14 +25,6 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr char const *BLOCK_HEAD = "Internal error: ";
-
-std::size_t count_of(std::string const &text, std::string const &part)
-{
-    std::size_t count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
-        ++count;
-    return count;
-}
 
 // Every block has its head, its stack and the lines between them.
 MATCHER_P(HasBlocks, count, "")
@@ -56,12 +50,12 @@ void say(char const *text)
     std::fflush(stderr);
 }
 
-void say_handler_runs()
+void print_handler_runs()
 {
     say("[handler runs]\n");
 }
 
-void say_abnormal_exit()
+void print_abnormal_exit()
 {
     say(err_is_in_abnormal_exit() ? "[abnormal exit]\n" : "[ordinary exit]\n");
 }
@@ -88,7 +82,7 @@ void rest_for_ever()
     wait_for(never);
 }
 
-// What the first exit handler of this program does. Two threads that are in exit() at once are a fault of glibc before
+// The first exit handler of this program. Two threads that are in exit() at once are a fault of glibc before
 // 2.41: a block of handlers that one thread still works on is released by the other, and then again. The block of the
 // first handlers is glibc's own and stays.
 std::atomic<void (*)()> l_first_handler{nullptr};
@@ -134,35 +128,37 @@ constexpr TextCase TEXT_CASES[] = {
 TEST_F(ErrReportDeathTest, PrintsWhatFailedAndWhere)
 {
     for (TextCase const &c : TEXT_CASES)
-        EXPECT_EXIT(err_report_internal_error(c.expression, c.module, c.file, c.line), ExitedWithCode(3),
-                    AllOf(HasBlocks(1), HasSubstr(c.block)))
+        EXPECT_EXIT(err_report_internal_error(c.expression, c.module, c.file, c.line),
+                    ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr(c.block)))
             << "expression " << (c.expression == nullptr ? "null" : c.expression);
 }
 
 TEST_F(ErrReportDeathTest, PrintsALongExpressionWhole)
 {
     std::string const expression(100000, 'x');
-    EXPECT_EXIT(fail(expression.c_str()), ExitedWithCode(3),
+    EXPECT_EXIT(fail(expression.c_str()), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(1), HasSubstr(BLOCK_HEAD + expression + "\n  Library: TST\n")));
 }
 
 TEST_F(ErrReportDeathTest, NamesTheProcess)
 {
-    EXPECT_EXIT(fail("a"), ExitedWithCode(3), HasSubstr(ON_WINDOWS ? "err_test.exe\n" : "/err_test\n"));
+    EXPECT_EXIT(fail("a"), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                HasSubstr(ON_WINDOWS ? "err_test.exe\n" : "/err_test\n"));
 }
 
 TEST_F(ErrReportDeathTest, NamesTheLatestModulePlace)
 {
-    EXPECT_EXIT(fail("a"), ExitedWithCode(3), HasSubstr("\n  Module:  (not set)\n"));
-    EXPECT_EXIT((err_set_module_fullpath("/one/"), err_set_module_fullpath("/two/"), fail("a")), ExitedWithCode(3),
+    EXPECT_EXIT(fail("a"), ExitedWithCode(INTERNAL_ERROR_STATUS), HasSubstr("\n  Module:  (not set)\n"));
+    EXPECT_EXIT((err_set_module_fullpath("/one/"), err_set_module_fullpath("/two/"), fail("a")),
+                ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasSubstr("\n  Module:  /two/\n"), Not(HasSubstr("/one/"))));
-    EXPECT_EXIT((err_set_module_fullpath("/one/"), err_set_module_fullpath(""), fail("a")), ExitedWithCode(3),
-                HasSubstr("\n  Module:  (not set)\n"));
+    EXPECT_EXIT((err_set_module_fullpath("/one/"), err_set_module_fullpath(""), fail("a")),
+                ExitedWithCode(INTERNAL_ERROR_STATUS), HasSubstr("\n  Module:  (not set)\n"));
 }
 
 } // namespace
 
-// Visible to the linker, so that its name can stand in a stack, and called by way of a pointer that
+// Visible to the linker, so that its name can appear in a stack, and called by way of a pointer that
 // the compiler cannot see through, so that every depth has its frame.
 int err_test_outer_function(int depth);
 int (*volatile l_err_test_outer_function)(int) = err_test_outer_function;
@@ -179,9 +175,10 @@ namespace {
 TEST_F(ErrReportDeathTest, PrintsTheStackFromTheCallerOn)
 {
     if (ON_WINDOWS)
-        EXPECT_EXIT(l_err_test_outer_function(0), ExitedWithCode(3), HasSubstr("\n  Stack:\n    #0 err_test.exe+0x"));
+        EXPECT_EXIT(l_err_test_outer_function(0), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    HasSubstr("\n  Stack:\n    #0 err_test.exe+0x"));
     else
-        EXPECT_EXIT(l_err_test_outer_function(0), ExitedWithCode(3),
+        EXPECT_EXIT(l_err_test_outer_function(0), ExitedWithCode(INTERNAL_ERROR_STATUS),
                     AllOf(HasSubstr("\n  Stack:\n    #0 err_test_outer_function(int)+0x"),
                           HasSubstr(" at tests/err/err_test.cpp:"), HasSubstr(" (err_test+0x")));
 }
@@ -198,7 +195,7 @@ inline void inlined_caller()
     note_return_address();
 }
 
-TEST(ErrDescribeCalls, TellsTheFunctionTheFileAndTheLine)
+TEST(ErrDescribeCalls, ReturnsTheFunctionTheFileAndTheLine)
 {
     inlined_caller();
     std::vector<ERR_PLACE> const places = err_describe_calls(&l_return_address, 1);
@@ -230,13 +227,13 @@ TEST(ErrDescribeCalls, AnAddressOutsideOfTheProgramHasNoNames)
 
 TEST_F(ErrReportDeathTest, CutsADeepStack)
 {
-    EXPECT_EXIT(l_err_test_outer_function(3000), ExitedWithCode(3),
+    EXPECT_EXIT(l_err_test_outer_function(3000), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(1), HasSubstr("\n    #50 "), Not(HasSubstr("\n    #64 "))));
 }
 
 TEST_F(ErrReportDeathTest, RunsExitHandlersAfterTheBlock)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), fail("a")), ExitedWithCode(3),
+    EXPECT_EXIT((std::atexit(print_handler_runs), fail("a")), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(1), HasInOrder("  Stack:\n", "[handler runs]\n")));
 }
 
@@ -249,19 +246,21 @@ TEST_F(ErrReportDeathTest, FlushesStandardOutput)
             std::fputs("[buffered]\n", stdout);
             fail("a");
         },
-        ExitedWithCode(3), HasInOrder("  Stack:\n", "[buffered]"));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), HasInOrder("  Stack:\n", "[buffered]"));
 }
 
 TEST_F(ErrReportDeathTest, AbnormalExitIsSeenByExitHandlers)
 {
     EXPECT_FALSE(err_is_in_abnormal_exit());
-    EXPECT_EXIT((std::atexit(say_abnormal_exit), fail("a")), ExitedWithCode(3), HasSubstr("[abnormal exit]\n"));
-    EXPECT_EXIT((std::atexit(say_abnormal_exit), std::exit(0)), ExitedWithCode(0), HasSubstr("[ordinary exit]\n"));
+    EXPECT_EXIT((std::atexit(print_abnormal_exit), fail("a")), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                HasSubstr("[abnormal exit]\n"));
+    EXPECT_EXIT((std::atexit(print_abnormal_exit), std::exit(0)), ExitedWithCode(0), HasSubstr("[ordinary exit]\n"));
 }
 
 TEST_F(ErrReportDeathTest, SecondErrorInAnExitHandlerEndsAtOnce)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit(fail_in_handler), fail("first")), ExitedWithCode(3),
+    EXPECT_EXIT((std::atexit(print_handler_runs), std::atexit(fail_in_handler), fail("first")),
+                ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasBlocks(2), HasInOrder("Internal error: first\n", "Internal error: failed in a handler\n"),
                       Not(HasSubstr("[handler runs]"))));
 }
@@ -277,21 +276,21 @@ TEST_F(ErrReportDeathTest, AReaderThatIsGoneDoesNotChangeTheStatus)
             });
             fail("a");
         },
-        ExitedWithCode(3), HasBlocks(1));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), HasBlocks(1));
 }
 
 // The ways into the exit handlers of an ordinary exit.
 
 TEST_F(ErrReportDeathTest, ErrorInAHandlerOfAnOrdinaryExitEndsAtOnce)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit(fail_in_handler), std::exit(0)), ExitedWithCode(3),
-                AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
+    EXPECT_EXIT((std::atexit(print_handler_runs), std::atexit(fail_in_handler), std::exit(0)),
+                ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
 }
 
 TEST_F(ErrReportDeathTest, ErrorDeepInAHandlerOfAnOrdinaryExitEndsAtOnce)
 {
-    EXPECT_EXIT((std::atexit(say_handler_runs), std::atexit([] { l_err_test_outer_function(300); }), std::exit(0)),
-                ExitedWithCode(3), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
+    EXPECT_EXIT((std::atexit(print_handler_runs), std::atexit([] { l_err_test_outer_function(300); }), std::exit(0)),
+                ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
 }
 
 TEST_F(ErrReportDeathTest, ErrorInAStaticObjectsDestructorEndsAtOnce)
@@ -302,22 +301,23 @@ TEST_F(ErrReportDeathTest, ErrorInAStaticObjectsDestructorEndsAtOnce)
     };
     EXPECT_EXIT(
         {
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             static FAILING_OBJECT const object;
             std::exit(0);
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("failed in a destructor"), Not(HasSubstr("[handler runs]"))));
+        ExitedWithCode(INTERNAL_ERROR_STATUS),
+        AllOf(HasBlocks(1), HasSubstr("failed in a destructor"), Not(HasSubstr("[handler runs]"))));
 }
 
 TEST_F(ErrReportDeathTest, ErrorInAHandlerThatAThreadRunsEndsAtOnce)
 {
     EXPECT_EXIT(
         {
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             std::atexit(fail_in_handler);
             std::thread([] { std::exit(0); }).join();
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), Not(HasSubstr("[handler runs]"))));
 }
 
 // Several threads.
@@ -326,10 +326,11 @@ TEST_F(ErrReportDeathTest, AThreadEndsTheProcess)
 {
     EXPECT_EXIT(
         {
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             std::thread(fail, "failed in a thread").join();
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasInOrder("failed in a thread", "[handler runs]\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS),
+        AllOf(HasBlocks(1), HasInOrder("failed in a thread", "[handler runs]\n")));
 }
 
 TEST_F(ErrReportDeathTest, OfManyThreadsOneReports)
@@ -337,7 +338,7 @@ TEST_F(ErrReportDeathTest, OfManyThreadsOneReports)
     EXPECT_EXIT(
         {
             static std::atomic<bool> is_started{false};
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             std::vector<std::thread> threads;
             for (int i = 0; i < 8; ++i)
                 threads.emplace_back([] {
@@ -348,7 +349,7 @@ TEST_F(ErrReportDeathTest, OfManyThreadsOneReports)
             for (std::thread &thread : threads)
                 thread.join();
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("[handler runs]\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr("[handler runs]\n")));
 }
 
 TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileAnotherReportsIsNotPrinted)
@@ -365,7 +366,7 @@ TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileAnotherReportsIsNotPrinted)
             }).detach();
             fail("first");
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("Internal error: first\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr("Internal error: first\n")));
 }
 
 TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileMainRunsExitHandlersEndsAtOnce)
@@ -373,7 +374,7 @@ TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileMainRunsExitHandlersEndsAtOnce)
     static std::atomic<bool> is_in_exit{false};
     EXPECT_EXIT(
         {
-            std::atexit(say_handler_runs);
+            std::atexit(print_handler_runs);
             std::atexit([] {
                 is_in_exit = true;
                 rest_for_ever();
@@ -385,15 +386,16 @@ TEST_F(ErrReportDeathTest, ErrorOfAThreadWhileMainRunsExitHandlersEndsAtOnce)
             }).detach();
             std::exit(0);
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("failed in a thread"), Not(HasSubstr("[handler runs]"))));
+        ExitedWithCode(INTERNAL_ERROR_STATUS),
+        AllOf(HasBlocks(1), HasSubstr("failed in a thread"), Not(HasSubstr("[handler runs]"))));
 }
 
-TEST_F(ErrReportDeathTest, AnOrdinaryExitBesideAReportKeepsItsStatusFromTheReport)
+TEST_F(ErrReportDeathTest, AnOrdinaryExitDuringAReportTakesItsStatusFromTheReport)
 {
     static std::atomic<bool> is_in_exit{false};
     EXPECT_EXIT(
         {
-            // Registered behind the library's own handler, so it runs before that one.
+            // Registered after the library's own handler, so it runs before that one.
             err_set_module_fullpath("/place/");
             std::atexit([] {
                 is_in_exit = true;
@@ -406,10 +408,10 @@ TEST_F(ErrReportDeathTest, AnOrdinaryExitBesideAReportKeepsItsStatusFromTheRepor
             }).detach();
             std::exit(0);
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("Internal error: failed in a thread\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr("Internal error: failed in a thread\n")));
 }
 
-TEST_F(ErrReportDeathTest, AReportKeepsItsStatusFromAnOrdinaryExitBesideIt)
+TEST_F(ErrReportDeathTest, AReportKeepsItsStatusDuringAnOrdinaryExit)
 {
     static std::atomic<bool> is_in_exit{false};
     static std::atomic<bool> is_main_on_its_way{false};
@@ -424,7 +426,7 @@ TEST_F(ErrReportDeathTest, AReportKeepsItsStatusFromAnOrdinaryExitBesideIt)
             is_main_on_its_way = true;
             std::exit(0);
         },
-        ExitedWithCode(3), AllOf(HasBlocks(1), HasSubstr("Internal error: failed in a thread\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasBlocks(1), HasSubstr("Internal error: failed in a thread\n")));
 }
 
 TEST_F(ErrReportDeathTest, TheModulePlaceMayBeSetOnManyThreads)
@@ -441,7 +443,7 @@ TEST_F(ErrReportDeathTest, TheModulePlaceMayBeSetOnManyThreads)
                 thread.join();
             fail("a");
         },
-        ExitedWithCode(3), AllOf(HasSubstr("\n  Module:  /place/"), HasSubstr("/99/\n")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), AllOf(HasSubstr("\n  Module:  /place/"), HasSubstr("/99/\n")));
 }
 
 } // namespace

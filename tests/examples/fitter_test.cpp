@@ -34,7 +34,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// Layers of LUTs with registers behind each third of them; the same text for the same seed.
+// Layers of LUTs with registers after each third of them; the same text for the same seed.
 std::string make_design(unsigned luts, std::uint32_t seed = 7)
 {
     fitter::Draws draws(seed);
@@ -88,7 +88,7 @@ std::string error_of(std::string const &text)
 
 // --- The small helpers.
 
-TEST(FitterCheckedSum, TellsThatItNoLongerFits)
+TEST(FitterCheckedSum, ReportsThatItNoLongerFits)
 {
     constexpr std::int64_t MOST = std::numeric_limits<std::int64_t>::max();
     fitter::CheckedSum sum("cost of it");
@@ -114,7 +114,7 @@ TEST(FitterDraws, TakeTwoNumbersOfTheGenerator)
     EXPECT_NE(fitter::Draws(4294967295u).below(1000000), fitter::Draws(4294967294u).below(1000000));
 }
 
-TEST(FitterMachine, TellsItsFacts)
+TEST(FitterMachine, ListsItsFacts)
 {
     int processors = 0;
     int cores = 0;
@@ -244,7 +244,7 @@ constexpr ErrorCase ERROR_CASES[] = {
     {".model t\n.outputs y z\n.names a y\n", "t.blif:3: net \"a\" has no driver (1 more like it)"},
     {".model t\n.inputs a\n.latch a q re c 0\n", "t.blif:3: net \"c\" has no driver"},
 };
-TEST(FitterNetlist, TellsFileAndLineOfAFault)
+TEST(FitterNetlist, NamesFileAndLineOfAFault)
 {
     for (ErrorCase const &c : ERROR_CASES)
         EXPECT_EQ(error_of(c.text), c.message) << c.text;
@@ -255,7 +255,7 @@ TEST(FitterNetlist, ShortensALongNameInAMessage)
     EXPECT_EQ(error_of(std::string(100, 'x')), "t.blif:1: expected .model, found \"" + std::string(60, 'x') + "...\"");
 }
 
-// Whatever the file holds, the answer is a netlist with a driver for each net or an Error.
+// With any content of the file, the result is a netlist with a driver for each net or an Error.
 TEST(FitterNetlist, SurvivesGarbage)
 {
     std::string const good = make_design(40);
@@ -283,7 +283,7 @@ TEST(FitterNetlist, SurvivesGarbage)
     EXPECT_LT(faults, 2000);
 }
 
-TEST(FitterNetlist, TellsAFileThatCannotBeRead)
+TEST(FitterNetlist, NamesAFileThatCannotBeRead)
 {
     TempDir const dir;
     for (std::string const &path : {dir.text("none.blif"), dir.text("no/such/place.blif"), dir.text()})
@@ -293,7 +293,7 @@ TEST(FitterNetlist, TellsAFileThatCannotBeRead)
 
 // --- The design's files.
 
-// A project with a library, told to the library for as long as it lives.
+// A project with a library; zel_gen knows both as long as it lives.
 class Project
 {
 public:
@@ -331,7 +331,7 @@ TEST(FitterSource, FindsTheDesignInTheProjectThenInItsLibraries)
         EXPECT_EQ(found.text, text);
         EXPECT_EQ(found.name, name);
     }
-    EXPECT_EQ(fitter::read_design(project.library("a.blif")).text, "library"); // an absolute path stands for itself
+    EXPECT_EQ(fitter::read_design(project.library("a.blif")).text, "library"); // an absolute path is taken unchanged
     EXPECT_EQ(error_in([] { fitter::read_design("b.blif"); }),
               "cannot find \"b.blif\" in the project, its libraries or the installation");
 }
@@ -359,14 +359,14 @@ TEST(FitterSource, TakesModelsOfSearchedFiles)
     project.dir().write("p/top.blif", ".search sub/a.blif\n.model top\n.inputs x\n.search shared.blif\n"
                                       ".subckt a d=x\n.subckt b d=x\n.subckt shared d=x\n");
     project.dir().write("p/sub/a.blif", box("a") + ".search b.blif\n.search shared.blif");
-    project.dir().write("p/sub/b.blif", box("b")); // beside the file that names it
+    project.dir().write("p/sub/b.blif", box("b")); // next to the file that names it
     project.dir().write("lib/shared.blif", box("shared"));
     auto const netlist = fitter::read_blif(fitter::read_design("top.blif"));
     EXPECT_EQ(netlist->name, "top");
     EXPECT_EQ(netlist->count(CellKind::MACRO), 3u);
 }
 
-TEST(FitterSource, TellsWhereASearchFails)
+TEST(FitterSource, ReportsWhereASearchFails)
 {
     Project const project;
     TempDir const &dir = project.dir();
@@ -491,7 +491,7 @@ TEST(FitterPack, PairsALutWithTheFlopThatAloneReadsIt)
     EXPECT_EQ(apart.elements.size(), 2u);
 }
 
-TEST(FitterPack, KeepsClocksAndEdgesApart)
+TEST(FitterPack, KeepsClocksAndEdgesSeparate)
 {
     fitter::Packing const packing =
         pack(*read(".model t\n.inputs a c d\n.outputs p q r s\n.latch a p re c 0\n.latch a q fe c 0\n"
@@ -570,7 +570,7 @@ TEST(FitterPlace, IsTheSameForTheSameSeedOnEveryPlatform)
     }
 }
 
-TEST(FitterPlace, IsToldWhenItsNetlistGoes)
+TEST(FitterPlace, IsNotifiedWhenItsNetlistIsDestroyed)
 {
     fitter::Fit fit = make_fit(make_design(30));
     EXPECT_EQ(fit.placement.netlist.get(), fit.netlist.get());
@@ -582,7 +582,7 @@ TEST(FitterPlace, IsToldWhenItsNetlistGoes)
     EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
 }
 
-TEST(FitterPlace, TellsThatItsMovesCannotBeWritten)
+TEST(FitterPlace, ReportsThatItsMovesCannotBeWritten)
 {
     fitter::Fit const fit = make_fit(make_design(30));
     TempDir const dir;
@@ -592,7 +592,7 @@ TEST(FitterPlace, TellsThatItsMovesCannotBeWritten)
                   "cannot write \"" + place + "/undo_redo.txt\"");
 }
 
-// The commands behind a heading of the undo file, from top to bottom.
+// The commands after a heading of the undo file, from top to bottom.
 std::vector<std::string> commands_of(std::string const &file, std::string const &heading)
 {
     std::vector<std::string> commands;
@@ -673,9 +673,9 @@ TEST(FitterDevice, JoinsSegmentsBothWays)
     }
     EXPECT_EQ(names.size(), 24u);
     EXPECT_THAT(
-        device.segments_beside(device.cluster_site(1, 2)),
+        device.segments_next_to(device.cluster_site(1, 2)),
         ElementsAre(device.horizontal(1, 2), device.horizontal(1, 3), device.vertical(1, 2), device.vertical(2, 2)));
-    EXPECT_THAT(device.segments_beside(device.pad_site(4, 0)), ElementsAre(device.vertical(3, 1)));
+    EXPECT_THAT(device.segments_next_to(device.pad_site(4, 0)), ElementsAre(device.vertical(3, 1)));
 }
 
 TEST(FitterDevice, HasALargestSize)
@@ -768,7 +768,7 @@ TEST(FitterTiming, CutsPathsAtFlops)
     EXPECT_EQ(fit.timing.path.size(), 3u);
 }
 
-TEST(FitterTiming, TellsLutsOnLoops)
+TEST(FitterTiming, ReportsLutsOnLoops)
 {
     fitter::Fit const fit = make_fit(".model t\n.inputs a\n.outputs y\n.names a n m\n11 1\n.names m n\n1 1\n"
                                      ".names n y\n1 1\n");
@@ -844,7 +844,7 @@ TEST(FitterResult, KeepsWhatIsThereIfItCannotBeReplaced)
     EXPECT_FALSE(std::filesystem::exists(dir.path() / "r.txt.tmp"));
 
     dir.write("s.txt", "old");
-    dir.write("s.txt.tmp/inside", ""); // no room for the new file beside it
+    dir.write("s.txt.tmp/inside", ""); // the new file can't be made next to it
     EXPECT_THROW(fitter::write_result(dir.text("s.txt"), "new"), fitter::Error);
     EXPECT_THROW(fitter::check_writable(dir.text("s.txt")), fitter::Error);
     EXPECT_EQ(dir.read("s.txt"), "old");
@@ -869,7 +869,7 @@ struct ToolRun
     std::string err;
 };
 
-// Runs the tool that stands beside the library, in a directory, by the system's shell.
+// Runs the tool that lies next to the library, in a directory, by the system's shell.
 ToolRun run_fitter(TempDir const &dir, std::string const &arguments)
 {
     CurrentDirectory const there(dir.path());
@@ -879,7 +879,7 @@ ToolRun run_fitter(TempDir const &dir, std::string const &arguments)
     if (std::filesystem::path::preferred_separator == '\\')
         command = "\"" + command + "\"";
     int const status = std::system(command.c_str());
-    // Elsewhere the exit code stands in the second byte.
+    // Elsewhere the exit code is in the second byte.
     return {status > 0xff ? status >> 8 : status, dir.read("out.txt"), dir.read("err.txt")};
 }
 
@@ -999,7 +999,7 @@ TEST(FitterTool, GivesTheSameForTheSameSeedAndLeavesEveryLog)
 {
     TempDir const dir;
     dir.write("small.blif", make_design(100));
-    // The other logs are asked for once: measuring what profiling itself costs takes seconds on slow clocks.
+    // The other logs are requested once: measuring what profiling itself costs takes seconds on slow clocks.
     std::string const cookies_on = "gen_print_cookie_log = on\n";
     std::string const all_on = cookies_on + "gen_print_profile_bins = on\nmem_tracking = 10\n"
                                             "gen_enable_mem_fileline_profiling = on\n"
@@ -1016,7 +1016,7 @@ TEST(FitterTool, GivesTheSameForTheSameSeedAndLeavesEveryLog)
         EXPECT_NE(dir.read(std::string("a") + file), dir.read(std::string("c") + file));
     }
 
-    // One cookie for each stage, run behind run. The seed shows from the placer on.
+    // One cookie for each stage, run after run. The seed shows from the placer on.
     auto const cookies = cookies_of(dir.read("cookie_db_Fitter.log"));
     char const *const stages[] = {"fit2_fit_plan", "fit2_fit_early_place_init", "LSC Clustering", "Placer",
                                   "Router",        "TDC Timing Analysis",       "Report Writer"};
@@ -1044,7 +1044,7 @@ TEST(FitterTool, GivesTheSameForTheSameSeedAndLeavesEveryLog)
     for (std::string const stage : {"prefit", "early_place", "cluster", "placer", "router", "retimer", "postfit"}) {
         for (std::string const log : {"mem_tbb_pbin_stats.", "mem_tbb_pbin_tag_stats."})
             files.insert(log + stage + ".log");
-        // The sources are no longer tracked behind the selected bin, which lies in the last stage.
+        // The sources are no longer tracked after the selected bin, which lies in the last stage.
         if (stage != "postfit")
             for (std::string const log : {"mem_tbb_fileline.", "mem_tbb_subsystem."})
                 files.insert(log + stage + ".log");
@@ -1124,7 +1124,7 @@ TEST(FitterTool, IsNotStoppedByABrokenConfigurationOrReport)
     EXPECT_EQ(unwritable.status, 0) << unwritable.err;
 }
 
-TEST(FitterTool, TellsHowItIsUsed)
+TEST(FitterTool, PrintsItsUsage)
 {
     TempDir const dir;
     ToolRun const help = run_fitter(dir, "--help");

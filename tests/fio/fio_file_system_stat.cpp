@@ -1,5 +1,5 @@
-// The stat record where the system's header, with its macros for the times, stands in front; in
-// fio_file_system_test.cpp it stands behind.
+// The stat record where the system's header, with its macros for the times, comes before it; in
+// fio_file_system_test.cpp it comes after it.
 #include <sys/stat.h>
 
 #include "fio_sys.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-TEST(FioStatRecord, HasItsTimesBehindTheSystemsHeader)
+TEST(FioStatRecord, HasItsTimesAfterTheSystemsHeader)
 {
     TempDir const temp;
     std::string const file = temp.write("a.v", "12345");

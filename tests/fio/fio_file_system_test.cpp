@@ -2,7 +2,7 @@
 
 namespace {
 
-// Asked for before any header of the system makes a macro of the name.
+// Included before any header of the system makes a macro of the name.
 std::int64_t write_time(struct _stat64i32 const &record)
 {
     return record.st_mtime;
@@ -81,7 +81,7 @@ protected:
     TempDir m_temp;
 };
 
-TEST_F(FioFileSystem, ExistsIsAnsweredForFilesAndDirectories)
+TEST_F(FioFileSystem, ExistsIsTrueForFilesAndDirectories)
 {
     std::string const file = m_temp.write("d/a b.v", "");
     for (std::string const &path : {file, at("d"), at("d/"), at("d/../d/a b.v"), std::string(".")}) {
@@ -105,7 +105,7 @@ TEST_F(FioFileSystem, ExistsCountsFromTheCurrentDirectory)
     EXPECT_FALSE(FIO_FILE_SYSTEM::exists("a.v"));
 }
 
-TEST_F(FioFileSystem, StatusTellsDirectoriesAndRegularFilesApart)
+TEST_F(FioFileSystem, StatusDistinguishesDirectoriesAndRegularFiles)
 {
     m_temp.write("d/a.v", "12345");
     constexpr unsigned BOTH = MODE_DIRECTORY | MODE_REGULAR;
@@ -199,7 +199,7 @@ TEST_F(FioFileSystem, FopenGivesNullOnFailure)
     EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-TEST_F(FioFileSystem, TellsTheCurrentDirectoryWithForwardSlashes)
+TEST_F(FioFileSystem, ReturnsTheCurrentDirectoryWithForwardSlashes)
 {
     std::filesystem::create_directories(m_temp.path() / "d e");
     CurrentDirectory const current(m_temp.path() / "d e");
@@ -248,7 +248,7 @@ TEST_F(FioFileScan, GivesEveryNameThatMatches)
     EXPECT_THAT(names("sub/*.*"), UnorderedElementsAre(".", "..", "x.dll"));
 }
 
-TEST_F(FioFileScan, TellsSizesAndDirectories)
+TEST_F(FioFileScan, ReportsSizesAndDirectories)
 {
     m_temp.write("a.dll", "12345");
     m_temp.write("b.dll", "");
@@ -296,7 +296,7 @@ TEST_F(FioFileScan, RefusesAHandleThatIsNone)
     EXPECT_EQ(errno, EINVAL);
 }
 
-TEST_F(FioFileScan, RunsBesideAnother)
+TEST_F(FioFileScan, RunsAtTheSameTimeAsAnother)
 {
     m_temp.write("a/1", "");
     m_temp.write("a/2", "");
@@ -407,7 +407,7 @@ TEST_F(FioFileSystem, UncFullPathKeepsEveryByte)
     }
 }
 
-TEST_F(FioFileSystem, StatusTellsPipesSocketsAndLinks)
+TEST_F(FioFileSystem, StatusRecognisesPipesSocketsAndLinks)
 {
     constexpr unsigned BOTH = MODE_DIRECTORY | MODE_REGULAR;
     std::string const pipe = at("pipe");
@@ -449,7 +449,7 @@ TEST_F(FioFileSystem, FilesThatAreNotRegularAreNoResults)
     EXPECT_EQ(search.find_first_relative_path("y.v").fullpath(), "");
 }
 
-TEST_F(FioFileScan, MarksLinksAndTellsOfWhatTheyLeadTo)
+TEST_F(FioFileScan, MarksLinksAndDescribesTheirTargets)
 {
     m_temp.write("a.so", "12345");
     m_temp.write(".b.so", "");
@@ -493,7 +493,7 @@ TEST_F(FioFileScan, PassesOverWhatHasGoneSince)
     EXPECT_THAT(rest, ElementsAre("1", "3"));
 }
 
-TEST_F(FioFileSystem, ALostCurrentDirectoryIsToldAsEmpty)
+TEST_F(FioFileSystem, ARemovedCurrentDirectoryIsReturnedAsEmpty)
 {
     std::filesystem::create_directory(m_temp.path() / "d");
     CurrentDirectory const current(m_temp.path() / "d");

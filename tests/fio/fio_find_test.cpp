@@ -48,8 +48,8 @@ bool make_link(TempDir const &temp, std::string const &target, std::string const
     return !error;
 }
 
-// Does the file system under the directory tell case apart?
-bool tells_case_apart(TempDir const &temp)
+// Whether the file system under the directory distinguishes case.
+bool distinguishes_case(TempDir const &temp)
 {
     temp.write("case_probe", "");
     return !std::filesystem::exists(temp.path() / "CASE_PROBE");
@@ -97,7 +97,7 @@ TEST(FioFindList, IsReadFromTheText)
     }
 }
 
-TEST(FioFindList, IsTakenAsItStands)
+TEST(FioFindList, IsTakenUnchanged)
 {
     std::list<FIO_PATH> const given = {FIO_PATH("b;c"), FIO_PATH("a*"), FIO_PATH("c:/x/")};
     FIO_FIND find(given);
@@ -304,7 +304,7 @@ TEST_F(FioFindAll, TakesExtensionsWithOrWithoutADot)
 
 TEST_F(FioFindAll, LooksAtCaseAsTheFileSystemDoes)
 {
-    bool const apart = tells_case_apart(m_temp);
+    bool const apart = distinguishes_case(m_temp);
     m_temp.write("a/x.v", "");
     std::size_t const folded = apart ? 0 : 1;
     EXPECT_EQ(find(at("a"), "x", {"V"}).size(), folded);
@@ -446,7 +446,7 @@ TEST_F(FioFindScan, BeginsAnewAndEndsForGood)
 
 TEST_F(FioFindScan, LooksAtCaseAsTheFileSystemDoes)
 {
-    bool const apart = tells_case_apart(m_temp);
+    bool const apart = distinguishes_case(m_temp);
     m_temp.write("Abc.V", "");
     EXPECT_EQ(find("a*.v").size(), apart ? 0u : 1u);
     EXPECT_THAT(find("A*.V"), ElementsAre("Abc.V"));
@@ -463,7 +463,7 @@ TEST_F(FioFindScan, TakesLinksToFiles)
     EXPECT_EQ(find("*.v"), expected);
 }
 
-// What the pattern means, told in another way.
+// The meaning of the pattern, written in another way.
 bool matches(std::string const &pattern, std::string const &name)
 {
     if (pattern.empty())

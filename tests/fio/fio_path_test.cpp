@@ -16,7 +16,7 @@ constexpr char NATIVE_SEPARATOR = '\\';
 constexpr char NATIVE_SEPARATOR = '/';
 #endif
 
-// What a text is taken for.
+// The path that a text is converted to.
 struct TextCase
 {
     char const *given;
@@ -163,7 +163,7 @@ constexpr PartsCase PARTS_CASES[] = {
     {"...", "", "...", "..", "", 0},
 };
 
-TEST(FioPathParts, AreThoseBehindTheLastSeparatorAndTheLastDot)
+TEST(FioPathParts, AreThoseAfterTheLastSeparatorAndTheLastDot)
 {
     for (PartsCase const &c : PARTS_CASES) {
         FIO_PATH const path(c.path);
@@ -278,7 +278,7 @@ constexpr SetCase BASE_CASES[] = {
     {"c:/d/", "Kalvern Suite Tool", "c:/d/Kalvern Suite Tool"},
 };
 
-TEST(FioPathBase, ReplacesWhatStandsBeforeTheExtension)
+TEST(FioPathBase, ReplacesTheTextBeforeTheExtension)
 {
     expect_results(BASE_CASES, [](FIO_PATH &path, std::string const &text) -> FIO_PATH & { return path.base(text); });
 }
@@ -348,7 +348,7 @@ TEST(FioPathExtension, ReplacesTheExtension)
                    [](FIO_PATH &path, std::string const &text) -> FIO_PATH & { return path.extension(text, ""); });
 }
 
-TEST(FioPathExtension, PutsASecondOneBehind)
+TEST(FioPathExtension, AppendsASecondOne)
 {
     EXPECT_EQ(FIO_PATH("a.v").extension("sv", "gz").fullpath(), "a.sv.gz");
     EXPECT_EQ(FIO_PATH("a.v").extension(".sv", ".gz").fullpath(), "a.sv.gz");
@@ -378,7 +378,7 @@ TEST(FioPathExtension, TakesTheTextOfANumber)
     EXPECT_EQ(extended(0x7fffffff), "c:/d/a");
 }
 
-TEST(FioDefaultExtension, IsToldForTheKnownNumbersOnly)
+TEST(FioDefaultExtension, IsKnownForTheKnownNumbersOnly)
 {
     struct NumberCase
     {
@@ -523,7 +523,7 @@ constexpr SetCase SIMPLIFIED_CASES[] = {
     {"./.", "", "./"},
     {"..", "", "../"},
     {"../..", "", "../../"},
-    // in front of a relative path
+    // before a relative path
     {"../a", "", "../a"},
     {"a/../../b", "", "../b"},
     {"../../a/../b", "", "../../b"},

@@ -1,15 +1,14 @@
-// The caches of a package, over answers that are made up for each case.
+// The caches of a package, over results of CPUID that are made up for each case.
 #include "gen_machine_sys.h"
 
+#include "tests/support/internal_error.h"
 #include "tests/support/played_machine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using testing::AllOf;
 using testing::ElementsAreArray;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -32,7 +31,7 @@ std::vector<std::string> captured_caches(MachineDump const &dump)
     return texts;
 }
 
-// A processor of one vendor that answers to leaf 2.
+// A processor of one vendor that has leaf 2.
 MachineDump machine_with_descriptors(std::vector<GEN_CPUID> const &answers, std::uint32_t leaf_1_eax = 0x673)
 {
     MachineDump dump = load_machine_dump("intel_leaf_2_three_times");
@@ -158,7 +157,7 @@ TEST(GenCacheDescriptors, AreLookedUpInATableThatIsFilledAlready)
     PlayedMachine machine(machine_with_descriptors({{1, 0x220a4000, 0, 0}}));
     auto &table = machine.state().m_cache_lookup_table;
     table[0x0a] = {1, GEN_CACHE_INST, 7, 77};
-    table[0x00] = table[0x40] = {2, GEN_CACHE_DATA, 8, 88}; // which mean no cache, whatever the table says
+    table[0x00] = table[0x40] = {2, GEN_CACHE_DATA, 8, 88}; // which mean no cache, even if the table has an entry
     GEN_MACHINE_INFO::recapture_cpu_info();
     EXPECT_EQ(table.size(), 3U);
     std::list<GEN_CACHE> const &caches = machine.state().m_packages.begin()->m_caches;
@@ -278,7 +277,7 @@ TEST(GenExtendedCaches, AreTheFieldsOfTwoLeaves)
         {0x80000004, {0, 0, 0x20080140, 0x40020140}, {0, 0, 0x02006140, 0x00408140}, {}},
         {0, {0, 0, 0x20080140, 0x40020140}, {0, 0, 0x02006140, 0x00408140}, {}},
         {0xffffffff, {0, 0, 0x01000001, 0}, {0, 0, 0, 0}, {"1d 1/1"}},
-        // Sizes of 0 make no entry, whatever the other fields say.
+        // Sizes of 0 make no entry, with any values of the other fields.
         {0x80000006, {~0U, ~0U, 0x00ffffff, 0x00ffffff}, {~0U, ~0U, 0x0000ffff, 0x0003ffff}, {}},
         // All bits of the fields.
         {0x80000006,
@@ -307,7 +306,7 @@ TEST(GenExtendedCaches, AreTheFieldsOfTwoLeaves)
 TEST(GenCacheSize, IsThatOfTheFirstEntry)
 {
     PlayedMachine const machine("intel_leaf_2_three_times");
-    EXPECT_EQ(ask(1, GEN_CACHE_INST), (Answer{true, 8, 32})); // not the trace cache behind it
+    EXPECT_EQ(ask(1, GEN_CACHE_INST), (Answer{true, 8, 32})); // not the trace cache after it
     EXPECT_EQ(ask(1, GEN_CACHE_DATA), (Answer{true, 8, 32}));
     EXPECT_EQ(ask(3, GEN_CACHE_DATA), (Answer{true, 512, 64}));
 }
@@ -368,13 +367,13 @@ TEST(GenCacheSizeDeathTest, PreconditionsAreInternalErrors)
     unsigned size;
     unsigned line_size;
     using INFO = GEN_MACHINE_INFO;
-    auto const tells = [](char const *text) {
-        return AllOf(HasSubstr(std::string("Internal error: ") + text + '\n'), HasSubstr("GEN"),
-                     HasSubstr("gen/gen_machine"));
-    };
-    EXPECT_EXIT(INFO::get_cache_size(1, nullptr, &line_size, 1), ExitedWithCode(3), tells("size != 0"));
-    EXPECT_EXIT(INFO::get_cache_size(1, nullptr, nullptr, 3), ExitedWithCode(3), tells("size != 0"));
-    EXPECT_EXIT(INFO::get_cache_size(1, &size, &line_size, 3), ExitedWithCode(3), tells("type <= GEN_CACHE_INST"));
-    EXPECT_EXIT(INFO::get_cache_size(1, &size, nullptr, 255), ExitedWithCode(3), tells("type <= GEN_CACHE_INST"));
+    EXPECT_EXIT(INFO::get_cache_size(1, nullptr, &line_size, 1), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("size != 0", "gen_machine_cache"));
+    EXPECT_EXIT(INFO::get_cache_size(1, nullptr, nullptr, 3), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("size != 0", "gen_machine_cache"));
+    EXPECT_EXIT(INFO::get_cache_size(1, &size, &line_size, 3), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("type <= GEN_CACHE_INST", "gen_machine_cache"));
+    EXPECT_EXIT(INFO::get_cache_size(1, &size, nullptr, 255), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("type <= GEN_CACHE_INST", "gen_machine_cache"));
     EXPECT_THAT(machine.calls(), IsEmpty());
 }

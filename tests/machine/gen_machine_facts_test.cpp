@@ -23,7 +23,7 @@ protected:
 
 } // namespace
 
-TEST_F(GenMachineFacts, TellsTheMemoryByItsOddNames)
+TEST_F(GenMachineFacts, ReturnsTheMemoryByItsOddNames)
 {
     gen_os_host_fake().memory = {1000, 1500, 700};
     struct Case
@@ -43,7 +43,7 @@ TEST_F(GenMachineFacts, TellsTheMemoryByItsOddNames)
     }
 }
 
-TEST_F(GenMachineFacts, TellsZeroMemoryWithoutAnAnswer)
+TEST_F(GenMachineFacts, ReturnsZeroMemoryIfTheSystemHasNoFigure)
 {
     for (RamGetter const getter :
          {GEN_MACHINE_INFO::get_physical_ram, GEN_MACHINE_INFO::get_total_ram, GEN_MACHINE_INFO::get_available_ram,
@@ -97,7 +97,7 @@ TEST_F(GenMachineFacts, NamesADistribution)
     EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_version), "no answer: untouched");
 }
 
-TEST_F(GenMachineFacts, HasNoNameForASystemThatDoesNotTell)
+TEST_F(GenMachineFacts, HasNoNameForASystemThatReportsNone)
 {
     EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_name), "no answer: untouched");
     EXPECT_EQ(text(GEN_MACHINE_INFO::get_os_version), "no answer: untouched");
@@ -112,7 +112,7 @@ TEST_F(GenMachineFacts, NamesThePlatform)
     EXPECT_TRUE(GEN_MACHINE_INFO::get_os_64_bit());
 }
 
-TEST_F(GenMachineFacts, AnswersFalseToNull)
+TEST_F(GenMachineFacts, ReturnsFalseForNull)
 {
     gen_os_host_fake().distribution = {"Debian GNU/Linux", "12"};
     for (TextGetter const getter :

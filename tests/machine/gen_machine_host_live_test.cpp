@@ -1,4 +1,4 @@
-// The live machine, beside what the system's own tools tell.
+// The live machine, compared with the reports of the system's own tools.
 #include "gen_machine_sys.h"
 
 #include "tests/support/host_facts.h"
@@ -11,7 +11,7 @@ using testing::AnyOf;
 using testing::MatchesRegex;
 using testing::StartsWith;
 
-TEST(GenMachineHostLive, TellsHostAndUser)
+TEST(GenMachineHostLive, ReturnsHostAndUser)
 {
     ASSERT_NE(host_facts_host_name(), "");
     ASSERT_NE(host_facts_user_name(), "");
@@ -19,7 +19,7 @@ TEST(GenMachineHostLive, TellsHostAndUser)
     EXPECT_EQ(gen_get_user_name(), host_facts_user_name());
 }
 
-TEST(GenMachineHostLive, TellsTheMemory)
+TEST(GenMachineHostLive, ReturnsTheMemory)
 {
     std::uint64_t physical = 0;
     std::uint64_t total = 0;

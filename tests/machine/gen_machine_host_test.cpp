@@ -13,7 +13,7 @@ namespace {
 // The networks that the library was built with.
 constexpr char const *SITE_NETWORKS[] = {ZEL_SITE_NETWORKS};
 
-// A test whose system answers nothing but what it says.
+// A test whose system has only the values that the test sets.
 class GenMachineHost : public testing::Test
 {
 protected:
@@ -27,14 +27,14 @@ bool runs_in_container_by(TempDir const &directory, std::string const &text)
 
 } // namespace
 
-TEST_F(GenMachineHost, TellsTheHostName)
+TEST_F(GenMachineHost, ReturnsTheHostName)
 {
     EXPECT_EQ(gen_get_host_name(), "");
     gen_os_host_fake().host_name = "builder";
     EXPECT_EQ(gen_get_host_name(), "builder");
 }
 
-TEST_F(GenMachineHost, TellsTheUserName)
+TEST_F(GenMachineHost, ReturnsTheUserName)
 {
     EXPECT_EQ(gen_get_user_name(), "");
     gen_os_host_fake().user_name = "ada";

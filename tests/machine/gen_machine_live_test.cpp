@@ -1,4 +1,5 @@
-// The capture on the machine that runs the tests, against what the system says. Each test is a process of its own.
+// The capture on the machine that runs the tests, compared with the system's own figures. Each test is a process of its
+// own.
 #include "gen_machine_sys.h"
 
 #include "mem_sys.h"
@@ -20,7 +21,7 @@ std::uint64_t lowest_bit(std::uint64_t mask)
     return mask & -mask;
 }
 
-// What is found of the machine: packages, cores and the mask.
+// The captured facts of the machine: packages, cores and the mask.
 std::array<std::uint64_t, 3> topology()
 {
     int packages = -1;
@@ -60,7 +61,7 @@ TEST(GenMachineLive, CountsLogicalProcessorsLikeTheSystem)
     EXPECT_EQ(smt_count, count);
 }
 
-TEST(GenMachineLive, FindsTheFeaturesThatTheSystemTells)
+TEST(GenMachineLive, FindsTheFeaturesThatTheSystemReports)
 {
     using INFO = GEN_MACHINE_INFO;
     std::map<std::string, bool> const found{
@@ -71,9 +72,9 @@ TEST(GenMachineLive, FindsTheFeaturesThatTheSystemTells)
         {"avx2", is_supported(INFO::avx_is_supported, 2)},   {"bmi1", is_supported(INFO::bmi_is_supported, 1)},
         {"bmi2", is_supported(INFO::bmi_is_supported, 2)},   {"lzcnt", is_supported(INFO::lzcnt_is_supported)},
     };
-    std::map<std::string, bool> const told = processors_features();
-    EXPECT_GE(told.size(), 3U);
-    for (auto const &[name, is_there] : told)
+    std::map<std::string, bool> const reported = processors_features();
+    EXPECT_GE(reported.size(), 3U);
+    for (auto const &[name, is_there] : reported)
         EXPECT_EQ(found.at(name), HAVE_CPUID && is_there) << name;
 }
 
@@ -115,7 +116,7 @@ TEST(GenMachineLive, SaysWhyItKnowsNothing)
     }
 }
 
-TEST(GenMachineLive, FrequencyIsANumberOfMegahertzWhereTheSystemTellsIt)
+TEST(GenMachineLive, FrequencyIsANumberOfMegahertzIfTheSystemReportsIt)
 {
     bool const is_told = processors_have_frequency();
     for (int i = 0; i < 2; ++i) {

@@ -1,9 +1,10 @@
-// The capture over machines that are played from dumps. The library's sources stand in this executable itself, so that
-// each test can begin with an empty state.
+// The capture over machines that are played from dumps. The library's sources are compiled into this executable, so
+// that each test can begin with an empty state.
 #include "gen_machine_sys.h"
 
 #include "gen/machine/gen_machine_capture.h"
 #include "mem_sys.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/played_machine.h"
 
 #include <gmock/gmock.h>
@@ -14,7 +15,6 @@
 #include <limits>
 #include <thread>
 
-using testing::AllOf;
 using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -90,7 +90,7 @@ Mask non_smt_mask()
     return {result, whole};
 }
 
-// All feature getters in turn, by the names of what they say is there; each result has to be `result`.
+// All feature getters in turn, by the names of their features; each result has to be `result`.
 std::string features(bool result)
 {
     struct Getter
@@ -126,7 +126,7 @@ std::string features(bool result)
     return names;
 }
 
-// The answers for every level and kind, as "1d 32/64": kilobytes, bytes of a line.
+// The results for every level and kind, as "1d 32/64": kilobytes, bytes of a line.
 std::string caches(bool result)
 {
     std::string text;
@@ -189,7 +189,7 @@ constexpr MachineCase MACHINES[] = {
 
 } // namespace
 
-TEST(GenMachine, AnswersForEachDump)
+TEST(GenMachine, IsRightForEachDump)
 {
     for (MachineCase const &c : MACHINES) {
         SCOPED_TRACE(c.dump);
@@ -207,7 +207,7 @@ TEST(GenMachine, AnswersForEachDump)
     }
 }
 
-TEST(GenMachine, AnswersAlikeAfterAnotherCapture)
+TEST(GenMachine, ReturnsTheSameAfterAnotherCapture)
 {
     for (MachineCase const &c : MACHINES) {
         SCOPED_TRACE(c.dump);
@@ -222,7 +222,7 @@ TEST(GenMachine, AnswersAlikeAfterAnotherCapture)
     }
 }
 
-TEST(GenMachine, MessagesTellWhatIsMissing)
+TEST(GenMachine, MessagesNameWhatIsMissing)
 {
     struct MessageCase
     {
@@ -289,12 +289,12 @@ TEST(GenMachine, VendorIsTwelveCharacters)
     EXPECT_EQ(GEN_VENDOR_UNSET, -1);
 }
 
-// What is kept of a package.
+// The facts that are kept for a package.
 
 TEST(GenMachine, KeepsWhatTheFirstProcessorOfAPackageSays)
 {
     MachineDump dump = load_machine_dump("intel_desktop_smt");
-    // The second processor says less.
+    // The second processor reports less.
     dump.processors[1][0] = {GEN_CPUID{2, 0x756e6547, 0x6c65746e, 0x49656e69}};
     dump.processors[1][2] = {GEN_CPUID{1, 0x2c, 0, 0}};
     dump.processors[1][0x80000000] = {GEN_CPUID{0x80000004, 0, 0, 0}};
@@ -798,11 +798,10 @@ TEST(GenMachineDeathTest, NullIsAnInternalError)
     };
     PlayedMachine machine("amd_smt");
     for (NullCase const &c : cases)
-        EXPECT_EXIT(c.call(), ExitedWithCode(3),
-                    AllOf(HasSubstr(std::string("Internal error: ") + c.text + '\n'), HasSubstr("GEN"),
-                          HasSubstr("gen/gen_machine")));
+        EXPECT_EXIT(c.call(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(c.text, "gen_machine"));
     KeyOn const key(SYSCONF_KEY);
-    EXPECT_EXIT(INFO::get_core_cpu_count(nullptr), ExitedWithCode(3), HasSubstr("Internal error: cpu_count != 0\n"));
+    EXPECT_EXIT(INFO::get_core_cpu_count(nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("cpu_count != 0", "gen_machine"));
     EXPECT_THAT(machine.calls(), IsEmpty());
 }
 
@@ -898,7 +897,7 @@ TEST(GenSplitApicId, MayCallForMoreThreadsThanThereAreLogicalProcessors)
 
 // Dumps.
 
-TEST(MachineDumpText, FaultsAreTold)
+TEST(MachineDumpText, FaultsAreReported)
 {
     struct LineCase
     {

@@ -1,8 +1,10 @@
 // The configuration: each test is a process of its own, since files are read once.
 #include "mem_sys.h"
 
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,21 +49,11 @@ protected:
     CurrentDirectory m_current_directory;
 };
 
-// What the standard error stream gets while a function runs.
+// The output on the standard error stream while a function runs.
 template <typename Function>
 std::string errors_of(Function const &function)
 {
-    testing::internal::CaptureStderr();
-    function();
-    return testing::internal::GetCapturedStderr();
-}
-
-int count_of(std::string const &text, std::string const &part)
-{
-    int count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
-        ++count;
-    return count;
+    return output_to(StandardStream::ERROR_OUTPUT, function);
 }
 
 // Sources.
@@ -85,7 +77,7 @@ TEST_F(MemCfg, TakesTheFirstSourceThatHasTheKey)
         EXPECT_EQ(mem_cfg_get_value(c.key), c.value) << c.key;
 }
 
-TEST_F(MemCfg, AnswersDefaultsWithoutAnySource)
+TEST_F(MemCfg, ReturnsDefaultsWithoutAnySource)
 {
     EXPECT_TRUE(mem_cfg_is_on("key", true));
     EXPECT_FALSE(mem_cfg_is_on("key", false));
@@ -192,7 +184,7 @@ std::string get_root_with_questions()
     return l_root;
 }
 
-TEST_F(MemCfg, LetsTheCallbackAskAndTell)
+TEST_F(MemCfg, LetsTheCallbackReadAndWriteKeys)
 {
     m_dir.write("current/kalvern.ini", "a = current\n");
     m_dir.write("root/kalvern.ini", "b = root\nc = root\n");
@@ -202,23 +194,23 @@ TEST_F(MemCfg, LetsTheCallbackAskAndTell)
     EXPECT_EQ(l_root_questions, 1);
 }
 
-std::string get_root_behind_another_thread()
+std::string get_root_after_another_thread()
 {
     std::thread([] { EXPECT_EQ(mem_cfg_get_value("a"), "current"); }).join();
     return l_root;
 }
 
-// The other thread finds the installation's file unread as well and asks in its turn.
-std::string get_root_behind_one_thread()
+// The other thread finds the installation's file unread as well and reads it too.
+std::string get_root_after_one_thread()
 {
-    return ++l_root_questions == 1 ? get_root_behind_another_thread() : l_root;
+    return ++l_root_questions == 1 ? get_root_after_another_thread() : l_root;
 }
 
 TEST_F(MemCfg, HoldsNoLockWhileTheCallbackRuns)
 {
     m_dir.write("current/kalvern.ini", "a = current\n");
     m_dir.write("root/kalvern.ini", "b = root\n");
-    mem_set_gen_get_kalvern_path_callback(get_root_behind_one_thread);
+    mem_set_gen_get_kalvern_path_callback(get_root_after_one_thread);
     EXPECT_EQ(mem_cfg_get_value("b"), "root");
 }
 
@@ -229,7 +221,7 @@ TEST_F(MemCfg, TakesAFileThatIsReachedTwiceAsOneSource)
     l_root = m_dir.text("current");
     set_root_callback();
     std::string const errors = errors_of([] { EXPECT_EQ(mem_cfg_get_value("a"), "1"); });
-    EXPECT_EQ(count_of(errors, "nonsense"), 1) << errors;
+    EXPECT_EQ(count_of(errors, "nonsense"), 1U) << errors;
 }
 
 // Unreadable files are as good as none.
@@ -385,7 +377,7 @@ TEST_F(MemCfg, CountsLinesBeyondTheTwentiethThatCantBeRead)
     m_dir.write("root/kalvern.ini", text + "a = 1\n");
     set_root_callback();
     std::string const errors = errors_of([] { EXPECT_EQ(mem_cfg_get_value("a"), "1"); });
-    EXPECT_EQ(count_of(errors, "\n"), 21) << errors;
+    EXPECT_EQ(count_of(errors, "\n"), 21U) << errors;
     EXPECT_THAT(errors, HasSubstr("root/kalvern.ini:20: expected"));
     EXPECT_THAT(errors, HasSubstr("root/kalvern.ini: 980 more lines can't be read\n"));
 }
@@ -402,7 +394,7 @@ TEST_F(MemCfg, SurvivesRandomBytes)
         text += random() % 4 == 0 ? static_cast<char>(random()) : rich[random() % rich.size()];
     m_dir.write("current/kalvern.ini", text + "\nthe last key = 1\n");
     std::string const errors = errors_of([] { EXPECT_EQ(mem_cfg_get_value("the last key"), "1"); });
-    EXPECT_EQ(count_of(errors, "\n"), 21) << errors;
+    EXPECT_EQ(count_of(errors, "\n"), 21U) << errors;
 }
 
 // Values.
@@ -541,7 +533,7 @@ TEST_F(MemCfg, ShowsEveryThreadTheFilesAtItsFirstQuestion)
         for (std::thread &thread : threads)
             thread.join();
     });
-    EXPECT_EQ(count_of(errors, "nonsense"), 1) << errors;
+    EXPECT_EQ(count_of(errors, "nonsense"), 1U) << errors;
 }
 
 TEST_F(MemCfg, LetsThreadsSetAndAsk)
@@ -563,7 +555,7 @@ TEST_F(MemCfg, LetsThreadsSetAndAsk)
         thread.join();
 }
 
-// The other callbacks are kept for later; setting them asks nothing.
+// The other callbacks are kept for later; setting them calls none of them.
 
 bool l_is_called = false;
 

@@ -1,5 +1,5 @@
 // The formatter through both of its doors: stl_output over a run of slots, stl_sprintf over variable arguments. On
-// systems with the GNU C library that library is asked as well.
+// systems with the GNU C library the results are also compared with that library's.
 #include "mem_sys.h"
 
 #include "mem/format/mem_format.h"
@@ -26,7 +26,7 @@ struct Address
     std::uint64_t bits;
 };
 
-// One argument of a kind that variable arguments tell apart.
+// One argument of a kind that variable arguments distinguish.
 struct Value
 {
     enum Kind
@@ -54,7 +54,7 @@ struct Value
     char const *text = nullptr;
 };
 
-// Arguments for up to two asterisks in front of the value.
+// Arguments for up to two asterisks before the value.
 struct Stars
 {
     constexpr Stars() = default;
@@ -142,7 +142,7 @@ std::ostream &operator<<(std::ostream &out, Value const &value)
     }
 }
 
-std::string told(char const *format, Stars const &stars, Value const &value)
+std::string described(char const *format, Stars const &stars, Value const &value)
 {
     std::ostringstream out;
     out << '"' << format << "\" with";
@@ -1106,15 +1106,15 @@ constexpr FormatCase STANDARD_CASES[] = {
 TEST(MemFormat, FollowsTheStandard)
 {
     for (FormatCase const &c : STANDARD_CASES) {
-        EXPECT_EQ(by_variable_arguments(c.format, c.stars, c.value), c.text) << told(c.format, c.stars, c.value);
-        EXPECT_EQ(by_slots(c.format, c.stars, c.value), c.text) << told(c.format, c.stars, c.value);
+        EXPECT_EQ(by_variable_arguments(c.format, c.stars, c.value), c.text) << described(c.format, c.stars, c.value);
+        EXPECT_EQ(by_slots(c.format, c.stars, c.value), c.text) << described(c.format, c.stars, c.value);
 #ifdef __GLIBC__
-        EXPECT_EQ(by_c_library(c.format, c.stars, c.value), c.text) << told(c.format, c.stars, c.value);
+        EXPECT_EQ(by_c_library(c.format, c.stars, c.value), c.text) << described(c.format, c.stars, c.value);
 #endif
     }
 }
 
-// What C leaves open, and what we do differently.
+// Cases that C leaves open, and cases that we handle differently.
 constexpr char const *NO_TEXT = nullptr;
 constexpr FormatCase OWN_CASES[] = {
     // no text
@@ -1208,8 +1208,8 @@ constexpr FormatCase OWN_CASES[] = {
 TEST(MemFormat, DecidesWhatTheStandardLeavesOpen)
 {
     for (FormatCase const &c : OWN_CASES) {
-        EXPECT_EQ(by_variable_arguments(c.format, c.stars, c.value), c.text) << told(c.format, c.stars, c.value);
-        EXPECT_EQ(by_slots(c.format, c.stars, c.value), c.text) << told(c.format, c.stars, c.value);
+        EXPECT_EQ(by_variable_arguments(c.format, c.stars, c.value), c.text) << described(c.format, c.stars, c.value);
+        EXPECT_EQ(by_slots(c.format, c.stars, c.value), c.text) << described(c.format, c.stars, c.value);
     }
 }
 
@@ -1245,7 +1245,7 @@ TEST(MemFormat, TakesSeveralArgumentsInOrder)
     EXPECT_EQ(slots.passed(cursor), 7);
 }
 
-TEST(MemFormat, ContinuesWhereTheCursorStands)
+TEST(MemFormat, ContinuesAtTheCursor)
 {
     ArgumentSlots slots(1, "two", 3.0);
     char *cursor = slots.begin();
@@ -1266,7 +1266,7 @@ struct SlotCase
 };
 
 constexpr SlotCase SLOT_CASES[] = {
-    // Only the low half counts for 32 bits, whatever stands above it.
+    // Only the low half counts for 32 bits, whatever is above it.
     {"%d", 0xFFFFFFFF00000005, "5"},
     {"%d", 0x00000000FFFFFFFF, "-1"},
     {"%d", 0xFFFFFFFFFFFFFFFF, "-1"},
@@ -1426,7 +1426,7 @@ constexpr AbsurdCase ABSURD_CASES[] = {
 TEST(MemFormat, RefusesAbsurdFieldsAndStepsOverTheirArguments)
 {
     for (AbsurdCase const &c : ABSURD_CASES) {
-        EXPECT_EQ(by_variable_arguments(c.format, c.stars, c.value), "") << told(c.format, c.stars, c.value);
+        EXPECT_EQ(by_variable_arguments(c.format, c.stars, c.value), "") << described(c.format, c.stars, c.value);
 
         ArgumentSlots slots;
         with_arguments([&](auto... arguments) { (slots.add(arguments), ...); }, c.stars, c.value);
@@ -1434,9 +1434,9 @@ TEST(MemFormat, RefusesAbsurdFieldsAndStepsOverTheirArguments)
         std::string const format = std::string("before ") + c.format + " %s";
         char *cursor = slots.begin();
         std::string text = "kept";
-        EXPECT_EQ(stl_output(&text, format.c_str(), cursor), -1) << told(c.format, c.stars, c.value);
-        EXPECT_EQ(text, "kept") << told(c.format, c.stars, c.value);
-        EXPECT_EQ(slots.passed(cursor), c.stars.count + 2) << told(c.format, c.stars, c.value);
+        EXPECT_EQ(stl_output(&text, format.c_str(), cursor), -1) << described(c.format, c.stars, c.value);
+        EXPECT_EQ(text, "kept") << described(c.format, c.stars, c.value);
+        EXPECT_EQ(slots.passed(cursor), c.stars.count + 2) << described(c.format, c.stars, c.value);
     }
 }
 
@@ -1461,7 +1461,7 @@ TEST(MemFormat, GrantsTheLargestField)
     EXPECT_EQ(text, "0.5");
 }
 
-// A buffer of fixed size stands between the arguments and the text; sizes on both sides of its end.
+// A buffer of fixed size lies between the arguments and the text; sizes on both sides of its end.
 TEST(MemFormat, JoinsTextsOfEveryLength)
 {
     for (std::size_t const size : {0, 1, 100, 478, 479, 480, 481, 482, 959, 960, 961, 5000}) {
@@ -1597,8 +1597,8 @@ private:
 void expect_as_c_library(std::string const &format, Value const &value)
 {
     std::string const expected = by_c_library(format.c_str(), {}, value);
-    ASSERT_EQ(by_variable_arguments(format.c_str(), {}, value), expected) << told(format.c_str(), {}, value);
-    ASSERT_EQ(by_slots(format.c_str(), {}, value), expected) << told(format.c_str(), {}, value);
+    ASSERT_EQ(by_variable_arguments(format.c_str(), {}, value), expected) << described(format.c_str(), {}, value);
+    ASSERT_EQ(by_slots(format.c_str(), {}, value), expected) << described(format.c_str(), {}, value);
 }
 
 TEST(MemFormat, AgreesWithTheCLibraryOnRandomFormats)

@@ -122,7 +122,7 @@ TEST(MemInfo, ThePeakOfVirtualMemoryHasWhatIsThere)
 {
     std::size_t const before = mem_info_get_process_peak_virtual_used();
     std::unique_ptr<char[]> const memory = resident_bytes(96 * MIB);
-    // Asked while the memory is there: some systems that stand in for Windows give the current figure.
+    // Read while the memory is there: some systems that stand in for Windows give the current figure.
     std::size_t const with_memory = mem_info_get_process_peak_virtual_used();
     EXPECT_GT(before, 0U);
     EXPECT_GE(with_memory, before);

@@ -2,6 +2,7 @@
 #include "mem_sys.h"
 
 #include "tests/support/argument_slots.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
 
@@ -36,12 +37,12 @@ struct EarlyUser
     // The process is nearly gone; the messages still come.
     ~EarlyUser()
     {
-        if (tells_its_end)
+        if (prints_its_end)
             mem_msg_local_vinfo("TEST", "the end", nullptr);
     }
 
     std::string text;
-    bool tells_its_end = false;
+    bool prints_its_end = false;
 };
 EarlyUser l_early_user;
 
@@ -81,7 +82,7 @@ bool debug(char const *module, char const *format, Values... values)
     return mem_msg_local_vdebug(module, format, slots.begin());
 }
 
-// What both standard streams get while a function runs.
+// The output on both standard streams while a function runs.
 struct Output
 {
     std::string standard;
@@ -91,12 +92,9 @@ struct Output
 template <typename Function>
 Output output_of(Function const &function)
 {
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    function();
     Output output;
-    output.standard = testing::internal::GetCapturedStdout();
-    output.error = testing::internal::GetCapturedStderr();
+    output.standard =
+        output_to(StandardStream::OUTPUT, [&] { output.error = output_to(StandardStream::ERROR_OUTPUT, function); });
     return output;
 }
 
@@ -326,7 +324,7 @@ TEST_F(MemMsg, ReplacesAFileByAFunctionAndBack)
 constexpr int THREADS = 6;
 constexpr int ROUNDS = 200;
 
-// Lines of many lengths, each telling whether it is whole.
+// Lines of many lengths, each showing whether it is whole.
 std::string text_of(int thread, int round)
 {
     return std::to_string(thread) + "." + std::to_string(round) + " " +
@@ -399,7 +397,7 @@ TEST_F(MemMsg, CallsTheFunctionFromManyThreads)
     EXPECT_EQ(calls, THREADS * ROUNDS);
 }
 
-TEST_F(MemMsg, LetsThreadsChangeTheKeyWhileOthersTell)
+TEST_F(MemMsg, LetsThreadsChangeTheKeyWhileOthersSendMessages)
 {
     std::thread setter([] {
         for (int round = 0; round < 500; ++round)
@@ -434,7 +432,7 @@ TEST_F(MemMsg, WorksInStaticDestructors)
                     std::fflush(stderr);
                 },
                 nullptr);
-            l_early_user.tells_its_end = true;
+            l_early_user.prints_its_end = true;
             std::exit(3);
         },
         testing::ExitedWithCode(3), testing::HasSubstr("told the end"));

@@ -40,7 +40,7 @@ void *take(std::size_t bytes)
 
 using Fields = std::vector<std::string>;
 
-// The lines of a table, each split at its tabs, without the blanks in front.
+// The lines of a table, each split at its tabs, without the leading blanks.
 std::vector<Fields> fields_of(std::string const &table)
 {
     std::vector<Fields> lines;
@@ -76,7 +76,7 @@ TimeLine dumped_timeline()
     return {fields_of(rows.str()), fields_of(modules.str())};
 }
 
-// The columns behind the figures.
+// The columns after the figures.
 std::vector<Fields> texts(std::vector<Fields> const &rows, std::size_t first)
 {
     std::vector<Fields> columns;
@@ -134,7 +134,7 @@ void expect_no_dump_into(std::ostream &out)
 
 } // namespace
 
-TEST(MemTrackingStatistics, BinsAreToldByTheirPathsWidestFirst)
+TEST(MemTrackingStatistics, BinsAreNamedByTheirPathsLargestFirst)
 {
     mem_enable_tracking(MEM_TRACKING_STATISTICS);
     open_bin("Fitter");
@@ -308,7 +308,7 @@ TEST(MemTrackingTimeline, AFlushTakesNoPeakFromTheNextRow)
     EXPECT_EQ(rows[5][2], text(b.peak_bytes)) << "close of B";
 }
 
-TEST(MemTrackingTimeline, TagsStandInPlaceOfTheLabelUntilTheyAreDisabled)
+TEST(MemTrackingTimeline, TagsReplaceTheLabelUntilTheyAreDisabled)
 {
     mem_enable_tracking(MEM_TRACKING_TIMELINE);
     mem_set_timeline_label("label");
@@ -383,7 +383,7 @@ TEST(MemTrackingTimeline, TheKeyStartsTheTracking)
     EXPECT_GE(dumped(mem_dump_tbb_subsystem_tracking).size(), 3U);
 }
 
-TEST(MemTrackingDump, AStreamThatTakesNothingIsToldAndNothingElseHappens)
+TEST(MemTrackingDump, AStreamThatTakesNothingIsReportedAndNothingElseHappens)
 {
     record_something();
     FailingBuffer buffer;
@@ -391,7 +391,7 @@ TEST(MemTrackingDump, AStreamThatTakesNothingIsToldAndNothingElseHappens)
     expect_no_dump_into(out);
 }
 
-TEST(MemTrackingDump, AStreamWithoutAFileIsTold)
+TEST(MemTrackingDump, AStreamWithoutAFileIsReported)
 {
     record_something();
     TempDir const directory;
@@ -401,7 +401,7 @@ TEST(MemTrackingDump, AStreamWithoutAFileIsTold)
     expect_no_dump_into(none);
 }
 
-TEST(MemTrackingDump, AFullDiskIsTold)
+TEST(MemTrackingDump, AFullDiskIsReported)
 {
     record_something();
     FullDisk buffer;
@@ -413,7 +413,7 @@ TEST(MemTrackingDump, AFullDiskIsTold)
     expect_no_dump_into(device);
 }
 
-TEST(MemTrackingDump, AStreamThatThrowsIsAnsweredWithFalse)
+TEST(MemTrackingDump, AStreamThatThrowsMakesTheDumpReturnFalse)
 {
     record_something();
     ThrowingBuffer buffer;

@@ -51,7 +51,7 @@ void give(void *block)
     ::operator delete(block);
 }
 
-// A thread that does what it is told and rests in between, without an allocation of its own.
+// A thread that runs the given actions and rests in between, without an allocation of its own.
 class Worker
 {
 public:

@@ -24,7 +24,7 @@ void *take(std::size_t bytes)
     return block;
 }
 
-// The child has this thread alone of all that the records tell of.
+// Of all threads in the records, the child has only this one.
 bool child_counts()
 {
     std::size_t const before = MEM_MANAGER::current_total_memory();

@@ -157,7 +157,7 @@ TEST_F(MemTrackingSites, ASiteAddsUpItsBlocks)
     EXPECT_THAT(rows[1].place, HasSubstr(PROGRAM));
 }
 
-TEST_F(MemTrackingSites, TheWidestComesFirst)
+TEST_F(MemTrackingSites, TheLargestComesFirst)
 {
     void *const blocks[] = {l_site(1000), l_other_site(5000)};
     std::vector<Row> const rows = rows_by_line();
@@ -390,7 +390,7 @@ TEST_F(MemTrackingSites, ThreadsTogetherKeepTheBalance)
     Row const row = rows_by_line().at(0);
     for (std::atomic<void *> &slot : slots)
         ::operator delete(slot);
-    // What the threads themselves took is released with them, but for a block or two of the runtime.
+    // The memory of the threads themselves is released with them, except for a block or two of the runtime.
     EXPECT_GE(row.live_blocks, live);
     EXPECT_LE(row.live_blocks, live + 8);
     EXPECT_GE(row.live_bytes, bytes);
@@ -417,7 +417,7 @@ TEST_F(MemTrackingSites, TheOtherFormsAreRecordedToo)
     EXPECT_EQ(row.live_bytes, 0);
 }
 
-TEST_F(MemTrackingSites, TheModulesStandBesideTheTimeLine)
+TEST_F(MemTrackingSites, TheModulesAreReportedWithTheTimeLine)
 {
     mem_enable_tracking(MEM_TRACKING_TIMELINE);
     mem_open_profile_bin("A", "");

@@ -17,7 +17,8 @@
 #include <thread>
 #include <vector>
 
-// The sanitizers' heaps end the process on a request that can't be met, unless told to answer as a heap does.
+// The sanitizers' heaps end the process on a request that can't be met, unless an option makes them return null as a
+// heap does.
 extern "C" {
 [[gnu::visibility("default")]] char const *__asan_default_options();
 [[gnu::visibility("default")]] char const *__tsan_default_options();
@@ -234,7 +235,7 @@ TEST(MemCount, AnEndedThreadLosesNothing)
         std::thread([&block] { give(block); }).join();
     EXPECT_GE(allocated, static_cast<std::int64_t>(THREADS * BYTES));
     EXPECT_LE(allocated, static_cast<std::int64_t>(THREADS * BYTES + 16 * KIB));
-    // What the thread objects themselves took on this thread goes either way by a few blocks.
+    // The allocations of the thread objects themselves on this thread vary by a few blocks.
     EXPECT_LE(std::abs(total() - before), static_cast<std::int64_t>(4 * KIB));
 }
 
@@ -331,7 +332,7 @@ TEST(MemCount, TheTotalIsNeverShownBelowZero)
     EXPECT_LE(std::abs(total() - static_cast<std::int64_t>(now)), static_cast<std::int64_t>(64 * KIB));
 }
 
-TEST(MemProfileBins, ABinTellsItsOpenCloseAndPeak)
+TEST(MemProfileBins, ABinReportsItsOpenCloseAndPeak)
 {
     mem_open_profile_bin("A", "tag");
     char *const kept = take(MIB);
@@ -600,7 +601,7 @@ TEST(MemTracking, EnablingDoesNotTouchWhatTheKeySays)
     EXPECT_TRUE(mem_tracking_is_enabled(MEM_TRACKING_SOURCES));
 }
 
-TEST(MemTracking, TheKeyCountsAsItStoodAtTheFirstQuestion)
+TEST(MemTracking, TheKeyCountsAsItWasAtTheFirstQuestion)
 {
     mem_cfg_set("mem_tracking", "8");
     EXPECT_TRUE(mem_get_tbb_memory_tracking_enabled());

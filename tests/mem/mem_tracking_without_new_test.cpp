@@ -14,12 +14,12 @@
 namespace {
 
 constexpr std::size_t MIB = 1024 * 1024;
-// What the rest of the process and the system's own rounding may add or take.
+// The change that the rest of the process and the system's own rounding may cause.
 constexpr std::size_t SLACK = 16 * MIB;
 
 } // namespace
 
-TEST(MemTrackingWithoutNew, ABinTellsTheWorkingSetAtItsEnds)
+TEST(MemTrackingWithoutNew, ABinReportsTheWorkingSetAtItsEnds)
 {
     std::size_t const before = mem_info_get_process_current_working_set_size();
     mem_open_profile_bin("A", "");
@@ -59,7 +59,7 @@ TEST(MemTrackingWithoutNew, ACloseWithoutAnOpenGivesTheCurrentFigure)
     EXPECT_EQ(f.peak_bytes, f.close_bytes);
 }
 
-TEST(MemTrackingWithoutNew, TheScopeMayStandAnywhere)
+TEST(MemTrackingWithoutNew, TheScopeMayBeAnywhere)
 {
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const outer;
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const inner;

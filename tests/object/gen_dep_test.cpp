@@ -1,6 +1,7 @@
 #include "gen_dep_sys.h"
 
 #include "gen/object/gen_dep_registry.h"
+#include "tests/support/internal_error.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -188,7 +189,7 @@ TEST_F(GenDep, CopiesTheLiveCallbacksForEveryQuestion)
     EXPECT_EQ(copies, 2);
 }
 
-// What a callback may do.
+// The calls that a callback may make.
 
 TEST_F(GenDep, LetsCallbacksRemoveThemselves)
 {
@@ -310,7 +311,7 @@ TEST_F(GenDep, LeavesThePassAtAnException)
     unsigned const throwing = create(m_a, [held](unsigned) { throw std::runtime_error("no"); });
     unsigned const third = create(m_a);
     EXPECT_THROW(GEN_DEP::memory_is_being_invalidated(m_a), std::runtime_error);
-    EXPECT_THAT(m_called, ElementsAre(first)) << "those behind it don't run";
+    EXPECT_THAT(m_called, ElementsAre(first)) << "those after it don't run";
     EXPECT_EQ(held.use_count(), 2) << "the copies of the pass are released";
     EXPECT_FALSE(is_safe(m_a));
     remove(throwing);
@@ -453,7 +454,7 @@ namespace {
 
 constexpr unsigned LARGEST = std::numeric_limits<unsigned>::max();
 
-void tell_call(unsigned uid)
+void print_call(unsigned uid)
 {
     std::fprintf(stderr, "called %u;", uid);
 }
@@ -468,7 +469,7 @@ constexpr FaultCase FAULT_CASES[] = {
     {"an unknown id", [] { GEN_DEP::remove_dependency(12345); }, "dependency_exists( uid )"},
     {"an id twice",
      [] {
-         unsigned const uid = GEN_DEP::create_dependency(nullptr, tell_call);
+         unsigned const uid = GEN_DEP::create_dependency(nullptr, print_call);
          GEN_DEP::remove_dependency(uid);
          GEN_DEP::remove_dependency(uid);
      },
@@ -481,13 +482,13 @@ constexpr FaultCase FAULT_CASES[] = {
          GEN_DEP::memory_is_being_invalidated(nullptr);
      },
      "dependency_exists( uid )"},
-    {"the largest id", [] { GEN_DEP_REGISTRY(LARGEST).create_dependency(nullptr, tell_call); },
+    {"the largest id", [] { GEN_DEP_REGISTRY(LARGEST).create_dependency(nullptr, print_call); },
      "my_uid< std::numeric_limits<UID>::max()"},
     {"the id after the last one",
      [] {
          GEN_DEP_REGISTRY registry(LARGEST - 1);
-         tell_call(registry.create_dependency(nullptr, tell_call));
-         registry.create_dependency(nullptr, tell_call);
+         registry.create_dependency(nullptr, print_call);
+         registry.create_dependency(nullptr, print_call);
      },
      "my_uid< std::numeric_limits<UID>::max()"},
 };
@@ -497,11 +498,6 @@ class GenDepDeathTest : public testing::Test
 protected:
     GenDepDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
-
-testing::Matcher<std::string const &> is_internal_error(std::string const &text)
-{
-    return HasSubstr("Internal error: " + text + "\n  Library: GEN\n  Source:  gen/gen_dep");
-}
 
 // An explicit instantiation may name private members.
 unsigned &next_uid_of(GEN_DEP_REGISTRY &registry);
@@ -527,7 +523,7 @@ TEST(GenDepRegistry, KeepsTheIdsOfAnAddressForGood)
 {
     GEN_DEP_REGISTRY registry;
     for (int i = 0; i < 3; ++i)
-        registry.remove_dependency(registry.create_dependency(nullptr, tell_call));
+        registry.remove_dependency(registry.create_dependency(nullptr, print_call));
     EXPECT_TRUE(registry.memory_is_now_safe_to_invalidate(nullptr));
     registry.memory_is_being_invalidated(&registry);
     EXPECT_THAT(uids_of_memory_of(registry), ElementsAre(Pair(nullptr, ElementsAre(1U, 2U, 3U))))
@@ -538,23 +534,23 @@ TEST_F(GenDepDeathTest, EndsTheProcessAtAMisuse)
 {
     for (FaultCase const &c : FAULT_CASES) {
         SCOPED_TRACE(c.what);
-        EXPECT_EXIT(c.fault(), ExitedWithCode(3), is_internal_error(c.text));
+        EXPECT_EXIT(c.fault(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_source(c.text, "gen/gen_dep_registry.h"));
     }
 }
 
 TEST_F(GenDepDeathTest, NeverGivesOutAnIdThatIsThere)
 {
     GEN_DEP_REGISTRY registry;
-    unsigned const uid = registry.create_dependency(nullptr, tell_call);
+    unsigned const uid = registry.create_dependency(nullptr, print_call);
     next_uid_of(registry) = uid;
-    EXPECT_EXIT(registry.create_dependency(nullptr, tell_call), ExitedWithCode(3),
-                is_internal_error("!dependency_exists( my_uid )"));
+    EXPECT_EXIT(registry.create_dependency(nullptr, print_call), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_in_source("!dependency_exists( my_uid )", "gen/gen_dep_registry.h"));
 }
 
 TEST(GenDepRegistry, GivesOutTheLastIdBelowTheLargest)
 {
     GEN_DEP_REGISTRY registry(LARGEST - 1);
-    unsigned const uid = registry.create_dependency(nullptr, tell_call);
+    unsigned const uid = registry.create_dependency(nullptr, print_call);
     EXPECT_EQ(uid, LARGEST - 1);
     EXPECT_FALSE(registry.memory_is_now_safe_to_invalidate(nullptr));
     registry.remove_dependency(uid);
@@ -567,27 +563,27 @@ TEST_F(GenDepDeathTest, MayBeginWithAnyCall)
     void (*const FIRST_CALLS[])() = {
         [] { GEN_DEP::remove_dependency(0); },
         [] { GEN_DEP::memory_is_being_invalidated(nullptr); },
-        [] { tell_call(GEN_DEP::memory_is_now_safe_to_invalidate(nullptr) ? 0 : LARGEST); },
+        [] { print_call(GEN_DEP::memory_is_now_safe_to_invalidate(nullptr) ? 0 : LARGEST); },
     };
     for (auto const &first_call : FIRST_CALLS)
         EXPECT_EXIT(
             {
                 first_call();
-                tell_call(GEN_DEP::create_dependency(nullptr, tell_call));
+                print_call(GEN_DEP::create_dependency(nullptr, print_call));
                 std::exit(0);
             },
             ExitedWithCode(0), HasSubstr("called 1;"));
 }
 
-// At exit the registry lets go of what it still holds, and may be called until the very end.
+// At exit the registry releases its callbacks, and it may be called until the very end.
 
 namespace {
 
-struct TellsItsEnd
+struct PrintsItsEnd
 {
-    ~TellsItsEnd()
+    ~PrintsItsEnd()
     {
-        unsigned const uid = GEN_DEP::create_dependency(this, tell_call);
+        unsigned const uid = GEN_DEP::create_dependency(this, print_call);
         GEN_DEP::memory_is_being_invalidated(this);
         GEN_DEP::remove_dependency(12345);
         std::fprintf(stderr, "released: id %u, safe %d;", uid, GEN_DEP::memory_is_now_safe_to_invalidate(this));
@@ -600,7 +596,7 @@ TEST_F(GenDepDeathTest, ReleasesCallbacksAtExitWhichMayCallBack)
 {
     EXPECT_EXIT(
         {
-            GEN_DEP::create_dependency(nullptr, [held = std::make_shared<TellsItsEnd>()](unsigned) {});
+            GEN_DEP::create_dependency(nullptr, [held = std::make_shared<PrintsItsEnd>()](unsigned) {});
             std::exit(0);
         },
         ExitedWithCode(0), HasSubstr("released: id 0, safe 1;"));
@@ -610,7 +606,7 @@ TEST_F(GenDepDeathTest, IsThereInExitHandlersRegisteredAfterItsFirstUse)
 {
     EXPECT_EXIT(
         {
-            GEN_DEP::create_dependency(nullptr, tell_call);
+            GEN_DEP::create_dependency(nullptr, print_call);
             std::atexit([] {
                 GEN_DEP::memory_is_being_invalidated(nullptr);
                 std::fprintf(stderr, "safe %d;", GEN_DEP::memory_is_now_safe_to_invalidate(nullptr));

@@ -1,5 +1,6 @@
 #include "gen_dyn_flag_sys.h"
 
+#include "tests/support/internal_error.h"
 #include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
 
@@ -164,7 +165,7 @@ TEST(GenDynFlag, TakesItselfAsAnArgument)
     EXPECT_EQ(bits_of(flag.clear_flag(flag)), 0U);
 }
 
-TEST(GenDynFlag, GivesCopiesThatAreApart)
+TEST(GenDynFlag, GivesCopiesThatAreIndependent)
 {
     GEN_DYN_FLAG flag(1);
     flag.set_flag(2).set_flag(4); // the second works on a copy
@@ -301,7 +302,7 @@ TEST(GenDynFlagManager, TakesAnEmptyFlagForNothing)
     EXPECT_EQ(Usage(flags.manager).text(), "1/0/31");
 }
 
-TEST(GenDynFlagManager, FindsAFlagBesideSlotsWithoutOne)
+TEST(GenDynFlagManager, FindsAFlagAmongEmptySlots)
 {
     Flags flags(3);
     flags.destroy(bit(0));
@@ -387,10 +388,10 @@ TEST(GenDynFlag, TestsItselfWithoutAFileThatCannotBeWritten)
 
 namespace {
 
-// What a failed operation left, told in an exit handler.
+// The state that a failed operation left, printed in an exit handler.
 Flags *l_watched = nullptr;
 
-void tell_watched()
+void print_watched()
 {
     std::fprintf(stderr, "left: %s %s calls %zu", Usage(l_watched->manager).text().c_str(),
                  l_watched->name_of(0x11).c_str(), l_watched->client.calls.size());
@@ -488,11 +489,6 @@ protected:
     GenDynFlagDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-testing::Matcher<std::string const &> is_internal_error(std::string const &text)
-{
-    return HasSubstr("Internal error: " + text + "\n  Library: GEN\n  Source:  gen/gen_dyn_flag");
-}
-
 } // namespace
 
 TEST_F(GenDynFlagDeathTest, FaultsChangeNothingBeforeTheyEndTheProcess)
@@ -505,17 +501,20 @@ TEST_F(GenDynFlagDeathTest, FaultsChangeNothingBeforeTheyEndTheProcess)
                 for (int const position : c.destroyed)
                     flags.destroy(bit(position));
                 l_watched = &flags;
-                std::atexit(tell_watched);
+                std::atexit(print_watched);
                 c.fault(flags);
             },
-            ExitedWithCode(3), AllOf(is_internal_error(c.text), HasSubstr(std::string("left: ") + c.left)));
+            ExitedWithCode(INTERNAL_ERROR_STATUS),
+            AllOf(dies_with(c.text, "gen_dyn_flag"), HasSubstr(std::string("left: ") + c.left)));
     }
 }
 
 TEST_F(GenDynFlagDeathTest, NeedsAClearerAndAManager)
 {
-    EXPECT_EXIT(GEN_DYN_FLAG_MANAGER(nullptr), ExitedWithCode(3), is_internal_error("m_clearer != 0"));
-    EXPECT_EXIT(GEN_DYN_FLAG::test_myself_out(nullptr), ExitedWithCode(3), is_internal_error("mgr!=0"));
+    EXPECT_EXIT(GEN_DYN_FLAG_MANAGER(nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("m_clearer != 0", "gen_dyn_flag"));
+    EXPECT_EXIT(GEN_DYN_FLAG::test_myself_out(nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("mgr!=0", "gen_dyn_flag"));
 }
 
 namespace {
@@ -537,6 +536,8 @@ TEST_F(GenDynFlagDeathTest, RefusesABitBeyondTheSlots)
     Flags flags;
     EXPECT_EQ(slot_count_of(flags.manager), 32U);
     slot_count_of(flags.manager) = 3;
-    EXPECT_EXIT(flags.destroy(bit(3)), ExitedWithCode(3), is_internal_error("flag 0x8: too many bits"));
-    EXPECT_EXIT(flags.destroy(bit(3) | bit(4)), ExitedWithCode(3), is_internal_error("flag 0x18: not a single bit"));
+    EXPECT_EXIT(flags.destroy(bit(3)), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("flag 0x8: too many bits", "gen_dyn_flag"));
+    EXPECT_EXIT(flags.destroy(bit(3) | bit(4)), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("flag 0x18: not a single bit", "gen_dyn_flag"));
 }

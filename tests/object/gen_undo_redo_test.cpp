@@ -1,5 +1,6 @@
 #include "gen_undo_redo_sys.h"
 
+#include "tests/support/captured_output.h"
 #include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
 
@@ -340,7 +341,7 @@ TEST(GenUndoRedoMgr, CopiesShareNothing)
     EXPECT_EQ(dir.read(FILE_NAME), in_text_mode(text_of_section("a")));
 }
 
-// Failures of the file system: nothing is told, nothing is thrown, and nothing is changed.
+// Failures of the file system: nothing is reported, nothing is thrown, and nothing is changed.
 
 namespace {
 
@@ -355,11 +356,11 @@ protected:
         add_section(m_mgr, "finished");
         m_mgr.begin_section("current");
         m_mgr.add_undo_command("undo current", "");
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
+        CapturedOutput output(StandardStream::OUTPUT);
+        CapturedOutput errors(StandardStream::ERROR_OUTPUT);
         EXPECT_NO_THROW(m_mgr.commit_file());
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        EXPECT_EQ(output.text(), "");
+        EXPECT_EQ(errors.text(), "");
     }
     void expect_the_current_section_kept()
     {

@@ -1,9 +1,11 @@
-// The layout under a scripted system: the executable lies where a test says it does.
+// The layout under a scripted system: the executable lies where a test puts it.
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/gen_os_fake.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/message_recorder.h"
 #include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
@@ -120,8 +122,8 @@ TEST(GenLayout, HasAPlaceForEachLibrary)
 TEST(GenLayoutDeathTest, ALibraryTypeOutOfRangeIsAnInternalError)
 {
     for (unsigned const value : {31U, 32U, 0xffffffffU})
-        EXPECT_EXIT(gen_get_library_path(static_cast<GEN_LIBRARY_TYPE>(value)), ExitedWithCode(3),
-                    testing::AllOf(HasSubstr("type < (GEN_LIBRARY_TYPE)GEN_LIB_SIZE"), HasSubstr("gen/gen_path")))
+        EXPECT_EXIT(gen_get_library_path(static_cast<GEN_LIBRARY_TYPE>(value)), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    dies_with("type < (GEN_LIBRARY_TYPE)GEN_LIB_SIZE", "gen_path_layout"))
             << value;
 }
 
@@ -164,7 +166,7 @@ class GenModuleChoice : public testing::TestWithParam<ModuleCase>
 
 constexpr ModuleCase MODULE_CASES[] = {
     {"NoLibrary", true, "/a/bin/tool", "", "/a/bin/tool", "/a/"},
-    {"Beside", true, "/a/bin/tool", "/a/bin/libzel_gen.so", "/a/bin/tool", "/a/"},
+    {"NextTo", true, "/a/bin/tool", "/a/bin/libzel_gen.so", "/a/bin/tool", "/a/"},
     {"Elsewhere", true, "/a/bin/tool", "/b/lib/libzel_gen.so.1", "/b/lib/libzel_gen.so.1", "/b/"},
     {"Below", true, "/a/bin/tool", "/a/bin/x/libzel_gen.so", "/a/bin/x/libzel_gen.so", "/a/bin/"},
     {"CaseApart", true, "/a/bin/tool", "/a/BIN/libzel_gen.so", "/a/BIN/libzel_gen.so", "/a/"},
@@ -190,15 +192,12 @@ TEST_P(GenModuleChoice, FixesModuleAndRoot)
 INSTANTIATE_TEST_SUITE_P(, GenModuleChoice, testing::ValuesIn(MODULE_CASES),
                          [](testing::TestParamInfo<ModuleCase> const &param) { return std::string(param.param.name); });
 
-// A stem for which the platform has no file name is looked for as it stands.
+// A stem for which the platform has no file name is looked for unchanged.
 TEST(GenLibraryFullpath, TakesAStemThatIsTooLongForANameCutAtTheLimitOfThePlatform)
 {
     Environment const debug("GEN_PATH_DEBUG", "");
     std::string const stem(6000, 'x');
-    testing::internal::CaptureStdout();
-    gen_get_library_fullpath(stem.c_str());
-    std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+    EXPECT_EQ(output_to(StandardStream::OUTPUT, [&] { gen_get_library_fullpath(stem.c_str()); }),
               "Debug: GEN: library name = " + stem.substr(0, ON_WINDOWS ? 260 : 4096) + '\n');
 }
 
@@ -274,7 +273,7 @@ TEST_F(GenOverride, ThatIsMissingWinsOnlyOverAMissingDefault)
     }
 }
 
-TEST_F(GenOverride, ThatIsRelativeIsTestedAsItStandsAndAppliedToTheDefault)
+TEST_F(GenOverride, ThatIsRelativeIsTestedUnchangedAndAppliedToTheDefault)
 {
     for (OverrideCase const &c : OVERRIDE_CASES) {
         Environment const variable(c.variable, "rel");

@@ -1,10 +1,11 @@
-// The layout as processes of several places find it: this test, which lies beside the libraries; the probe where it
-// was built, apart from them; and the probe in installations of its own.
+// The layout as processes of several places find it: this test, which lies next to the libraries; the probe where it
+// was built, in another directory; and the probe in installations of its own.
 #include "gen_path_sys.h"
 
 #include "gen_exe_sys.h"
 #include "gen_string_sys.h"
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/installed_tree.h"
 
@@ -33,7 +34,7 @@ std::string const LIBRARY_PREFIX = ON_WINDOWS ? "zel_gen.dll" : "libzel_gen.so";
 
 } // namespace
 
-TEST(GenModule, IsTheExecutableBesideTheLibrary)
+TEST(GenModule, IsTheExecutableNextToTheLibrary)
 {
     std::string const path = gen_get_module_path();
     EXPECT_EQ(gen_get_module_filename(), TOOL_NAME);
@@ -47,42 +48,42 @@ TEST(GenModule, IsTheExecutableBesideTheLibrary)
 
 TEST(GenModule, IsTheLibraryForAForeignExecutable)
 {
-    auto const told = probe_foreign();
-    ASSERT_EQ(told.at("status"), "0") << told.at("output");
-    EXPECT_EQ(told.at("module_filename").substr(0, LIBRARY_PREFIX.size()), LIBRARY_PREFIX);
-    EXPECT_EQ(told.at("module_path"), gen_get_module_path());
-    EXPECT_EQ(told.at("root"), gen_get_kalvern_path());
-    EXPECT_EQ(told.at("executable"), lower(foreign_probe().generic_string()));
-    EXPECT_EQ(told.at("is_kalvern"), "no");
+    auto const report = probe_foreign();
+    ASSERT_EQ(report.at("status"), "0") << report.at("output");
+    EXPECT_EQ(report.at("module_filename").substr(0, LIBRARY_PREFIX.size()), LIBRARY_PREFIX);
+    EXPECT_EQ(report.at("module_path"), gen_get_module_path());
+    EXPECT_EQ(report.at("root"), gen_get_kalvern_path());
+    EXPECT_EQ(report.at("executable"), lower(foreign_probe().generic_string()));
+    EXPECT_EQ(report.at("is_kalvern"), "no");
 }
 
 TEST(GenModule, FixesTheRootWhateverItsDirectoryIsCalled)
 {
     for (char const *const bin : {"bin64", "x"}) {
         InstalledTree const tree(bin, "tool");
-        auto const told = probe(tree.tool());
-        ASSERT_EQ(told.at("status"), "0") << told.at("output");
+        auto const report = probe(tree.tool());
+        ASSERT_EQ(report.at("status"), "0") << report.at("output");
         std::string const root = module_case(tree.root());
-        EXPECT_EQ(told.at("root"), root);
-        EXPECT_EQ(told.at("root_after_fini"), root);
-        EXPECT_EQ(told.at("module_path"), root + bin + '/');
-        EXPECT_EQ(told.at("module_filename"), tree.tool().filename().string());
-        EXPECT_EQ(told.at("module"), root + bin + '/' + tree.tool().filename().string());
-        EXPECT_EQ(told.at("KALVERN_ROOTDIR"), "");
+        EXPECT_EQ(report.at("root"), root);
+        EXPECT_EQ(report.at("root_after_fini"), root);
+        EXPECT_EQ(report.at("module_path"), root + bin + '/');
+        EXPECT_EQ(report.at("module_filename"), tree.tool().filename().string());
+        EXPECT_EQ(report.at("module"), root + bin + '/' + tree.tool().filename().string());
+        EXPECT_EQ(report.at("KALVERN_ROOTDIR"), "");
     }
 }
 
 TEST(GenModule, OfAMixedCaseInstallationFindsItself)
 {
     InstalledTree const tree("Bin64", "MyTool");
-    auto const told = probe(tree.tool(), "init");
-    ASSERT_EQ(told.at("status"), "0") << told.at("output");
-    EXPECT_EQ(told.at("executable"), lower(tree.tool().generic_string()));
-    EXPECT_EQ(told.at("library").substr(0, tree.root().size()), lower(tree.root()));
-    EXPECT_EQ(told.at("module"), module_case(tree.tool().generic_string()));
-    EXPECT_EQ(told.at("root"), module_case(tree.root()));
-    EXPECT_EQ(told.at("KALVERN_ROOTDIR"), module_case(tree.root()));
-    EXPECT_EQ(told.at("KALVERN_BINDIR"), module_case(tree.root() + "Bin64/"));
+    auto const report = probe(tree.tool(), "init");
+    ASSERT_EQ(report.at("status"), "0") << report.at("output");
+    EXPECT_EQ(report.at("executable"), lower(tree.tool().generic_string()));
+    EXPECT_EQ(report.at("library").substr(0, tree.root().size()), lower(tree.root()));
+    EXPECT_EQ(report.at("module"), module_case(tree.tool().generic_string()));
+    EXPECT_EQ(report.at("root"), module_case(tree.root()));
+    EXPECT_EQ(report.at("KALVERN_ROOTDIR"), module_case(tree.root()));
+    EXPECT_EQ(report.at("KALVERN_BINDIR"), module_case(tree.root() + "Bin64/"));
 }
 
 TEST(GenIsKalvernExe, CountsTheGuiNamesInQtProcessesAndTheProductAlways)
@@ -100,16 +101,16 @@ TEST(GenIsKalvernExe, CountsTheGuiNamesInQtProcessesAndTheProductAlways)
     };
     for (NameCase const &c : CASES) {
         InstalledTree const tree("bin", c.tool);
-        auto const told = probe(tree.tool(), c.arguments);
-        EXPECT_EQ(told.at("is_kalvern"), c.is_kalvern) << c.tool << ' ' << c.arguments;
+        auto const report = probe(tree.tool(), c.arguments);
+        EXPECT_EQ(report.at("is_kalvern"), c.is_kalvern) << c.tool << ' ' << c.arguments;
     }
 }
 
 TEST(GenLibraryFullpath, IsEmptyForALibraryThatIsNotLoaded)
 {
-    // One that could be loaded lies beside the test.
-    std::string const beside = ON_WINDOWS ? "zel_gen_fake.dll" : "libzel_gen_fake.so";
-    ASSERT_TRUE(std::filesystem::exists(gen_get_module_path() + beside));
+    // One that could be loaded lies next to the test.
+    std::string const neighbour = ON_WINDOWS ? "zel_gen_fake.dll" : "libzel_gen_fake.so";
+    ASSERT_TRUE(std::filesystem::exists(gen_get_module_path() + neighbour));
     for (char const *const stem : {"zel_gen_fake", "zel_none", ""}) {
         EXPECT_EQ(gen_get_library_fullpath(stem), "") << stem;
         EXPECT_EQ(gen_get_library_fullpath(stem), "") << stem << ": asking loads nothing";
@@ -126,19 +127,19 @@ TEST(GenLibraryFullpath, FindsLoadedLibrariesInLowerCase)
     }
 }
 
-TEST(GenPathDebug, TellsTheSearchOnceItIsSet)
+TEST(GenPathDebug, PrintsTheSearchOnceItIsSet)
 {
     for (char const *const value : {"1", ""}) {
         Environment const debug("GEN_PATH_DEBUG", value);
-        auto const told = probe_foreign();
-        std::string const library_path = told.at("module");
+        auto const report = probe_foreign();
+        std::string const library_path = report.at("module");
         std::string const search = "Debug: GEN: library name = " + std::string(ON_WINDOWS ? "" : "lib") + "zel_gen" +
                                    (ON_WINDOWS ? ".dll" : ".so") + "\nDebug: GEN: library path = " + library_path +
                                    "\n";
         std::string const found = "Debug: GEN: module fullpath = " + library_path + "\n";
-        EXPECT_THAT(told.at("output"), HasSubstr(search + found)) << "value " << value;
-        std::size_t const first = told.at("output").find(found);
-        EXPECT_EQ(told.at("output").find(found, first + 1), std::string::npos) << "value " << value;
+        EXPECT_THAT(report.at("output"), HasSubstr(search + found)) << "value " << value;
+        std::size_t const first = report.at("output").find(found);
+        EXPECT_EQ(report.at("output").find(found, first + 1), std::string::npos) << "value " << value;
     }
     Environment const debug("GEN_PATH_DEBUG", nullptr);
     EXPECT_EQ(probe_foreign().at("output").find("Debug:"), std::string::npos);
@@ -151,21 +152,17 @@ TEST(GenPathDebug, IsReadOnce)
         gen_get_module_fullpath();
     }
     Environment const debug("GEN_PATH_DEBUG", "1");
-    testing::internal::CaptureStdout();
-    gen_get_library_fullpath("zel_gen");
-    std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(output_to(StandardStream::OUTPUT, [] { gen_get_library_fullpath("zel_gen"); }), "");
 }
 
 TEST(GenDynGetFullpath, FillsTheModulePath)
 {
     Environment const debug("GEN_PATH_DEBUG", "1");
-    testing::internal::CaptureStdout();
-    gen_dyn_get_fullpath();
-    gen_dyn_get_fullpath();
-    std::fflush(stdout);
-    std::string const told = testing::internal::GetCapturedStdout();
+    std::string const output = output_to(StandardStream::OUTPUT, [] {
+        gen_dyn_get_fullpath();
+        gen_dyn_get_fullpath();
+    });
     std::string const found = "Debug: GEN: module fullpath = " + gen_get_module_fullpath();
-    EXPECT_THAT(told, HasSubstr(found));
-    EXPECT_EQ(told.find(found), told.rfind(found)) << told;
+    EXPECT_THAT(output, HasSubstr(found));
+    EXPECT_EQ(output.find(found), output.rfind(found)) << output;
 }

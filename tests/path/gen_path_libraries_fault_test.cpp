@@ -1,12 +1,12 @@
 // The editing of the project's library directories over stand-ins for the path state, which doesn't take the list.
 #include "gen/base/gen_statics.h"
 #include "gen_path_sys.h"
+#include "tests/support/internal_error.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
 
@@ -35,9 +35,8 @@ std::string gen_get_project_library_paths()
 
 TEST(GenAppendProjectLibraryPathsDeathTest, AListThatCannotBeMadeIsAnInternalError)
 {
-    EXPECT_EXIT(
-        gen_append_project_library_paths("c:/a"), ExitedWithCode(3),
-        testing::AllOf(HasSubstr("Internal error: project_fio_paths != 0\n"), HasSubstr("gen/gen_path_libraries")));
+    EXPECT_EXIT(gen_append_project_library_paths("c:/a"), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("project_fio_paths != 0", "gen_path_libraries"));
 }
 
 TEST(GenAppendProjectLibraryPaths, NothingIsMadeForNothing)

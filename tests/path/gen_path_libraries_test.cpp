@@ -49,34 +49,35 @@ std::string numbered_paths(int count)
 
 TEST(GenAppendProjectLibraryPaths, AddsWhatIsNotThere)
 {
-    expect_edits(gen_append_project_library_paths,
-                 {
-                     {"", "c:/a", "c:/a", {"c:/a"}},
-                     {"", "c:/b;c:/a", "c:/b;c:/a", {"c:/b", "c:/a"}},
-                     {"c:/a", "d:/b;C:/A", "c:/a;d:/b", {"c:/a", "d:/b"}},
-                     {"c:/a", "c:/a/;c:/a/b", "c:/a;c:/a/;c:/a/b", {"c:/a", "c:/a/", "c:/a/b"}}, // told by text
-                     {"c:/a", "./a;../a;a", "c:/a;./a;../a;a", {"c:/a", "./a", "../a", "a"}},
-                     // each once, the first spelling
-                     {"", "x;X;y;x;Y", "x;y", {"x", "y"}},
-                     {"", "\xc3\xa4;\xc3\x84", "\xc3\xa4;\xc3\x84", {"\xc3\xa4", "\xc3\x84"}}, // A to Z alone fold
-                     // the whole list is normalised with a change, and untouched without
-                     {"c:\\a\\;;x//y", "C:/A/;X/Y", "c:\\a\\;;x//y", {"c:/a/", "x/y"}},
-                     {"c:\\a\\;;x//y", "z", "c:/a/;x/y;z", {"c:/a/", "x/y", "z"}},
-                     {"a;b;", "A", "a;b;", {"a", "b"}},
-                     {"a;a", "b", "a;a;b", {"a", "a", "b"}}, // duplicates that are there stay
-                     // nothing to add
-                     {"a", "", "a", {"a"}},
-                     {"a;;", ";", "a;;", {"a"}},
-                     {"a", ";;;", "a", {"a"}},
-                     {"", ";", "", {}},
-                     {"", ";;a;;b;", "a;b", {"a", "b"}},
-                     {"", " a ; b", " a ; b", {" a ", " b"}},
-                     {"//host/share", "\\\\HOST\\share;\\x", "//host/share;/x", {"//host/share", "/x"}},
-                     // a text with a wild card and no ";" is no list
-                     {"a", "b*", "a", {"a"}},
-                     {"", "b*;c", "b*;c", {"b*", "c"}},
-                     {"*.v", "a", "a", {"a"}},
-                 });
+    expect_edits(
+        gen_append_project_library_paths,
+        {
+            {"", "c:/a", "c:/a", {"c:/a"}},
+            {"", "c:/b;c:/a", "c:/b;c:/a", {"c:/b", "c:/a"}},
+            {"c:/a", "d:/b;C:/A", "c:/a;d:/b", {"c:/a", "d:/b"}},
+            {"c:/a", "c:/a/;c:/a/b", "c:/a;c:/a/;c:/a/b", {"c:/a", "c:/a/", "c:/a/b"}}, // distinguished by text
+            {"c:/a", "./a;../a;a", "c:/a;./a;../a;a", {"c:/a", "./a", "../a", "a"}},
+            // each once, the first spelling
+            {"", "x;X;y;x;Y", "x;y", {"x", "y"}},
+            {"", "\xc3\xa4;\xc3\x84", "\xc3\xa4;\xc3\x84", {"\xc3\xa4", "\xc3\x84"}}, // A to Z alone fold
+            // the whole list is normalised with a change, and untouched without
+            {"c:\\a\\;;x//y", "C:/A/;X/Y", "c:\\a\\;;x//y", {"c:/a/", "x/y"}},
+            {"c:\\a\\;;x//y", "z", "c:/a/;x/y;z", {"c:/a/", "x/y", "z"}},
+            {"a;b;", "A", "a;b;", {"a", "b"}},
+            {"a;a", "b", "a;a;b", {"a", "a", "b"}}, // duplicates that are there stay
+            // nothing to add
+            {"a", "", "a", {"a"}},
+            {"a;;", ";", "a;;", {"a"}},
+            {"a", ";;;", "a", {"a"}},
+            {"", ";", "", {}},
+            {"", ";;a;;b;", "a;b", {"a", "b"}},
+            {"", " a ; b", " a ; b", {" a ", " b"}},
+            {"//host/share", "\\\\HOST\\share;\\x", "//host/share;/x", {"//host/share", "/x"}},
+            // a text with a wild card and no ";" is no list
+            {"a", "b*", "a", {"a"}},
+            {"", "b*;c", "b*;c", {"b*", "c"}},
+            {"*.v", "a", "a", {"a"}},
+        });
 }
 
 TEST(GenRemoveProjectLibraryPaths, TakesOutWhatIsThere)

@@ -1,4 +1,4 @@
-// Tells, one line each, what the library knows of the installation that this program finds itself in. Its arguments
+// Prints, one line each, what the library knows of the installation that this program finds itself in. Its arguments
 // are done in order before that: "init" starts the process as a tool does, "qt" declares it a Qt process.
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
@@ -9,15 +9,15 @@
 
 namespace {
 
-void tell(char const *name, std::string const &text)
+void print(char const *name, std::string const &text)
 {
     std::printf("%s=%s\n", name, text.c_str());
 }
 
-void tell_variable(char const *name)
+void print_variable(char const *name)
 {
     char const *const value = std::getenv(name);
-    tell(name, value == nullptr ? "" : value);
+    print(name, value == nullptr ? "" : value);
 }
 
 } // namespace
@@ -30,17 +30,17 @@ int main(int argument_count, char const **arguments)
         if (std::strcmp(arguments[i], "qt") == 0)
             gen_set_is_qt(true);
     }
-    tell("executable", gen_get_executable_fullpath());
-    tell("library", gen_get_library_fullpath("zel_gen"));
-    tell("module", gen_get_module_fullpath());
-    tell("module_path", gen_get_module_path());
-    tell("module_filename", gen_get_module_filename());
-    tell("root", gen_get_kalvern_path());
-    tell("is_kalvern", gen_get_is_kalvern_exe() ? "yes" : "no");
-    tell("ip", gen_get_ip_path());
-    tell_variable("KALVERN_ROOTDIR");
-    tell_variable("KALVERN_BINDIR");
+    print("executable", gen_get_executable_fullpath());
+    print("library", gen_get_library_fullpath("zel_gen"));
+    print("module", gen_get_module_fullpath());
+    print("module_path", gen_get_module_path());
+    print("module_filename", gen_get_module_filename());
+    print("root", gen_get_kalvern_path());
+    print("is_kalvern", gen_get_is_kalvern_exe() ? "yes" : "no");
+    print("ip", gen_get_ip_path());
+    print_variable("KALVERN_ROOTDIR");
+    print_variable("KALVERN_BINDIR");
     gen_exe_fini();
-    tell("root_after_fini", gen_get_kalvern_path());
+    print("root_after_fini", gen_get_kalvern_path());
     return 0;
 }

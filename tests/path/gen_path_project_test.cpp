@@ -202,7 +202,7 @@ TEST(GenOutputDirectory, FallsBackToTheProjectDirectory)
     TempDir const dir;
     std::string const file = dir.write("file", "content");
     gen_set_project_dir_path(dir.text("project"));
-    // Of "/" nothing is left to ask for without the slash at its end.
+    // "/" without the slash at its end is empty.
     for (std::string const &path : {std::string(), file, file + '/', dir.text("missing/out"), std::string("/")}) {
         gen_set_project_output_directory(path.c_str());
         EXPECT_EQ(gen_get_project_output_directory(), dir.text("project/")) << path;

@@ -12,7 +12,7 @@ std::string find(GEN_FIND_FILE_CACHE const &cache, std::string const &name)
 
 } // namespace
 
-TEST(GenFindFileCacheTable, HashesTheBytesInFrontOfAZero)
+TEST(GenFindFileCacheTable, HashesTheBytesBeforeAZero)
 {
     struct HashCase
     {

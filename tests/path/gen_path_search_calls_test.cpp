@@ -1,4 +1,4 @@
-// What a search asks of the file system, which is scripted: one question for each directory, and none else.
+// The calls that a search makes to a scripted file system: one for each directory, and no other.
 #include "gen_path_sys.h"
 #include "tests/support/environment.h"
 #include "tests/support/fio_os_fake.h"
@@ -50,7 +50,7 @@ protected:
         fio_fake().calls.clear();
     }
 
-    // What was asked since the last call.
+    // The calls since the last one of this function.
     static Calls calls() { return std::exchange(fio_fake().calls, {}); }
 };
 
@@ -98,7 +98,7 @@ TEST_F(GenSearchQuestions, AnAbsolutePathIsOne)
     EXPECT_THAT(calls(), ElementsAre("exists //host/share/a.v"));
     fio_fake().entries["//host/share/a.v"] = false;
     EXPECT_EQ(gen_find_file("\\\\host\\share\\a.v").fullpath(), "//host/share/a.v")
-        << "network paths stand for themselves";
+        << "network paths are taken unchanged";
     EXPECT_EQ(gen_find_eda_file("//host/share/a.v").fullpath(), "//host/share/a.v");
     EXPECT_THAT(calls(), testing::SizeIs(2));
 }
@@ -124,7 +124,7 @@ TEST_F(GenSearchQuestions, WhatLeadsNowhereIsNone)
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(GenSearchQuestions, AnIncludeIsOneMoreBesideTheIncluder)
+TEST_F(GenSearchQuestions, AnIncludeAsksOnceMoreNextToTheIncluder)
 {
     std::string full;
     std::string relative;
@@ -179,7 +179,7 @@ TEST_F(GenSearchQuestions, SourceFilesEndWithTheLastExtension)
     EXPECT_TRUE(gen_get_source_files("unit", &files));
     EXPECT_EQ(files.size(), 10U);
     Calls const asked = calls();
-    EXPECT_EQ(asked.size(), 13U) << "ten in the first place, one in each of three directories behind";
+    EXPECT_EQ(asked.size(), 13U) << "ten in the first place, one in each of the three directories after it";
     EXPECT_EQ(Calls(asked.end() - 3, asked.end()),
               (Calls{"is_regular /p/db/unit.svh", "is_regular /lib_1/unit.svh", "is_regular /p/lib_2/unit.svh"}));
 }

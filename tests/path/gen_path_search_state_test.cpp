@@ -1,4 +1,4 @@
-// What the first searches of a process settle, and the searches with next to nothing set. The installation is that of
+// The state that the first searches of a process fix, and searches with almost nothing set. The installation is that of
 // this executable.
 #include "gen_path_sys.h"
 

@@ -1,6 +1,7 @@
 // Searches in an installation and a project on disk.
 #include "gen_path_sys.h"
 
+#include "tests/support/internal_error.h"
 #include "tests/support/platform.h"
 #include "tests/support/search_world.h"
 
@@ -8,7 +9,6 @@
 #include <gtest/gtest.h>
 
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
 
@@ -81,14 +81,14 @@ TEST_F(GenFindEdaFile, LooksInNoOtherPlace)
     for (SearchPlace const &place : SearchWorld::places()) {
         std::string const path = world().put(place.directory + "not_eda.v");
         EXPECT_EQ(find_eda("not_eda.v"), "") << place.directory;
-        EXPECT_EQ(find_eda(path), path) << "absolute paths stand for themselves";
+        EXPECT_EQ(find_eda(path), path) << "absolute paths are taken unchanged";
         world().remove(place.directory + "not_eda.v");
     }
     EXPECT_EQ(find_eda(""), "");
     EXPECT_EQ(find_eda(world().text("missing.v")), "");
 }
 
-TEST_F(GenFindFile, AnAbsolutePathStandsForItself)
+TEST_F(GenFindFile, AnAbsolutePathIsTakenUnchanged)
 {
     std::string const file = world().put("elsewhere/own.v");
     EXPECT_EQ(find(file), file);
@@ -117,7 +117,7 @@ TEST_F(GenFindFile, ARelativePathCountsFromEachPlace)
     EXPECT_EQ(FIO_PATH(find("../elsewhere/beside.v")).become_simplified().fullpath(), beside);
 }
 
-TEST_F(GenFindFile, ADriveWithoutASlashLeadsNowhereBehindADirectory)
+TEST_F(GenFindFile, ADriveWithoutASlashLeadsNowhereAfterADirectory)
 {
     EXPECT_EQ(find("c:sub/missing.v"), "");
     EXPECT_EQ(find("c:../project/missing.v"), "");
@@ -262,7 +262,7 @@ TEST_F(GenFindFile, TheUsersIpSearchPathsAreNotLookedAt)
     gen_set_user_ip_search_paths("");
 }
 
-TEST_F(GenFindFileCache, GoesOnWithTheOldAnswers)
+TEST_F(GenFindFileCache, ContinuesWithTheOldResults)
 {
     EXPECT_EQ(find_cached("stale.v"), "");
     std::string const in_library = world().put("user_lib/stale.v");
@@ -296,7 +296,7 @@ TEST_F(GenFindFileCache, MayBeDestroyedAtAnyTime)
     EXPECT_EQ(find_cached("cached_again.v"), file);
 }
 
-TEST_F(GenFindFileCache, TellsNamesApartByTheirBytes)
+TEST_F(GenFindFileCache, DistinguishesNamesByTheirBytes)
 {
     EXPECT_EQ(find_cached("case.v"), "");
     std::string const file = world().put("project/CASE.v");
@@ -322,7 +322,7 @@ TEST_F(GenFindFileCache, GivesCopies)
 
 namespace {
 
-// Paths without a slash in front are under the world; null stays null.
+// Paths without a leading slash are under the world; null stays null.
 struct IncludeCase
 {
     char const *what;
@@ -342,7 +342,7 @@ constexpr IncludeCase INCLUDE_CASES[] = {
     {"in the project, up and down", "db/../inc_project.vh", nullptr, nullptr, true, "project/inc_project.vh", ""},
     {"in both", "inc_both.vh", "elsewhere/rtl/a.v", "rtl/a.v", true, "project/inc_both.vh", ""},
     {"in a library", "inc_library.vh", "elsewhere/rtl/a.v", "rtl/a.v", true, "user_lib/inc_library.vh", ""},
-    {"beside the includer", "inc_beside.vh", "elsewhere/rtl/a.v", "rtl/a.v", true, "elsewhere/rtl/inc_beside.vh",
+    {"next to the includer", "inc_beside.vh", "elsewhere/rtl/a.v", "rtl/a.v", true, "elsewhere/rtl/inc_beside.vh",
      "rtl/inc_beside.vh"},
     {"parent elsewhere", "inc_beside.vh", "elsewhere/rtl/a.v", "x/y/../z/top.v", true, "elsewhere/rtl/inc_beside.vh",
      "x/z/inc_beside.vh"},
@@ -365,7 +365,7 @@ constexpr IncludeCase INCLUDE_CASES[] = {
 
 } // namespace
 
-TEST_F(GenFindIncludeFile, LooksBesideTheIncluderLast)
+TEST_F(GenFindIncludeFile, LooksNextToTheIncluderLast)
 {
     std::filesystem::create_directories(world().dir().path() / "elsewhere" / "rtl" / "deep");
     for (char const *const file :
@@ -385,7 +385,7 @@ TEST_F(GenFindIncludeFile, LooksBesideTheIncluderLast)
     }
 }
 
-TEST_F(GenFindIncludeFile, AnAbsoluteNameStandsForItself)
+TEST_F(GenFindIncludeFile, AnAbsoluteNameIsTakenUnchanged)
 {
     std::string const file = world().put("elsewhere/inc_absolute.vh");
     std::string full;
@@ -465,7 +465,7 @@ TEST_F(GenDefaultLibs, AreTheListThatIsSearched)
     EXPECT_EQ(gen_get_default_lib_fio_paths(), paths);
 }
 
-TEST_F(GenRelativePath, StartsBehindTheProjectDirectory)
+TEST_F(GenRelativePath, StartsAfterTheProjectDirectory)
 {
     struct RelativeCase
     {
@@ -522,6 +522,6 @@ TEST_F(GenRelativePath, ARelativePathIsLookedFor)
 
 TEST_F(GenRelativePathDeathTest, NullIsAnInternalError)
 {
-    EXPECT_EXIT(gen_get_relative_path_if_starts_with_project_dir(nullptr), ExitedWithCode(3),
-                testing::AllOf(HasSubstr("path != NULL"), HasSubstr("gen/gen_path")));
+    EXPECT_EXIT(gen_get_relative_path_if_starts_with_project_dir(nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("path != NULL", "gen_path*"));
 }

@@ -64,7 +64,7 @@ TEST(GenLibraryPathsEnum, HasItsNumbers)
     EXPECT_EQ(GEN_LIBRARY_PATHS_ENV_LIBS, 6U);
 }
 
-TEST_F(GenGetSourceFiles, TheEarlierOfEachPairOfPlacesAnswersAnExtension)
+TEST_F(GenGetSourceFiles, TheEarlierOfEachPairOfPlacesHasTheExtension)
 {
     std::vector<SearchPlace> places = SearchWorld::places();
     places.erase(places.end() - 21, places.end() - 1); // of the general libraries the first two and the last
@@ -94,7 +94,7 @@ TEST_F(GenGetSourceFiles, KnowsTheTenExtensions)
                 ElementsAre("5 elsewhere/ten.blif", "5 elsewhere/ten.edf", "5 elsewhere/ten.edif",
                             "5 elsewhere/ten.net", "5 elsewhere/ten.sv", "5 elsewhere/ten.svh", "5 elsewhere/ten.v",
                             "5 elsewhere/ten.vh", "5 elsewhere/ten.vhd", "5 elsewhere/ten.vhdl"));
-    // Once all are answered, the places behind give nothing.
+    // Once all are found, the later places give nothing.
     world().put("suite/libraries/ten.v");
     world().put("suite/libraries/ten.vhd");
     EXPECT_EQ(source_files("ten").size(), 10U);
@@ -107,11 +107,11 @@ TEST_F(GenGetSourceFiles, AStarTakesTheFirstFileOfEachExtension)
         world().put(std::string("elsewhere/star/") + name);
     gen_set_project_dir_path(world().text("elsewhere/star"));
     Texts found = source_files("*");
-    found.resize(2); // other tests have put files into the places behind
+    found.resize(2); // other tests have put files into the later places
     EXPECT_THAT(found, ElementsAre("1 elsewhere/star/a.V", "1 elsewhere/star/c.vhd"));
 }
 
-TEST_F(GenGetSourceFiles, CaseCountsInAnExtensionWhereTheFileSystemTellsItApart)
+TEST_F(GenGetSourceFiles, CaseCountsInAnExtensionIfTheFileSystemDistinguishesIt)
 {
     world().put("project/capital.SV");
     EXPECT_EQ(source_files("capital").size(), ON_WINDOWS ? 1U : 0U);
@@ -226,7 +226,7 @@ TEST_F(GenGetSourceFiles, HasAProfileBinOfItsOwn)
     m_messages.clear();
 }
 
-TEST_F(GenDeviceFiles, AreThoseBesideTheModule)
+TEST_F(GenDeviceFiles, AreThoseNextToTheModule)
 {
     EXPECT_THAT(gen_get_all_device_files(), IsEmpty());
     for (char const *const name : {"b.ddb", "a b.ddb", "c.ddb.bak", "ddb", "B.ddbx", ".ddb", "10.ddb", "9.ddb"})

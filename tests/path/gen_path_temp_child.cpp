@@ -1,5 +1,5 @@
-// Makes temporary files, as many as the third argument says, in the directory of the first with the prefix of the
-// second, and tells their paths, one a line. Fails if one can't be made.
+// Makes temporary files, as many as the third argument requests, in the directory of the first with the prefix of the
+// second, and prints their paths, one a line. Fails if one can't be made.
 #include "gen_path_sys.h"
 
 #include <cstdio>

@@ -2,6 +2,7 @@
 #include "gen_path_sys.h"
 
 #include "tests/support/gen_os_fake.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/mem_recorder.h"
 #include "tests/support/temp_dir.h"
 
@@ -14,7 +15,6 @@
 #include <vector>
 
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
 
@@ -30,7 +30,7 @@ std::size_t attempts()
     return static_cast<std::size_t>(std::count(requests.begin(), requests.end(), '\n'));
 }
 
-// The names in a directory, each with a blank behind it, in byte order.
+// The names in a directory, each followed by a blank, in byte order.
 std::string names_in(TempDir const &dir)
 {
     std::vector<std::string> names;
@@ -186,10 +186,10 @@ TEST(GenUniquePathNameDeathTest, ThatIsEmptyIsAnInternalError)
             mem_record().formats = false;
             gen_unique_path(nullptr);
         },
-        ExitedWithCode(3), HasSubstr("Internal error: Couldn't get unique path name!\n"));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with("Couldn't get unique path name!", "gen_path*"));
 }
 
-TEST(GenTempPathText, GetsASlashBehindIt)
+TEST(GenTempPathText, EndsInASlash)
 {
     struct PathCase
     {

@@ -188,16 +188,16 @@ TEST(GenTempFile, IsItsOwnForEachOfSixteenProcesses)
     std::vector<ChildProcess> children;
     for (std::size_t i = 0; i < PROCESSES; ++i)
         children.emplace_back(child, '"' + dir.text() + "\" net " + std::to_string(FILES_EACH));
-    std::set<std::string> told;
+    std::set<std::string> printed;
     for (ChildProcess &process : children) {
         ChildResult const result = process.wait();
         EXPECT_EQ(result.status, 0) << result.output;
         std::istringstream lines(result.output);
         for (std::string path; std::getline(lines, path);)
-            told.insert(name_of(path));
+            printed.insert(name_of(path));
     }
-    EXPECT_THAT(told, SizeIs(PROCESSES * FILES_EACH));
-    EXPECT_EQ(names_in(dir.path()), told);
+    EXPECT_THAT(printed, SizeIs(PROCESSES * FILES_EACH));
+    EXPECT_EQ(names_in(dir.path()), printed);
 }
 
 TEST(GenTempFileWithExtension, OfTheTemporaryFileItselfLeavesOneFile)
@@ -289,7 +289,7 @@ TEST(GenUniqueDir, IsMadeUnderItsBase)
         }
 }
 
-TEST(GenUniqueDir, GetsOneSlashBehindItsBase)
+TEST(GenUniqueDir, GetsOneSlashAfterItsBase)
 {
     struct BaseCase
     {
@@ -362,7 +362,7 @@ TEST(GenTempPath, HoldsTemporaryFiles)
     std::filesystem::remove(path);
 }
 
-TEST(GenPdbFilename, StandsInTheDatabaseDirectoryUnlessAnotherIsGiven)
+TEST(GenPdbFilename, IsInTheDatabaseDirectoryUnlessAnotherIsGiven)
 {
     // In order: a directory stays until the next one.
     struct PdbCase
@@ -398,7 +398,7 @@ TEST(GenPdbFilename, StandsInTheDatabaseDirectoryUnlessAnotherIsGiven)
     }
 }
 
-TEST(GenPdbFilename, TellsOfADirectoryOtherThanTheDatabases)
+TEST(GenPdbFilename, ReportsADirectoryOtherThanTheDatabases)
 {
     MessageRecorder const recorder;
     std::string const directory = "c:\\q\\%s";
@@ -418,7 +418,7 @@ TEST(GenPdbFilename, TellsOfADirectoryOtherThanTheDatabases)
 
 TEST(GenPdbFilenameDeathTest, HasNoDirectoryOnceExitHasReleasedIt)
 {
-    // A library of Windows is released behind the handlers of the program.
+    // A library of Windows is released after the handlers of the program.
     char const *const late = ON_WINDOWS ? "[c:/late/a.b][c:/late/a.b]" : "[a.b][a.b]";
     EXPECT_EXIT(
         {

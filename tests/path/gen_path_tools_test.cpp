@@ -17,7 +17,7 @@ struct NameCase
     char const *path;
 };
 constexpr NameCase NAME_CASES[] = {
-    // beside the module
+    // next to the module
     {"gen_get_acv_filename", gen_get_acv_filename, "/fake/bin/die_editor.acv"},
     {"gen_get_advanced_tan_tool_filename", gen_get_advanced_tan_tool_filename, "/fake/bin/Deep Timing Tool.atfw"},
     {"gen_get_ape_filename", gen_get_ape_filename, "/fake/bin/Cell Property Editor.kcp"},
@@ -137,7 +137,7 @@ TEST(GenStemFilenames, TreatAStemAsABase)
         {"a b", "a b.E"},
         {"\xe4\xff", "\xe4\xff.E"},
         {"%s", "%s.E"},
-        // what stands behind the last dot is the extension that is replaced
+        // the text after the last dot is the extension that is replaced
         {"a.b", "a.E"},
         {"a.b.c", "a.b.E"},
         {"a.", "a.E"},

@@ -1,8 +1,9 @@
-// What a process hands to its siblings at its start, seen from stand-ins for what it calls of them, over a scripted
+// The calls that a process makes to its siblings at its start, recorded by stand-ins for them, over a scripted
 // system.
 #include "err_sys.h"
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/gen_os_fake.h"
 #include "tests/support/mem_recorder.h"
@@ -21,10 +22,7 @@ constexpr char const *RESERVE = "reserve_4gb_of_virtual_memory";
 // Runs the start of a process; gives what it wrote to the standard output stream.
 std::string start_process()
 {
-    testing::internal::CaptureStdout();
-    gen_exe_init(0, nullptr);
-    std::fflush(stdout);
-    return testing::internal::GetCapturedStdout();
+    return output_to(StandardStream::OUTPUT, [] { gen_exe_init(0, nullptr); });
 }
 
 class GenCallbacks : public testing::Test

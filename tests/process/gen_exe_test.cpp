@@ -2,6 +2,7 @@
 
 #include "gen_path_sys.h"
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
 #include "tests/support/installed_tree.h"
 
@@ -27,7 +28,7 @@ std::string native(std::string path)
     return path;
 }
 
-// The two entries that stand first, with the separator between them.
+// The two entries that are first, with the separator between them.
 std::string path_head()
 {
     return native(gen_get_module_path()) + SEPARATOR + native(gen_get_ksys_bin_path());
@@ -60,12 +61,12 @@ TEST_F(GenExe, InitSetsTheRootAndTheDirectoryOfTheModule)
     EXPECT_THAT(*variable("KALVERN_BINDIR"), EndsWith("/"));
 }
 
-TEST_F(GenExe, InitPutsTwoEntriesInFrontOfPath)
+TEST_F(GenExe, InitPutsTwoEntriesBeforePath)
 {
     struct PathCase
     {
         std::string before;
-        std::string behind_head;
+        std::string after_head;
     };
     std::string const separator(1, SEPARATOR);
     PathCase const cases[] = {
@@ -79,7 +80,7 @@ TEST_F(GenExe, InitPutsTwoEntriesInFrontOfPath)
     for (PathCase const &c : cases) {
         Environment const path("PATH", c.before.c_str());
         gen_exe_init(0, nullptr);
-        EXPECT_EQ(variable("PATH"), path_head() + c.behind_head) << "PATH " << c.before;
+        EXPECT_EQ(variable("PATH"), path_head() + c.after_head) << "PATH " << c.before;
     }
 }
 
@@ -92,7 +93,7 @@ TEST_F(GenExe, InitLeavesAnUnsetPathUnset)
     EXPECT_EQ(variable("KALVERN_BINDIR"), gen_get_module_path());
 }
 
-TEST_F(GenExe, InitTwicePutsTheEntriesInFrontTwice)
+TEST_F(GenExe, InitTwicePutsTheEntriesBeforeItTwice)
 {
     Environment const path("PATH", "/a");
     gen_exe_init(0, nullptr);
@@ -115,13 +116,13 @@ TEST_F(GenExe, InitDoesNotTouchItsArguments)
 
 TEST_F(GenExe, InitKeepsStreamAndStdioOutputInOrder)
 {
-    testing::internal::CaptureStdout();
+    CapturedOutput output(StandardStream::OUTPUT);
     gen_exe_init(0, nullptr);
     std::cout << "1";
     std::printf("2");
     std::cout << "3";
     std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "123");
+    EXPECT_EQ(output.text(), "123");
 }
 
 TEST_F(GenExe, GettersStayAfterFini)
@@ -167,25 +168,18 @@ TEST_F(GenExe, FlagsFollowTheLastValue)
 
 TEST_F(GenExe, ReservationTakesFourGigabytesOfAddressSpace)
 {
-    testing::internal::CaptureStdout();
-    gen_exe_init(0, nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    auto const start = [] { gen_exe_init(0, nullptr); };
+    EXPECT_EQ(output_to(StandardStream::OUTPUT, start), "");
 
     mem_cfg_set(RESERVE, "on");
-    testing::internal::CaptureStdout();
-    gen_exe_init(0, nullptr);
-    std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Allocating 4GB of virtual memory in 8 MB chunks...SUCCESS!\n");
+    EXPECT_EQ(output_to(StandardStream::OUTPUT, start), "Allocating 4GB of virtual memory in 8 MB chunks...SUCCESS!\n");
 
     mem_cfg_set(RESERVE, "off");
     Environment const present(RESERVE, "");
-    testing::internal::CaptureStdout();
-    gen_exe_init(0, nullptr);
-    std::fflush(stdout);
-    EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("Allocating 4GB")) << "the variable comes first";
+    EXPECT_THAT(output_to(StandardStream::OUTPUT, start), HasSubstr("Allocating 4GB")) << "the variable comes first";
 }
 
-// The key is the first one that a process asks for, and stands in a file which only the callbacks lead to.
+// The key is the first one that a process asks for, and it is in a file that only the callbacks lead to.
 TEST_F(GenExe, ConfigurationOfTheInstallationIsFoundWhileTheProcessStarts)
 {
     for (char const *const switched : {"on", "off"}) {
@@ -193,9 +187,9 @@ TEST_F(GenExe, ConfigurationOfTheInstallationIsFoundWhileTheProcessStarts)
         TempDir const elsewhere;
         tree.dir().write("suite/kalvern.ini", std::string(RESERVE) + " = " + switched + "\n");
         CurrentDirectory const current(elsewhere.path());
-        auto const told = probe(tree.tool(), "init");
-        ASSERT_EQ(told.at("status"), "0") << told.at("output");
-        EXPECT_EQ(told.at("output").find("Allocating 4GB") != std::string::npos, std::string(switched) == "on")
-            << told.at("output");
+        auto const report = probe(tree.tool(), "init");
+        ASSERT_EQ(report.at("status"), "0") << report.at("output");
+        EXPECT_EQ(report.at("output").find("Allocating 4GB") != std::string::npos, std::string(switched) == "on")
+            << report.at("output");
     }
 }

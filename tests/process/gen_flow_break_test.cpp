@@ -65,7 +65,7 @@ TEST(GenDebugBreak, IsMadeIfTheKeyIsOn)
         }
 }
 
-TEST(GenDebugBreak, DropsAnExceptionOnlyIfItIsToldTo)
+TEST(GenDebugBreak, DropsAnExceptionOnlyOnRequest)
 {
     l_is_on = true;
     l_throws = true;

@@ -1,26 +1,18 @@
 #include "gen_flow_sys.h"
 
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/debugger.h"
 #include "tests/support/environment.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/platform.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using testing::AllOf;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
-
-// How a process ends by an internal error.
-constexpr int INTERNAL_ERROR_STATUS = 3;
-
-auto tells(char const *text)
-{
-    return AllOf(HasSubstr(text), HasSubstr("GEN"), HasSubstr("gen/gen_flow"));
-}
 
 constexpr char const *SET_TWICE = "kmap_legacy_bridge cannot be set more than once. (Unless it has been unset.)";
 constexpr char const *NOT_SET = "kmap_legacy_bridge has not been set with gen_set_kmap_legacy_bridge()!";
@@ -36,7 +28,7 @@ TEST(GenFlowBtclLoad, FollowsTheLastValue)
     }
 }
 
-TEST(GenFlowBridge, AnswersTheOppositeOfTheBridgeValue)
+TEST(GenFlowBridge, ReturnsTheOppositeOfTheBridgeValue)
 {
     for (bool const value : {true, false, true}) {
         gen_set_kmap_legacy_bridge(value);
@@ -56,14 +48,14 @@ TEST(GenFlowBridge, CanBeTakenBackBeforeItIsGiven)
 
 TEST(GenFlowBridgeDeathTest, AskingBeforeAnySetIsAnInternalError)
 {
-    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells(NOT_SET));
+    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(NOT_SET, "gen_flow"));
 }
 
 TEST(GenFlowBridgeDeathTest, AskingAfterAnUnsetIsAnInternalError)
 {
     gen_set_kmap_legacy_bridge(true);
     gen_unset_kmap_legacy_bridge();
-    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells(NOT_SET));
+    EXPECT_EXIT(gen_is_kalvern_syn(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(NOT_SET, "gen_flow"));
 }
 
 TEST(GenFlowBridgeDeathTest, SettingTwiceIsAnInternalErrorAlsoWithTheSameValue)
@@ -72,7 +64,8 @@ TEST(GenFlowBridgeDeathTest, SettingTwiceIsAnInternalErrorAlsoWithTheSameValue)
         for (bool const second : {false, true}) {
             SCOPED_TRACE(testing::Message() << first << " then " << second);
             gen_set_kmap_legacy_bridge(first);
-            EXPECT_EXIT(gen_set_kmap_legacy_bridge(second), ExitedWithCode(INTERNAL_ERROR_STATUS), tells(SET_TWICE));
+            EXPECT_EXIT(gen_set_kmap_legacy_bridge(second), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                        dies_with(SET_TWICE, "gen_flow"));
             gen_unset_kmap_legacy_bridge();
         }
 }
@@ -86,7 +79,7 @@ TEST(GenFlowUtstMode, StaysOnceSet)
     EXPECT_TRUE(gen_is_utst_mode());
 }
 
-TEST(GenDebug, ToldByTheVersionLibraryWhetherThisIsACustomerBuild)
+TEST(GenDebug, LearnsFromTheVersionLibraryWhetherThisIsACustomerBuild)
 {
 #ifdef ZEL_CUSTOMER_TEST
     EXPECT_TRUE(gen_debug_is_customer_build());
@@ -113,11 +106,11 @@ constexpr char const *OUTPUT = "100% a text\n";
 TEST(GenDebug, OutputStaysOffTheStandardStreamsUnlessADebuggerListensThere)
 {
     bool const is_heard = std::getenv(DEBUGGED) != nullptr && !ON_WINDOWS;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    CapturedOutput output(StandardStream::OUTPUT);
+    CapturedOutput errors(StandardStream::ERROR_OUTPUT);
     gen_debug_output_string(OUTPUT);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), is_heard ? OUTPUT : "");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(errors.text(), is_heard ? OUTPUT : "");
+    EXPECT_EQ(output.text(), "");
 }
 
 TEST(GenDebug, OutputReachesTheDebugger)
@@ -125,5 +118,5 @@ TEST(GenDebug, OutputReachesTheDebugger)
     Environment const debugged(DEBUGGED, "1");
     DebuggedRun const run = run_under_debugger("--gtest_filter=GenDebug.OutputStays*");
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.told, ON_WINDOWS ? OUTPUT : "");
+    EXPECT_EQ(run.debug_output, ON_WINDOWS ? OUTPUT : "");
 }

@@ -1,10 +1,11 @@
-// A disk that is full: nothing is told, nothing is thrown, and the process goes on. Over Linux's device that is always
+// A full disk: nothing is reported, nothing is thrown, and the process continues. Over Linux's device that is always
 // full, which Windows has no like of.
 #include "gen_cookie_sys.h"
 #include "gen_profile_bins_sys.h"
 #include "gen_undo_redo_sys.h"
 
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/mem_figures_fake.h"
 #include "tests/support/message_recorder.h"
 #include "tests/support/profile_bins_script.h"
@@ -104,10 +105,10 @@ TEST_F(FullDisk, TheUndoFileSaysNothing)
     manager.begin_section("finished");
     manager.add_undo_command("undo", "");
     manager.end_section();
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    CapturedOutput output(StandardStream::OUTPUT);
+    CapturedOutput errors(StandardStream::ERROR_OUTPUT);
     EXPECT_NO_THROW(manager.commit_file());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(errors.text(), "");
     EXPECT_THAT(m_messages.lines(), IsEmpty());
 }

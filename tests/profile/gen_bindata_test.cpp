@@ -1,5 +1,7 @@
 #include "gen_bindata_sys.h"
 
+#include "tests/support/internal_error.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,20 +11,11 @@
 #include <type_traits>
 #include <vector>
 
-using testing::AllOf;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
 
-constexpr int INTERNAL_ERROR_STATUS = 3;
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
-
-auto tells_fault(char const *text)
-{
-    return AllOf(HasSubstr(std::string("Internal error: ") + text + "\n  Library: GEN\n"),
-                 HasSubstr("gen/gen_bindata.cpp"));
-}
 
 // A histogram that lives to the end of the process: its destructor's check would fail.
 GEN_BINDATA &kept(GEN_BINDATA *histogram)
@@ -150,7 +143,7 @@ TEST(GenBindataDeathTest, EndsAtABrokenCondition)
         {[] { GEN_BINDATA(0, 10, 5).item_count(5); }, "0 <= bin && bin < m_num_bins"},
         {[] { GEN_BINDATA(0, 10, 0).item_count(0); }, "0 <= bin && bin < m_num_bins"},
         {[] { GEN_BINDATA(0, 10, 0).add_item(5); }, "0 <= bin && bin < m_num_bins"},
-        // Both counted into one array, and each answers for its own.
+        // Both count into one array, but each checks its own total.
         {[] {
              GEN_BINDATA histogram(0, 10, 5);
              GEN_BINDATA other(0, 10, 5);
@@ -162,5 +155,5 @@ TEST(GenBindataDeathTest, EndsAtABrokenCondition)
         {[] { GEN_BINDATA const histogram(-INFINITE, INFINITE, 2); }, "lowbound(i+1) == highbound(i)"},
     };
     for (Case const &c : CASES)
-        EXPECT_EXIT(c.act(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault(c.text)) << c.text;
+        EXPECT_EXIT(c.act(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(c.text, "gen_bindata")) << c.text;
 }

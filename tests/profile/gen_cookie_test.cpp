@@ -5,6 +5,7 @@
 #include "tests/support/message_recorder.h"
 #include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -25,6 +26,8 @@ std::string padded(std::string text, std::size_t width)
     return text;
 }
 
+constexpr char const *LINE_END = ON_WINDOWS ? "\r\n" : "\n"; // of a file that is read by its bytes
+
 std::string row(std::string const &description, std::string const &hash, std::string const &path)
 {
     return padded(description, 60) + '|' + padded(hash, 25) + '|' + path;
@@ -41,24 +44,6 @@ std::vector<std::string> fresh_file(std::string const &name, std::vector<std::st
 {
     std::vector<std::string> lines = heading(name);
     lines.insert(lines.end(), rows.begin(), rows.end());
-    return lines;
-}
-
-// The lines of a file with the system's line ends, each of which is checked.
-std::vector<std::string> lines_of(std::string const &text)
-{
-    std::string const end = ON_WINDOWS ? "\r\n" : "\n";
-    std::vector<std::string> lines;
-    std::size_t at = 0;
-    while (at < text.size()) {
-        std::size_t const stop = text.find(end, at);
-        if (stop == std::string::npos) {
-            lines.push_back(text.substr(at) + " (without a line end)");
-            break;
-        }
-        lines.push_back(text.substr(at, stop - at));
-        at = stop + end.size();
-    }
     return lines;
 }
 
@@ -91,7 +76,7 @@ protected:
 
     std::vector<std::string> file(std::string const &name = "tool") const
     {
-        return lines_of(m_directory.read("cookie_db_" + name + ".log"));
+        return lines_of(m_directory.read("cookie_db_" + name + ".log"), LINE_END);
     }
 
     TempDir m_directory;
@@ -214,10 +199,10 @@ TEST_F(GenCookie, AppendsWithoutASecondHeading)
     finish();
     std::string const text = m_directory.read("cookie_db_tool.log");
     EXPECT_EQ(text.substr(0, former.size()), former);
-    EXPECT_THAT(lines_of(text.substr(former.size())), ElementsAre(row("cookie", "1", "Root")));
+    EXPECT_THAT(lines_of(text.substr(former.size()), LINE_END), ElementsAre(row("cookie", "1", "Root")));
 }
 
-// What was logged stays, and so does the last group, which then comes once more.
+// The logged cookies stay, and so does the last group, which is then written once more.
 TEST_F(GenCookie, WritesEverythingAgainAtASecondFinalize)
 {
     start();
@@ -237,7 +222,7 @@ TEST_F(GenCookie, WritesEverythingAgainAtASecondFinalize)
     EXPECT_EQ(file("again"), fresh_file("again", rows));
 }
 
-// What is logged with the log off, and behind the end of the bins, waits for a finalize that writes.
+// Cookies that are logged with the log off, or after the end of the bins, wait for a finalize that writes.
 TEST_F(GenCookie, CollectsAtAnyTime)
 {
     mem_cfg_set("gen_print_cookie_log", "off");
@@ -265,7 +250,7 @@ TEST_F(GenCookie, CollectsAtAnyTime)
 }
 
 // Such a bin has no root above it.
-TEST_F(GenCookie, TakesThePathOfABinBehindTheClosedRoot)
+TEST_F(GenCookie, TakesThePathOfABinAfterTheClosedRoot)
 {
     start();
     close_bin();

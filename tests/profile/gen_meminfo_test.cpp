@@ -1,4 +1,4 @@
-// What libraries and process take, told over a scripted place of the module and scripted memory figures.
+// The memory of libraries and process, over a scripted place of the module and scripted memory figures.
 #include "gen_profile_bins_sys.h"
 
 #include "gen_path_sys.h"
@@ -69,12 +69,12 @@ constexpr char MEMORY[] = "Fitter     at_end at Sat Nov 14 19:03:47 2026 memory 
 } // namespace
 
 // One process: the module's place is looked for once.
-TEST_F(GenMeminfo, TellsWhatTheKeysAskFor)
+TEST_F(GenMeminfo, WritesWhatTheKeysAskFor)
 {
-    // Who looks for libraries now has the wrong place for good.
+    // The first search for libraries fixes their place, here a wrong one.
     TempDir const elsewhere;
     place_module(elsewhere);
-    // With all keys off nothing is said, and details alone have no effect.
+    // With all keys off nothing is written, and details alone have no effect.
     EXPECT_THAT(report("Fitter", "at_end"), IsEmpty());
     mem_cfg_set("list_dll_details", "on");
     EXPECT_THAT(report("Fitter", "at_end"), IsEmpty());

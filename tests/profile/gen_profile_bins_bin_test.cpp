@@ -1,4 +1,4 @@
-// What a bin tells of itself: its metrics and its place in the tree.
+// The facts of a bin: its metrics and its place in the tree.
 #include "tests/support/profile_bins.h"
 
 using testing::ElementsAre;
@@ -204,7 +204,7 @@ TEST_F(GenProfileBinMetricDeathTest, UnknownMetricIsAnInternalError)
     GEN_PROFILE_BIN const *const bin = gen_profile_bin_get_current_bin();
     for (unsigned const metric : {0U, 3U, 32U, 0x10001U, 0x80000U, 0xffffffffU})
         EXPECT_EXIT(bin->get_metric(metric, false), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                    tells_fault("unknown metric"))
+                    dies_in_bins("unknown metric"))
             << metric;
 }
 
@@ -215,7 +215,7 @@ TEST_F(GenProfileBinMetricDeathTest, ReportValuesNeedAClosedBin)
     for (unsigned const metric :
          {GEN_PB_METRIC_START_MEM, GEN_PB_METRIC_END_MEM, GEN_PB_METRIC_PEAK_MEM, GEN_PB_METRIC_WC_EST})
         EXPECT_EXIT(bin->get_metric(metric, false), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                    tells_fault("m_open_count == 0"))
+                    dies_in_bins("m_open_count == 0"))
             << metric;
 }
 
@@ -291,7 +291,7 @@ using GenProfileBinPathDeathTest = GenProfileBinPath;
 TEST_F(GenProfileBinPathDeathTest, ARootThatIsNotAboveIsAnInternalError)
 {
     std::vector<std::string> result;
-    EXPECT_EXIT(m_a->get_path(m_b), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("m_parent"));
-    EXPECT_EXIT(m_a->get_path("::", m_b), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("m_parent"));
-    EXPECT_EXIT(m_a->get_path_names(&result, m_b), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("m_parent"));
+    EXPECT_EXIT(m_a->get_path(m_b), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("m_parent"));
+    EXPECT_EXIT(m_a->get_path("::", m_b), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("m_parent"));
+    EXPECT_EXIT(m_a->get_path_names(&result, m_b), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("m_parent"));
 }

@@ -6,7 +6,9 @@
 #include "gen_cookie_sys.h"
 #include "gen_flow_sys.h"
 #include "mem_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/gen_os_fake.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/mem_figures_fake.h"
 #include "tests/support/message_recorder.h"
 #include "tests/support/profile_bins_script.h"
@@ -50,10 +52,10 @@ GEN_PROFILE_BIN *current_bin()
 struct Fault
 {
     char const *name;
-    char const *text;               // of the internal error
-    std::vector<char const *> told; // said before, in customer builds too
+    char const *text;                   // of the internal error
+    std::vector<char const *> expected; // written before, in customer builds too
     void (*commit)();
-    std::vector<char const *> told_later = {}; // said by the same call when the flow goes on
+    std::vector<char const *> expected_later = {}; // written by the same call if the flow continues
 };
 
 std::ostream &operator<<(std::ostream &out, Fault const &fault)
@@ -64,7 +66,7 @@ std::ostream &operator<<(std::ostream &out, Fault const &fault)
 // A bin that stays when the bins are disabled; null if there is none.
 GEN_PROFILE_BIN *l_living_bin = nullptr;
 
-// Starts, and makes a closed bin Fitter/Router beside the open Fitter/Placer.
+// Starts, and makes a closed bin Fitter/Router next to the open Fitter/Placer.
 struct Flow
 {
     GEN_PROFILE_BIN *root = start_bins("Fitter");
@@ -340,7 +342,8 @@ Fault const FAULTS[] = {
          Flow const flow;
          GEN_PROFILE_BIN *const moves = run_bin("Moves", 1, 1);
          close_bin();
-         flow.placer->get_metric(GEN_PB_METRIC_WC_EST, /*cumulative=*/false); // what the report shows is known by now
+         flow.placer->get_metric(GEN_PB_METRIC_WC_EST,
+                                 /*cumulative=*/false); // the figures of the report are known by now
          set_open_count(moves, 1);
          flow.placer->dump("dump.txt", /*collect_tags=*/true);
      }},
@@ -366,7 +369,7 @@ Fault const FAULTS[] = {
      }},
 };
 
-// What is said besides the usual lines of the start and of bins that open and close.
+// The lines other than the usual ones of the start and of bins that open and close.
 std::vector<std::string> unusual_lines(MessageRecorder const &recorder)
 {
     std::vector<std::string> lines;
@@ -431,30 +434,29 @@ void expect_silence(GEN_PROFILE_BIN *bin)
 }
 
 // Runs a fault in a customer build: it is not reported, and the bins are silent from then on.
-void expect_fault_is_silent(void (*commit)(), std::vector<char const *> const &told)
+void expect_fault_is_silent(void (*commit)(), std::vector<char const *> const &expected)
 {
     std::vector<std::string> lines;
-    testing::internal::CaptureStderr();
+    CapturedOutput errors(StandardStream::ERROR_OUTPUT);
     {
         MessageRecorder const recorder;
         commit();
         lines = unusual_lines(recorder);
     }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_THAT(lines, ElementsAreArray(told));
+    EXPECT_EQ(errors.text(), "");
+    EXPECT_THAT(lines, ElementsAreArray(expected));
     EXPECT_FALSE(err_is_in_abnormal_exit());
     expect_silence(l_living_bin);
 }
 
-// Runs a fault in a development build: the process ends with the text, and what was to be told is told before.
-void expect_fault_ends(void (*commit)(), char const *text, std::vector<char const *> const &told)
+// Runs a fault in a development build: the process ends with the text, after the expected lines.
+void expect_fault_ends(void (*commit)(), char const *text, std::vector<char const *> const &expected)
 {
-    testing::Matcher<std::string const &> output =
-        AllOf(HasSubstr(std::string("Internal error: ") + text + "\n  Library: GEN\n"),
-              HasSubstr("\n  Source:  gen/gen_profile_bins"));
-    for (char const *line : told)
+    testing::Matcher<std::string const &> output = dies_with(text, "gen_profile_bins*");
+    for (char const *line : expected)
         output = AllOf(output, HasSubstr(std::string("Debug (GEN): ") + line + "\n"));
-    EXPECT_EXIT((mem_cfg_set("mem_show_debug_messages", "on"), commit()), ExitedWithCode(3), output);
+    EXPECT_EXIT((mem_cfg_set("mem_show_debug_messages", "on"), commit()), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                output);
 }
 
 class GenProfileBinsFaultDeathTest : public testing::TestWithParam<Fault>
@@ -469,12 +471,12 @@ TEST_P(GenProfileBinsFaultDeathTest, EndsADevelopmentBuildAndSilencesACustomerBu
     Fault const &fault = GetParam();
     ASSERT_EQ(gen_debug_is_customer_build(), IS_CUSTOMER_BUILD);
     if (!IS_CUSTOMER_BUILD) {
-        expect_fault_ends(fault.commit, fault.text, fault.told);
+        expect_fault_ends(fault.commit, fault.text, fault.expected);
         return;
     }
-    std::vector<char const *> told = fault.told;
-    told.insert(told.end(), fault.told_later.begin(), fault.told_later.end());
-    expect_fault_is_silent(fault.commit, told);
+    std::vector<char const *> expected = fault.expected;
+    expected.insert(expected.end(), fault.expected_later.begin(), fault.expected_later.end());
+    expect_fault_is_silent(fault.commit, expected);
 }
 
 std::string fault_name(testing::TestParamInfo<Fault> const &tested)
@@ -545,10 +547,9 @@ TEST(GenProfileBinsRegexDeathTest, ABadOneIsReportedInCustomerBuildsToo)
 {
     for (char const *key : {"gen_tracq_profile_bin", "gen_tracq_profile_tag", "gen_mem_fileline_profile_bin"})
         for (char const *expression : {"(", "a{2,1}", "[z-a]", "*", "%s%n("})
-            EXPECT_EXIT(start_with_key(key, expression), ExitedWithCode(3),
-                        AllOf(HasSubstr("Internal error: Error compiling regular expression \"" +
-                                        std::string(expression) + "\"\n  Library: GEN\n"),
-                              HasSubstr("\n  Source:  gen/gen_profile_bins")))
+            EXPECT_EXIT(start_with_key(key, expression), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                        dies_with("Error compiling regular expression \"" + std::string(expression) + "\"",
+                                  "gen_profile_bins*"))
                 << key << " = " << expression;
 }
 
@@ -557,8 +558,8 @@ TEST(GenProfileBinsRegexDeathTest, TheTextHasRoomFor4095Characters)
     for (std::size_t length : {4057U, 4058U, 4059U, 5000U}) {
         std::string const expression = "(" + std::string(length - 1, 'x');
         std::string const text = "Error compiling regular expression \"" + expression + "\"";
-        EXPECT_EXIT(start_with_key("gen_mem_fileline_profile_bin", expression), ExitedWithCode(3),
-                    HasSubstr("Internal error: " + text.substr(0, 4095) + "\n  Library: GEN\n"))
+        EXPECT_EXIT(start_with_key("gen_mem_fileline_profile_bin", expression), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    dies_with(text.substr(0, 4095), "gen_profile_bins*"))
             << "length " << length;
     }
 }
@@ -573,9 +574,8 @@ void copy_a_guard_twice()
 
 TEST(GenProfileBinsGuardDeathTest, ASecondCopyIsReportedInCustomerBuildsToo)
 {
-    EXPECT_EXIT(copy_a_guard_twice(), ExitedWithCode(3),
-                AllOf(HasSubstr("Internal error: other.m_is_orig\n  Library: GEN\n  Source:  h/gen_profile_bins_sys"),
-                      Not(HasSubstr("close"))));
+    EXPECT_EXIT(copy_a_guard_twice(), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                AllOf(dies_in_source("other.m_is_orig", "h/gen_profile_bins_sys.h"), Not(HasSubstr("close"))));
 }
 
 void print_current_bin()
@@ -608,7 +608,7 @@ void use_bins_at_exit()
 
 TEST(GenProfileBinsAbnormalExitDeathTest, DropsAllEvents)
 {
-    EXPECT_EXIT(fail_with_bins(), ExitedWithCode(3),
+    EXPECT_EXIT(fail_with_bins(), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 HasSubstr("[Fitter/Placer]\n[Fitter/Placer]\n[Fitter/Placer]\n[end of the handler]\n"));
 }
 
@@ -634,23 +634,22 @@ void start_twice_at_exit()
 }
 
 // A fault while the process goes down: a second report in a development build; a customer build goes on.
-testing::Matcher<std::string const &> second_fault(char const *text, char const *behind)
+testing::Matcher<std::string const &> second_fault(char const *text, char const *after)
 {
-    std::string const report = std::string("Internal error: ") + text + "\n  Library: GEN\n";
     if (IS_CUSTOMER_BUILD)
-        return AllOf(HasSubstr(behind), Not(HasSubstr(report)));
-    return AllOf(HasSubstr(report), Not(HasSubstr(behind)));
+        return AllOf(HasSubstr(after), Not(HasSubstr(std::string("Internal error: ") + text + "\n  Library: GEN\n")));
+    return AllOf(dies_with(text, "gen_profile_bins*"), Not(HasSubstr(after)));
 }
 
 TEST(GenProfileBinsAbnormalExitDeathTest, HasNoRoot)
 {
-    EXPECT_EXIT(fail_before_the_bins(start_at_exit), ExitedWithCode(3),
+    EXPECT_EXIT(fail_before_the_bins(start_at_exit), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 AllOf(HasSubstr("[none]\n"), second_fault("root != 0LL", "[after the end]\n")));
 }
 
 TEST(GenProfileBinsAbnormalExitDeathTest, AllowsOneStart)
 {
-    EXPECT_EXIT(fail_before_the_bins(start_twice_at_exit), ExitedWithCode(3),
+    EXPECT_EXIT(fail_before_the_bins(start_twice_at_exit), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 second_fault("l_gen_pb_thread == 0LL", "[after the start]\n"));
 }
 

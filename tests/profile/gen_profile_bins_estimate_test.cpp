@@ -94,7 +94,7 @@ CalibrationCase const CALIBRATION_CASES[] = {
     {10000000, 3000000, 0, "WC frequency is 1e+07", "O/H calibration time: 0.000000s",
      "O/H CPU(int, ext)=(3000000.000000, 6000030.000000); ticks=(-1294967296, 1705062704)",
      "O/H  WC(int, ext)=(0.000000, 0.000000); ticks=(0, 0)"},
-    // the lines are said before the external figures are raised to the internal ones
+    // the lines are written before the external figures are raised to the internal ones
     {10000000, backward(1), backward(4), "WC frequency is 1e+07", "O/H calibration time: -0.080000s",
      "O/H CPU(int, ext)=(-1.000000, -2.000000); ticks=(-1000, -2000)",
      "O/H  WC(int, ext)=(-0.400000, -0.800000); ticks=(-4, -8)"},
@@ -285,7 +285,7 @@ constexpr RatioCase RATIO_CASES[] = {
     {2.0, 1000, 500000},
     {4.0, 1000, 250000},
     {0.5, 1000, 2000000},
-    // what is added is cut towards zero
+    // the addition is cut towards zero
     {3.0, 1, 334},
     {0.3, 1, 3333},
     {1000000.0, 1, 1},
@@ -383,7 +383,7 @@ TEST(GenProfileBinsEstimate, IsComputedAnewAfterAnotherOpeningAndDoesNotAccumula
     }
 }
 
-TEST(GenProfileBinsEstimate, IsWhatTheClosingLineTells)
+TEST(GenProfileBinsEstimate, IsTheFigureOfTheClosingLine)
 {
     GEN_PROFILE_BINS::set_cpu_to_wc_estimated_ratio("*/half", 2.0);
     start_bins("Fitter");
@@ -502,7 +502,7 @@ TEST(GenProfileBinsRatioRules, ApplyToTheBinsWhoseNamesMatch)
     }
 }
 
-// The rule of matching, step by step as it is told.
+// The rule of matching, step by step.
 bool matches_by_steps(Names const &pattern, std::size_t p, Names const &names, std::size_t q)
 {
     if (p == pattern.size())
@@ -541,13 +541,13 @@ std::string join(Names const &names)
     return text;
 }
 
-// Walks through all lists of names up to a length, and looks which rules each new bin says to match.
+// Walks through all lists of names up to a length, and compares the rules that each new bin reports to match.
 class SmallWorld
 {
 public:
     SmallWorld()
     {
-        // These two match everything, so that each rule that matches is told.
+        // These two match everything, so that each rule that matches is reported.
         for (int i = 0; i < 2; ++i)
             GEN_PROFILE_BINS::set_cpu_to_wc_estimated_ratio("*", 7.0);
         for (Names const &pattern : m_patterns)
@@ -589,12 +589,12 @@ private:
         for (Names const &pattern : m_patterns)
             if (matches_by_steps(pattern, 0, m_names, 0))
                 expected.push_back("  WARNING: additional ratio: 7.0 (" + join(pattern) + ")");
-        Names told;
+        Names reported;
         for (std::string const &line : m_recorder.lines())
             if (line.rfind("  WARNING: ", 0) == 0)
-                told.push_back(line);
+                reported.push_back(line);
         m_recorder.clear();
-        EXPECT_EQ(told, expected) << testing::PrintToString(m_names);
+        EXPECT_EQ(reported, expected) << testing::PrintToString(m_names);
     }
 
     static constexpr std::size_t LONGEST = 4;
@@ -609,7 +609,7 @@ TEST(GenProfileBinsRatioRules, MatchLikeTheStepsInASmallWorld)
     SmallWorld world;
     world.walk("a");
     world.walk("");
-    // Below a name stand the other one and the empty one, below an empty one all three.
+    // Below a name are the other one and the empty one, below an empty one all three.
     EXPECT_EQ(world.bin_count(), (1 + 2 + 5 + 12) + (1 + 3 + 7 + 17));
 }
 
@@ -653,7 +653,7 @@ BuiltinCase const BUILTIN_CASES[] = {
     {{"Fitter", "U2B2_DIRECTOR", "work"}, 100000000000},
 };
 
-// Runs the cases of one root in one flow: at a second start the rules would stand twice.
+// Runs the cases of one root in one flow: after a second start the rules would occur twice.
 void expect_builtin_estimates(std::string const &root)
 {
     MessageRecorder const recorder;
@@ -682,7 +682,7 @@ TEST(GenProfileBinsBuiltinRules, KnowSomeStagesOfOtherTools)
     expect_builtin_estimates("Synthesis");
 }
 
-TEST(GenProfileBinsBuiltinRules, TellTheCaseOfTheRoot)
+TEST(GenProfileBinsBuiltinRules, DistinguishTheCaseOfTheRoot)
 {
     expect_builtin_estimates("fitter");
 }
@@ -699,7 +699,7 @@ Names warnings_of(MessageRecorder const &recorder)
     return warnings;
 }
 
-TEST(GenProfileBinsRatioRules, InConflictAreToldOnceAndTakeAllOff)
+TEST(GenProfileBinsRatioRules, InConflictAreReportedOnceAndTakeAllOff)
 {
     GEN_PROFILE_BINS::set_cpu_to_wc_estimated_ratio("*/x", 2.0);
     GEN_PROFILE_BINS::set_cpu_to_wc_estimated_ratio("*/y", 5.0);
@@ -745,7 +745,7 @@ TEST(GenProfileBinsRatioRules, TheBuiltInOnesCanBeInConflict)
                             "Moves)"));
 }
 
-TEST(GenProfileBinsRatioRules, TheBuiltInOnesStandTwiceAfterASecondStart)
+TEST(GenProfileBinsRatioRules, TheBuiltInOnesOccurTwiceAfterASecondStart)
 {
     start_bins("Fitter");
     EXPECT_EQ(estimate_nsec(run_bin("TDC Timing Analysis", 100 * CPU_SEC, 0)), 89285714286);

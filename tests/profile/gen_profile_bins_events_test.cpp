@@ -1,6 +1,7 @@
-// The road of opens and closes into the tree: the buffer, ignoring, and what an event does when its turn comes. What
+// How opens and closes reach the tree: the buffer, ignoring, and the processing of an event. What
 // has reached the tree shows in the calls of the memory tracker, which are made when an event is processed.
 #include "err_sys.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/profile_bins.h"
 
 #include <cstdio>
@@ -47,7 +48,7 @@ std::string current_path()
     return current() == nullptr ? "none" : current()->get_path(nullptr);
 }
 
-// An open that goes through the buffer, and flushes it, without a change of the level behind its close.
+// An open that goes through the buffer, and flushes it, without a change of the level after its close.
 void flush_buffer()
 {
     GEN_PROFILE_BINS::open("T", "flush", IMMEDIATE);
@@ -72,14 +73,14 @@ class GenProfileBinsClocks : public ProfileBinsTest
 {
 };
 
-TEST_F(GenProfileBinsClocks, AreReadAlikeHoweverTheSystemAnswers)
+TEST_F(GenProfileBinsClocks, AreReadAlikeInEveryStateOfTheSystem)
 {
     struct ClockCase
     {
         char const *what;
         bool at_once;
         bool job;
-        double cpu_sec; // the script's job stands still
+        double cpu_sec; // the job's time in the script doesn't advance
     };
     constexpr ClockCase CASES[] = {
         {"both in one question", true, false, 2.0},
@@ -139,7 +140,7 @@ TEST_F(GenProfileBinsBuffer, ATenthEventThatOpensLeavesItsBinOpen)
     EXPECT_EQ(current_path(), "Fitter/P/B");
 }
 
-TEST_F(GenProfileBinsBuffer, TellsHowOftenItWasFull)
+TEST_F(GenProfileBinsBuffer, ReportsHowOftenItWasFull)
 {
     struct Case
     {
@@ -194,7 +195,7 @@ TEST_F(GenProfileBinsBuffer, OtherFlagsFlushBeforeTheirOwnEventIsStored)
     EXPECT_EQ(GEN_PROFILE_BINS::open("T", "B", OTHER_PLAIN), nullptr);
     EXPECT_THAT(memory_calls(), ElementsAre("open A  suspended"));
     EXPECT_EQ(current_path(), "Fitter/A");
-    close_bin(); // takes the flags of the last open and waits behind it
+    close_bin(); // takes the flags of the last open and waits after it
     EXPECT_THAT(memory_calls(), ElementsAre("open A  suspended"));
     EXPECT_EQ(GEN_PROFILE_BINS::open("T", "C", OTHER_PLAIN), nullptr);
     EXPECT_THAT(memory_calls(), ElementsAre("open A  suspended"));
@@ -242,8 +243,8 @@ TEST_F(GenProfileBinsBuffer, ACloseHandsTheLevelBackToTheParent)
     EXPECT_EQ(current_path(), "Fitter");
 }
 
-// B is open with plain flags behind the flush, but the last close left the level of the root, which is immediate.
-TEST_F(GenProfileBinsBuffer, TheLevelAfterAFlushIsWhatTheLastCloseLeftAlsoWithAnOpenBehindIt)
+// B is open with plain flags after the flush, but the last close left the level of the root, which is immediate.
+TEST_F(GenProfileBinsBuffer, TheLevelAfterAFlushIsWhatTheLastCloseLeftAlsoIfAnOpenFollows)
 {
     start();
     open_plain("Q");
@@ -529,7 +530,7 @@ TEST_F(GenProfileBinsOpen, EveryOpenOfAnEmptyNameMakesANewSilentBin)
     EXPECT_EQ(current_path(), "Fitter");
 }
 
-TEST_F(GenProfileBinsOpen, ABinBesideTheRootIsPossibleOnceTheRootIsClosed)
+TEST_F(GenProfileBinsOpen, ASecondRootIsPossibleOnceTheRootIsClosed)
 {
     start();
     GEN_PROFILE_BIN const *const root = current();
@@ -551,7 +552,7 @@ class GenProfileBinsAnnouncement : public ProfileBinsTest
 {
 };
 
-TEST_F(GenProfileBinsAnnouncement, TellsTheFiguresOfTheInterval)
+TEST_F(GenProfileBinsAnnouncement, ReportsTheFiguresOfTheInterval)
 {
     start();
     mem_fake_queue_close(MIB, 2 * MIB + MIB / 2, 3 * MIB + MIB / 4);
@@ -575,7 +576,7 @@ TEST_F(GenProfileBinsAnnouncement, TellsTheFiguresOfTheInterval)
                                          "MiB, Peak 7.00 MiB, Close 6.00 MiB")));
 }
 
-TEST_F(GenProfileBinsAnnouncement, TellsOneWallClockErrorWhateverHappened)
+TEST_F(GenProfileBinsAnnouncement, ReportsOneWallClockErrorWhateverHappened)
 {
     start();
     GEN_PROFILE_BINS::open("T", "A", ANNOUNCED);
@@ -633,7 +634,7 @@ TEST_F(GenProfileBinsAnnouncement, FiguresOfMemoryAreInSinglePrecision)
     EXPECT_THAT(lines[3], HasSubstr("(peak virtual memory 94190.055 MB elapsed time: "));
 }
 
-TEST_F(GenProfileBinsAnnouncement, StepsAreToldToTheUser)
+TEST_F(GenProfileBinsAnnouncement, StepsAreReportedToTheUser)
 {
     start();
     mem_fake_set_peak_virtual(MIB + MIB / 8);
@@ -653,7 +654,7 @@ TEST_F(GenProfileBinsAnnouncement, StepsAreToldToTheUser)
                                         "2.000 MB elapsed time: 1:01:01:01)")));
 }
 
-TEST_F(GenProfileBinsAnnouncement, AStepWithoutANameTellsItsStepLinesAlone)
+TEST_F(GenProfileBinsAnnouncement, AStepWithoutANameReportsItsStepLinesOnly)
 {
     start();
     open_step("", "Nameless");
@@ -677,8 +678,8 @@ TEST_F(GenProfileBinsAnnouncement, IsMadeByTheAnnounceBitAlone)
 
 TEST_F(GenProfileBinsAnnouncement, NothingGoesToTheStandardStreams)
 {
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    CapturedOutput output(StandardStream::OUTPUT);
+    CapturedOutput errors(StandardStream::ERROR_OUTPUT);
     start();
     open_step("A", "Label");
     GEN_PROFILE_BINS::open("T", "ignored", 0);
@@ -687,8 +688,8 @@ TEST_F(GenProfileBinsAnnouncement, NothingGoesToTheStandardStreams)
     close_bin();
     close_bin();
     GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(errors.text(), "");
+    EXPECT_EQ(output.text(), "");
 }
 
 // Steps.
@@ -842,7 +843,7 @@ TEST_F(GenProfileBinsCloseDeathTest, NeedsAnOpenBin)
 {
     start();
     close_bin();
-    EXPECT_EXIT(close_bin(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("bin != 0LL"));
+    EXPECT_EXIT(close_bin(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("bin != 0LL"));
 }
 
 TEST_F(GenProfileBinsCloseDeathTest, MustNameTheOpenBin)
@@ -853,7 +854,7 @@ TEST_F(GenProfileBinsCloseDeathTest, MustNameTheOpenBin)
     show_messages();
     for (char const *const name : {"A", "", "b", "B ", "B::"})
         EXPECT_EXIT(GEN_PROFILE_BINS::close(name), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                    tells_fault("Can't close bin"))
+                    dies_in_bins("Can't close bin"))
             << name;
     EXPECT_EXIT(GEN_PROFILE_BINS::close("A"), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 HasSubstr("Debug (GEN): Error: trying to close A but open bin is Fitter/A/B\n"));
@@ -865,7 +866,7 @@ TEST_F(GenProfileBinsCloseDeathTest, IsCheckedOnlyWhenItIsProcessed)
     open_plain("A");
     GEN_PROFILE_BINS::close("wrong");
     EXPECT_EQ(current_path(), "Fitter");
-    EXPECT_EXIT(flush_buffer(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("Can't close bin"));
+    EXPECT_EXIT(flush_buffer(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("Can't close bin"));
 }
 
 TEST_F(GenProfileBinsCloseDeathTest, OfABinItselfNeedsTheBinToBeCurrent)
@@ -875,16 +876,16 @@ TEST_F(GenProfileBinsCloseDeathTest, OfABinItselfNeedsTheBinToBeCurrent)
     GEN_PROFILE_BIN const *const a = open_now("A");
     GEN_PROFILE_BIN const *const b = open_now("B");
     EXPECT_EXIT(writable(a).close(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("GEN_PROFILE_BINS: Unable to close bin \"Fitter/A\".  Current open bin was "
-                            "\"Fitter/A/B\""));
+                dies_in_bins("GEN_PROFILE_BINS: Unable to close bin \"Fitter/A\".  Current open bin was "
+                             "\"Fitter/A/B\""));
     close_bin();
     EXPECT_EXIT(writable(b).close(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("GEN_PROFILE_BINS: Unable to close bin \"Fitter/A/B\".  Current open bin was "
-                            "\"Fitter/A\""));
+                dies_in_bins("GEN_PROFILE_BINS: Unable to close bin \"Fitter/A/B\".  Current open bin was "
+                             "\"Fitter/A\""));
     close_bin();
     close_bin();
     EXPECT_EXIT(writable(root).close(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("GEN_PROFILE_BINS: Unable to close bin \"Fitter\".  Current open bin was \"NULL\""));
+                dies_in_bins("GEN_PROFILE_BINS: Unable to close bin \"Fitter\".  Current open bin was \"NULL\""));
 }
 
 TEST_F(GenProfileBinsCloseDeathTest, OfABinItselfPassesItsNameWhenBinsAreSelectedByName)
@@ -896,7 +897,7 @@ TEST_F(GenProfileBinsCloseDeathTest, OfABinItselfPassesItsNameWhenBinsAreSelecte
     GEN_PROFILE_BIN const *const a = current();
     open_plain("B");
     writable(a).close();
-    EXPECT_EXIT(flush_buffer(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("Can't close bin"));
+    EXPECT_EXIT(flush_buffer(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("Can't close bin"));
 }
 
 TEST_F(GenProfileBinsCloseDeathTest, EventsAreDroppedWhileTheProcessGoesDown)
@@ -981,7 +982,7 @@ TEST_F(GenProfileBinsCloseRecursivelyDeathTest, ClosesTooManyOfTheBufferedOpens)
     GEN_PROFILE_BIN const *const root = current();
     open_plain("A");
     EXPECT_EXIT(GEN_PROFILE_BINS::close_recursively(root), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("bin != 0LL"));
+                dies_in_bins("bin != 0LL"));
 }
 
 TEST_F(GenProfileBinsCloseRecursivelyDeathTest, NeedsTheBinToBeOpen)
@@ -990,7 +991,7 @@ TEST_F(GenProfileBinsCloseRecursivelyDeathTest, NeedsTheBinToBeOpen)
     GEN_PROFILE_BIN const *const a = open_now("A");
     close_bin();
     EXPECT_EXIT(GEN_PROFILE_BINS::close_recursively(a), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("bin != 0LL"));
+                dies_in_bins("bin != 0LL"));
 }
 
 // Ignoring.
@@ -998,7 +999,7 @@ TEST_F(GenProfileBinsCloseRecursivelyDeathTest, NeedsTheBinToBeOpen)
 class GenProfileBinsIgnore : public ProfileBinsTest
 {
 protected:
-    // The message in which finalize tells the count.
+    // The message in which finalize reports the count.
     static std::string ignored(int count)
     {
         return std::to_string(count) +
@@ -1096,7 +1097,7 @@ TEST_F(GenProfileBinsIgnore, WarnsOfEachDroppedOpenIfItIsAskedTo)
                             debug("GEN", "Tried to open bin 'c' during ignored bin 'outer::one'")));
 }
 
-TEST_F(GenProfileBinsIgnore, TellsACountOfZeroToo)
+TEST_F(GenProfileBinsIgnore, ReportsACountOfZeroToo)
 {
     start();
     GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
@@ -1111,7 +1112,7 @@ TEST_F(GenProfileBinsIgnoreDeathTest, EndsAtTheImmediateLevelWithoutACurrentBin)
     close_bin();
     GEN_PROFILE_BINS::open("T", "ignored", 0);
     close_bin();
-    EXPECT_EXIT(close_bin(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("bin != 0LL"));
+    EXPECT_EXIT(close_bin(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("bin != 0LL"));
 }
 
 // The trace.
@@ -1124,15 +1125,13 @@ protected:
     template <typename ACTION>
     static std::string trace_of(ACTION action)
     {
-        testing::internal::CaptureStderr();
-        action();
-        return testing::internal::GetCapturedStderr();
+        return output_to(StandardStream::ERROR_OUTPUT, action);
     }
 
     static void start_primary() { GEN_PROFILE_BINS::initialize("Fitter", /*primary=*/true, /*debug_messages=*/false); }
 };
 
-TEST_F(GenProfileBinsTrace, TellsOpensAndClosesIndented)
+TEST_F(GenProfileBinsTrace, ReportsOpensAndClosesIndented)
 {
     EXPECT_EQ(trace_of([] {
                   start_primary();
@@ -1153,7 +1152,7 @@ TEST_F(GenProfileBinsTrace, TellsOpensAndClosesIndented)
               "on_close: open bin is 'Fitter', asked to close 'NULL' with flags 7fffffff\n");
 }
 
-TEST_F(GenProfileBinsTrace, TellsBufferedClosesWhenTheyAreProcessed)
+TEST_F(GenProfileBinsTrace, ReportsBufferedClosesWhenTheyAreProcessed)
 {
     EXPECT_EQ(trace_of([] {
                   start_primary();
@@ -1168,7 +1167,7 @@ TEST_F(GenProfileBinsTrace, TellsBufferedClosesWhenTheyAreProcessed)
               "      on_close: open bin is 'A', asked to close 'NULL' with flags 1\n");
 }
 
-TEST_F(GenProfileBinsTrace, TellsOfIgnoringOnlyItsStart)
+TEST_F(GenProfileBinsTrace, ReportsOnlyTheStartOfIgnoring)
 {
     EXPECT_EQ(trace_of([] {
                   start_primary();
@@ -1184,7 +1183,7 @@ TEST_F(GenProfileBinsTrace, TellsOfIgnoringOnlyItsStart)
     EXPECT_TRUE(m_messages.has("Tried to open bin 'A' during ignored bin 'ignored'")); // comes with the trace
 }
 
-TEST_F(GenProfileBinsTrace, TellsTheFlagsOfTheBinAndNotOfTheEvent)
+TEST_F(GenProfileBinsTrace, ReportsTheFlagsOfTheBinAndNotOfTheEvent)
 {
     EXPECT_EQ(trace_of([] {
                   start_primary();

@@ -1,4 +1,4 @@
-// A fault that is found while the buffer is flushed in front of another event: in a customer build that event has no
+// A fault that is found while the buffer is flushed before another event: in a customer build that event has no
 // effect any more.
 #include "gen_flow_sys.h"
 #include "tests/support/profile_bins.h"
@@ -9,7 +9,7 @@ using testing::ExitedWithCode;
 class GenProfileBinsFlushFaultDeathTest : public ProfileBinsTest
 {
 protected:
-    // Leaves a fault in the buffer, behind an open.
+    // Leaves a fault in the buffer, after an open.
     void start_with_fault()
     {
         start();
@@ -17,7 +17,7 @@ protected:
         GEN_PROFILE_BINS::close("wrong");
     }
 
-    // What the calls of the fault itself leave behind.
+    // The state after the calls of the fault itself.
     void expect_silence_behind_the_fault()
     {
         EXPECT_THAT(memory_calls(), ElementsAre("open A  suspended"));
@@ -26,7 +26,7 @@ protected:
     }
 };
 
-TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNothingBehindIt)
+TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNothingAfterIt)
 {
     struct Case
     {
@@ -41,7 +41,7 @@ TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNothingBehindIt)
     start_with_fault();
     if (!gen_debug_is_customer_build()) {
         for (Case const &c : CASES)
-            EXPECT_EXIT(c.call(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("Can't close bin")) << c.name;
+            EXPECT_EXIT(c.call(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("Can't close bin")) << c.name;
         return;
     }
     for (Case const &c : CASES) { // only the first finds the fault
@@ -51,14 +51,14 @@ TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNothingBehindIt)
     }
 }
 
-TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNoneOfTheEventsBehindItInTheBuffer)
+TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNoneOfTheLaterEventsInTheBuffer)
 {
     start_with_fault();
     GEN_PROFILE_BINS::open("T", "B", PLAIN);
     GEN_PROFILE_BINS::close(nullptr);
     if (!gen_debug_is_customer_build()) {
         EXPECT_EXIT(GEN_PROFILE_BINS::open("T", "C", IMMEDIATE), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                    tells_fault("Can't close bin"));
+                    dies_in_bins("Can't close bin"));
         return;
     }
     GEN_PROFILE_BINS::open("T", "C", IMMEDIATE);

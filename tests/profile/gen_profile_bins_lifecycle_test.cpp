@@ -1,4 +1,5 @@
 // The profile bins from initialize to finalize, and again: configuration, order of the steps, faults.
+#include "tests/support/captured_output.h"
 #include "tests/support/profile_bins.h"
 #include "tests/support/temp_dir.h"
 
@@ -138,7 +139,7 @@ TEST_F(GenProfileBinsInitialize, DecidesAboutTheReportFiles)
     }
 }
 
-TEST_F(GenProfileBinsInitialize, ReportFilesCanBeSwitchedOffBehindIt)
+TEST_F(GenProfileBinsInitialize, ReportFilesCanBeSwitchedOffAfterIt)
 {
     TempDir const dir;
     CurrentDirectory const here(dir.path());
@@ -170,7 +171,7 @@ TEST_F(GenProfileBinsInitialize, WarningsAreAskedForByTheirKeyOrComeWithTheTrace
     for (Case const &c : CASES) {
         mem_cfg_set("show_ignored_bin_warnings", c.warnings);
         mem_cfg_set("debug_gen_bins", c.trace);
-        testing::internal::CaptureStderr();
+        CapturedOutput errors(StandardStream::ERROR_OUTPUT);
         GEN_PROFILE_BINS::initialize("Fitter", c.primary, /*debug_messages=*/false);
         m_messages.clear();
         GEN_PROFILE_BINS::open("T", "outer", 0);
@@ -181,7 +182,7 @@ TEST_F(GenProfileBinsInitialize, WarningsAreAskedForByTheirKeyOrComeWithTheTrace
         close_bin();
         GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
         bool const is_traced = c.trace != nullptr && c.primary;
-        EXPECT_EQ(testing::internal::GetCapturedStderr().empty(), !is_traced);
+        EXPECT_EQ(errors.text().empty(), !is_traced);
     }
 }
 
@@ -226,9 +227,9 @@ class GenProfileBinsInitializeDeathTest : public ProfileBinsTest
 TEST_F(GenProfileBinsInitializeDeathTest, TwiceWithoutFinalizeIsAnInternalError)
 {
     start();
-    EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("GEN_PB_IMPL::get_root_bin() == 0LL"));
+    EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("GEN_PB_IMPL::get_root_bin() == 0LL"));
     close_bin();
-    EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("GEN_PB_IMPL::get_root_bin() == 0LL"));
+    EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("GEN_PB_IMPL::get_root_bin() == 0LL"));
 }
 
 TEST_F(GenProfileBinsInitializeDeathTest, BadExpressionsAreInternalErrors)
@@ -237,7 +238,7 @@ TEST_F(GenProfileBinsInitializeDeathTest, BadExpressionsAreInternalErrors)
         for (char const *const expression : {"(", "[a", "*a", "a{2,1}", "a)"}) {
             mem_cfg_set(key, expression);
             EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                        tells_fault("Error compiling regular expression \"" + std::string(expression) + "\""))
+                        dies_in_bins("Error compiling regular expression \"" + std::string(expression) + "\""))
                 << key << ' ' << expression;
         }
         mem_cfg_set(key, nullptr);
@@ -250,16 +251,16 @@ TEST_F(GenProfileBinsInitializeDeathTest, LongBadExpressionsAreCut)
     std::string const start_of_text = "Error compiling regular expression \"";
     mem_cfg_set("gen_mem_fileline_profile_bin", ("(" + std::string(5000, 'a')).c_str());
     EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault(start_of_text + "(" + std::string(TEXT_SIZE - start_of_text.size() - 1, 'a')));
+                dies_in_bins(start_of_text + "(" + std::string(TEXT_SIZE - start_of_text.size() - 1, 'a')));
 }
 
 TEST_F(GenProfileBinsInitializeDeathTest, ThereAreNoHooks)
 {
     EXPECT_EXIT(GEN_PROFILE_BINS::check_make_tracq_equal_1_performed(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault(NO_HOOKS));
+                dies_in_bins(NO_HOOKS));
     for (char const *const key : {"gen_tracq_profile_bin", "gen_tracq_profile_tag"}) {
         mem_cfg_set(key, "A");
-        EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault(NO_HOOKS)) << key;
+        EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins(NO_HOOKS)) << key;
         mem_cfg_set(key, nullptr);
     }
 }
@@ -268,20 +269,20 @@ TEST_F(GenProfileBinsInitializeDeathTest, ReadsTheKeysOfHooksFirstAndBothOfThem)
 {
     mem_cfg_set("gen_tracq_profile_bin", "A");
     mem_cfg_set("gen_mem_fileline_profile_bin", "(third");
-    EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault(NO_HOOKS));
+    EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins(NO_HOOKS));
     mem_cfg_set("gen_tracq_profile_tag", "(second");
     EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("Error compiling regular expression \"(second\""));
+                dies_in_bins("Error compiling regular expression \"(second\""));
     mem_cfg_set("gen_tracq_profile_bin", "(first");
     EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("Error compiling regular expression \"(first\""));
+                dies_in_bins("Error compiling regular expression \"(first\""));
 }
 
 class GenProfileBinsFinalize : public ProfileBinsTest
 {
 };
 
-TEST_F(GenProfileBinsFinalize, ClosesTheRootAndTellsTheEnd)
+TEST_F(GenProfileBinsFinalize, ClosesTheRootAndReportsTheEnd)
 {
     start();
     GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
@@ -316,7 +317,7 @@ TEST_F(GenProfileBinsFinalize, FlushesTheCloseOfTheRoot)
     EXPECT_EQ(m_messages.lines().back(), NONE_IGNORED);
 }
 
-TEST_F(GenProfileBinsFinalize, TellsTheTimeItTook)
+TEST_F(GenProfileBinsFinalize, ReportsTheTimeItTook)
 {
     start();
     close_bin();
@@ -409,13 +410,13 @@ class GenProfileBinsFinalizeDeathTest : public ProfileBinsTest
 TEST_F(GenProfileBinsFinalizeDeathTest, NeedsAnInitializedSystem)
 {
     EXPECT_EXIT(GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("l_gen_pb_thread == thr_thread_self()"));
+                dies_in_bins("l_gen_pb_thread == thr_thread_self()"));
     EXPECT_EXIT(GEN_PROFILE_BINS::force_finalize("Fitter"), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("l_gen_pb_thread == thr_thread_self()"));
+                dies_in_bins("l_gen_pb_thread == thr_thread_self()"));
     start();
     GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
     EXPECT_EXIT(GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/false), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("l_gen_pb_thread == thr_thread_self()"));
+                dies_in_bins("l_gen_pb_thread == thr_thread_self()"));
 }
 
 TEST_F(GenProfileBinsFinalizeDeathTest, NeedsTheThreadThatInitialized)
@@ -423,7 +424,7 @@ TEST_F(GenProfileBinsFinalizeDeathTest, NeedsTheThreadThatInitialized)
     start();
     close_bin();
     EXPECT_EXIT(std::thread([] { GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/false); }).join(),
-                ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("l_gen_pb_thread == thr_thread_self()"));
+                ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("l_gen_pb_thread == thr_thread_self()"));
 }
 
 TEST_F(GenProfileBinsFinalizeDeathTest, NeedsClosedBins)
@@ -431,17 +432,17 @@ TEST_F(GenProfileBinsFinalizeDeathTest, NeedsClosedBins)
     constexpr char const *OPEN_BIN = "GEN_PB_IMPL::get_current_bin() == 0LL";
     start();
     EXPECT_EXIT(GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/false), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault(OPEN_BIN));
+                dies_in_bins(OPEN_BIN));
     open_now("A");
     EXPECT_EXIT(GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault(OPEN_BIN));
+                dies_in_bins(OPEN_BIN));
     // While ignoring, a close ends the ignoring and nothing else.
     close_bin();
     GEN_PROFILE_BINS::open("T", "ignored", 0);
     EXPECT_EXIT(GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault(OPEN_BIN));
+                dies_in_bins(OPEN_BIN));
     EXPECT_EXIT(GEN_PROFILE_BINS::force_finalize("Fitter"), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault(OPEN_BIN));
+                dies_in_bins(OPEN_BIN));
 }
 
 // Ignoring lasts beyond finalize, and then the open of the next root is ignored too.
@@ -455,8 +456,8 @@ TEST_F(GenProfileBinsFinalizeDeathTest, NeedsARoot)
     start("Second");
     EXPECT_EQ(gen_profile_bin_get_current_bin(), nullptr);
     EXPECT_EXIT(GEN_PROFILE_BINS::finalize("Second", /*close_root=*/false), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells_fault("root != 0LL"));
-    EXPECT_EXIT(start("Third"), ExitedWithCode(INTERNAL_ERROR_STATUS), tells_fault("l_gen_pb_thread == 0LL"));
+                dies_in_bins("root != 0LL"));
+    EXPECT_EXIT(start("Third"), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_bins("l_gen_pb_thread == 0LL"));
 }
 
 class GenProfileBinsAgain : public ProfileBinsTest
@@ -536,7 +537,7 @@ TEST_F(GenProfileBinsAgain, ReadsTheConfigurationAnew)
     EXPECT_THAT(m_messages.lines(), IsEmpty());
 }
 
-// Without the expression of the first time a bin closes by no name again, and so takes what waits behind it.
+// Without the expression of the first time a bin closes by no name again, and so takes the events that wait after it.
 TEST_F(GenProfileBinsAgain, DropsTheExpressions)
 {
     mem_cfg_set("gen_mem_fileline_profile_bin", "A");

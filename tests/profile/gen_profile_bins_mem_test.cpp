@@ -52,7 +52,7 @@ protected:
         mem_fake_clear_log();
     }
 
-    // What the tracker was asked since the last forget(), the opens and closes of bins left out.
+    // The calls of the tracker since the last forget(), the opens and closes of bins left out.
     static std::vector<std::string> calls()
     {
         std::vector<std::string> calls = mem_fake_log();
@@ -167,7 +167,7 @@ TEST_F(GenFlowStages, BeginAtTheirNextRowAlone)
     }
 }
 
-// The expression wants something in front of the name.
+// The expression requires some text before the name.
 TEST_F(GenFlowStages, DoNotBeginAtTheRoot)
 {
     GEN_PROFILE_BINS::initialize("Placer", /*primary=*/true, /*debug_messages=*/false);
@@ -178,7 +178,7 @@ TEST_F(GenFlowStages, DoNotBeginAtTheRoot)
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(GenFlowStages, LeaveTheirLogsBehind)
+TEST_F(GenFlowStages, LeaveTheirLogs)
 {
     mem_enable_tracking(BOTH);
     start();
@@ -227,7 +227,7 @@ TEST_F(GenFlowStages, GoOnWithoutFiles)
     EXPECT_THAT(m_messages.lines(), ElementsAre(message_of("prefit")));
 }
 
-// The table stands, and the last stage of one run is the present one of the next.
+// The table stays, and the last stage of one run is the present one of the next.
 TEST_F(GenFlowStages, OutliveTheBins)
 {
     start();
@@ -252,7 +252,7 @@ TEST_F(GenFlowStages, NeedAMainOrTalkativeProcess)
     EXPECT_THAT(calls(), ElementsAre("disable labels", "label placer"));
 }
 
-// A nameless bin begins no stage, and what is opened behind a closed root is no part of the flow.
+// A nameless bin begins no stage, and bins that are opened after a closed root are no part of the flow.
 TEST_F(GenFlowStages, BeginAtNamedBinsOfTheFlow)
 {
     start();
@@ -274,7 +274,7 @@ TEST_F(GenProfileBinsMem, WritesNoStageLogsWithTheKeyOff)
     EXPECT_THAT(files(), IsEmpty());
 }
 
-// What is in a stage's bin doesn't match by the bin's name.
+// The bins in a stage's bin don't match by that bin's name.
 TEST_F(GenFlowStages, AreNotBegunAgainInside)
 {
     start();

@@ -195,7 +195,7 @@ TEST_F(GenProfileBinsReport, OfANamelessRootShowsWhatIsBelow)
                                 NO_OVERHEAD));
 }
 
-TEST_F(GenProfileBinsReport, TellsClockErrors)
+TEST_F(GenProfileBinsReport, ReportsClockErrors)
 {
     start_bins("Fitter");
     gen_os_fake_set_clocks(100 * CPU_SEC, 100 * TICK_SEC);
@@ -233,7 +233,7 @@ TEST_F(GenProfileBinsReport, MakesRoomForLargeFigures)
                                 NO_OVERHEAD));
 }
 
-TEST_F(GenProfileBinsReport, TellsTheOverhead)
+TEST_F(GenProfileBinsReport, ReportsTheOverhead)
 {
     gen_os_fake_set_clock_steps(CPU_SEC / 10, TICK_SEC / 5);
     start_bins("Fitter");
@@ -242,7 +242,7 @@ TEST_F(GenProfileBinsReport, TellsTheOverhead)
     run_bin("a", 2 * CPU_SEC, 3 * TICK_SEC);
     m_recorder.clear();
     // The root's own opening 0.1 s, the child's 0.1 s, and the difference of outside and inside once; of ticks twice.
-    // What the start itself took after the calibration, one step, is in the root.
+    // The time of the start itself after the calibration, one step, is in the root.
     std::string const file = finish();
     EXPECT_THAT(file, testing::EndsWith(as_file("\tFitter::OTHER\n\nEstimated bin overhead was 0.3s (0.6s WC)\n")));
     EXPECT_EQ(m_recorder.lines()[1], "Overhead for bin Fitter is 0.3s (0.6s WC)");
@@ -350,7 +350,7 @@ TEST_F(GenProfileBinsReport, OfASubtreeMayBeWrittenWhileTheRootIsOpen)
     EXPECT_THAT(dump_to_file(a, /*collect_tags=*/true), testing::HasSubstr("     2\t        2.00\t"));
 }
 
-TEST_F(GenProfileBinsReport, ASecondOneTellsTheOverheadAgain)
+TEST_F(GenProfileBinsReport, ASecondOneReportsTheOverheadAgain)
 {
     GEN_PROFILE_BIN *const root = start_bins("R");
     run_bin("a", CPU_SEC, TICK_SEC);
@@ -560,7 +560,7 @@ void move_clock(MEM_MSG_KIND, char const *, char const *text, void *context)
 
 struct DurationCase
 {
-    char const *text; // while this is said the time passes
+    char const *text; // the time passes while this is written
     bool is_covered;
 };
 constexpr DurationCase DURATION_CASES[] = {
@@ -570,7 +570,7 @@ constexpr DurationCase DURATION_CASES[] = {
     {"Dumping bins took", false},
 };
 
-TEST_F(GenProfileBinsReport, TellsHowLongItTookTogetherWithTheDeletion)
+TEST_F(GenProfileBinsReport, ReportsHowLongItTookTogetherWithTheDeletion)
 {
     for (DurationCase const &c : DURATION_CASES) {
         start_bins("R");
@@ -610,7 +610,7 @@ TEST_F(GenProfileBinsDebugReport, IsATree)
          {DEBUG_HEADER,
           "     1        11.00       26.00            0           11.00            0.00          0.00           0.00 "
           "Fitter",
-          // No line for the bin without a name, which stands first; its child is two steps in.
+          // No line for the bin without a name, which is first; its child is two steps in.
           "     1         0.00        1.00            0            0.00            0.00          0.00           0.00 "
           "| | Deep",
           "     1         0.00        0.00            0            0.00            0.00          0.00           0.00 "

@@ -9,6 +9,7 @@
 #include "tests/support/platform.h"
 #include "tests/support/profile_bins_script.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,7 +23,7 @@ constexpr std::int64_t CPU_SEC = 1000000;
 constexpr std::int64_t TICK_SEC = 10000000; // at 10 MHz
 constexpr std::size_t MIB = std::size_t{1024} * 1024;
 
-// A bin of a flow with its tag, what it takes itself, and the bins in it.
+// A bin of a flow with its tag, its own time, and the bins in it.
 struct Stage
 {
     char const *name;
@@ -71,12 +72,6 @@ std::string file_of(std::vector<Row> const &rows)
         text += line;
     }
     return text + "\nEstimated bin overhead was 0.0s (0.0s WC)\n";
-}
-
-std::string without_carriage_returns(std::string text)
-{
-    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-    return text;
 }
 
 class GenProfileBinsTagged : public testing::Test

@@ -1,6 +1,7 @@
 // The profile bins as tools use them, over the real system: guards, reports, and threads that the bins don't belong to.
 #include "gen_profile_bins_sys.h"
 
+#include "tests/support/internal_error.h"
 #include "tests/support/message_recorder.h"
 #include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
@@ -52,7 +53,7 @@ GEN_PROFILE_BIN &writable(GEN_PROFILE_BIN const *bin)
     return *const_cast<GEN_PROFILE_BIN *>(bin);
 }
 
-// Every operation that has no effect where the bins don't belong to the caller. A text tells what did have one.
+// Every operation that has no effect where the bins don't belong to the caller. The text names what did have one.
 std::string use_without_effect(GEN_PROFILE_BIN const *bin)
 {
     if (GEN_PROFILE_BINS::open("T", "X", IMMEDIATE) != nullptr || GEN_PROFILE_BINS::open("T", "X", 0) != nullptr ||
@@ -278,7 +279,7 @@ TEST(GenProfilerDeathTest, ClosesByName)
             GEN_PROFILER const guard("T", "A", IMMEDIATE);
             GEN_PROFILE_BINS::open("T", "B", IMMEDIATE);
         },
-        ExitedWithCode(3), AllOf(HasSubstr("Can't close bin"), HasSubstr("gen/gen_profile_bins")));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with("Can't close bin", "gen_profile_bins*"));
 }
 
 TEST(GenProfilerDeathTest, CanBeCopiedOnce)
@@ -286,9 +287,8 @@ TEST(GenProfilerDeathTest, CanBeCopiedOnce)
     start();
     GEN_PROFILER const first("T", "A", IMMEDIATE);
     GEN_PROFILER const second(first);
-    EXPECT_EXIT(GEN_PROFILER{first}, ExitedWithCode(3),
-                AllOf(HasSubstr("Internal error: other.m_is_orig\n"), HasSubstr("Library: GEN"),
-                      HasSubstr("h/gen_profile_bins_sys")));
+    EXPECT_EXIT(GEN_PROFILER{first}, ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_in_source("other.m_is_orig", "h/gen_profile_bins_sys.h"));
 }
 
 // The whole of it.

@@ -11,7 +11,7 @@ struct ChildResult
     std::string output; ///< what it wrote to both standard streams, with "\n" as line end
 };
 
-/// A program that runs beside this process, with its environment and its current directory.
+/// A program that runs at the same time as this process, with its environment and its current directory.
 class ChildProcess
 {
 public:

@@ -10,11 +10,11 @@ struct DebuggedRun
     int breaks = -1;
     /// Exit status; -1 if it ended in another way.
     int status = -1;
-    /// What it told its debugger by the debug channel of Windows; empty elsewhere.
-    std::string told;
+    /// Its output on the debug channel of Windows; empty elsewhere.
+    std::string debug_output;
 };
 
-/// Runs this executable again with one argument, and lets it go on behind every break.
+/// Runs this executable again with one argument, and continues it after every break.
 DebuggedRun run_under_debugger(char const *argument);
 
 #endif

@@ -19,7 +19,7 @@ DWORD answer_to(DEBUG_EVENT const &event)
 }
 
 // The text stays in the process; its terminator is counted.
-std::string told_text(HANDLE process, OUTPUT_DEBUG_STRING_INFO const &info)
+std::string debug_text(HANDLE process, OUTPUT_DEBUG_STRING_INFO const &info)
 {
     std::string text(info.nDebugStringLength, '\0');
     SIZE_T size = 0;
@@ -48,7 +48,7 @@ DebuggedRun run_under_debugger(char const *argument)
         if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT)
             run.status = static_cast<int>(event.u.ExitProcess.dwExitCode);
         if (event.dwDebugEventCode == OUTPUT_DEBUG_STRING_EVENT)
-            run.told += told_text(process.hProcess, event.u.DebugString);
+            run.debug_output += debug_text(process.hProcess, event.u.DebugString);
         ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer_to(event));
         if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT)
             break;

@@ -1,5 +1,5 @@
-// A scripted file system under zel_fio, for tests that count what is asked of it or need answers that no real one gives
-// on demand. It tells cases apart.
+// A scripted file system under zel_fio, for tests that count its calls or need results that no real one gives
+// on demand. It distinguishes case.
 #ifndef TESTS_SUPPORT_FIO_OS_FAKE_H
 #define TESTS_SUPPORT_FIO_OS_FAKE_H
 
@@ -9,7 +9,8 @@
 
 struct FIO_FAKE
 {
-    /// What is there: paths as they are asked for, directories without a slash at the end; whether each is a directory.
+    /// The entries that exist: paths as they are passed, directories without a slash at the end; whether each is a
+    /// directory.
     std::map<std::string, bool> entries;
     std::string current_directory = "/current";
     /// The questions in order, each with its path: "exists /a", "is_regular /a/b.v", "list /a/", "status /a",

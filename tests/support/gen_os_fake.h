@@ -1,4 +1,4 @@
-// A scripted operating system under the library, for tests that must know every answer. One script per process.
+// A scripted operating system under the library, for tests that must know every value. One script per process.
 #ifndef TESTS_SUPPORT_GEN_OS_FAKE_H
 #define TESTS_SUPPORT_GEN_OS_FAKE_H
 
@@ -9,7 +9,7 @@
 
 /// The next CPU reading, in microseconds, and counter reading, in ticks of 10 MHz unless set otherwise.
 GEN_API void gen_os_fake_set_clocks(std::uint64_t cpu_usec, std::uint64_t ticks);
-/// What each reading adds to its clock for the next one; 0 at start.
+/// The step that each reading adds to its clock for the next one; 0 at start.
 GEN_API void gen_os_fake_set_clock_steps(std::uint64_t cpu_usec, std::uint64_t ticks);
 /// Moves both clocks on, or back by negative values.
 GEN_API void gen_os_fake_advance(std::int64_t cpu_usec, std::int64_t ticks);
@@ -17,7 +17,7 @@ GEN_API void gen_os_fake_advance(std::int64_t cpu_usec, std::int64_t ticks);
 GEN_API std::uint64_t gen_os_fake_reading_count();
 GEN_API void gen_os_fake_set_frequency(std::uint64_t ticks_per_second);
 
-/// Which questions the system answers; all but the job's at start.
+/// The queries that succeed; at start all but the job's.
 struct gen_os_fake_answers
 {
     bool counter = true;
@@ -25,7 +25,8 @@ struct gen_os_fake_answers
     bool job_cpu = false;
     bool process_cpu = true;
     bool process_cpu_sum = true;
-    bool cpu_sum_and_counter = true; ///< in one question; not beside a job's figures, nor without either of the two
+    bool cpu_sum_and_counter =
+        true; ///< in one question; not together with a job's figures, nor without either of the two
     bool local_time = true;
     bool executable_path = true;
 };
@@ -34,20 +35,20 @@ GEN_API void gen_os_fake_set_answers(gen_os_fake_answers const &answers);
 /// The split figures of the job and of the process, in units of 100 ns.
 GEN_API void gen_os_fake_set_job_cpu(std::uint64_t user, std::uint64_t kernel);
 GEN_API void gen_os_fake_set_process_cpu(std::uint64_t user, std::uint64_t kernel);
-/// How often the process's were asked for.
+/// How often the process's were read.
 GEN_API std::uint64_t gen_os_fake_split_reading_count();
 
 /// The calendar; local time is UTC.
 GEN_API void gen_os_fake_set_calendar_msec(std::int64_t msec);
 
-/// An empty path: the system has no answer.
+/// With an empty path the query fails.
 GEN_API void gen_os_fake_set_executable_path(char const *path);
 GEN_API void gen_os_fake_set_library_path(char const *path);
 GEN_API void gen_os_fake_set_case_matters(bool case_matters);
 
 /// How many reservations of address space succeed before the first one fails; all at start.
 GEN_API void gen_os_fake_set_reservation_limit(std::size_t count);
-/// How many were asked for.
+/// How many were requested.
 GEN_API std::size_t gen_os_fake_reservation_count();
 
 /// The last write of a private profile string, by the pointers that came, and what the next ones give; 0 at start.
@@ -65,10 +66,10 @@ GEN_API void gen_os_fake_set_profile_result(int result);
 GEN_API void gen_os_fake_set_temp_file_names(char const *names);
 /// The requests for temporary files since then, a line each: the directory, "|" and the prefix; valid until the next.
 GEN_API char const *gen_os_fake_temp_file_requests();
-/// The directory for temporary files; at start and if empty, the system has no answer.
+/// The directory for temporary files; at start and if empty, the query fails.
 GEN_API void gen_os_fake_set_temp_directory(char const *path);
 
-/// What came through the debug channel so far; valid until the next text.
+/// The output on the debug channel so far; valid until the next text.
 GEN_API char const *gen_os_fake_debug_output();
 
 #endif

@@ -1,4 +1,4 @@
-// Scripted answers about the host, for tests that must know every one. One script per process.
+// Scripted facts of the host, for tests that must know every one. One script per process.
 #ifndef TESTS_SUPPORT_GEN_OS_HOST_FAKE_H
 #define TESTS_SUPPORT_GEN_OS_HOST_FAKE_H
 
@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-/// What the system answers; a question without a value has no answer. Nothing at start.
+/// The values of the system; a query without a value fails. No query has one at start.
 struct gen_os_host_fake_script
 {
     struct memory_facts

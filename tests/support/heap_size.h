@@ -1,4 +1,4 @@
-// What the platform's heap has given for a block, by its own account.
+// The size of a block as the platform's heap itself reports it.
 #ifndef TESTS_SUPPORT_HEAP_SIZE_H
 #define TESTS_SUPPORT_HEAP_SIZE_H
 

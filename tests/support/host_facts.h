@@ -1,4 +1,4 @@
-// What the system's own tools and calls tell about the host, for comparison.
+// The facts of the host as the system's own tools and calls report them, for comparison.
 #ifndef TESTS_SUPPORT_HOST_FACTS_H
 #define TESTS_SUPPORT_HOST_FACTS_H
 
@@ -7,7 +7,7 @@
 
 std::string host_facts_host_name();
 std::string host_facts_user_name();
-/// Name and version of the distribution; empty where systems are told apart otherwise, or if it has none.
+/// Name and version of the distribution; empty where systems are distinguished in another way, or if it has none.
 std::string host_facts_distribution_name();
 std::string host_facts_distribution_version();
 /// In bytes.

@@ -34,7 +34,7 @@ public:
     }
 
     std::filesystem::path const &tool() const { return m_tool; }
-    /// The installation's root; what lies beside it is in dir() too.
+    /// The installation's root; its neighbours are in dir() too.
     std::string root() const { return m_dir.text("suite/"); }
     TempDir const &dir() const { return m_dir; }
 
@@ -49,7 +49,7 @@ private:
     std::filesystem::path m_tool;
 };
 
-/// What the probe tells: the text behind the "=" of each line, by the word in front of it.
+/// The output of the probe: the text after the "=" of each line, by the word before it.
 inline std::map<std::string, std::string> probe(std::filesystem::path const &tool, std::string const &arguments = "")
 {
     ChildResult const result = run_child(tool.string(), arguments);
@@ -61,7 +61,7 @@ inline std::map<std::string, std::string> probe(std::filesystem::path const &too
     return lines;
 }
 
-/// What the probe tells from where it was built.
+/// The output of the probe that lies where it was built.
 inline std::map<std::string, std::string> probe_foreign()
 {
     std::string path = gen_get_module_path(); // where Windows looks for the libraries

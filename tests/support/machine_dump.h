@@ -1,4 +1,4 @@
-// A machine as its processors describe it, read from a text; tests/data/cpuid/README.md tells the format.
+// A machine as its processors describe it, read from a text; tests/data/cpuid/README.md describes the format.
 #ifndef TESTS_SUPPORT_MACHINE_DUMP_H
 #define TESTS_SUPPORT_MACHINE_DUMP_H
 

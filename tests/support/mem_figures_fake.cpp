@@ -164,7 +164,7 @@ std::size_t mem_fake_counted_releases()
     return l_counted_releases;
 }
 
-// The functions that the fake stands for.
+// The functions that the fake replaces.
 
 std::size_t MEM_MANAGER::current_total_memory()
 {

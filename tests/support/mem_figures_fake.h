@@ -1,5 +1,5 @@
-// Scripted figures of zel_mem: tests link zel_mem_fake, whose memory facts and tracking answer what a test sets here,
-// and which keeps a log of the calls. Any thread may call; the script is one for the process.
+// Scripted figures of zel_mem: tests link zel_mem_fake, whose memory facts and tracking return the values that a test
+// sets here, and which keeps a log of the calls. Any thread may call; the script is one for the process.
 #ifndef TESTS_SUPPORT_MEM_FIGURES_FAKE_H
 #define TESTS_SUPPORT_MEM_FIGURES_FAKE_H
 
@@ -12,14 +12,14 @@
 /// Back to the start: all figures 0, nothing queued, nothing enabled, no log. Living suspension scopes stay counted.
 MEM_API void mem_fake_reset();
 
-// What the memory facts answer, in bytes.
+// The memory facts, in bytes.
 
 MEM_API void mem_fake_set_working_set(std::size_t bytes);
 MEM_API void mem_fake_set_peak_working_set(std::size_t bytes);
 MEM_API void mem_fake_set_peak_virtual(std::size_t bytes);
 MEM_API void mem_fake_set_current_total(std::size_t bytes);
 
-// What tracking answers.
+// The results of tracking.
 
 /// The figures that a close of a profile bin gives: those queued for its tag, in the order of queueing, else those
 /// queued for any tag, else zeros.
@@ -27,14 +27,14 @@ MEM_API void mem_fake_queue_close(std::size_t open_bytes, std::size_t close_byte
 MEM_API void mem_fake_queue_close_of_tag(std::string const &tag, std::size_t open_bytes, std::size_t close_bytes,
                                          std::size_t peak_bytes);
 
-/// What mem_get_tbb_memory_tracking_enabled() answers.
+/// The result of mem_get_tbb_memory_tracking_enabled().
 MEM_API void mem_fake_set_tbb_tracking_enabled(bool enabled);
 
-/// What a dump writes into its stream; it then answers true. `dump` is its word in the log, "module" the first
+/// The text that a dump writes into its stream; it then returns true. `dump` is its word in the log, "module" the first
 /// and "module details" the second stream of the dump by module. An empty text is as none.
 MEM_API void mem_fake_set_dump(std::string const &dump, std::string const &text);
 
-// What was called.
+// The calls so far.
 
 /// One line a call, in order:
 ///
@@ -43,15 +43,15 @@ MEM_API void mem_fake_set_dump(std::string const &dump, std::string const &text)
 ///     dump fileline          dump subsystem        dump bin stats          dump tag stats
 ///     dump module            tbb enabled?          enabled? <granularity>
 ///
-/// " suspended" stands behind a call on a thread with a living suspension scope, where it is of an open or a close.
-/// The blank in front of an empty tag stays: "open A ", "close ".
+/// " suspended" follows a call on a thread with a living suspension scope, where it is of an open or a close.
+/// The blank before an empty tag stays: "open A ", "close ".
 MEM_API std::vector<std::string> mem_fake_log();
 MEM_API void mem_fake_clear_log();
 
 /// The living suspension scopes of the calling thread.
 MEM_API int mem_fake_suspensions();
 
-/// The bytes that mem_count_allocation() and mem_count_release() were told on any thread, each summed up.
+/// The sums of the bytes that mem_count_allocation() and mem_count_release() received on any thread.
 MEM_API std::size_t mem_fake_counted_allocations();
 MEM_API std::size_t mem_fake_counted_releases();
 

@@ -1,4 +1,4 @@
-// A stand-in for zel_mem under the sources of the process frame. It writes down how it is called, and sees what stands
+// A stand-in for zel_mem under the sources of the process frame. It records its calls, and sees what exists
 // of the library's state when the first and the last of its static objects is built and released.
 #ifndef TESTS_SUPPORT_MEM_RECORDER_H
 #define TESTS_SUPPORT_MEM_RECORDER_H
@@ -11,9 +11,9 @@ struct MEM_RECORD
     /// The calls in order: "MEM_INITIALIZER <module>", "callback <name>", "is_on <key>", "debug <module> <format>
     /// <argument>".
     std::vector<std::string> calls;
-    /// Whether the path state stood already when the initialiser was built.
+    /// Whether the path state existed already when the initialiser was built.
     bool state_before_initializer = false;
-    /// Whether it stood when a static of a source file behind the library's in link order was built.
+    /// Whether it existed when a static of a source file after the library's in link order was built.
     bool state_before_last_static = false;
     /// The value of KALVERN_ROOTDIR when the first callback was handed over.
     std::string rootdir_at_first_callback;
@@ -24,7 +24,7 @@ struct MEM_RECORD
     std::string (*get_module_filename)() = nullptr;
     char const *(*get_project_output_directory)() = nullptr;
 
-    /// What mem_cfg_is_on() answers.
+    /// The result of mem_cfg_is_on().
     bool is_on = false;
     /// Whether stl_sprintf() works; otherwise its texts are empty.
     bool formats = true;

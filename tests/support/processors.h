@@ -1,4 +1,4 @@
-// What the system itself tells about its processors, and the affinity of the calling thread, for tests on the live
+// The system's own report of its processors, and the affinity of the calling thread, for tests on the live
 // machine. Masks are of the first 64 processors.
 #ifndef TESTS_SUPPORT_PROCESSORS_H
 #define TESTS_SUPPORT_PROCESSORS_H
@@ -25,11 +25,11 @@ void processors_restrict_process(std::uint64_t mask);
 std::uint64_t processors_of_thread();
 void processors_pin_thread(std::uint64_t mask);
 
-/// The instruction-set extensions that the system tells of, by the names of the getters: "sse4_1", "popcnt". One that
+/// The instruction-set extensions that the system reports, by the names of the getters: "sse4_1", "popcnt". One that
 /// it doesn't know is not among them; "avx" is there if either AVX is, or the saving of extended state.
 std::map<std::string, bool> processors_features();
 
-/// Whether the system tells the frequency of the first processor.
+/// Whether the system reports the frequency of the first processor.
 bool processors_have_frequency();
 
 #endif

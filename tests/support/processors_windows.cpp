@@ -34,7 +34,7 @@ void processors_restrict_process(std::uint64_t mask)
 
 std::uint64_t processors_of_thread()
 {
-    // Setting a mask is what tells the former one.
+    // Only setting a mask returns the former one.
     DWORD_PTR const mask = SetThreadAffinityMask(GetCurrentThread(), processors_of_process());
     SetThreadAffinityMask(GetCurrentThread(), mask);
     return mask;

@@ -5,6 +5,7 @@
 #include "gen_profile_bins_sys.h"
 
 #include "tests/support/gen_os_fake.h"
+#include "tests/support/internal_error.h"
 #include "tests/support/mem_figures_fake.h"
 #include "tests/support/message_recorder.h"
 
@@ -15,12 +16,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-/// How a process ends by an internal error.
-constexpr int INTERNAL_ERROR_STATUS = 3;
-
 /// Flags of typical opens.
 constexpr unsigned PLAIN = GEN_PB_FLAG_RECORD; // waits in the buffer
-constexpr unsigned OTHER_PLAIN = 2;            // waits too, behind a flush
+constexpr unsigned OTHER_PLAIN = 2;            // waits too, after a flush
 constexpr unsigned IMMEDIATE = GEN_PB_FLAG_IMMEDIATE;
 constexpr unsigned ANNOUNCED = GEN_PB_FLAG_ANNOUNCE | GEN_PB_FLAG_IMMEDIATE;
 
@@ -44,13 +42,12 @@ inline void show_messages()
 }
 
 /// An internal error of the profile bins with exactly this text.
-inline auto tells_fault(std::string const &text)
+inline auto dies_in_bins(std::string const &text)
 {
-    return testing::AllOf(testing::HasSubstr("Internal error: " + text + "\n  Library: GEN\n"),
-                          testing::HasSubstr("gen/gen_profile_bins"));
+    return dies_with(text, "gen_profile_bins*");
 }
 
-/// Records all messages, and starts the clocks at times that are told from their intervals.
+/// Records all messages, and starts the clocks at times that can't be taken for intervals.
 class ProfileBinsTest : public testing::Test
 {
 protected:

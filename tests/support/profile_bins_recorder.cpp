@@ -1,4 +1,4 @@
-// A stand-in for the profile bins under the sources of the process frame: it writes its calls down in mem_record().
+// A stand-in for the profile bins under the sources of the process frame: it records its calls in mem_record().
 #include "gen_profile_bins_sys.h"
 #include "tests/support/mem_recorder.h"
 

@@ -32,7 +32,7 @@ inline GEN_PROFILE_BIN *run_bin(std::string const &name, std::int64_t cpu_usec, 
     return bin;
 }
 
-/// Starts the bins with clocks that stand still and, if the configuration asks for no report, without overhead.
+/// Starts the bins with clocks that don't advance and, if the configuration asks for no report, without overhead.
 inline GEN_PROFILE_BIN *start_bins(std::string const &root_name)
 {
     GEN_PROFILE_BINS::initialize(root_name.c_str(), /*primary=*/true, /*debug_messages=*/false);
@@ -46,7 +46,7 @@ inline std::int64_t estimate_nsec(GEN_PROFILE_BIN const *bin)
     return static_cast<std::int64_t>(nsec < 0 ? nsec - 0.5 : nsec + 0.5);
 }
 
-/// The figures of a row in their order, and what stands behind them.
+/// The figures of a row in their order, and the text after them.
 struct ReportRow
 {
     double count = 0;

@@ -144,7 +144,7 @@ private:
 inline testing::Environment *const search_world_environment =
     testing::AddGlobalTestEnvironment(new SearchWorldEnvironment);
 
-/// A test that finds the project of the world open. No search tells anything.
+/// A test that finds the project of the world open. No search prints anything.
 class SearchTest : public testing::Test
 {
 protected:

@@ -168,7 +168,7 @@ void expect_reference_followed(std::vector<BP_TOKEN_TYPE> const &types, std::siz
     BpReference::Tokens tokens;
     while (true) {
         ASSERT_TRUE(follows_reference(tokens)) << text_of(tokens);
-        // counts on, in a number whose digits are types; one digit more behind the greatest
+        // counts on, in a number whose digits are types; one digit more after the largest value
         std::size_t digit = 0;
         while (digit < places.size() && ++places[digit] == types.size())
             places[digit++] = 0;
@@ -353,7 +353,7 @@ TEST(GenBpParserRules, SplitsAtTheWeakestOperator)
     constexpr SplitCase CASES[] = {
         {"", 0, true},        {"a", 1, true},       {"a=1", 1, true},          {"a=b=c", 1, true},
         {"a<b>c", 3, true},   {"a<b>c=d", 5, true}, {"a<b>c=(d)&&e", 9, true}, {"a<b>c=(d)&&(e)||f", 13, true},
-        {"(a=b)>c", 5, true}, {"(a=b)", 5, true},   {"=a", 2, true},   // nothing in front looks like no split
+        {"(a=b)>c", 5, true}, {"(a=b)", 5, true},   {"=a", 2, true},   // nothing before it looks like no split
         {"=a=b", 4, true},    {"=(a)&&b", 4, true}, {"||(a", 3, true}, // the search ends there
         {"(a)||(b", 3, true}, {"a=(b", 1, false},   {"(a", 0, false},
     };

@@ -1,6 +1,8 @@
 #include "gen_bp_parser_sys.h"
 
 #include "tests/support/bp_reference.h"
+#include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +16,6 @@
 namespace {
 
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 constexpr char UNBALANCED[] = "Unbalanced parenthesis\nParse Error: Bad term in equation\n";
 constexpr char UNMATCHED[] = "Parse Error: Unmatched parenthesis in equation\n";
@@ -46,15 +47,6 @@ void expect_rewriting(std::string const &text, std::string const &output, std::s
     EXPECT_EQ(result.output, output);
     EXPECT_EQ(result.errors, errors);
     EXPECT_EQ(result.has_errors, !errors.empty());
-}
-
-std::string repeated(std::size_t count, std::string const &text)
-{
-    std::string result;
-    result.reserve(count * text.size());
-    while (count-- > 0)
-        result += text;
-    return result;
 }
 
 struct CleanCase
@@ -151,7 +143,7 @@ constexpr CleanCase CLEAN_CASES[] = {
     {"a\x01\x1f\x7f\x80\xff"
      "b",
      "HPATH(ab)"},
-    // an operand holds what stands behind it
+    // an operand contains the text after it
     {"a && b", "HPATH(a&&b)"},
     {"a || b", "HPATH(a||b)"},
     {"time&&a", "HPATH(time&&a)"},
@@ -175,7 +167,7 @@ TEST(GenBpParser, DropsZeros)
     expect_rewriting(std::string("\0", 1), "", "");
 }
 
-TEST(GenBpParser, TellsOperandsApartByFirstAndLastCharacter)
+TEST(GenBpParser, DistinguishesOperandsByFirstAndLastCharacter)
 {
     auto const is_letter = [](int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
     std::string const no_operands = "()<=>~";
@@ -235,7 +227,7 @@ FaultyCase const FAULTY_CASES[] = {
     {"(a)&&(b", "", UNBALANCED},
     {"(a)||b=(", "LOGICAL_OR(HPATH(a),)", UNBALANCED},
     {"time=(", "", UNBALANCED},
-    // behind an operand
+    // after an operand
     {"a(b)", "HPATH(a)", BAD_SYMBOL},
     {"a~b", "HPATH(a)", BAD_SYMBOL},
     {"1(", "BUS(1)", BAD_SYMBOL},
@@ -328,9 +320,9 @@ TEST(GenBpParser, RewritesLongChains)
         SCOPED_TRACE(c.spelled);
         std::string const term_and_operator = std::string(c.term) + c.spelled;
         std::string const opening = std::string(c.call) + "HPATH(a),";
-        Rewriting const result = rewrite(repeated(COUNT, term_and_operator) + c.term);
+        Rewriting const result = rewrite(repeated(term_and_operator, COUNT) + c.term);
         EXPECT_EQ(result.errors, "");
-        EXPECT_TRUE(result.output == repeated(COUNT, opening) + "HPATH(a)" + std::string(COUNT, ')'));
+        EXPECT_TRUE(result.output == repeated(opening, COUNT) + "HPATH(a)" + std::string(COUNT, ')'));
     }
 }
 
@@ -358,10 +350,10 @@ TEST(GenBpParser, RewritesDeepNests)
     constexpr std::size_t DEPTH = 100000;
     for (NestCase const &c : NEST_CASES) {
         SCOPED_TRACE(testing::Message() << c.front << "..." << c.back);
-        Rewriting const result = rewrite(repeated(DEPTH, c.front) + c.middle + repeated(DEPTH, c.back));
+        Rewriting const result = rewrite(repeated(c.front, DEPTH) + c.middle + repeated(c.back, DEPTH));
         EXPECT_EQ(result.errors, "");
         EXPECT_TRUE(result.output ==
-                    repeated(DEPTH, c.output_front) + c.output_middle + repeated(DEPTH, c.output_back));
+                    repeated(c.output_front, DEPTH) + c.output_middle + repeated(c.output_back, DEPTH));
     }
 }
 
@@ -370,7 +362,7 @@ TEST(GenBpParser, RecordsErrorsOfDeepNests)
     constexpr std::size_t DEPTH = 100000;
     Rewriting const opened = rewrite(std::string(DEPTH, '('));
     EXPECT_EQ(opened.output, "");
-    EXPECT_TRUE(opened.errors == repeated(DEPTH / 2, UNMATCHED) + NOTHING_INSIDE);
+    EXPECT_TRUE(opened.errors == repeated(UNMATCHED, DEPTH / 2) + NOTHING_INSIDE);
     Rewriting const empty = rewrite(std::string(DEPTH, '(') + std::string(DEPTH, ')'));
     EXPECT_EQ(empty.output, "");
     EXPECT_EQ(empty.errors, NOTHING_INSIDE);
@@ -387,7 +379,7 @@ TEST(GenBpParser, RewritesLongOperands)
     EXPECT_TRUE(result.output == "EQUAL_TO(HPATH(" + name + "),HPATH(" + path + "))");
 }
 
-TEST(GenBpParser, TellsNoErrorsBeforeTheParse)
+TEST(GenBpParser, ReturnsNoErrorsBeforeTheParse)
 {
     GEN_BP_PARSER parser;
     std::string errors = "replaced";
@@ -433,8 +425,8 @@ TEST_F(GenBpParserDeathTest, EndsAtAParenthesisThatClosesNothing)
     for (char const *text : {"a)", ")", "(a)(b)", "(a))", "()a()", "(a)b", "(a)&(b)", "a=b)", "=1)", "(a)||(b))", "~)",
                              "(a)&&b)", "time)"}) {
         SCOPED_TRACE(text);
-        EXPECT_EXIT(rewrite(text), ExitedWithCode(3),
-                    HasSubstr("Internal error: paren_count >= 0\n  Library: GEN\n  Source:  gen/gen_bp_parser"));
+        EXPECT_EXIT(rewrite(text), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    dies_in_source("paren_count >= 0", "gen/gen_bp_parser*"));
     }
 }
 
@@ -448,8 +440,8 @@ TEST_F(GenBpParserDeathTest, ServesForOneParse)
     GEN_BP_PARSER assigned;
     assigned = parser;
     for (GEN_BP_PARSER *used : {&parser, &copy, &assigned})
-        EXPECT_EXIT(used->parse_string(&text), ExitedWithCode(3),
-                    HasSubstr("Internal error: token != 0\n  Library: GEN\n  Source:  gen/gen_bp_parser"));
+        EXPECT_EXIT(used->parse_string(&text), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    dies_in_source("token != 0", "gen/gen_bp_parser*"));
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "gen_index_compressor_queue_sys.h"
 
+#include "tests/support/internal_error.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,17 +11,15 @@
 #include <string>
 #include <vector>
 
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
 
 using QUEUE = GEN_INDEX_COMPRESSOR_QUEUE;
 using NAMES = std::vector<std::string>;
 
-// What a queue doesn't tell: an explicit instantiation may name private members.
+// The private members of a queue: an explicit instantiation may name private members.
 auto head_of(QUEUE const &queue);
 auto ready_count_of(QUEUE const &queue);
 bool merge_texts(QUEUE &queue, std::string &existing, std::string const &incoming, bool &compatible);
@@ -46,7 +46,7 @@ struct OPENED
 };
 template struct OPENED<&QUEUE::m_head, &QUEUE::m_ready_count, &QUEUE::merge, &QUEUE::scan_int, &QUEUE::scan_index>;
 
-// The entries from front to back; an asterisk behind one that is ready.
+// The entries from front to back; an asterisk after one that is ready.
 NAMES entries_of(QUEUE const &queue)
 {
     NAMES entries;
@@ -73,7 +73,7 @@ NAMES fold(NAMES const &names, QUEUE::BRACKET_TYPE type)
     return entries_of(FILLED_QUEUE(names, type));
 }
 
-// Everything out of a queue, taken apart.
+// All entries of a queue, expanded.
 NAMES expand(QUEUE &queue)
 {
     NAMES names;
@@ -160,7 +160,7 @@ TEST(GenIndexCompressorQueueFold, FoldsFurtherDimensions)
     });
 }
 
-// A ready row that takes the last one in goes on into what stands in front of it, and is counted once.
+// A ready row that takes the last one in goes on into the entry before it, and is counted once.
 TEST(GenIndexCompressorQueueFold, CountsAReadyEntryOnceWhenItFoldsOn)
 {
     NAMES const fronts[] = {
@@ -285,13 +285,13 @@ TEST(GenIndexCompressorQueueFold, ComparesBracketsWithoutANumberAsText)
         {REQUIRED, {"a[12", "a[12"}, {"a[12*", "a[12"}},
         {REQUIRED, {"a[0", "a[1"}, {"a[0*", "a[1"}},
         {REQUIRED, {"a[0]", "a[1"}, {"a[0]*", "a[1"}},
-        // The stretch of equal digits is compared as text; what differs behind it may be an index of its own.
+        // The stretch of equal digits is compared as text; the difference after it may be an index of its own.
         {OPTIONAL_BARE, {"a[12x", "a[13x"}, {"a[1[2:3]x"}},
     });
 }
 
 // Pairs on which the comparison can't go on; they end without a fold, and so does the test.
-TEST(GenIndexCompressorQueueFold, LeavesPairsApartOnWhichTheComparisonCannotAdvance)
+TEST(GenIndexCompressorQueueFold, LeavesPairsSeparateOnWhichTheComparisonCannotAdvance)
 {
     expect_folds({
         {REQUIRED, {"ab", "a[1]"}, {"ab*", "a[1]"}},
@@ -343,7 +343,7 @@ TEST(GenIndexCompressorQueueFold, TakesANameOfItsOwn)
     EXPECT_THAT(entries_of(single), ElementsAre("a[0]*", "a[0]"));
 }
 
-TEST(GenIndexCompressorQueueMerge, TellsShapeFromIndex)
+TEST(GenIndexCompressorQueueMerge, DistinguishesShapeAndIndex)
 {
     struct MergeCase
     {
@@ -361,7 +361,7 @@ TEST(GenIndexCompressorQueueMerge, TellsShapeFromIndex)
         {REQUIRED, "a[0]", "", false, true, "a[0]"},
         {REQUIRED, "", "a[0]", false, true, ""},
         {REQUIRED, "a[0]x", "a[1]y", false, false, "a[0]x"},
-        {REQUIRED, "a[0]x", "a[2]y", false, false, "a[0]x"}, // the shape is found out behind a gap
+        {REQUIRED, "a[0]x", "a[2]y", false, false, "a[0]x"}, // the shape is found out after a gap
         {REQUIRED, "a[0][0]", "a[1][1]", false, true, "a[0][0]"},
         {REQUIRED, "a[0][0][0]", "a[1][1][1]", false, true, "a[0][0][0]"},
         {REQUIRED, "a[0][0]", "a[2][1]", false, true, "a[0][0]"},
@@ -465,7 +465,7 @@ TEST(GenIndexCompressorQueueScan, ReadsOneIndex)
     }
 }
 
-TEST(GenIndexCompressorQueueExpand, TakesTheFrontApart)
+TEST(GenIndexCompressorQueueExpand, ExpandsTheFront)
 {
     struct ExpandCase
     {
@@ -525,7 +525,7 @@ TEST(GenIndexCompressorQueueExpand, MakesEntriesThatHaveNotFolded)
     queue.expand_front();
     queue.push_back("a[3]"); // an entry that has folded would stay open
     EXPECT_THAT(entries_of(queue), ElementsAre("a[0]", "a[1]*", "a[3]"));
-    // Only the entry that takes a pushed name in counts as folded, and it goes into the one in front.
+    // Only the entry that takes a pushed name in counts as folded, and it goes into the one before it.
     FILLED_QUEUE refolded({"a[0:1]"});
     refolded.expand_front();
     refolded.push_back("a[2]");
@@ -647,11 +647,7 @@ TEST(GenIndexCompressorQueueState, FreesNothingWithoutErrorCheck)
 
 namespace {
 
-auto tells(char const *text)
-{
-    return AllOf(HasSubstr(std::string("Internal error: ") + text + "\n"), HasSubstr("Library: GEN\n"),
-                 HasSubstr("Source:  h/gen_index_compressor_queue_sys.h, line "));
-}
+constexpr char const *QUEUE_HEADER = "h/gen_index_compressor_queue_sys.h";
 
 void destroy_filled()
 {
@@ -663,7 +659,8 @@ void destroy_filled()
 
 TEST(GenIndexCompressorQueueDeathTest, AnEntryLeftAtTheEndIsAnInternalError)
 {
-    EXPECT_EXIT(destroy_filled(), ExitedWithCode(3), tells("!m_error_check || m_head == NULL && m_tail == NULL"));
+    EXPECT_EXIT(destroy_filled(), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_in_source("!m_error_check || m_head == NULL && m_tail == NULL", QUEUE_HEADER));
 }
 
 TEST(GenIndexCompressorQueueDeathTest, TheFrontOfAnEmptyQueueIsAnInternalError)
@@ -673,13 +670,13 @@ TEST(GenIndexCompressorQueueDeathTest, TheFrontOfAnEmptyQueueIsAnInternalError)
             QUEUE const queue;
             queue.front();
         },
-        ExitedWithCode(3), tells("m_head != NULL"));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_source("m_head != NULL", QUEUE_HEADER));
     EXPECT_EXIT(
         {
             QUEUE queue;
             queue.expand_front();
         },
-        ExitedWithCode(3), tells("m_head != NULL"));
+        ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_source("m_head != NULL", QUEUE_HEADER));
 }
 
 namespace {
@@ -704,7 +701,7 @@ NAMES sorted(NAMES names)
     return names;
 }
 
-// The queue as a list of texts, without links or flags of a walk: what its steps say, spelled out once more.
+// The queue as a list of texts, without links or flags of a walk: the same steps, written a second time.
 class MODEL
 {
 public:
@@ -915,7 +912,7 @@ TEST(GenIndexCompressorQueueModel, AgreesOnEachPairOfShortNames)
         MODEL const model(type);
         for (std::string const &first : names)
             for (std::string const &second : names)
-                // In front of and behind a place at which the pair may fold.
+                // Before and after a place at which the pair may fold.
                 for (std::string const &stem : {std::string(), std::string("~")}) {
                     std::string here = stem + first;
                     std::string there = here;

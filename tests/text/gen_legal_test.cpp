@@ -1,5 +1,6 @@
 #include "gen_legal_sys.h"
 
+#include "tests/support/texts.h"
 #include "ver_sys.h"
 
 #include <algorithm>
@@ -46,19 +47,7 @@ std::vector<Table> const TABLES = {
     {"warning", rows_of(GEN_COPYRIGHT_WARNING_ARRAY), GEN_COPYRIGHT_WARNING_ARRAY_SIZE, 5, 5, 45, 63},
 };
 
-// Lines without their line feeds. A text that doesn't end in one shows an additional line.
-Lines split(std::string const &text)
-{
-    Lines lines;
-    std::size_t start = 0;
-    for (std::size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1)
-        lines.push_back(text.substr(start, end - start));
-    if (start < text.size())
-        lines.push_back(text.substr(start) + "<no line feed>");
-    return lines;
-}
-
-// What is left of a row in a text for reading: one of its last blanks.
+// The row as it appears in a text for reading: at most one of its trailing blanks is left.
 std::string trimmed(std::string row)
 {
     while (row.size() > 1 && row[row.size() - 1] == ' ' && row[row.size() - 2] == ' ')
@@ -157,13 +146,13 @@ TEST(GenLegalText, OfATableLeavesOneBlankAtTheEndOfALine)
         {"encryption", gen_get_bitstream_encryption_legal_text, rows_of(GEN_LEGAL_BSTRM_ENC_ARRAY)},
     };
     for (TrimmedCase const &c : cases)
-        EXPECT_THAT(split(c.text()), ElementsAreArray(trimmed(c.rows))) << c.name;
+        EXPECT_THAT(lines_of(c.text()), ElementsAreArray(trimmed(c.rows))) << c.name;
 }
 
 TEST(GenLegalText, OfTheDisclaimerHasSingleBlanksForBlankRows)
 {
     Lines const rows = rows_of(GEN_LEGAL_BSTRM_ENC_ARRAY);
-    Lines const lines = split(gen_get_bitstream_encryption_legal_text());
+    Lines const lines = lines_of(gen_get_bitstream_encryption_legal_text());
     ASSERT_THAT(lines, SizeIs(51));
     for (std::size_t i = 0; i < lines.size(); ++i)
         EXPECT_EQ(lines[i] == " ", is_blank(rows[i])) << "line " << i;
@@ -172,7 +161,7 @@ TEST(GenLegalText, OfTheDisclaimerHasSingleBlanksForBlankRows)
 TEST(GenLegalText, OfARowWithoutBlanksAtItsEndIsTheRow)
 {
     Lines const rows = rows_of(GEN_LEGAL_BANNER_ARRAY);
-    Lines const lines = split(gen_get_legal_banner());
+    Lines const lines = lines_of(gen_get_legal_banner());
     ASSERT_THAT(lines, SizeIs(13));
     EXPECT_EQ(lines[0], rows[0]);
     EXPECT_EQ(lines[12] + "  ", rows[12]);
@@ -180,12 +169,12 @@ TEST(GenLegalText, OfARowWithoutBlanksAtItsEndIsTheRow)
 
 TEST(GenLegalText, OfTheTrademarkNoticeHasSevenLines)
 {
-    EXPECT_THAT(split(gen_get_legal_trademark_text()), SizeIs(7));
+    EXPECT_THAT(lines_of(gen_get_legal_trademark_text()), SizeIs(7));
 }
 
 constexpr char const *PREFIXES[] = {"", "// ", "--", " \t", "%s\n"};
 
-TEST(GenLegalHeading, PutsThePrefixInFrontOfEveryLine)
+TEST(GenLegalHeading, PutsThePrefixBeforeEveryLine)
 {
     for (std::string const prefix : PREFIXES) {
         std::string expected;
@@ -197,7 +186,7 @@ TEST(GenLegalHeading, PutsThePrefixInFrontOfEveryLine)
 
 TEST(GenLegalHeading, HasNoPrefixForNull)
 {
-    Lines const lines = split(gen_get_legal_text(nullptr));
+    Lines const lines = lines_of(gen_get_legal_text(nullptr));
     EXPECT_THAT(lines, SizeIs(14));
     EXPECT_THAT(lines, ElementsAreArray(banner_with_copyright()));
 }
@@ -209,18 +198,18 @@ TEST(GenLegalHeading, KeepsBlanksAtTheEndOfALine)
 
 TEST(GenDoNotEditText, HasThreeLinesOfItsWidths)
 {
-    Lines const lines = split(gen_get_do_not_edit_text(nullptr));
+    Lines const lines = lines_of(gen_get_do_not_edit_text(nullptr));
     ASSERT_THAT(lines, SizeIs(3));
     EXPECT_THAT(lines, Each(SizeIs(testing::AllOf(Ge(58u), Le(70u)))));
     EXPECT_THAT(lines, testing::Contains(SizeIs(58)));
     EXPECT_THAT(lines, testing::Contains(SizeIs(70)));
 }
 
-TEST(GenDoNotEditText, PutsThePrefixInFrontOfEveryLine)
+TEST(GenDoNotEditText, PutsThePrefixBeforeEveryLine)
 {
-    Lines const bare = split(gen_get_do_not_edit_text(nullptr));
+    Lines const bare = lines_of(gen_get_do_not_edit_text(nullptr));
     for (char const *prefix : {"", "// ", "--"}) {
-        Lines const lines = split(gen_get_do_not_edit_text(prefix));
+        Lines const lines = lines_of(gen_get_do_not_edit_text(prefix));
         EXPECT_THAT(lines, ElementsAreArray(prefixed(prefix, bare))) << "prefix \"" << prefix << '"';
         EXPECT_THAT(lines, Each(StartsWith(prefix)));
     }

@@ -1,4 +1,5 @@
-// What each wrapper asks of the process's locale, step by step: their source over a stand-in for setlocale.
+// The calls that each wrapper makes to setlocale, step by step: the source of the wrappers over a stand-in for
+// setlocale.
 #include "gen_localization_sys.h"
 
 #include <clocale>
@@ -21,7 +22,7 @@ std::vector<std::string> l_steps;
 
 } // namespace
 
-// Each answer stands in the same place: whoever keeps the pointer finds there what the latest call has answered.
+// Each result is in the same buffer: a kept pointer leads to the result of the latest call.
 char *recorded_setlocale(int category, char const *name)
 {
     static char answer[64];

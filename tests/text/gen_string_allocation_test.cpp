@@ -1,4 +1,4 @@
-// What the text functions take from the heap. The replaced operator new reaches into the library.
+// The allocations of the text functions. The replaced operator new reaches into the library.
 #include "gen_string_sys.h"
 
 #include "tests/support/argument_slots.h"
@@ -75,7 +75,7 @@ TEST(GenStringAllocation, GrowsNothingButTheTextOfAMessage)
         EXPECT_EQ(allocations_of([&] { gen_formatmessage(out, format, slots.begin()); }), 0U) << format;
 }
 
-// Not inlined, or the compiler takes the calls behind them for a mismatch.
+// Not inlined: otherwise the compiler takes malloc and free in them for a mismatch.
 __attribute__((noinline)) void *operator new(std::size_t size)
 {
     ++l_allocation_count;

@@ -107,7 +107,7 @@ TEST(GenFoldText, PassesOverNullAndTheEmptyText)
     }
 }
 
-TEST(GenFoldString, FoldsBehindEmbeddedZeros)
+TEST(GenFoldString, FoldsAfterEmbeddedZeros)
 {
     for (TextCase const &c : TEXT_CASES) {
         std::string text = '\0' + all_bytes() + '\0' + "aA";

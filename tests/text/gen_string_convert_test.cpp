@@ -1,5 +1,8 @@
 #include "gen_string_sys.h"
 
+#include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
+
 #include <cstring>
 #include <limits>
 #include <locale>
@@ -15,17 +18,6 @@ namespace {
 
 constexpr int INT_LEAST = std::numeric_limits<int>::min();
 constexpr int INT_MOST = std::numeric_limits<int>::max();
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
-}
-
-auto tells(std::string const &expression)
-{
-    return testing::AllOf(testing::HasSubstr("Internal error: " + expression + "\n"),
-                          testing::HasSubstr("Library: GEN\n"), testing::HasSubstr("gen/gen_string"));
-}
 
 // The digits of a value by repeated division.
 std::string digits_of(std::uint64_t value, unsigned radix)
@@ -86,7 +78,7 @@ std::vector<AtoiCase> const ATOI_CASES = {
     {"\xa0"
      "1",
      0, 0, 0},
-    // Without a digit the cursor stays behind the sign.
+    // Without a digit the cursor stays after the sign.
     {"-", 0, 0, 1},
     {"+", 0, 0, 1},
     {"  - 1", 0, 0, 3},
@@ -118,7 +110,7 @@ TEST(GenAtoi, ReadsANumberAndWraps)
         EXPECT_EQ(gen_atoi(c.text), c.value) << shown(c.text);
 }
 
-TEST(GenAtoi, LeavesTheCursorBehindWhatItConsumed)
+TEST(GenAtoi, LeavesTheCursorAfterTheConsumedText)
 {
     for (AtoiCase const &c : ATOI_CASES) {
         std::string::const_iterator cursor = c.text.begin();
@@ -219,10 +211,10 @@ constexpr ItoaCase ITOA_CASES[] = {
     {37, 37, "10"},
 };
 
-// What each form of gen_itoa() makes of a value.
+// The result of each form of gen_itoa().
 std::vector<std::string> itoa_forms(int value, int radix)
 {
-    // The buffer has no byte to spare behind the terminator.
+    // The buffer has no byte to spare after the terminator.
     std::string const text = gen_itoa(value, radix);
     std::unique_ptr<char[]> const buffer(new char[text.size() + 1]);
     EXPECT_EQ(gen_itoa(value, buffer.get(), radix), buffer.get());
@@ -273,9 +265,9 @@ TEST(GenItoa, GivesNoTextInARadixBelowTwo)
         }
 }
 
-TEST(GenItoa, GoesOnBehindTheLettersInARadixAbove36)
+TEST(GenItoa, ContinuesAfterTheLettersInARadixAbove36)
 {
-    // The characters behind z, by their codes; a terminator may be among them.
+    // The characters after z, by their codes; a terminator may be among them.
     for (int radix : {37, 100, 1000, INT_MOST})
         for (std::uint64_t sample : sample_values()) {
             std::string expected;
@@ -292,7 +284,9 @@ TEST(GenItoaDeathTest, TestsTheRadixOfTheStringForm)
 {
     for (int radix : {1, 0, -1, -10, INT_LEAST}) {
         std::string out;
-        EXPECT_EXIT(gen_itoa(5, out, radix), testing::ExitedWithCode(3), tells("radix > 1")) << "radix " << radix;
+        EXPECT_EXIT(gen_itoa(5, out, radix), testing::ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    dies_with("radix > 1", "gen_string*"))
+            << "radix " << radix;
     }
 }
 
@@ -390,7 +384,7 @@ TEST(GenNumbers, KnowNoLocale)
 
 // Lines.
 
-TEST(GenGetline, TellsWhetherTheStreamWasGoodBefore)
+TEST(GenGetline, ReturnsWhetherTheStreamWasGoodBefore)
 {
     struct Case
     {
@@ -402,7 +396,7 @@ TEST(GenGetline, TellsWhetherTheStreamWasGoodBefore)
              Case{"", '\n', {""}},
              Case{"a", '\n', {"a"}},
              Case{"a\nb", '\n', {"a", "b"}},
-             Case{"a\nb\n", '\n', {"a", "b", ""}}, // one line too many behind a last delimiter
+             Case{"a\nb\n", '\n', {"a", "b", ""}}, // one line too many after a last delimiter
              Case{"\n", '\n', {"", ""}},
              Case{"\n\nx\n", '\n', {"", "", "x", ""}},
              Case{"a;b\nc;", ';', {"a", "b\nc", ""}},

@@ -2,6 +2,8 @@
 
 #include "tests/support/argument_slots.h"
 #include "tests/support/formatmessage_reference.h"
+#include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
 
 #include <climits>
 #include <cstdlib>
@@ -16,26 +18,7 @@
 
 namespace {
 
-using testing::AllOf;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
-
-// A text with its special characters visible.
-std::string shown(std::string const &text)
-{
-    std::string result = "\"";
-    for (char c : text)
-        result += c == '\r' ? "\\r" : c == '\n' ? "\\n" : c == '\0' ? "\\0" : std::string(1, c);
-    return result + '"';
-}
-
-std::string repeated(std::string const &text, int count)
-{
-    std::string result;
-    for (int i = 0; i < count; ++i)
-        result += text;
-    return result;
-}
 
 std::string expanded(std::string const &format, ArgumentSlots slots)
 {
@@ -112,7 +95,7 @@ TEST(GenFormatMessage, KnowsEveryNumberFrom1To99)
     }
 }
 
-TEST(GenFormatMessage, ConvertsAsTheInsertTells)
+TEST(GenFormatMessage, ConvertsAsTheInsertSpecifies)
 {
     constexpr std::int64_t WIDE = 0x123456789A;
     ExpandCase const cases[] = {
@@ -132,7 +115,7 @@ TEST(GenFormatMessage, ConvertsAsTheInsertTells)
         // Text within the marks goes along.
         {"%1!d per cent!", ArgumentSlots(5), "5 per cent"},
         {"%1!d%%!", ArgumentSlots(5), "5%"},
-        // More than one slot for an insert: the next one counts from behind them.
+        // More than one slot for an insert: the next one counts from the slot after them.
         {"%1!*d!|%2", ArgumentSlots(4, 7, "x"), "   7|x"},
         {"%1!*.*f!|%2", ArgumentSlots(6, 1, 2.25, "x"), "   2.2|x"},
         {"%1!d-%d!|%2", ArgumentSlots(3, 4, "x"), "3-4|x"},
@@ -140,7 +123,7 @@ TEST(GenFormatMessage, ConvertsAsTheInsertTells)
         {"%3|%1!d-%d!", ArgumentSlots(3, 4, 0, "x"), "x|3-4"},
         // No slot at all.
         {"%1!%!|%2", ArgumentSlots("x"), "%|x"},
-        // What is not a conversion is copied and takes no slot.
+        // Text that is not a conversion is copied and takes no slot.
         {"%1!!|%2", ArgumentSlots("x"), "%|x"},
         {"%1!y!|%2", ArgumentSlots("x"), "%y|x"},
         {"%1!5!|%2", ArgumentSlots("x"), "%5|x"},
@@ -151,7 +134,7 @@ TEST(GenFormatMessage, ConvertsAsTheInsertTells)
         {"%1!d", ArgumentSlots(7), "7"},
         {"%1!d %2", ArgumentSlots(7, "x"), "7 %2"},
         {"%1!", ArgumentSlots("x"), "%"},
-        // The marks have a meaning behind a number alone.
+        // The marks have a meaning only after a number.
         {"%1 !d!", ArgumentSlots("x"), "x !d!"},
         {"%1!d!!", ArgumentSlots(7), "7!"},
         {"%12!d!3", ArgumentSlots(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12), "123"},
@@ -164,9 +147,9 @@ TEST(GenFormatMessage, ConvertsAsTheInsertTells)
 TEST(GenFormatMessage, StepsOverAnInsertByTheConversionScannedLast)
 {
     ExpandCase const cases[] = {
-        // In front of %1 the one from the end of the template counts; two slots.
+        // Before %1 the one from the end of the template counts; two slots.
         {"%2|%1!d!|%1!d %d!", ArgumentSlots(1, 2, "x"), "x|1|1 2"},
-        // Behind "%1!d!" it is this one: one slot.
+        // After "%1!d!" it is this one: one slot.
         {"%1!d!|%2!d!|%1!d %d!", ArgumentSlots(1, 2, 3), "1|2|1 2"},
         {"%1!d %d!|%1!d!|%2!d!", ArgumentSlots(1, 2, 3), "1 2|1|2"},
         {"%1!d %d!|%2!d!|%1!d!", ArgumentSlots(1, 2, 3), "1 2|3|1"},
@@ -212,7 +195,7 @@ TEST(GenFormatMessage, EndsAtInsert0)
         {"%%0", ArgumentSlots(), "%0"},
         {"%1%0%2", ArgumentSlots("a", "b"), "a"},
         {"a\n%0\r", ArgumentSlots(), "a\n"},
-        // An insert behind it is not seen: insert 1 stands for one slot, whatever its conversion there.
+        // An insert after it is not seen: insert 1 takes one slot, whatever its conversion there.
         {"%2%0%1!d %d!", ArgumentSlots(1, "b", "c"), "b"},
     };
     for (ExpandCase const &c : cases)
@@ -235,7 +218,7 @@ TEST(GenFormatMessage, MakesLineEndsAlike)
         {"\n\n\r", ArgumentSlots(), "\n\r\n"},
         {"\n\r\n\r", ArgumentSlots(), "\r\n\r\n"},
         {"\r\n\n\r", ArgumentSlots(), "\r\n\r\n"},
-        // An insert between the two keeps them apart, and so does a per-cent sign.
+        // An insert between the two separates them, and so does a per-cent sign.
         {"\n%1\r", ArgumentSlots(""), "\n\r"},
         {"\n%%\r", ArgumentSlots(), "\n%\r"},
         {"%\n\r", ArgumentSlots(), "%\n\r"},
@@ -326,11 +309,11 @@ TEST(GenFormatMessage, HasRoomFor4095BytesOfConversions)
         {long_insert(1, 4094) + "tail", "tail"},
         {long_insert(1, 4000) + "|" + long_insert(2, 91), "7" + std::string(3999, 'x') + "|8" + std::string(90, 'x')},
         {long_insert(1, 4000) + "|" + long_insert(2, 92), "7" + std::string(3999, 'x') + "|"},
-        // Behind a full area nothing is printed, and the slot is not taken.
+        // After a full area nothing is printed, and the slot is not taken.
         {long_insert(1, 4093) + "|%2!d!|%1!d!", "7" + std::string(4092, 'x') + "||"},
         {long_insert(1, 4094) + "|%2!d!|%1!d!", "||"},
-        // An insert that fits, used again behind the full area: its last conversion counts, which is empty, so that
-        // insert 2 stands in slot 1.
+        // An insert that fits, used again after the full area: its last conversion counts, which is empty, so that
+        // insert 2 is in slot 1.
         {"%2!d!|" + long_insert(1, 5000), "7|"},
         {"%2!d!|%1!d!|" + long_insert(1, 5000), "7|7|"},
     };
@@ -371,9 +354,8 @@ void expect_rejection(std::initializer_list<unsigned long> faulty_flags, std::st
 {
     for (unsigned long flags : faulty_flags) {
         char buffer[16];
-        EXPECT_EXIT(gen_formatmessage(flags, "x", 0, 0, buffer, sizeof buffer, nullptr), ExitedWithCode(3),
-                    AllOf(HasSubstr("Internal error: " + error + "\n  Library: GEN\n"),
-                          HasSubstr("\n  Source:  gen/gen_string_message.cpp, line ")))
+        EXPECT_EXIT(gen_formatmessage(flags, "x", 0, 0, buffer, sizeof buffer, nullptr),
+                    ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(error, "gen_string_message"))
             << "flags " << flags;
     }
 }
@@ -411,7 +393,7 @@ constexpr char UNTOUCHED = '\x7E';
 struct BufferCase
 {
     char const *source;
-    unsigned long flags; // beside the required one
+    unsigned long flags; // in addition to the required one
     unsigned long size;
     std::uint32_t length;
     std::string written; // with its terminator
@@ -479,7 +461,7 @@ TEST(GenFormatMessageIntoBuffer, IgnoresIdentifierAndLanguage)
 struct BlockCase
 {
     char const *source;
-    unsigned long flags; // beside the required ones
+    unsigned long flags; // in addition to the required ones
     unsigned long size;
     std::uint32_t length;
     char const *text;
@@ -523,10 +505,10 @@ TEST(GenFormatMessageIntoBlock, IsNullForAnEmptyText)
         }
 }
 
-TEST(GenFormatMessage, ReadsNothingBehindItsTemplate)
+TEST(GenFormatMessage, ReadsNothingAfterItsTemplate)
 {
     for (std::string const text : {"", "%", "%%", "%1", "%12", "%1!", "%1!d", "%1!d!", "a\n", "a\r", "\n\r", "%0"}) {
-        // Without any byte behind the terminator, for the address sanitizer.
+        // Without any byte after the terminator, for the address sanitizer.
         std::unique_ptr<char[]> const exact(new char[text.size() + 1]);
         std::memcpy(exact.get(), text.c_str(), text.size() + 1);
         ArgumentSlots slots = numbered_texts();

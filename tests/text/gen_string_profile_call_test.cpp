@@ -1,4 +1,4 @@
-// What the private profile call hands to the system and back, over a fake of it.
+// The arguments and the result of the system's private profile call, over a fake of it.
 #include "gen_string_sys.h"
 
 #include "tests/support/gen_os_fake.h"

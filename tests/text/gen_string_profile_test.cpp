@@ -3,6 +3,7 @@
 #include "gen_string_sys.h"
 
 #include "tests/support/temp_dir.h"
+#include "tests/support/texts.h"
 
 #include <algorithm>
 #include <string>
@@ -21,7 +22,7 @@ struct ProfileCase
     char const *result;
 };
 
-// What holds of the calls of either platform; line ends aside.
+// Results that are the same on both platforms, except for line ends.
 constexpr ProfileCase PROFILE_CASES[] = {
     {"", "a", "x", "1", "[a]\nx=1\n"},
     {"", "a", "x", "", "[a]\nx=\n"},
@@ -43,7 +44,7 @@ constexpr ProfileCase PROFILE_CASES[] = {
     {"[a]\nx=1\n", "b", nullptr, nullptr, "[a]\nx=1\n"},
 };
 
-// What the other platforms' edit does beyond that.
+// Results of the edit on the other platforms alone.
 constexpr ProfileCase EDIT_CASES[] = {
     // Line ends and white space of the other lines stay.
     {"[a]\r\nx=1\r\n", "a", "x", "2", "[a]\r\nx=2\r\n"},
@@ -59,7 +60,7 @@ constexpr ProfileCase EDIT_CASES[] = {
     // The first of several counts.
     {"[a]\nx=1\nx=2\n", "a", "x", "3", "[a]\nx=3\nx=2\n"},
     {"[a]\nx=1\n[a]\ny=2\n", "a", "y", "3", "[a]\nx=1\ny=3\n[a]\ny=2\n"},
-    // A key without a value, a value with the sign of equality, and lines in front of any section.
+    // A key without a value, a value with the sign of equality, and lines before the first section.
     {"[a]\nx\n", "a", "X", "1", "[a]\nx=1\n"},
     {"[a]\nx=1\n", "a", "x", "a=b;c [d]", "[a]\nx=a=b;c [d]\n"},
     {"x=0\n[a]\nx=1\n", "a", "x", "2", "x=0\n[a]\nx=2\n"},
@@ -67,7 +68,7 @@ constexpr ProfileCase EDIT_CASES[] = {
     {"[a]b]\nx=1\n", "a]b", "x", "2", "[a]b]\nx=2\n"},
     {"[a\nx=1\n", "a", "x", "2", "[a\nx=1\n[a]\nx=2\n"},
     {"[a]\n[k=1\n", "a", "[k", "2", "[a]\n[k=2\n"},
-    // Blanks around the names that are asked for.
+    // Blanks around the given names.
     {"[a]\nx=1\n", " a ", " x ", "2", "[a]\nx=2\n"},
     {"", " a ", "\tx ", " 2 ", "[a]\nx= 2 \n"},
 };
@@ -76,12 +77,6 @@ std::string shown(ProfileCase const &c)
 {
     return testing::PrintToString(c.text) + ", " + c.section + ", " + testing::PrintToString(c.key) + ", " +
            testing::PrintToString(c.value);
-}
-
-std::string without_carriage_returns(std::string text)
-{
-    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-    return text;
 }
 
 } // namespace
@@ -127,7 +122,7 @@ TEST(GenWriteprivateprofilestring, ChangesOneKeyOfTheFile)
     }
 }
 
-TEST(GenWriteprivateprofilestring, LeavesNothingElseBehind)
+TEST(GenWriteprivateprofilestring, LeavesNoOtherFile)
 {
     TempDir const dir;
     std::string const file = dir.write("tool.ini", "[a]\nx=1\n");

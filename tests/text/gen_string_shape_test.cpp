@@ -1,5 +1,8 @@
 #include "gen_string_sys.h"
 
+#include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
+
 #include <boost/numeric/conversion/converter_policies.hpp>
 #include <boost/regex.hpp>
 
@@ -18,23 +21,6 @@
 #endif
 
 namespace {
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
-}
-
-auto tells(std::string const &expression)
-{
-    return testing::AllOf(testing::HasSubstr("Internal error: " + expression + "\n"),
-                          testing::HasSubstr("Library: GEN\n"), testing::HasSubstr("gen/gen_string"));
-}
-
-// A text with its terminator and not a byte more, so that a sanitizer sees any step too far.
-std::vector<char> terminated(std::string const &text)
-{
-    return {text.c_str(), text.c_str() + text.size() + 1};
-}
 
 // A buffer of x, with a text and its terminator at the start if there is one.
 std::string buffer_of(std::size_t size, char const *text = nullptr)
@@ -130,7 +116,8 @@ TEST(GenRepeatStr, RepeatsAText)
 TEST(GenRepeatStrDeathTest, EndsOnANegativeCount)
 {
     for (int num_reps : {-1, std::numeric_limits<int>::min()})
-        EXPECT_EXIT(gen_repeat_str("a", num_reps), testing::ExitedWithCode(3), tells("num_reps >= 0"))
+        EXPECT_EXIT(gen_repeat_str("a", num_reps), testing::ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    dies_with("num_reps >= 0", "gen_string*"))
             << "count " << num_reps;
 }
 
@@ -180,7 +167,7 @@ TEST(GenProcessEscapedQuotes, DecodesOutsideQuotes)
     gen_process_escaped_quotes(nullptr);
 }
 
-TEST(GenProcessEscapedQuotes, DecodesBehindEmbeddedZerosOfAString)
+TEST(GenProcessEscapedQuotes, DecodesAfterEmbeddedZerosOfAString)
 {
     std::string text("\0\\n\\\0", 5);
     gen_process_escaped_quotes(text);
@@ -293,7 +280,8 @@ TEST(GenWildcardToRegExpr, MatchesWhateverTheCase)
 
 TEST(GenWildcardToRegExprDeathTest, EndsOnNull)
 {
-    EXPECT_EXIT(gen_wildcard_to_reg_expr(nullptr, true), testing::ExitedWithCode(3), tells("wildcard != 0"));
+    EXPECT_EXIT(gen_wildcard_to_reg_expr(nullptr, true), testing::ExitedWithCode(INTERNAL_ERROR_STATUS),
+                dies_with("wildcard != 0", "gen_string*"));
 }
 
 // Texts with a terminator.
@@ -360,7 +348,7 @@ TEST(GenStrncpy, TerminatesAndZeroesAllButTheLastPlace)
     EXPECT_EQ(gen_strncpy(nullptr, "abc", 3), nullptr);
 }
 
-TEST(GenStrncpy, ReadsNothingBehindTheCount)
+TEST(GenStrncpy, ReadsNothingAfterTheCount)
 {
     std::vector<char> const src = {'a', 'b'};
     std::string dst = buffer_of(4);
@@ -392,7 +380,7 @@ TEST(GenStrlcpy, CutsToTheSizeAndReturnsTheWholeLength)
     }
 }
 
-// Behind "ab" in a buffer of eight.
+// After "ab" in a buffer of eight.
 constexpr CopyCase STRLCAT_CASES[] = {
     {"cd", 0, "ab0xxxxx"}, {"cd", 1, "ab0xxxxx"}, {"cd", 2, "ab0xxxxx"}, {"cd", 3, "ab0xxxxx"},
     {"cd", 4, "abc0xxxx"}, {"cd", 5, "abcd0xxx"}, {"cd", 8, "abcd0xxx"}, {"", 8, "ab0xxxxx"},
@@ -492,5 +480,7 @@ TEST(GenHashNextSize, GivesTheLargestPrimeBelowAPowerOfTwo)
 TEST(GenHashNextSizeDeathTest, EndsAboveTheLastSize)
 {
     for (std::uint64_t n : {std::uint64_t{4294967292}, ~std::uint64_t{0}})
-        EXPECT_EXIT(gen_hash_next_size(n), testing::ExitedWithCode(3), tells("rval != 0")) << n;
+        EXPECT_EXIT(gen_hash_next_size(n), testing::ExitedWithCode(INTERNAL_ERROR_STATUS),
+                    dies_with("rval != 0", "gen_string*"))
+            << n;
 }

@@ -178,7 +178,7 @@ TEST(ThrDebugBreak, BreaksIntoADebugger)
 {
     DebuggedRun const run = run_under_debugger("--gtest_filter=ThrDebugBreak.DoesNothingWithoutADebugger");
     EXPECT_EQ(run.breaks, 1);
-    // The debugger lets it go on behind the break.
+    // The debugger continues it after the break.
     EXPECT_EQ(run.status, 0);
 }
 
@@ -202,7 +202,7 @@ TEST(ThrSetenv, EmptyValueLeavesTheVariableSet)
         Environment const restored("ZEL_THR_TEST", former);
         thr_setenv("ZEL_THR_TEST", "");
         EXPECT_STREQ(std::getenv("ZEL_THR_TEST"), "") << "former " << (former == nullptr ? "null" : former);
-        // The shell of Windows can't tell such a variable from none.
+        // The shell of Windows can't distinguish such a variable from a missing one.
         EXPECT_EQ(shell_status(ON_WINDOWS ? "exit 7" : "[ \"${ZEL_THR_TEST-unset}\" = '' ] && exit 7; exit 8"), 7)
             << "former " << (former == nullptr ? "null" : former);
         thr_setenv("ZEL_THR_TEST", "later");
@@ -260,7 +260,7 @@ TEST(ThrDrlConstructLibraryName, LeavesTheBufferEmptyWhenTheNameDoesNotFit)
     std::string const name = library_name(stem.c_str());
     ASSERT_GT(name.size(), stem.size());
     for (std::size_t size = 1; size <= NAME_SIZE; ++size) {
-        // The byte behind the buffer is watched.
+        // The byte after the buffer is watched.
         std::vector<char> buffer(size + 1, '#');
         thr_drl_construct_library_name(buffer.data(), size, stem.c_str());
         EXPECT_STREQ(buffer.data(), size > name.size() ? name.c_str() : "") << "size " << size;
@@ -276,7 +276,7 @@ TEST(ThrDrlConstructLibraryName, LeavesABufferOfNoSizeAlone)
     thr_drl_construct_library_name(nullptr, NAME_SIZE, "stem");
 }
 
-TEST(ThrDrlIsLoaded, TellsLibrariesOfThisProcess)
+TEST(ThrDrlIsLoaded, FindsLibrariesOfThisProcess)
 {
     EXPECT_TRUE(thr_drl_is_loaded(library_name("zel_thr").c_str()));
     EXPECT_TRUE(thr_drl_is_loaded(ON_WINDOWS ? "ZEL_THR.DLL" : "libzel_thr.so.1"));
@@ -289,7 +289,7 @@ TEST(ThrDrlIsLoaded, TellsLibrariesOfThisProcess)
 
 TEST(ThrDrlIsLoaded, TakesADirectoryForTheOneThatTheLibraryWasLoadedFrom)
 {
-    // The libraries lie beside the executable.
+    // The libraries lie next to the executable.
     std::filesystem::path const executable = std::filesystem::absolute(testing::internal::GetArgvs().front());
     std::filesystem::path const directory = executable.lexically_normal().parent_path();
     std::filesystem::path const library = directory / library_name("zel_thr");
@@ -302,7 +302,7 @@ TEST(ThrDrlIsLoaded, TakesADirectoryForTheOneThatTheLibraryWasLoadedFrom)
 
 TEST(ThrDrlIsLoaded, LoadsNothing)
 {
-    // The version library lies beside the executable, which does not need it.
+    // The version library lies next to the executable, which does not need it.
     std::string const name = library_name("zel_ver");
     EXPECT_FALSE(thr_drl_is_loaded(name.c_str()));
     EXPECT_FALSE(thr_drl_is_loaded(name.c_str()));

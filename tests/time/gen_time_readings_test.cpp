@@ -1,31 +1,22 @@
-// The clocks over a scripted system: every answer it can give, and every one it can fail to give.
+// The clocks over a scripted system: every value it can return, and every failure.
 #include "gen_time_sys.h"
 
 #include "tests/support/gen_os_fake.h"
+#include "tests/support/internal_error.h"
 
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using testing::AllOf;
 using testing::ExitedWithCode;
-using testing::HasSubstr;
 
 namespace {
-
-// How a process ends by an internal error.
-constexpr int INTERNAL_ERROR_STATUS = 3;
 
 constexpr std::uint64_t NO_READING = 1000000000000;
 
 // The first count whose millionfold no longer fits into 64 bits: it wraps to 448384.
 constexpr std::uint64_t FIRST_WRAPPED = 18446744073710;
-
-auto tells(char const *text)
-{
-    return AllOf(HasSubstr(text), HasSubstr("GEN"), HasSubstr("gen/gen_time"));
-}
 
 struct UserAndKernel
 {
@@ -51,7 +42,7 @@ void set_answers(void (*change)(gen_os_fake_answers &))
 
 // Wall clock.
 
-TEST(GenWallClockReadings, StandAtThePresetWithoutAnswers)
+TEST(GenWallClockReadings, KeepThePresetWithoutReadings)
 {
     set_answers([](gen_os_fake_answers &a) { a.counter = a.frequency = false; });
     EXPECT_EQ(gen_get_hires_ticks(), NO_READING);
@@ -60,7 +51,7 @@ TEST(GenWallClockReadings, StandAtThePresetWithoutAnswers)
     EXPECT_EQ(gen_get_sec_wallclock(), 1.0);
 }
 
-TEST(GenWallClockReadings, StandAtThePresetOfTheCounterAlone)
+TEST(GenWallClockReadings, KeepThePresetOfTheCounterAlone)
 {
     set_answers([](gen_os_fake_answers &a) { a.counter = false; });
     gen_os_fake_set_frequency(10000000);
@@ -135,7 +126,7 @@ TEST(GenWallClockReadings, CacheTheFrequencyAtTheFirstReading)
     gen_os_fake_set_frequency(10);
     EXPECT_EQ(gen_get_usec_wallclock(), 1000000U);
     EXPECT_EQ(gen_get_sec_wallclock(), 1.0);
-    EXPECT_EQ(gen_get_hires_tick_frequency(), 10U); // asked anew each time
+    EXPECT_EQ(gen_get_hires_tick_frequency(), 10U); // read again each time
     set_answers([](gen_os_fake_answers &a) { a.frequency = false; });
     EXPECT_EQ(gen_get_hires_tick_frequency(), NO_READING);
     EXPECT_EQ(gen_get_usec_wallclock(), 1000000U);
@@ -174,7 +165,7 @@ TEST(GenCpuReadings, TakeTheJobFirst)
     EXPECT_EQ(gen_get_sec_cpu(), 579 / 1e6);
 }
 
-TEST(GenCpuReadings, LeaveTheJobForGoodOnceToldSo)
+TEST(GenCpuReadings, LeaveTheJobForGoodOnRequest)
 {
     set_answers([](gen_os_fake_answers &a) { a.job_cpu = true; });
     gen_os_fake_set_job_cpu(10, 20);
@@ -240,11 +231,11 @@ TEST(GenCpuReadingsDeathTest, NullPointersAreInternalErrors)
 {
     std::uint64_t value = 0;
     EXPECT_EXIT(gen_get_usec_user_and_kernel(nullptr, &value), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells("Internal error: user != 0\n"));
+                dies_with("user != 0", "gen_time"));
     EXPECT_EXIT(gen_get_usec_user_and_kernel(&value, nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells("Internal error: kernel != 0\n"));
+                dies_with("kernel != 0", "gen_time"));
     EXPECT_EXIT(gen_get_usec_user_and_kernel(nullptr, nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                tells("Internal error: user != 0\n"));
+                dies_with("user != 0", "gen_time"));
 }
 
 // Calendar.

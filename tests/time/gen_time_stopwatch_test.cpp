@@ -127,7 +127,7 @@ std::vector<std::uint64_t> counters_of(GEN_PROCESS_STOPWATCH const &watch)
     return {m.start_user, m.total_user, m.start_kernel, m.total_kernel};
 }
 
-// How often each question was asked since the object was made.
+// How often each clock was read since the object was made.
 class Questions
 {
 public:
@@ -360,7 +360,7 @@ TEST_F(GenStopwatch, LapsOfAnAccumulatingWatchAddUp)
     EXPECT_EQ(watch.lap_usec(6), 66U);
 }
 
-TEST_F(GenStopwatch, LapsOfAStoppedWatchStandStill)
+TEST_F(GenStopwatch, LapsOfAStoppedWatchDoNotChange)
 {
     for (bool const accumulate : {false, true}) {
         GEN_STOPWATCH watch = measured(ALL_CLOCKS, {1500000, 20, 40}, accumulate);

@@ -18,7 +18,7 @@
 
 namespace {
 
-// Local time as the environment tells it, for a scope.
+// Local time as the environment defines it, for a scope.
 class TimeZone
 {
 public:
@@ -99,7 +99,7 @@ constexpr ElapsedCase ELAPSED_CASES[] = {
     {90061, "1:01:01:01"},
     {864000, "10:00:00:00"},
     {std::numeric_limits<std::int64_t>::max(), "106751991167300:15:30:07"},
-    // A 0 goes in front of a negative field, whatever its width; the day field is left out.
+    // A 0 goes before a negative field, whatever its width; the day field is left out.
     {-1, "00:00:0-1"},
     {-5, "00:00:0-5"},
     {-10, "00:00:0-10"},
@@ -155,7 +155,7 @@ TEST(GenFormatElapsedSec, CutsTowardsZero)
         {-0.999, "00:00:00"},
         {-1.9, "00:00:0-1"},
         {-61.5, "00:0-1:0-1"},
-        // What no count holds gives the nearest one, no number gives 0.
+        // A value outside the range gives the nearest count, NaN gives 0.
         {1e300, "106751991167300:15:30:07"},
         {INFINITE, "106751991167300:15:30:07"},
         {-1e300, "0-15:0-30:0-8"},
@@ -181,7 +181,7 @@ constexpr DateCase DATE_CASES[] = {
     {UTC, 951782400, "Tue Feb 29 00:00:00 2000", "2000-02-29 00:00:00"},
     {UTC, 2147483648, "Tue Jan 19 03:14:08 2038", "2038-01-19 03:14:08"},
     {UTC, 1794683027, "Sat Nov 14 19:03:47 2026", "2026-11-14 19:03:47"},
-    // A day below ten has a blank in front.
+    // A day below ten has a leading blank.
     {UTC, 1772683506, "Thu Mar  5 04:05:06 2026", "2026-03-05 04:05:06"},
     {EAST, 0, "Thu Jan  1 05:30:00 1970", "1970-01-01 05:30:00"},
     {EAST, 1794683027, "Sun Nov 15 00:33:47 2026", "2026-11-15 00:33:47"},
@@ -203,7 +203,7 @@ TEST(GenGetIsoStyleDateAndTime, RendersLocalTime)
     }
 }
 
-TEST(GenGetFormattedTimeFromMilliseconds, PutsTheFractionInFrontOfTheYear)
+TEST(GenGetFormattedTimeFromMilliseconds, PutsTheFractionBeforeTheYear)
 {
     struct Case
     {
@@ -268,7 +268,7 @@ TEST(GenFormatDateAndTime, ExpandsTheFormat)
     }
 }
 
-TEST(GenFormatDateAndTime, TellsWhatDoesNotFit)
+TEST(GenFormatDateAndTime, ReportsTextThatDoesNotFit)
 {
     struct Case
     {
@@ -282,7 +282,7 @@ TEST(GenFormatDateAndTime, TellsWhatDoesNotFit)
         {std::string(249, 'x'), 249},
         {std::string(250, 'x'), 250},
         {std::string(1000, 'x'), 1000},
-        {"", 0}, // an empty expansion can't be told from one that doesn't fit
+        {"", 0}, // an empty expansion can't be distinguished from one that doesn't fit
     };
     for (Case const &c : cases) {
         bool const fits = c.size != 0 && c.size < 250;
@@ -339,7 +339,7 @@ TEST(GenCurrentTime, RenderingsAreThoseOfThePresentSecond)
     EXPECT_EQ(std::count(isos.begin(), isos.end(), formatted), 1) << formatted;
 }
 
-TEST(GenCurrentTime, FormatTellsWhatDoesNotFit)
+TEST(GenCurrentTime, FormatReportsTextThatDoesNotFit)
 {
     std::string out = "kept";
     EXPECT_FALSE(gen_format_current_date_and_time(&out, std::string(250, 'x').c_str()));
@@ -411,7 +411,7 @@ TEST(GenCpuClock, CountsAllThreadsOfTheProcess)
     EXPECT_GE(gen_get_usec_cpu(), start + 30000);
 }
 
-TEST(GenCpuClock, StandsStillInASleepingProcess)
+TEST(GenCpuClock, DoesNotAdvanceInASleepingProcess)
 {
     constexpr std::uint64_t SLEEP_USEC = 400000;
     std::uint64_t const wall_start = gen_get_usec_wallclock();
@@ -449,7 +449,7 @@ TEST(GenCpuClock, FormsOfTheReadingAgree)
     }
 }
 
-// A switch of no way back; the clocks of a process outside a job are the same behind it.
+// A switch without a way back; the clocks of a process outside a job are the same after it.
 TEST(GenCpuClock, GoesOnWithoutTheJob)
 {
     std::uint64_t const start = gen_get_usec_cpu();
