@@ -1,10 +1,9 @@
+#include "gen/machine/gen_machine_cache.h"
+
 #include "gen_machine_sys.h"
 
-#include "gen/base/gen_assert.h"
-#include "gen/machine/gen_machine_capture.h"
 #include "gen/base/gen_message.h"
-
-#include <algorithm>
+#include "gen/machine/gen_machine_cpuid.h"
 
 namespace {
 
@@ -137,27 +136,4 @@ void gen_read_caches(GEN_MACHINE_STATE &state, GEN_PKG &package, std::uint32_t l
         gen_say("Unable to query cache info from unsupported vendor");
         state.m_cpu_info_valid = false;
     }
-}
-
-bool GEN_MACHINE_INFO::get_cache_size(int level, unsigned *size, unsigned *line_size, unsigned char type)
-{
-    GEN_ASSERT(size != nullptr, "size != 0");
-    GEN_ASSERT(type <= GEN_CACHE_INST, "type <= GEN_CACHE_INST");
-    *size = 0;
-    if (line_size != nullptr)
-        *line_size = 0;
-    bool const is_valid = capture_cpu_info();
-    GEN_PKG const *const package = gen_first_package();
-    if (package == nullptr)
-        return is_valid;
-    std::list<GEN_CACHE> const caches = package->m_caches;
-    auto const found = std::find_if(caches.begin(), caches.end(), [&](GEN_CACHE const &cache) {
-        return cache.m_level == level && cache.m_type == type;
-    });
-    if (found == caches.end())
-        return is_valid;
-    *size = found->m_size;
-    if (line_size != nullptr)
-        *line_size = found->m_line_size;
-    return is_valid;
 }

@@ -10,6 +10,8 @@
 #include "gen/machine/gen_machine_capture.h"
 
 #include "gen/base/gen_message.h"
+#include "gen/machine/gen_machine_cache.h"
+#include "gen/machine/gen_machine_cpuid.h"
 
 #include <cstring>
 
