@@ -183,7 +183,7 @@ TEST_F(ErrReportDeathTest, PrintsTheStackFromTheCallerOn)
     else
         EXPECT_EXIT(l_err_test_outer_function(0), ExitedWithCode(3),
                     AllOf(HasSubstr("\n  Stack:\n    #0 err_test_outer_function(int)+0x"),
-                          HasSubstr(" at tests/err_test.cpp:"), HasSubstr(" (err_test+0x")));
+                          HasSubstr(" at tests/err/err_test.cpp:"), HasSubstr(" (err_test+0x")));
 }
 
 void const *l_return_address = nullptr;
@@ -211,7 +211,7 @@ TEST(ErrDescribeCalls, TellsTheFunctionTheFileAndTheLine)
     }
     ASSERT_FALSE(places[0].lines.empty());
     EXPECT_THAT(places[0].lines.front().function, HasSubstr("inlined_caller"));
-    EXPECT_EQ(places[0].lines.front().file, "tests/err_test.cpp");
+    EXPECT_EQ(places[0].lines.front().file, "tests/err/err_test.cpp");
     EXPECT_GT(places[0].lines.front().line, 0);
     EXPECT_FALSE(places[0].lines.front().is_standard_library);
 }
