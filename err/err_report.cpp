@@ -21,6 +21,8 @@
 
 #include "err/err_demangle.h"
 #include "err/os/err_os.h"
+#include "sys/sys_process.h"
+#include "sys_thread.h"
 
 #include <atomic>
 #include <cstdio>
@@ -47,7 +49,7 @@ struct PLACE
 std::atomic<PLACE const *> l_place{nullptr};
 
 // The thread that reports, 0 before the first internal error; written once.
-std::atomic<std::uint64_t> l_reporter{0};
+std::atomic<std::int64_t> l_reporter{0};
 
 // Who runs the exit handlers; written once.
 enum class END
@@ -168,8 +170,8 @@ bool claim_end(END claimant)
 
 bool another_thread_reports()
 {
-    std::uint64_t const reporter = l_reporter.load();
-    return reporter != 0 && reporter != err_os_thread_id();
+    std::int64_t const reporter = l_reporter.load();
+    return reporter != 0 && reporter != sys_thread_self();
 }
 
 void at_exit()
@@ -184,14 +186,14 @@ class LAST_HANDLER
 public:
     ~LAST_HANDLER()
     {
-        if (l_reporter.load() == err_os_thread_id()) {
+        if (l_reporter.load() == sys_thread_self()) {
             std::fflush(nullptr);
             err_os_end_at_once(STATUS);
         }
         bool const is_claimed = claim_end(END::ORDINARY);
         if (!another_thread_reports())
             return;
-        if (is_claimed && !err_os_is_last_thread_of_exit())
+        if (is_claimed && !sys_is_last_thread_of_exit())
             err_os_wait_for_the_end();
         err_os_end_at_once(STATUS);
     }
@@ -206,8 +208,8 @@ LAST_HANDLER l_handler_before_the_last;
 
 void err_report_internal_error(char const *expression, char const *module, char const *file, int line)
 {
-    std::uint64_t const self = err_os_thread_id();
-    std::uint64_t reporter = 0;
+    std::int64_t const self = sys_thread_self();
+    std::int64_t reporter = 0;
     bool const is_first = l_reporter.compare_exchange_strong(reporter, self);
     if (!is_first && reporter != self)
         err_os_wait_for_the_end();

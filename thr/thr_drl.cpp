@@ -1,5 +1,6 @@
 #include "thr_sys.h"
 
+#include "sys/sys_module.h"
 #include "thr/os/thr_os.h"
 
 #include <cstring>
@@ -49,5 +50,5 @@ void thr_drl_construct_library_name(char *buffer, std::size_t size, char const *
 
 bool thr_drl_is_loaded(char const *name)
 {
-    return name != nullptr && *name != '\0' && thr_os_library_is_loaded(name);
+    return name != nullptr && *name != '\0' && sys_is_library_loaded(name);
 }

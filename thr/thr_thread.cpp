@@ -1,5 +1,7 @@
 #include "thr_sys.h"
 
+#include "sys/sys_process.h"
+#include "sys_thread.h"
 #include "thr/os/thr_os.h"
 
 #include <chrono>
@@ -8,7 +10,7 @@
 
 std::int64_t thr_thread_self()
 {
-    return thr_os_thread_self();
+    return sys_thread_self();
 }
 
 void thr_sleep(unsigned milliseconds)
@@ -26,7 +28,7 @@ void thr_sleep(unsigned milliseconds)
 
 void thr_debug_break()
 {
-    if (thr_os_is_debugged())
+    if (sys_is_debugged())
         thr_os_break();
 }
 

@@ -42,8 +42,6 @@ struct ERR_OS_FRAME
     std::vector<ERR_OS_LINE> inlined;
 };
 
-/// The calling thread's identity; never 0.
-std::uint64_t err_os_thread_id();
 std::uint64_t err_os_process_id();
 
 /// Full path of the process's executable; empty if the system does not tell.
@@ -58,9 +56,6 @@ void err_os_write_error_stream(char const *text, std::size_t size);
 /// Has the function called by the thread that runs the process's exit handlers, before the handlers
 /// that were registered earlier, while the other threads still run.
 void err_os_call_at_exit(void (*function)());
-
-/// Whether the system is ending the process and has ended all other threads already.
-bool err_os_is_last_thread_of_exit();
 
 /// Ends the process without exit handlers.
 [[noreturn]] void err_os_end_at_once(int status);

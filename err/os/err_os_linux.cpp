@@ -1,11 +1,12 @@
 #include "err/os/err_os.h"
 
+#include "sys/sys_module.h"
+
 #include <dlfcn.h>
 #include <dwarf.h>
 #include <elfutils/libdw.h>
 #include <elfutils/libdwfl.h>
 #include <link.h>
-#include <pthread.h>
 #include <unistd.h>
 #include <unwind.h>
 
@@ -13,7 +14,6 @@
 #include <climits>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 
 namespace {
 
@@ -252,15 +252,13 @@ ERR_OS_FRAME describe_by_loader(void const *address)
 {
     ERR_OS_FRAME frame;
     std::uintptr_t const call = call_of(address);
-    Dl_info info;
-    if (dladdr(reinterpret_cast<void const *>(call), &info) == 0)
+    SYS_MODULE module;
+    if (!sys_find_module(call, module))
         return frame;
-    if (info.dli_fname != nullptr) {
-        char const *slash = std::strrchr(info.dli_fname, '/');
-        frame.object = slash == nullptr ? info.dli_fname : slash + 1;
-    }
-    frame.object_offset = call + 1 - reinterpret_cast<std::uintptr_t>(info.dli_fbase);
-    if (info.dli_sname != nullptr) {
+    frame.object = module.name;
+    frame.object_offset = call + 1 - module.begin;
+    Dl_info info;
+    if (dladdr(reinterpret_cast<void const *>(call), &info) != 0 && info.dli_sname != nullptr) {
         frame.function = info.dli_sname;
         frame.function_offset = call + 1 - reinterpret_cast<std::uintptr_t>(info.dli_saddr);
     }
@@ -268,11 +266,6 @@ ERR_OS_FRAME describe_by_loader(void const *address)
 }
 
 } // namespace
-
-std::uint64_t err_os_thread_id()
-{
-    return static_cast<std::uint64_t>(pthread_self());
-}
 
 std::uint64_t err_os_process_id()
 {
@@ -325,11 +318,6 @@ void err_os_write_error_stream(char const *text, std::size_t size)
 void err_os_call_at_exit(void (*function)())
 {
     std::atexit(function);
-}
-
-bool err_os_is_last_thread_of_exit()
-{
-    return false;
 }
 
 void err_os_end_at_once(int status)

@@ -1,5 +1,9 @@
 #include "err/os/err_os.h"
 
+#include "sys/os/sys_os_function_windows.h"
+#include "sys/sys_module.h"
+#include "sys/sys_process.h"
+
 #include <windows.h>
 
 #include <io.h>
@@ -17,7 +21,6 @@ constexpr char const *RUNTIMES[] = {"msvcrt.dll", "ucrtbase.dll"};
 constexpr char const *EXIT_FUNCTIONS[] = {"exit", "_cexit", "_c_exit", "quick_exit"};
 constexpr std::size_t MAX_EXIT_FUNCTIONS = std::size(RUNTIMES) * std::size(EXIT_FUNCTIONS);
 
-using SHUTDOWN_QUESTION = BOOLEAN(NTAPI *)();
 using ONEXIT_LIST = _onexit_t(__cdecl *)(_onexit_t);
 
 // What err_os_call_at_exit() was given; null before.
@@ -27,14 +30,6 @@ int __cdecl call_at_exit()
 {
     l_at_exit();
     return 0;
-}
-
-template <typename FUNCTION>
-FUNCTION find_function(char const *library, char const *name)
-{
-    HMODULE const module = GetModuleHandleA(library);
-    FARPROC const function = module == nullptr ? nullptr : GetProcAddress(module, name);
-    return reinterpret_cast<FUNCTION>(reinterpret_cast<void *>(function));
 }
 
 // The unwinder's record of the function that holds the address; null outside known code.
@@ -58,7 +53,7 @@ public:
     {
         for (char const *runtime : RUNTIMES)
             for (char const *name : EXIT_FUNCTIONS)
-                add(find_function<void *>(runtime, name));
+                add(sys_os_find_function<void *>(runtime, name));
     }
 
     bool contains(DWORD64 address) const
@@ -85,15 +80,11 @@ private:
 ERR_OS_FRAME describe_by_module(void const *address)
 {
     ERR_OS_FRAME frame;
-    HMODULE module = nullptr;
-    constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    if (!GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(call_of(address)), &module))
+    SYS_MODULE module;
+    if (!sys_find_module(static_cast<std::uintptr_t>(call_of(address)), module))
         return frame;
-    char path[MAX_PATH];
-    DWORD const length = GetModuleFileNameA(module, path, MAX_PATH);
-    std::string const fullpath(path, length < MAX_PATH ? length : MAX_PATH - 1);
-    frame.object = fullpath.substr(fullpath.find_last_of("\\/") + 1);
-    frame.object_offset = reinterpret_cast<std::uint64_t>(address) - reinterpret_cast<std::uint64_t>(module);
+    frame.object = module.name;
+    frame.object_offset = reinterpret_cast<std::uintptr_t>(address) - module.begin;
     return frame;
 }
 
@@ -105,11 +96,6 @@ HANDLE error_stream()
 }
 
 } // namespace
-
-std::uint64_t err_os_thread_id()
-{
-    return GetCurrentThreadId();
-}
 
 std::uint64_t err_os_process_id()
 {
@@ -134,7 +120,7 @@ void err_os_capture_stack(ERR_OS_STACK &stack)
         stack.is_in_exit = stack.is_in_exit || exit_code.contains(call_of(addresses[i]));
     }
     // Exit handlers of libraries run when the system unloads them.
-    stack.is_in_exit = stack.is_in_exit || err_os_is_last_thread_of_exit();
+    stack.is_in_exit = stack.is_in_exit || sys_is_last_thread_of_exit();
 }
 
 std::vector<ERR_OS_FRAME> err_os_describe(void const *const *addresses, std::size_t count, bool)
@@ -169,14 +155,8 @@ void err_os_call_at_exit(void (*function)())
         return;
     l_at_exit = function;
     for (char const *runtime : RUNTIMES)
-        if (auto const add = find_function<ONEXIT_LIST>(runtime, "_onexit"))
+        if (auto const add = sys_os_find_function<ONEXIT_LIST>(runtime, "_onexit"))
             return static_cast<void>(add(call_at_exit));
-}
-
-bool err_os_is_last_thread_of_exit()
-{
-    auto const question = find_function<SHUTDOWN_QUESTION>("ntdll.dll", "RtlDllShutdownInProgress");
-    return question != nullptr && question() != FALSE;
 }
 
 void err_os_end_at_once(int status)

@@ -1,6 +1,7 @@
 #include "fio/os/fio_os.h"
 
 #include "fio/fio_pattern.h"
+#include "sys/sys_file_mode.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -20,13 +21,6 @@ constexpr unsigned ATTRIBUTE_READ_ONLY = 0x01;
 constexpr unsigned ATTRIBUTE_HIDDEN = 0x02;
 constexpr unsigned ATTRIBUTE_DIRECTORY = 0x10;
 constexpr unsigned ATTRIBUTE_LINK = 0x400; // reparse point
-
-// Type bits of the mode word in the stat record (the Windows runtime's sys/stat.h).
-constexpr unsigned MODE_PIPE = 0x1000;
-constexpr unsigned MODE_DEVICE = 0x2000;
-constexpr unsigned MODE_DIRECTORY = 0x4000;
-constexpr unsigned MODE_REGULAR = 0x8000;
-constexpr unsigned MODE_PERMISSIONS = 0777;
 
 struct CloseDirectory
 {
@@ -87,12 +81,12 @@ bool is_dot_or_dot_dot(char const *name)
 // share bits with directories and files.
 unsigned mode_word(mode_t mode)
 {
-    unsigned const permissions = mode & MODE_PERMISSIONS;
+    unsigned const permissions = mode & SYS_MODE_PERMISSIONS;
     if (S_ISDIR(mode))
-        return MODE_DIRECTORY | permissions;
+        return SYS_MODE_DIRECTORY | permissions;
     if (S_ISREG(mode))
-        return MODE_REGULAR | permissions;
-    return (S_ISCHR(mode) || S_ISBLK(mode) ? MODE_DEVICE : MODE_PIPE) | permissions;
+        return SYS_MODE_REGULAR | permissions;
+    return (S_ISCHR(mode) || S_ISBLK(mode) ? SYS_MODE_DEVICE : SYS_MODE_PIPE) | permissions;
 }
 
 // A scan under way: the names that match, in byte order, and how far it has come.

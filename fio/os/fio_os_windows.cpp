@@ -1,5 +1,7 @@
 #include "fio/os/fio_os.h"
 
+#include "sys/sys_file_mode.h"
+
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
@@ -7,11 +9,6 @@
 #include <windows.h>
 
 namespace {
-
-// Type and permission bits of the mode word (sys/stat.h).
-constexpr unsigned MODE_EXECUTE = 0111;
-constexpr unsigned MODE_WRITE = 0222;
-constexpr unsigned MODE_READ = 0444;
 
 // From this length on a narrow path goes to the wide call (fileapi.h: MAX_PATH, terminator included).
 constexpr std::size_t LONG_PATH_LENGTH = MAX_PATH - 1;
@@ -108,14 +105,14 @@ bool is_executable_name(std::wstring const &path)
 
 unsigned mode_word(DWORD attributes, std::wstring const &path)
 {
-    unsigned mode = MODE_READ;
+    unsigned mode = SYS_MODE_MAY_READ;
     if ((attributes & FILE_ATTRIBUTE_READONLY) == 0)
-        mode |= MODE_WRITE;
+        mode |= SYS_MODE_MAY_WRITE;
     if (is_directory(attributes))
-        return mode | MODE_EXECUTE | _S_IFDIR;
+        return mode | SYS_MODE_MAY_EXECUTE | SYS_MODE_DIRECTORY;
     if (is_executable_name(path))
-        mode |= MODE_EXECUTE;
-    return mode | _S_IFREG;
+        mode |= SYS_MODE_MAY_EXECUTE;
+    return mode | SYS_MODE_REGULAR;
 }
 
 } // namespace
@@ -179,7 +176,7 @@ bool fio_os_status(char const *path, struct _stat64i32 &record)
         return false;
     if (starts_with(full, DEVICE)) {
         record = {};
-        record.st_mode = _S_IFCHR | MODE_READ | MODE_WRITE;
+        record.st_mode = SYS_MODE_DEVICE | SYS_MODE_MAY_READ | SYS_MODE_MAY_WRITE;
         return true;
     }
     bool const asks_for_directory = drop_last_separator(full);

@@ -1,6 +1,6 @@
 #include "gen/os/gen_os_host.h"
 
-#include "gen/os/gen_os_system_file_linux.h"
+#include "sys/os/sys_os_text_file_linux.h"
 
 #include <netdb.h>
 #include <pwd.h>
@@ -33,7 +33,7 @@ bool ask_with_room(ASK ask)
 
 bool gen_os_read_memory(GEN_HOST_MEMORY &memory)
 {
-    GEN_OS_SYSTEM_FILE const meminfo("/proc/meminfo");
+    SYS_OS_TEXT_FILE const meminfo("/proc/meminfo");
     if (gen_read_meminfo(meminfo.text(), memory))
         return true;
     struct sysinfo info;
@@ -51,8 +51,8 @@ bool gen_os_read_version(GEN_OS_VERSION &)
 
 bool gen_os_read_distribution(GEN_HOST_DISTRIBUTION &distribution)
 {
-    return gen_read_os_release(GEN_OS_SYSTEM_FILE("/etc/os-release").text(), distribution) ||
-           gen_read_os_release(GEN_OS_SYSTEM_FILE("/usr/lib/os-release").text(), distribution);
+    return gen_read_os_release(SYS_OS_TEXT_FILE("/etc/os-release").text(), distribution) ||
+           gen_read_os_release(SYS_OS_TEXT_FILE("/usr/lib/os-release").text(), distribution);
 }
 
 char const *gen_os_platform_name()

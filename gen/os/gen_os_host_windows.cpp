@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include "sys/os/sys_os_function_windows.h"
+
 namespace {
 
 // Room for names and for the browser's version, as the calls are told it.
@@ -12,16 +14,6 @@ constexpr DWORD USER_NAME_SIZE = 256;
 constexpr DWORD BROWSER_VERSION_SIZE = 30;
 
 using RtlGetVersionFunction = LONG(WINAPI *)(OSVERSIONINFOEXW *);
-
-// Not in any import library.
-RtlGetVersionFunction find_rtl_get_version()
-{
-    HMODULE const module = GetModuleHandleW(L"ntdll.dll");
-    if (module == nullptr)
-        return nullptr;
-    FARPROC const function = GetProcAddress(module, "RtlGetVersion");
-    return reinterpret_cast<RtlGetVersionFunction>(reinterpret_cast<void *>(function));
-}
 
 // The socket layer is started only when a look-up tells that it isn't.
 hostent *look_up(char const *name)
@@ -48,7 +40,7 @@ bool gen_os_read_memory(GEN_HOST_MEMORY &memory)
 
 bool gen_os_read_version(GEN_OS_VERSION &version)
 {
-    RtlGetVersionFunction const rtl_get_version = find_rtl_get_version();
+    auto const rtl_get_version = sys_os_find_function<RtlGetVersionFunction>("ntdll.dll", "RtlGetVersion");
     OSVERSIONINFOEXW record{};
     record.dwOSVersionInfoSize = sizeof record;
     if (rtl_get_version == nullptr || rtl_get_version(&record) != 0)

@@ -1,17 +1,17 @@
 #include "gen/os/gen_os.h"
 
 #include "gen/text/gen_string_profile.h"
+#include "sys/sys_module.h"
+#include "sys/sys_process.h"
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <utility>
 
 #include <fcntl.h>
-#include <link.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -53,36 +53,6 @@ bool read_real_path(char const *path, std::string &real_path)
         return false;
     real_path = resolved.get();
     return true;
-}
-
-struct LibrarySearch
-{
-    char const *file_name;
-    char const *found; // the loader's own text, which stays while the object is loaded
-};
-
-// "libx.so" also names "libx.so.1.2".
-bool is_file_name_of(char const *path, char const *file_name)
-{
-    char const *const slash = std::strrchr(path, '/');
-    char const *const name = slash == nullptr ? path : slash + 1;
-    std::size_t const length = std::strlen(file_name);
-    if (std::strncmp(name, file_name, length) != 0)
-        return false;
-    char const *const rest = name + length;
-    if (*rest == '\0')
-        return true;
-    bool const is_library = length >= 3 && std::strcmp(file_name + length - 3, ".so") == 0;
-    return is_library && *rest == '.' && rest[1] != '\0' && rest[std::strspn(rest, "0123456789.")] == '\0';
-}
-
-int visit_library(dl_phdr_info *info, std::size_t, void *context)
-{
-    auto *const search = static_cast<LibrarySearch *>(context);
-    if (info->dlpi_name == nullptr || !is_file_name_of(info->dlpi_name, search->file_name))
-        return 0;
-    search->found = info->dlpi_name;
-    return 1;
 }
 
 // A file descriptor for a scope.
@@ -176,19 +146,6 @@ std::string first_characters(char const *text, std::size_t count)
     return {text, end};
 }
 
-bool is_debugger_attached()
-{
-    std::unique_ptr<std::FILE, decltype(&std::fclose)> const status(std::fopen("/proc/self/status", "re"),
-                                                                    &std::fclose);
-    if (!status)
-        return false;
-    char line[256];
-    while (std::fgets(line, sizeof line, status.get()) != nullptr)
-        if (std::strncmp(line, "TracerPid:", 10) == 0)
-            return std::strtol(line + 10, nullptr, 10) != 0;
-    return false;
-}
-
 } // namespace
 
 bool gen_os_read_counter(std::uint64_t &ticks)
@@ -258,9 +215,8 @@ bool gen_os_read_executable_path(std::string &path)
 
 bool gen_os_read_library_path(char const *file_name, std::string &path)
 {
-    LibrarySearch search{file_name, nullptr};
-    dl_iterate_phdr(visit_library, &search);
-    return search.found != nullptr && read_real_path(search.found, path);
+    std::string loaded;
+    return sys_find_library(file_name, loaded) && read_real_path(loaded.c_str(), path);
 }
 
 bool gen_os_case_matters_in_paths()
@@ -335,6 +291,6 @@ bool gen_os_reserve_address_space(std::size_t size_bytes)
 
 void gen_os_debug_output(char const *text)
 {
-    if (is_debugger_attached())
+    if (sys_is_debugged())
         std::fputs(text, stderr);
 }

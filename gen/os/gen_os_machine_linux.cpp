@@ -1,7 +1,7 @@
 #include "gen/os/gen_os_machine.h"
 
 #include "gen/base/gen_machine_text.h"
-#include "gen/os/gen_os_system_file_linux.h"
+#include "sys/os/sys_os_text_file_linux.h"
 
 #include <sched.h>
 #include <unistd.h>
@@ -43,7 +43,7 @@ bool gen_os_read_affinity(std::uint64_t &process_mask, std::uint64_t &system_mas
         return false;
     l_process_set = process_set;
     process_mask = process_set.m_words[0];
-    GEN_OS_SYSTEM_FILE const online("/sys/devices/system/cpu/online");
+    SYS_OS_TEXT_FILE const online("/sys/devices/system/cpu/online");
     if (!gen_read_processor_list(online.text(), system_mask))
         system_mask = process_mask;
     return true;
@@ -65,9 +65,9 @@ bool gen_os_release_thread(std::uint64_t process_mask)
 
 bool gen_os_read_nominal_mhz(int &mhz)
 {
-    GEN_OS_SYSTEM_FILE const base_frequency("/sys/devices/system/cpu/cpu0/cpufreq/base_frequency");
+    SYS_OS_TEXT_FILE const base_frequency("/sys/devices/system/cpu/cpu0/cpufreq/base_frequency");
     if (gen_read_base_frequency(base_frequency.text(), mhz))
         return true;
-    GEN_OS_SYSTEM_FILE const processors("/proc/cpuinfo");
+    SYS_OS_TEXT_FILE const processors("/proc/cpuinfo");
     return gen_read_processor_frequency(processors.text(), mhz);
 }

@@ -1,6 +1,7 @@
 #include "gen/os/gen_os.h"
 
 #include "fio_sys.h"
+#include "sys/sys_module.h"
 
 #include <cstring>
 #include <filesystem>
@@ -16,15 +17,6 @@ constexpr DWORD PATH_BUFFER_SIZE = 261; // 260 characters and the terminator
 std::uint64_t units_of(FILETIME const &time)
 {
     return static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
-}
-
-bool read_module_path(HMODULE module, std::string &path)
-{
-    char buffer[PATH_BUFFER_SIZE] = {};
-    if (GetModuleFileNameA(module, buffer, PATH_BUFFER_SIZE - 1) == 0)
-        return false;
-    path = buffer;
-    return true;
 }
 
 } // namespace
@@ -107,13 +99,16 @@ bool gen_os_local_time(std::int64_t seconds, std::tm &local)
 
 bool gen_os_read_executable_path(std::string &path)
 {
-    return read_module_path(nullptr, path);
+    char buffer[PATH_BUFFER_SIZE] = {};
+    if (GetModuleFileNameA(nullptr, buffer, PATH_BUFFER_SIZE - 1) == 0)
+        return false;
+    path = buffer;
+    return true;
 }
 
 bool gen_os_read_library_path(char const *file_name, std::string &path)
 {
-    HMODULE const module = GetModuleHandleA(file_name);
-    return module != nullptr && read_module_path(module, path);
+    return sys_find_library(file_name, path);
 }
 
 bool gen_os_case_matters_in_paths()

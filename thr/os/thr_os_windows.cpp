@@ -2,9 +2,7 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
 char const *const THR_OS_LIBRARY_PREFIX = "";
@@ -36,20 +34,10 @@ void thr_os_mutex_unlock(THR_MUTEX_OBJ mutex)
     ReleaseSRWLockExclusive(&mutex->lock);
 }
 
-std::int64_t thr_os_thread_self()
-{
-    return GetCurrentThreadId();
-}
-
 void thr_os_yield()
 {
     if (!SwitchToThread())
         Sleep(0);
-}
-
-bool thr_os_is_debugged()
-{
-    return IsDebuggerPresent() != FALSE;
 }
 
 void thr_os_break()
@@ -75,15 +63,4 @@ void thr_os_setenv(char const *name, char const *value)
 void thr_os_unsetenv(char const *name)
 {
     _putenv_s(name, "");
-}
-
-bool thr_os_library_is_loaded(char const *name)
-{
-    char native[MAX_PATH];
-    std::size_t const size = std::strlen(name) + 1;
-    if (size > sizeof(native))
-        return false;
-    // The system takes no "/" in the names of its modules.
-    std::replace_copy(name, name + size, native, '/', '\\');
-    return GetModuleHandleA(native) != nullptr;
 }
