@@ -72,8 +72,13 @@ else()
   target_link_options(zel_options INTERFACE -Wl,--enable-new-dtags)
 endif()
 
-# The private headers that hold one platform each: inline functions that are different on each platform.
-target_include_directories(zel_options INTERFACE "${PROJECT_SOURCE_DIR}/sys/os/${ZEL_PLATFORM}")
+# zel_add_platform_header(<stem>): makes the header <stem>_platform.h, which includes <stem>_linux.h or
+# <stem>_windows.h. For inline functions that are different on each platform; the stem is a path from the project's root.
+function(zel_add_platform_header stem)
+  file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/platform/${stem}_platform.h"
+    CONTENT "#include \"${stem}_${ZEL_PLATFORM}.h\"\n")
+endfunction()
+target_include_directories(zel_options INTERFACE "${PROJECT_BINARY_DIR}/platform")
 
 set(ZEL_SANITIZE "" CACHE STRING "Sanitizers of the build, for instance address,undefined")
 if(ZEL_SANITIZE)

@@ -21,8 +21,8 @@
 
 #include "err/err_demangle.h"
 #include "err/os/err_os.h"
+#include "sys/os/sys_os_thread.h"
 #include "sys/sys_process.h"
-#include "sys_thread.h"
 
 #include <atomic>
 #include <cstdio>

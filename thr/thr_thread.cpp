@@ -1,7 +1,7 @@
 #include "thr_sys.h"
 
+#include "sys/os/sys_os_thread.h"
 #include "sys/sys_process.h"
-#include "sys_thread.h"
 #include "thr/os/thr_os.h"
 
 #include <chrono>

@@ -2,7 +2,7 @@
 #ifndef GEN_OS_THREAD_H
 #define GEN_OS_THREAD_H
 
-#include "sys_thread.h"
+#include "sys/os/sys_os_thread.h"
 
 /// The same as thr_thread_self().
 inline std::int64_t gen_os_thread_self()

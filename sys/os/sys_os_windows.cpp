@@ -1,7 +1,7 @@
 #include "sys/os/sys_os_function_windows.h"
+#include "sys/os/sys_os_thread.h"
 #include "sys/sys_module.h"
 #include "sys/sys_process.h"
-#include "sys_thread.h"
 
 #include <windows.h>
 
@@ -54,7 +54,9 @@ bool sys_find_module(std::uintptr_t address, SYS_MODULE &module)
     constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     HMODULE handle = nullptr;
     char path[MAX_PATH + 1];
-    if (!GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(address), &handle) || !read_module_path(handle, path))
+    // For a null address the system would answer with the executable.
+    if (address == 0 || !GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(address), &handle) ||
+        !read_module_path(handle, path))
         return false;
     std::replace(path, path + std::strlen(path), '\\', '/');
     std::size_t const length = sys_file_name(path).copy(module.name, sizeof module.name - 1);

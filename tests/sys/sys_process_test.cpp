@@ -1,5 +1,5 @@
+#include "sys/os/sys_os_thread.h"
 #include "sys/sys_process.h"
-#include "sys_thread.h"
 #include "tests/support/debugger.h"
 
 #include <gtest/gtest.h>
