@@ -76,15 +76,13 @@ THR_API void thr_debug_break();
 /// On Linux no other thread may read or write the environment meanwhile.
 THR_API void thr_setenv(char const *name, char const *value);
 
-/// Prepares the dynamic-library service for a module. A second call replaces the first.
+/// Prepares the dynamic-library service for a module. On Linux and Windows there is nothing to prepare: the functions
+/// below work before this call, too, and the path is not kept.
 ///
-/// @param module_fullpath  full path of the module, file name included; copied
-///
-/// One thread at a time may be in thr_drl_init() or thr_drl_fini().
+/// @param module_fullpath  full path of the module, file name included; may be null
 THR_API void thr_drl_init(char const *module_fullpath);
 
-/// Takes back what thr_drl_init() did; does nothing without it. The functions below work before and
-/// after.
+/// Ends what thr_drl_init() began. The functions below go on working.
 THR_API void thr_drl_fini();
 
 /// Writes the platform's file name of the library with a stem.

@@ -21,7 +21,7 @@ void thr_sleep(unsigned milliseconds)
     }
     using CLOCK = std::chrono::steady_clock;
     CLOCK::time_point const end = CLOCK::now() + std::chrono::milliseconds(milliseconds);
-    // Timers that count in ticks wake a thread early.
+    // A timer that counts in ticks may wake the thread too early.
     for (CLOCK::time_point now = CLOCK::now(); now < end; now = CLOCK::now())
         std::this_thread::sleep_for(end - now);
 }

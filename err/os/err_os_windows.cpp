@@ -13,7 +13,7 @@
 
 namespace {
 
-// Frames that are looked through for the exit function; the first of them are kept.
+// Frames that are searched for the exit function; the first of them are kept.
 constexpr unsigned MAX_WALKED_FRAMES = 1024;
 
 // The runtime's functions that run exit handlers, in whichever runtime library is loaded.
@@ -23,7 +23,7 @@ constexpr std::size_t MAX_EXIT_FUNCTIONS = std::size(RUNTIMES) * std::size(EXIT_
 
 using ONEXIT_LIST = _onexit_t(__cdecl *)(_onexit_t);
 
-// What err_os_call_at_exit() was given; null before.
+// The function that err_os_call_at_exit() was given; null before.
 void (*l_at_exit)() = nullptr;
 
 int __cdecl call_at_exit()
@@ -32,20 +32,21 @@ int __cdecl call_at_exit()
     return 0;
 }
 
-// The unwinder's record of the function that holds the address; null outside known code.
+// The unwinder's record of the function that contains the address; null if there is none.
 void *function_record_of(DWORD64 address)
 {
     DWORD64 image = 0;
     return RtlLookupFunctionEntry(address, &image, nullptr);
 }
 
-// A return address may be the first byte of the next function: the call may be the last instruction
-// of one that never returns. The byte before it belongs to the call.
+// An address inside the call that returns to `return_address`. The return address itself may belong to the next
+// function, if the call is the last instruction of a function that never returns.
 DWORD64 call_of(void const *return_address)
 {
     return reinterpret_cast<DWORD64>(return_address) - 1;
 }
 
+// The functions of the runtimes that run exit handlers.
 class EXIT_CODE
 {
 public:
@@ -90,7 +91,7 @@ ERR_OS_FRAME describe_by_module(void const *address)
 
 HANDLE error_stream()
 {
-    // The runtime's stream 2 follows a redirection inside the process.
+    // Unlike the system's handle, the stream 2 of the runtime follows a redirection inside the process.
     std::intptr_t const handle = _get_osfhandle(2);
     return handle > 0 ? reinterpret_cast<HANDLE>(handle) : GetStdHandle(STD_ERROR_HANDLE);
 }
@@ -119,7 +120,7 @@ void err_os_capture_stack(ERR_OS_STACK &stack)
             stack.addresses[stack.count++] = addresses[i];
         stack.is_in_exit = stack.is_in_exit || exit_code.contains(call_of(addresses[i]));
     }
-    // Exit handlers of libraries run when the system unloads them.
+    // The exit handlers of a library run when the system unloads it, outside of the functions of the runtime.
     stack.is_in_exit = stack.is_in_exit || sys_is_last_thread_of_exit();
 }
 
@@ -147,8 +148,9 @@ void err_os_write_error_stream(char const *text, std::size_t size)
 
 void err_os_call_at_exit(void (*function)())
 {
-    // The atexit() of a library means its unloading, when no other thread is left. The list of the
-    // process is the runtime's; nothing is ever taken from it, so the library has to stay.
+    // A handler that a library registers with atexit() runs when the library is unloaded, after the system has ended
+    // all other threads. The list of the process is the one of the runtime. Nothing can be removed from that, so the
+    // library must never be unloaded.
     HMODULE self = nullptr;
     constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
     if (!GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(function), &self))

@@ -10,7 +10,7 @@ char const *const THR_OS_LIBRARY_SUFFIX = ".dll";
 
 struct THR_MUTEX
 {
-    // Nothing to release, and usable while the system ends the process.
+    // There is nothing to release, and the lock can be used while the system ends the process.
     SRWLOCK lock = SRWLOCK_INIT;
 };
 
@@ -51,8 +51,8 @@ void thr_os_setenv(char const *name, char const *value)
         _putenv_s(name, value);
         return;
     }
-    // The runtime takes an empty value for a removal: its entry is made with a text that is then cut,
-    // and the system's table, which child processes inherit, is set by itself.
+    // The runtime removes a variable whose value is empty. So its entry is made with another value, which is then cut
+    // off, and the table of the system, from which child processes inherit, is set separately.
     if (_putenv_s(name, "x") != 0)
         return;
     if (char *entry = std::getenv(name))
