@@ -5,12 +5,13 @@
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
+#include <memory>
 
 #include <windows.h>
 
 namespace {
 
-// From this length on a narrow path goes to the wide call (fileapi.h: MAX_PATH, terminator included).
+// A path of this length or more is passed to the wide call (fileapi.h: MAX_PATH includes the terminator).
 constexpr std::size_t LONG_PATH_LENGTH = MAX_PATH - 1;
 
 constexpr wchar_t LONG_PATH[] = L"\\\\?\\";
@@ -54,7 +55,7 @@ std::wstring full_path(std::wstring const &path)
     return full;
 }
 
-// The wide calls take a directory in long form without a separator at its end, a root with one.
+// The wide calls expect a directory in long form without a separator at its end, and a root with one.
 bool drop_last_separator(std::wstring &path)
 {
     if (path.size() < 2 || path.back() != L'\\' || path[path.size() - 2] == L':')
@@ -62,6 +63,11 @@ bool drop_last_separator(std::wstring &path)
     path.pop_back();
     return true;
 }
+
+struct CloseScan
+{
+    void operator()(HANDLE scan) const { FindClose(scan); }
+};
 
 bool is_directory(DWORD attributes)
 {
@@ -157,15 +163,15 @@ bool fio_os_list(char const *directory, std::vector<FIO_OS_ENTRY> &entries)
     if (pattern.back() != L'\\')
         pattern += L'\\';
     WIN32_FIND_DATAW data;
-    HANDLE const scan = FindFirstFileW((pattern + L'*').c_str(), &data);
-    if (scan == INVALID_HANDLE_VALUE)
+    HANDLE const handle = FindFirstFileW((pattern + L'*').c_str(), &data);
+    if (handle == INVALID_HANDLE_VALUE)
         return false;
+    std::unique_ptr<void, CloseScan> const scan(handle);
     do {
         std::wstring const name = data.cFileName;
         if (name != L"." && name != L"..")
             entries.push_back({narrow(data.cFileName), kind_of(data.dwFileAttributes)});
-    } while (FindNextFileW(scan, &data) != 0);
-    FindClose(scan);
+    } while (FindNextFileW(handle, &data) != 0);
     return true;
 }
 
