@@ -14,7 +14,7 @@ bool read_kib(std::string_view text, std::string_view key, std::uint64_t &bytes)
     return true;
 }
 
-// A value as a shell reads a simple one: quotes are no part of it, a backslash protects what follows it.
+// The value of a shell assignment: quotes are removed, and a backslash makes the next character an ordinary one.
 std::string shell_value(std::string_view text)
 {
     std::string value;

@@ -9,14 +9,15 @@
 
 namespace {
 
-// Room for a name, terminator included.
+// Size of the buffer for a name, terminator included.
 constexpr std::size_t NAME_SIZE = 512;
 
-// First room for the texts of a record of the system's data bases, and the most that is tried.
+// The first and the largest size that is tried for the texts of a record of the system's databases.
 constexpr std::size_t FIRST_RECORD_SIZE = 1024;
 constexpr std::size_t LAST_RECORD_SIZE = std::size_t{1024} * 1024;
 
-// Asks with more and more room for the record's texts. `ask` takes the room and gives the system's error number.
+// Repeats a question with twice the room until the texts of the record fit. `ask` takes the room and returns the error
+// number of the system.
 template <typename ASK>
 bool ask_with_room(ASK ask)
 {

@@ -6,16 +6,23 @@
 
 #include "sys/os/sys_os_function_windows.h"
 
+#include <memory>
+
 namespace {
 
-// Room for names and for the browser's version, as the calls are told it.
+// Sizes that are passed to the calls for names and for the browser's version.
 constexpr DWORD HOST_NAME_SIZE = 512;
 constexpr DWORD USER_NAME_SIZE = 256;
 constexpr DWORD BROWSER_VERSION_SIZE = 30;
 
 using RtlGetVersionFunction = LONG(WINAPI *)(OSVERSIONINFOEXW *);
 
-// The socket layer is started only when a look-up tells that it isn't.
+struct CloseKey
+{
+    void operator()(HKEY key) const { RegCloseKey(key); }
+};
+
+// The socket library is initialised only when a look-up reports that it isn't.
 hostent *look_up(char const *name)
 {
     hostent *record = gethostbyname(name);
@@ -91,16 +98,15 @@ bool gen_os_look_up_host(char const *name, std::vector<std::vector<unsigned char
 
 bool gen_os_read_browser_version(std::string &version)
 {
-    HKEY key;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\Internet Explorer", 0, KEY_QUERY_VALUE, &key) !=
+    HKEY opened;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\Internet Explorer", 0, KEY_QUERY_VALUE, &opened) !=
         ERROR_SUCCESS)
         return false;
+    std::unique_ptr<HKEY__, CloseKey> const key(opened);
     char text[BROWSER_VERSION_SIZE + 1] = "";
     DWORD size = BROWSER_VERSION_SIZE;
-    bool const was_read =
-        RegQueryValueExA(key, "Version", nullptr, nullptr, reinterpret_cast<BYTE *>(text), &size) == ERROR_SUCCESS;
-    RegCloseKey(key);
-    if (!was_read)
+    if (RegQueryValueExA(key.get(), "Version", nullptr, nullptr, reinterpret_cast<BYTE *>(text), &size) !=
+        ERROR_SUCCESS)
         return false;
     version = text;
     return true;

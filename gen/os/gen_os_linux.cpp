@@ -159,7 +159,7 @@ bool gen_os_read_counter_frequency(std::uint64_t &ticks_per_second)
     return true;
 }
 
-// Every process lives in some control group, and that of a login session or a container says nothing about this flow.
+// Every process belongs to a control group. That of a login session or of a container is not a job of this flow.
 bool gen_os_read_job_cpu(std::uint64_t &, std::uint64_t &)
 {
     return false;
@@ -180,7 +180,8 @@ bool gen_os_read_process_cpu_sum(std::uint64_t &sum)
     return read_clock(CLOCK_PROCESS_CPUTIME_ID, sum);
 }
 
-// Returns cost much after a system call, as it has spoilt their prediction: nothing stands between this and the calls.
+// The two system calls are made here directly: a return after a system call is slow, because the call has discarded the
+// predictions of the processor.
 bool gen_os_read_cpu_sum_and_counter(std::uint64_t &sum, std::uint64_t &ticks)
 {
     timespec cpu, now;
@@ -265,7 +266,7 @@ bool gen_os_create_temp_file(char const *directory, char const *prefix, std::str
 {
     static constexpr char SUFFIX[] = ".tmp";
     std::string const start = first_characters(prefix, 3);
-    if (start.find_first_of("/\\") != std::string::npos) // it would lead out of the directory
+    if (start.find_first_of("/\\") != std::string::npos) // the file would not be in the directory
         return false;
     std::string name = std::string(directory) + '/' + start + "XXXXXX" + SUFFIX;
     int const descriptor = mkostemps(name.data(), sizeof SUFFIX - 1, O_CLOEXEC);
@@ -285,7 +286,7 @@ bool gen_os_read_temp_directory(std::string &path)
 
 bool gen_os_reserve_address_space(std::size_t size_bytes)
 {
-    // No access, and no reserve accounting: address space alone is asked for.
+    // Without access and without accounting of swap space: only addresses are reserved.
     return mmap(nullptr, size_bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0) != MAP_FAILED;
 }
 

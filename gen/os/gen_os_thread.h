@@ -1,4 +1,4 @@
-// The identity of the calling thread, as cheap as the platform gives it: every open and close of a profile bin asks.
+// The identity of the calling thread. Every open and close of a profile bin asks for it, so it is inline.
 #ifndef GEN_OS_THREAD_H
 #define GEN_OS_THREAD_H
 

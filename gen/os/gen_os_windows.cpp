@@ -21,7 +21,7 @@ std::uint64_t units_of(FILETIME const &time)
 
 } // namespace
 
-// No per-thread work is wanted at load.
+// The library does nothing at the start and the end of a thread, so it needs no notifications of them.
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
 {
     if (reason == DLL_PROCESS_ATTACH)
@@ -68,7 +68,7 @@ bool gen_os_read_process_cpu(std::uint64_t &user, std::uint64_t &kernel)
     return true;
 }
 
-// The system has only the split.
+// The system gives user and kernel time only.
 bool gen_os_read_process_cpu_sum(std::uint64_t &)
 {
     return false;
@@ -143,7 +143,7 @@ int gen_os_write_private_profile_string(char const *section, char const *key, ch
 
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
 {
-    // Its limit is 14 characters below that of a path, and not every system keeps to it.
+    // The call takes a directory that is 14 characters shorter than the longest path. Not every system checks that.
     char buffer[PATH_BUFFER_SIZE] = {};
     if (std::strlen(directory) > MAX_PATH - 14 || GetTempFileNameA(directory, prefix, 0, buffer) == 0)
         return false;
