@@ -12,7 +12,7 @@ namespace {
 // The state while it is there.
 std::atomic<GEN_MACHINE_STATE *> l_state{nullptr};
 
-// Whether the system's count stands for that of the packages and of the cores.
+// Whether the number of processors of the system is the result for packages and for cores.
 bool has_system_count()
 {
     return mem_cfg_is_on("cpu_core_count_using_sysconf", false);
@@ -42,7 +42,7 @@ GEN_PKG const *gen_first_package()
     return state == nullptr || state->m_packages.empty() ? nullptr : &*state->m_packages.begin();
 }
 
-// The extensions of one kind, from level 1 up.
+// The flags of one kind of extension, from level 1 on.
 struct GEN_MACHINE_INFO::FEATURE_LEVELS
 {
     int count;
@@ -95,7 +95,7 @@ bool GEN_MACHINE_INFO::get_physical_cpu_count(int *cpu_count)
     bool const is_valid = capture_cpu_info();
     GEN_MACHINE_STATE const *const state = gen_machine_state();
     *cpu_count = state == nullptr ? 0 : static_cast<int>(state->m_packages.size());
-    // Only now, the other way round than for cores.
+    // After the capture, and not before it as for cores.
     return has_system_count() ? get_logical_cpu_count(cpu_count) : is_valid;
 }
 

@@ -11,18 +11,18 @@ constexpr std::uint32_t LEAF_CACHE_DESCRIPTORS = 2;
 constexpr std::uint32_t LEAF_LEVEL_1_CACHES = 0x80000005;
 constexpr std::uint32_t LEAF_OTHER_CACHES = 0x80000006;
 
-// A register of leaf 2 with this bit set holds no descriptors.
+// A register of leaf 2 in which this bit is set contains no descriptors.
 constexpr std::uint32_t NO_DESCRIPTORS = 0x80000000;
-// The descriptor of no further cache.
+// The descriptor that means that there is no further cache.
 constexpr std::uint8_t NO_CACHE = 0x40;
 
-// On processors of this family and model, stepping and extended fields aside, one descriptor means another level.
+// On processors of this family and model, without regard to stepping and extended fields, one descriptor means level 3.
 constexpr std::uint32_t SIGNATURE_MASK = 0xff0;
 constexpr std::uint32_t LEVEL_3_SIGNATURE = 0xf60;
 constexpr std::uint8_t LEVEL_3_DESCRIPTOR = 0x49;
 
-// Descriptors of leaf 2, from the manual of the processor vendor. The list is closed: what isn't in it is passed over,
-// like the descriptors of TLBs and prefetching, and like the reference to leaf 4.
+// Descriptors of leaf 2, from the manual of the processor vendor. All others are skipped, among them those of TLBs and
+// prefetching, and the reference to leaf 4.
 struct CacheRow
 {
     std::uint8_t descriptor;
@@ -90,7 +90,7 @@ void read_described_caches(GEN_PKG &package, CacheTable &table, std::uint32_t si
     if (package.m_max_leaf < LEAF_CACHE_DESCRIPTORS)
         return;
     GEN_CPUID leaf = gen_read_cpuid(LEAF_CACHE_DESCRIPTORS);
-    // The low byte of the first answer: how many answers make the whole.
+    // The low byte of the first result is the number of times that the leaf has to be read.
     for (std::uint32_t runs = leaf.m_eax & 0xff;; --runs) {
         for (std::uint32_t const descriptors : {leaf.m_eax & ~0xffU, leaf.m_ebx, leaf.m_ecx, leaf.m_edx})
             append_described(package, table, signature, descriptors);
