@@ -8,6 +8,7 @@
 
 #include "bench/bench.h"
 #include "gen/machine/gen_machine_capture.h"
+#include "gen/machine/gen_machine_cpuid.h"
 #include "gen/os/gen_os_machine.h"
 
 #include <algorithm>

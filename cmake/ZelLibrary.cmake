@@ -24,7 +24,7 @@ endfunction()
 # zel_add_shared_library(<target> <short name> OBJECTS <object library> SOURCES <file>...
 #                        [PUBLIC <target>...] [PRIVATE <target>...])
 #
-# Links one shared library from objects made by zel_add_library and further sources.
+# Links one shared library from objects made by zel_add_library and further sources, and what these use of zel_sys.
 function(zel_add_shared_library target name)
   cmake_parse_arguments(ARG "" "" "OBJECTS;SOURCES;PUBLIC;PRIVATE" ${ARGN})
   string(TOUPPER ${name} upper)
@@ -36,7 +36,7 @@ function(zel_add_shared_library target name)
     PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/h>" "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>"
     PRIVATE "${PROJECT_SOURCE_DIR}")
   target_compile_definitions(${target} PRIVATE ZEL_${upper}_BUILD)
-  target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} $<BUILD_INTERFACE:zel_options>)
+  target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} zel_sys $<BUILD_INTERFACE:zel_options>)
   set_target_properties(${target} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
   if(WIN32)

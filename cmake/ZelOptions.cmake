@@ -20,6 +20,13 @@ include(GNUInstallDirs)
 
 find_package(Threads REQUIRED)
 
+# The platform, by the word that ends the names of its sources: <library>_os_linux.cpp, <library>_os_windows.cpp.
+if(WIN32)
+  set(ZEL_PLATFORM windows)
+else()
+  set(ZEL_PLATFORM linux)
+endif()
+
 # The source that executes the CPUID instruction, or the one for processors without it.
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
   set(ZEL_CPUID x86)
@@ -64,6 +71,14 @@ else()
   # The search path of a library may be overridden by the environment.
   target_link_options(zel_options INTERFACE -Wl,--enable-new-dtags)
 endif()
+
+# zel_add_platform_header(<stem>): makes the header <stem>_platform.h, which includes <stem>_linux.h or
+# <stem>_windows.h. For inline functions that are different on each platform; the stem is a path from the project's root.
+function(zel_add_platform_header stem)
+  file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/platform/${stem}_platform.h"
+    CONTENT "#include \"${stem}_${ZEL_PLATFORM}.h\"\n")
+endfunction()
+target_include_directories(zel_options INTERFACE "${PROJECT_BINARY_DIR}/platform")
 
 set(ZEL_SANITIZE "" CACHE STRING "Sanitizers of the build, for instance address,undefined")
 if(ZEL_SANITIZE)

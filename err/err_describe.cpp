@@ -13,8 +13,8 @@ bool begins_with(std::string_view text, std::string_view beginning)
     return text.substr(0, beginning.size()) == beginning;
 }
 
-// By the file where it is known: a function of the library may be defined anywhere. Else by the name in the form of the
-// linker, in which no type of a result or an argument stands in front.
+// The file decides if it is known, because a program may define functions with names of the library. Otherwise the name
+// decides, in the form of the linker, which begins with the function's own scope and not with the type of its result.
 bool is_standard_library(ERR_OS_LINE const &line)
 {
     if (!line.file.empty())
@@ -25,7 +25,7 @@ bool is_standard_library(ERR_OS_LINE const &line)
                        [&line](std::string_view beginning) { return begins_with(line.function, beginning); });
 }
 
-// The compiler's copies of a function for some of its calls are one function to its reader.
+// The compiler makes copies of a function for some of its calls. To the reader they are one function.
 std::string without_clones(std::string const &function)
 {
     return function.substr(0, function.find(" [clone "));

@@ -1,26 +1,30 @@
-// One thread reports and ends the process; what it finds decides how:
+// How an internal error ends the process. The thread that finds the error is called the reporter. The stages on an
+// example, in which thread A fails a check while thread B works:
 //
-//     nobody reports                 write the block, exit(3): the exit handlers run
-//     nobody reports, exit handlers  write the block, end at once with 3
-//       of the process run already
-//     this thread reports already    the same: the failure stands in an exit handler or in the report
-//     another thread reports         rest until it has ended the process
+//     1  A  stores its identity as the reporter. Only one thread can: B would wait here for the end of the process.
+//     2  A  captures its stack and writes the block to the standard error stream.
+//     3  A  claims the end of the process for the reporter, and calls exit(3).
+//     4  A  runs the exit handlers. A second error in one of them is written as a second block, and the process ends at
+//           once with status 3, because A is the reporter already.
+//     5  A  comes to the last handler, which ends the process with status 3.
 //
-// That exit handlers run is seen in the thread's own stack, which holds the runtime's exit function
-// then. For the other threads there are two handlers of our own. One is registered in the first lines
-// of main, so it runs before the static objects of the libraries are released. The other is released
-// itself after all that is built on this library. The thread that comes there in an ordinary exit
-// claims the end of the process, which a reporter claims before it calls exit(3):
+// An ordinary exit of the process may come in between:
 //
-//     claimed by an ordinary exit    the reporter ends the process at once when its block is written,
-//                                    and the ordinary exit rests for that
-//     claimed by a reporter          the ordinary exit goes on beside it (some systems let only one
-//                                    thread into exit(), so it must not rest), and its last handler
-//                                    ends the process with the reporter's status
+//     A fails inside an exit handler     A's stack contains the exit function of the runtime, where exit(3) may not be
+//                                        called again: the block is written and the process ends at once.
+//     B calls exit(0) before stage 3     B claims the end first, in at_exit(), and waits there if a reporter is known.
+//                                        A finds the end claimed after its block, and ends the process at once.
+//     B calls exit(0) after stage 3      B must not wait, since some systems let only one thread into exit(). B goes on
+//                                        beside A, and its last handler ends the process with A's status.
+//
+// at_exit() is registered in the first lines of main, so it runs before the static objects of the libraries are
+// released. LAST_HANDLER is a static object of this library, which is released after everything that is built on it.
 #include "err_sys.h"
 
 #include "err/err_demangle.h"
 #include "err/os/err_os.h"
+#include "sys/os/sys_os_thread.h"
+#include "sys/sys_process.h"
 
 #include <atomic>
 #include <cstdio>
@@ -35,7 +39,7 @@ namespace {
 
 constexpr int STATUS = 3;
 
-// A place named by err_set_module_fullpath(). Former ones stay, as a report on another thread may be
+// A place that err_set_module_fullpath() was given. Former ones are kept, because a report on another thread may be
 // reading them.
 struct PLACE
 {
@@ -43,13 +47,14 @@ struct PLACE
     PLACE const *former;
 };
 
-// The latest place, null before the first. Exit leaves it alone: reports come until the very end.
+// The latest place; null before the first. It is never released, because an internal error may be reported until the
+// very end of the process.
 std::atomic<PLACE const *> l_place{nullptr};
 
-// The thread that reports, 0 before the first internal error; written once.
-std::atomic<std::uint64_t> l_reporter{0};
+// The thread that reports; 0 before the first internal error. Written once.
+std::atomic<std::int64_t> l_reporter{0};
 
-// Who runs the exit handlers; written once.
+// The owner of the end of the process. Written once.
 enum class END
 {
     OPEN,
@@ -66,7 +71,7 @@ struct FAILURE
     int line;
 };
 
-// The failure whose block is being put together, null otherwise; only the reporter reads and writes it.
+// The failure whose block is being composed, else null. Only the reporter reads and writes it.
 FAILURE const *l_unwritten = nullptr;
 
 char const *text_of(char const *text)
@@ -93,7 +98,7 @@ std::string rendered(ERR_OS_FRAME const &frame, void *address)
     return text + " (" + object + ")";
 }
 
-// Leaves out the frames of the report itself, which end where err_report_internal_error() returns to.
+// The first frame outside of the report itself: the one to which err_report_internal_error() returns.
 std::size_t first_frame(ERR_OS_STACK const &stack, void const *caller)
 {
     for (std::size_t i = 0; i < stack.count; ++i)
@@ -128,7 +133,7 @@ std::string block_of(FAILURE const &failure, ERR_OS_STACK const &stack, void con
     return block;
 }
 
-// The report when a full one cannot be put together: nothing is allocated, long texts are cut.
+// The report if there is no memory for a full one. Nothing is allocated, and long texts are cut.
 void write_short_block(FAILURE const &failure)
 {
     char block[2048];
@@ -145,7 +150,7 @@ void write_block(FAILURE const &failure, ERR_OS_STACK const &stack, void const *
 {
     FAILURE const *unwritten = std::exchange(l_unwritten, &failure);
     if (unwritten != nullptr) {
-        // Putting a block together is what failed, so it is not tried again.
+        // The composing of a block failed, so it is not tried again.
         write_short_block(*unwritten);
         write_short_block(failure);
         return;
@@ -159,7 +164,7 @@ void write_block(FAILURE const &failure, ERR_OS_STACK const &stack, void const *
     l_unwritten = nullptr;
 }
 
-// Whether it is the claimant's, now or already.
+// True if the end belongs to the claimant now, whether it did before or not.
 bool claim_end(END claimant)
 {
     END claimed = END::OPEN;
@@ -168,8 +173,8 @@ bool claim_end(END claimant)
 
 bool another_thread_reports()
 {
-    std::uint64_t const reporter = l_reporter.load();
-    return reporter != 0 && reporter != err_os_thread_id();
+    std::int64_t const reporter = l_reporter.load();
+    return reporter != 0 && reporter != sys_thread_self();
 }
 
 void at_exit()
@@ -178,27 +183,27 @@ void at_exit()
         err_os_wait_for_the_end();
 }
 
-// Among the last of the exit handlers that run.
+// Its destructor is among the last exit handlers that run.
 class LAST_HANDLER
 {
 public:
     ~LAST_HANDLER()
     {
-        if (l_reporter.load() == err_os_thread_id()) {
+        if (l_reporter.load() == sys_thread_self()) {
             std::fflush(nullptr);
             err_os_end_at_once(STATUS);
         }
         bool const is_claimed = claim_end(END::ORDINARY);
         if (!another_thread_reports())
             return;
-        if (is_claimed && !err_os_is_last_thread_of_exit())
+        if (is_claimed && !sys_is_last_thread_of_exit())
             err_os_wait_for_the_end();
         err_os_end_at_once(STATUS);
     }
 };
 
-// Two handlers, since the reporter and an ordinary exit beside it may each take one: an exit that found nothing left to
-// do would end the process with its own status.
+// Two of them, because the reporter and an ordinary exit beside it may each run one. An exit that finds no handler left
+// would end the process with its own status.
 LAST_HANDLER l_last_handler;
 LAST_HANDLER l_handler_before_the_last;
 
@@ -206,8 +211,8 @@ LAST_HANDLER l_handler_before_the_last;
 
 void err_report_internal_error(char const *expression, char const *module, char const *file, int line)
 {
-    std::uint64_t const self = err_os_thread_id();
-    std::uint64_t reporter = 0;
+    std::int64_t const self = sys_thread_self();
+    std::int64_t reporter = 0;
     bool const is_first = l_reporter.compare_exchange_strong(reporter, self);
     if (!is_first && reporter != self)
         err_os_wait_for_the_end();
@@ -228,7 +233,7 @@ void err_set_module_fullpath(std::string const &path)
     try {
         place = new PLACE{path, l_place.load()};
     } catch (std::bad_alloc const &) {
-        return; // reports go on with the former place
+        return; // reports show the former place
     }
     while (!l_place.compare_exchange_weak(place->former, place))
         ;

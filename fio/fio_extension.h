@@ -4,7 +4,7 @@
 
 #include "fio_sys.h"
 
-/// The extension without a dot, static; the empty text for a number that has none.
+/// The extension without a dot, as a static text; the empty text for a number that has no extension.
 char const *fio_extension_text(FIO_EXTENSION_TYPE type);
 
 #endif

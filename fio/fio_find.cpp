@@ -8,7 +8,7 @@
 
 namespace {
 
-// "." or "..", or a name that begins like them.
+// Whether a component is "." or "..", or begins with a point.
 bool has_dotted_component(char const *path)
 {
     bool at_start = true;
@@ -29,8 +29,8 @@ void append_directory(std::string &buffer, char const *directory)
         buffer += '/';
 }
 
-// Leaves in the buffer what stands for a path under a directory of the list. The common cases are
-// pieces put side by side; what has to be simplified takes the long way.
+// Writes the path below a directory of the list to the buffer. Fast path: the texts are appended to each other. Slow
+// path, for texts that may contain "." or "..": the result is simplified.
 void join(std::string &buffer, FIO_PATH const &results_directory, FIO_PATH const &directory, char const *path)
 {
     buffer.clear();
@@ -91,7 +91,7 @@ std::vector<FIO_OS_ENTRY> sorted_entries(std::string const &directory)
     return entries;
 }
 
-// One walk of find_all. A directory goes by two texts: where it lies, and how it shows in results.
+// One call of find_all(). Each directory has two texts: its absolute path, and the text before the names in results.
 struct Walk
 {
     bool every_file;

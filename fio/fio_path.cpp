@@ -30,7 +30,7 @@ bool has_host(std::string_view text)
     return text.size() > 2 && is_separator(text[0]) && is_separator(text[1]) && !is_separator(text[2]);
 }
 
-// Length of what names a drive or a host: 2 for "c:/a", 6 for "//host/a".
+// Length of the drive or the host at the start: 2 for "c:/a", 6 for "//host/a".
 std::size_t volume_length(std::string_view text)
 {
     if (has_drive(text))
@@ -40,7 +40,7 @@ std::size_t volume_length(std::string_view text)
     return 0;
 }
 
-// The volume and the separator behind it: 3 for "c:/a", 2 for "c:a", 1 for "/a".
+// Length of the volume and the separator after it: 3 for "c:/a", 2 for "c:a", 1 for "/a".
 std::size_t root_length(std::string_view text)
 {
     std::size_t const volume = volume_length(text);
@@ -52,7 +52,7 @@ bool has_root(std::string_view text)
     return has_host(text) || root_length(text) > volume_length(text);
 }
 
-// "c:", to which a separator would add the root.
+// "c:", the current directory of a drive. A separator after it would make it the root of the drive.
 bool is_drive_alone(std::string_view text)
 {
     return text.size() == 2 && has_drive(text);
@@ -63,7 +63,7 @@ std::string_view without_leading_dot(std::string_view extension)
     return !extension.empty() && extension.front() == '.' ? extension.substr(1) : extension;
 }
 
-// Takes the first component and the separators behind it off the text.
+// Removes the first component and the separators after it from the text.
 std::string_view take_component(std::string_view &text)
 {
     std::size_t const end = std::min(text.find_first_of(SEPARATORS), text.size());
@@ -72,7 +72,7 @@ std::string_view take_component(std::string_view &text)
     return component;
 }
 
-// The components without "." and "..", but for ".." in front of what has no root.
+// The components without "." and "..", except for ".." at the start of a path without a root.
 std::vector<std::string_view> simplified(std::string_view components, bool rooted)
 {
     std::vector<std::string_view> kept;
@@ -94,8 +94,7 @@ bool names_directory(std::string_view text)
     return name.empty() || name == "." || name == "..";
 }
 
-// Brings the separators into form: one kind of them, and one for a run, but for the two before a
-// host.
+// Replaces every run of separators by one separator of the given kind. The two before a host stay two.
 void normalise(std::string &text, char separator)
 {
     std::size_t const start = has_host(text) ? 2 : 0;
@@ -118,11 +117,11 @@ void end_in_separator(std::string &text, char separator)
 std::size_t filename_position(std::string_view text)
 {
     std::size_t const separator = text.find_last_of(SEPARATORS);
-    std::size_t const behind = separator == std::string_view::npos ? 0 : separator + 1;
-    return std::max(behind, volume_length(text));
+    std::size_t const after = separator == std::string_view::npos ? 0 : separator + 1;
+    return std::max(after, volume_length(text));
 }
 
-// Where the dot of the extension stands, or the end.
+// The position of the dot of the extension, or the end of the text.
 std::size_t extension_position(std::string_view text)
 {
     std::size_t const start = filename_position(text);
@@ -186,7 +185,7 @@ std::string FIO_PATH::extension() const
 FIO_PATH &FIO_PATH::filename(std::string const &text)
 {
     std::string result = full_directory();
-    // Under a directory every text leads down, also one that begins like a root.
+    // A text that begins with a separator is below the directory all the same.
     bool const under_directory = !result.empty() && is_separator(result.back());
     std::size_t const start = under_directory ? std::min(text.find_first_not_of(SEPARATORS), text.size()) : 0;
     result.append(text, start);
@@ -273,7 +272,7 @@ FIO_PATH &FIO_PATH::become_simplified()
 
     std::string result(text.substr(0, root));
     std::vector<std::string_view> const kept = simplified(text.substr(root), has_root(text));
-    // A name that looks like a drive does not become one.
+    // A first name that looks like a drive gets "./" before it, so that it does not become one.
     if (root == 0 && !kept.empty() && has_drive(kept.front()))
         result.append(1, '.').append(1, m_separator);
     for (std::string_view component : kept) {

@@ -7,8 +7,10 @@ bool fio_pattern_is_wild(std::string_view text)
     return text.find_first_of("*?") != std::string_view::npos;
 }
 
-// Only the last star is ever taken back: what the stars before it have matched is as short as can
-// be, so lengthening it wins nothing. That bounds the work by the product of the two lengths.
+// After a mismatch only the last star is extended by a character: the stars before it have matched as few characters as
+// possible, so extending them gains nothing. The work is therefore at most the product of the two lengths.
+//
+//     pattern "a*b*c", name "aXbYbZc": the first star matches "X", which is final; the second one "", "Y", "Yb", "YbZ".
 bool fio_pattern_matches(std::string_view pattern, std::string_view name)
 {
     constexpr std::size_t NONE = std::string_view::npos;
@@ -16,7 +18,7 @@ bool fio_pattern_matches(std::string_view pattern, std::string_view name)
         return true;
     std::size_t at = 0;
     std::size_t star = NONE;
-    std::size_t star_end = 0; // end of what the last star stands for
+    std::size_t star_end = 0; // end of the characters that the last star matches
     for (std::size_t i = 0; i < name.size();) {
         if (at < pattern.size() && pattern[at] == '*') {
             star = at++;

@@ -4,11 +4,11 @@
 
 #include <string_view>
 
-/// There is a "*" or a "?" in the text.
+/// Whether the text contains a "*" or a "?".
 bool fio_pattern_is_wild(std::string_view text);
 
-/// The whole name matches: "*" stands for any run of characters, "?" for one, "*.*" for any name.
-/// Case counts; callers fold both sides where the file system does not tell it apart.
+/// Whether the whole name matches. "*" matches any number of characters, "?" one character, and "*.*" any name.
+/// Upper and lower case differ; callers fold both texts on file systems where they do not.
 bool fio_pattern_matches(std::string_view pattern, std::string_view name);
 
 #endif

@@ -73,15 +73,13 @@ THR_API void thr_debug_break();
 /// On Linux no other thread may read or write the environment meanwhile.
 THR_API void thr_setenv(char const *name, char const *value);
 
-/// Initialises the dynamic-library service for a module. A second call replaces the first.
+/// Prepares the dynamic-library service for a module. On Linux and Windows there is nothing to prepare: the functions
+/// below work before this call, too, and the path is not kept.
 ///
-/// @param module_fullpath  full path of the module with its file name; copied
-///
-/// Only one thread at a time may call thr_drl_init() or thr_drl_fini().
+/// @param module_fullpath  full path of the module, file name included; may be null
 THR_API void thr_drl_init(char const *module_fullpath);
 
-/// Shuts the service down; does nothing if it is not initialised. The functions below work without it
-/// too.
+/// Ends what thr_drl_init() began. The functions below go on working.
 THR_API void thr_drl_fini();
 
 /// Writes the platform's file name of a library.

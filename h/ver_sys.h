@@ -8,10 +8,10 @@
 
 #include <string>
 
-/// Stores the directory of the process's module; a later call replaces it. One thread at a time may
-/// call it.
+/// Passes the directory of the process's module, for a version library that reads facts from files of the installation.
+/// This one does not: its facts are fixed when it is built, and the directory is not kept.
 ///
-/// @param directory  the directory, copied; null is the empty text
+/// @param directory  the directory; may be null
 VER_API void ver_set_module_path(char const *directory);
 
 /// Base name of the suite's main executable, in lower case and without extension. Static text.

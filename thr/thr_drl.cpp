@@ -1,34 +1,14 @@
 #include "thr_sys.h"
 
+#include "sys/sys_module.h"
 #include "thr/os/thr_os.h"
 
 #include <cstring>
-#include <new>
-#include <string>
 
-namespace {
+// The loaders of both platforms need no preparation: the questions below work before and after these two.
+void thr_drl_init(char const *) {}
 
-// The module that thr_drl_init() named; null before it and after thr_drl_fini(). No exit handler
-// releases it, so that the two calls work at any point of the exit.
-std::string *l_module_fullpath = nullptr;
-
-} // namespace
-
-void thr_drl_init(char const *module_fullpath)
-{
-    thr_drl_fini();
-    try {
-        l_module_fullpath = new std::string(module_fullpath == nullptr ? "" : module_fullpath);
-    } catch (std::bad_alloc const &) {
-        // Nothing depends on it.
-    }
-}
-
-void thr_drl_fini()
-{
-    delete l_module_fullpath;
-    l_module_fullpath = nullptr;
-}
+void thr_drl_fini() {}
 
 void thr_drl_construct_library_name(char *buffer, std::size_t size, char const *stem)
 {
@@ -49,5 +29,5 @@ void thr_drl_construct_library_name(char *buffer, std::size_t size, char const *
 
 bool thr_drl_is_loaded(char const *name)
 {
-    return name != nullptr && *name != '\0' && thr_os_library_is_loaded(name);
+    return name != nullptr && *name != '\0' && sys_is_library_loaded(name);
 }

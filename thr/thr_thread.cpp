@@ -1,5 +1,7 @@
 #include "thr_sys.h"
 
+#include "sys/os/sys_os_thread.h"
+#include "sys/sys_process.h"
 #include "thr/os/thr_os.h"
 
 #include <chrono>
@@ -8,7 +10,7 @@
 
 std::int64_t thr_thread_self()
 {
-    return thr_os_thread_self();
+    return sys_thread_self();
 }
 
 void thr_sleep(unsigned milliseconds)
@@ -19,14 +21,14 @@ void thr_sleep(unsigned milliseconds)
     }
     using CLOCK = std::chrono::steady_clock;
     CLOCK::time_point const end = CLOCK::now() + std::chrono::milliseconds(milliseconds);
-    // Timers that count in ticks wake a thread early.
+    // A timer that counts in ticks may wake the thread too early.
     for (CLOCK::time_point now = CLOCK::now(); now < end; now = CLOCK::now())
         std::this_thread::sleep_for(end - now);
 }
 
 void thr_debug_break()
 {
-    if (thr_os_is_debugged())
+    if (sys_is_debugged())
         thr_os_break();
 }
 

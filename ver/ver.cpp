@@ -1,24 +1,8 @@
 #include "ver_sys.h"
 
-#include <new>
-
-namespace {
-
-// The directory that ver_set_module_path() named; null before it. No exit handler releases it.
-std::string *l_module_path = nullptr;
-
-} // namespace
-
-void ver_set_module_path(char const *directory)
-{
-    delete l_module_path;
-    l_module_path = nullptr;
-    try {
-        l_module_path = new std::string(directory == nullptr ? "" : directory);
-    } catch (std::bad_alloc const &) {
-        // Nothing depends on it.
-    }
-}
+// Every fact is fixed when the library is built, so no file of the installation is looked up and the directory isn't
+// kept.
+void ver_set_module_path(char const *) {}
 
 char const *ver_get_brisel_product_filename()
 {

@@ -1,4 +1,4 @@
-// What zel_err asks of the operating system.
+// The questions of zel_err to the operating system.
 #ifndef ERR_OS_H
 #define ERR_OS_H
 
@@ -7,65 +7,60 @@
 #include <string>
 #include <vector>
 
-/// The calling thread's return addresses, innermost first; deeper ones are left out.
+/// The calling thread's return addresses, innermost first. Those beyond the capacity are left out.
 struct ERR_OS_STACK
 {
     static constexpr std::size_t CAPACITY = 64;
     void *addresses[CAPACITY];
     std::size_t count = 0;
-    /// The thread is inside the runtime's exit function, at any depth: an exit handler called it.
+    /// The exit function of the runtime is among the calls, at any depth: the thread runs an exit handler.
     bool is_in_exit = false;
 };
 
-/// A place in the source; a text that is not known is empty, a line 0.
+/// A place in the source. A text that is not known is empty, and a line that is not known is 0.
 struct ERR_OS_LINE
 {
-    /// Name as the linker has it, or as the source has it where the linker has none.
+    /// The name in the linker, or the name in the source if the linker has none.
     std::string function;
     std::string file;
     int line = 0;
 };
 
-/// Where a return address lies; a text that is not known is empty, a line 0.
+/// The place of a return address. A text that is not known is empty, and a line that is not known is 0.
 struct ERR_OS_FRAME
 {
-    /// File name of the executable or library, and the address from its beginning.
+    /// File name of the executable or library, and the distance of the address from its beginning.
     std::string object;
     std::uint64_t object_offset = 0;
-    /// Name as the linker has it, and the address from the function's beginning.
+    /// The name in the linker, and the distance of the address from the function's beginning.
     std::string function;
     std::uint64_t function_offset = 0;
     std::string file;
     int line = 0;
-    /// If asked for: the functions that the compiler has put in place of their calls there, innermost first, and at
-    /// last the function above with the line from which it goes into them. Empty if there are none.
+    /// The functions that the compiler has inlined at the address, innermost first, and last the function above with
+    /// the line at which it would call them. Empty if there are none, or if they were not asked for.
     std::vector<ERR_OS_LINE> inlined;
 };
 
-/// The calling thread's identity; never 0.
-std::uint64_t err_os_thread_id();
 std::uint64_t err_os_process_id();
 
-/// Full path of the process's executable; empty if the system does not tell.
+/// Full path of the process's executable; empty if the system does not give it.
 std::string err_os_executable();
 
 void err_os_capture_stack(ERR_OS_STACK &stack);
 std::vector<ERR_OS_FRAME> err_os_describe(void const *const *addresses, std::size_t count, bool with_inlined);
 
-/// Writes to the standard error stream with one call.
+/// Writes to the standard error stream, with one system call if the system takes the whole text.
 void err_os_write_error_stream(char const *text, std::size_t size);
 
-/// Has the function called by the thread that runs the process's exit handlers, before the handlers
-/// that were registered earlier, while the other threads still run.
+/// Registers a function that the thread that runs the exit handlers of the process calls while the other threads still
+/// run. Handlers that were registered earlier run after it.
 void err_os_call_at_exit(void (*function)());
-
-/// Whether the system is ending the process and has ended all other threads already.
-bool err_os_is_last_thread_of_exit();
 
 /// Ends the process without exit handlers.
 [[noreturn]] void err_os_end_at_once(int status);
 
-/// Rests until another thread ends the process.
+/// Waits until another thread ends the process.
 [[noreturn]] void err_os_wait_for_the_end();
 
 #endif

@@ -1,11 +1,12 @@
 #include "err/os/err_os.h"
 
+#include "sys/sys_module.h"
+
 #include <dlfcn.h>
 #include <dwarf.h>
 #include <elfutils/libdw.h>
 #include <elfutils/libdwfl.h>
 #include <link.h>
-#include <pthread.h>
 #include <unistd.h>
 #include <unwind.h>
 
@@ -13,11 +14,11 @@
 #include <climits>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
+#include <memory>
 
 namespace {
 
-// A function's code.
+// The addresses of a function's code.
 struct CODE_RANGE
 {
     std::uintptr_t begin = 0;
@@ -26,7 +27,7 @@ struct CODE_RANGE
     bool contains(std::uintptr_t address) const { return begin <= address && address < end; }
 };
 
-// The walk over the stack: what is filled, and the functions that run exit handlers.
+// The walk over the stack: the result, and the code of the two functions that run exit handlers.
 struct STACK_WALK
 {
     ERR_OS_STACK &stack;
@@ -44,8 +45,8 @@ CODE_RANGE code_of(void *function)
     return {begin, begin + static_cast<ElfW(Sym) const *>(symbol)->st_size};
 }
 
-// A return address may be the first byte of the next function: the call may be the last instruction
-// of one that never returns. The byte before it belongs to the call.
+// An address inside the call that returns to `return_address`. The return address itself may belong to the next
+// function, if the call is the last instruction of a function that never returns.
 std::uintptr_t call_of(void const *return_address)
 {
     return reinterpret_cast<std::uintptr_t>(return_address) - 1;
@@ -64,8 +65,8 @@ _Unwind_Reason_Code take_frame(_Unwind_Context *context, void *data)
     return _URC_NO_REASON;
 }
 
-// libdw and what is used of it. It is loaded for a report only: a process that has nothing to report
-// starts the faster for it. Without the library all functions are null.
+// libdw and the functions of it that are used. The library is loaded by the first report, so that it costs nothing at
+// the start of a process. If it is missing, all functions are null.
 struct LIBDW
 {
     LIBDW() : library(dlopen("libdw.so.1", RTLD_NOW | RTLD_LOCAL))
@@ -116,12 +117,12 @@ private:
 
 LIBDW const &libdw()
 {
-    // Constructed in place and never released: reports come until the very end.
+    // Never released: an internal error may be reported until the very end of the process.
     static LIBDW const functions;
     return functions;
 }
 
-// Symbol tables and line tables of the objects in this process; answers nothing where it fails.
+// Symbol tables and line tables of the modules in this process. Where it fails, it leaves a frame as it is.
 class DEBUG_INFO
 {
 public:
@@ -129,28 +130,21 @@ public:
     {
         if (!libdw().is_there)
             return;
-        // Separate debugging files are looked for on this machine, by build id alone: the library's
-        // standard search may ask the network.
+        // Separate debugging files are searched for on this machine alone, by build id: the standard search of the
+        // library may use the network.
         static Dwfl_Callbacks const CALLBACKS = {libdw().find_elf, libdw().find_by_build_id, nullptr, nullptr};
-        m_dwfl = libdw().begin(&CALLBACKS);
-        if (m_dwfl != nullptr && libdw().report_process(m_dwfl, getpid()) == 0)
-            libdw().report_end(m_dwfl, nullptr, nullptr);
+        m_dwfl.reset(libdw().begin(&CALLBACKS));
+        if (m_dwfl != nullptr && libdw().report_process(m_dwfl.get(), getpid()) == 0)
+            libdw().report_end(m_dwfl.get(), nullptr, nullptr);
     }
-    ~DEBUG_INFO()
-    {
-        if (m_dwfl != nullptr)
-            libdw().end(m_dwfl);
-    }
-    DEBUG_INFO(DEBUG_INFO const &) = delete;
-    DEBUG_INFO &operator=(DEBUG_INFO const &) = delete;
 
     void complete(ERR_OS_FRAME &frame, std::uintptr_t call) const
     {
         // There is a session only if all the functions were found. NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
-        Dwfl_Module *module = m_dwfl == nullptr ? nullptr : libdw().module_of(m_dwfl, call);
+        Dwfl_Module *module = m_dwfl == nullptr ? nullptr : libdw().module_of(m_dwfl.get(), call);
         if (module == nullptr)
             return;
-        // The loader knows exported names only.
+        // The symbol table has names that the loader does not know, since the loader knows the exported ones alone.
         GElf_Off offset = 0;
         GElf_Sym symbol;
         if (char const *name = libdw().symbol_of(module, call, &offset, &symbol, nullptr, nullptr, nullptr)) {
@@ -164,11 +158,11 @@ public:
             frame.file = file;
     }
 
-    // The line table names the innermost place. Each function that was put in place of its call says where that was.
+    // The line table gives the innermost place, and the entry of each inlined function gives the place of its call.
     void add_inlined(ERR_OS_FRAME &frame, std::uintptr_t call) const
     {
         // As above. NOLINTBEGIN(clang-analyzer-core.CallAndMessage)
-        Dwfl_Module *module = m_dwfl == nullptr ? nullptr : libdw().module_of(m_dwfl, call);
+        Dwfl_Module *module = m_dwfl == nullptr ? nullptr : libdw().module_of(m_dwfl.get(), call);
         Dwarf_Addr bias = 0;
         Dwarf_Die *unit = module == nullptr ? nullptr : libdw().unit_of(module, call, &bias);
         if (unit == nullptr)
@@ -192,35 +186,42 @@ public:
     }
 
 private:
-    // The scopes around an address, innermost first. Those of a function that was put in place of its call are asked
-    // for from that function outward: the plain question ends at its definition.
+    // The scopes around an address, innermost first. Found in two steps: dwarf_getscopes() gives the innermost scope,
+    // but goes from an inlined function to its definition; dwarf_getscopes_die() goes to the function around the call.
     class SCOPES
     {
     public:
         SCOPES(Dwarf_Die *unit, Dwarf_Addr address)
         {
-            Dwarf_Die *innermost = nullptr;
-            if (libdw().scopes_of(unit, address, &innermost) > 0)
-                m_count = libdw().scopes_around(&innermost[0], &m_scopes);
-            std::free(innermost);
+            Dwarf_Die *scopes = nullptr;
+            int const count = libdw().scopes_of(unit, address, &scopes);
+            Array const innermost(scopes);
+            if (count <= 0)
+                return;
+            scopes = nullptr;
+            m_count = libdw().scopes_around(&innermost[0], &scopes);
+            m_scopes.reset(scopes);
         }
-        ~SCOPES() { std::free(m_scopes); }
-        SCOPES(SCOPES const &) = delete;
-        SCOPES &operator=(SCOPES const &) = delete;
 
-        Dwarf_Die *begin() const { return m_scopes; }
-        Dwarf_Die *end() const { return m_count > 0 ? m_scopes + m_count : m_scopes; }
+        Dwarf_Die *begin() const { return m_scopes.get(); }
+        Dwarf_Die *end() const { return m_count > 0 ? begin() + m_count : begin(); }
 
     private:
-        Dwarf_Die *m_scopes = nullptr;
+        struct Free
+        {
+            void operator()(Dwarf_Die *scopes) const { std::free(scopes); }
+        };
+        using Array = std::unique_ptr<Dwarf_Die[], Free>;
+
+        Array m_scopes;
         int m_count = 0;
     };
 
     static std::string function_name(Dwarf_Die &function)
     {
         Dwarf_Attribute attribute;
-        char const *name =
-            libdw().text_of(libdw().attribute_of(&function, DW_AT_linkage_name, &attribute)); // of none: null
+        // The text of a missing attribute is null.
+        char const *name = libdw().text_of(libdw().attribute_of(&function, DW_AT_linkage_name, &attribute));
         if (name == nullptr)
             name = libdw().name_of(&function);
         return name == nullptr ? "" : name;
@@ -245,22 +246,24 @@ private:
 
     // NOLINTEND(clang-analyzer-core.CallAndMessage)
 
-    Dwfl *m_dwfl = nullptr;
+    struct End
+    {
+        void operator()(Dwfl *dwfl) const { libdw().end(dwfl); }
+    };
+    std::unique_ptr<Dwfl, End> m_dwfl;
 };
 
 ERR_OS_FRAME describe_by_loader(void const *address)
 {
     ERR_OS_FRAME frame;
     std::uintptr_t const call = call_of(address);
-    Dl_info info;
-    if (dladdr(reinterpret_cast<void const *>(call), &info) == 0)
+    SYS_MODULE module;
+    if (!sys_find_module(call, module))
         return frame;
-    if (info.dli_fname != nullptr) {
-        char const *slash = std::strrchr(info.dli_fname, '/');
-        frame.object = slash == nullptr ? info.dli_fname : slash + 1;
-    }
-    frame.object_offset = call + 1 - reinterpret_cast<std::uintptr_t>(info.dli_fbase);
-    if (info.dli_sname != nullptr) {
+    frame.object = module.name;
+    frame.object_offset = call + 1 - module.begin;
+    Dl_info info;
+    if (dladdr(reinterpret_cast<void const *>(call), &info) != 0 && info.dli_sname != nullptr) {
         frame.function = info.dli_sname;
         frame.function_offset = call + 1 - reinterpret_cast<std::uintptr_t>(info.dli_saddr);
     }
@@ -268,11 +271,6 @@ ERR_OS_FRAME describe_by_loader(void const *address)
 }
 
 } // namespace
-
-std::uint64_t err_os_thread_id()
-{
-    return static_cast<std::uint64_t>(pthread_self());
-}
 
 std::uint64_t err_os_process_id()
 {
@@ -309,7 +307,7 @@ std::vector<ERR_OS_FRAME> err_os_describe(void const *const *addresses, std::siz
 
 void err_os_write_error_stream(char const *text, std::size_t size)
 {
-    // The process is ending, and a reader that is gone must not end it in another way.
+    // If the reader of the stream is gone, the process must still end with its own status, and not by this signal.
     std::signal(SIGPIPE, SIG_IGN);
     while (size != 0) {
         ssize_t const written = write(STDERR_FILENO, text, size);
@@ -325,11 +323,6 @@ void err_os_write_error_stream(char const *text, std::size_t size)
 void err_os_call_at_exit(void (*function)())
 {
     std::atexit(function);
-}
-
-bool err_os_is_last_thread_of_exit()
-{
-    return false;
 }
 
 void err_os_end_at_once(int status)

@@ -1,5 +1,9 @@
 #include "err/os/err_os.h"
 
+#include "sys/os/sys_os_function_windows.h"
+#include "sys/sys_module.h"
+#include "sys/sys_process.h"
+
 #include <windows.h>
 
 #include <io.h>
@@ -9,7 +13,7 @@
 
 namespace {
 
-// Frames that are looked through for the exit function; the first of them are kept.
+// Frames that are searched for the exit function; the first of them are kept.
 constexpr unsigned MAX_WALKED_FRAMES = 1024;
 
 // The runtime's functions that run exit handlers, in whichever runtime library is loaded.
@@ -17,10 +21,9 @@ constexpr char const *RUNTIMES[] = {"msvcrt.dll", "ucrtbase.dll"};
 constexpr char const *EXIT_FUNCTIONS[] = {"exit", "_cexit", "_c_exit", "quick_exit"};
 constexpr std::size_t MAX_EXIT_FUNCTIONS = std::size(RUNTIMES) * std::size(EXIT_FUNCTIONS);
 
-using SHUTDOWN_QUESTION = BOOLEAN(NTAPI *)();
 using ONEXIT_LIST = _onexit_t(__cdecl *)(_onexit_t);
 
-// What err_os_call_at_exit() was given; null before.
+// The function that err_os_call_at_exit() was given; null before.
 void (*l_at_exit)() = nullptr;
 
 int __cdecl call_at_exit()
@@ -29,28 +32,21 @@ int __cdecl call_at_exit()
     return 0;
 }
 
-template <typename FUNCTION>
-FUNCTION find_function(char const *library, char const *name)
-{
-    HMODULE const module = GetModuleHandleA(library);
-    FARPROC const function = module == nullptr ? nullptr : GetProcAddress(module, name);
-    return reinterpret_cast<FUNCTION>(reinterpret_cast<void *>(function));
-}
-
-// The unwinder's record of the function that holds the address; null outside known code.
+// The unwinder's record of the function that contains the address; null if there is none.
 void *function_record_of(DWORD64 address)
 {
     DWORD64 image = 0;
     return RtlLookupFunctionEntry(address, &image, nullptr);
 }
 
-// A return address may be the first byte of the next function: the call may be the last instruction
-// of one that never returns. The byte before it belongs to the call.
+// An address inside the call that returns to `return_address`. The return address itself may belong to the next
+// function, if the call is the last instruction of a function that never returns.
 DWORD64 call_of(void const *return_address)
 {
     return reinterpret_cast<DWORD64>(return_address) - 1;
 }
 
+// The functions of the runtimes that run exit handlers.
 class EXIT_CODE
 {
 public:
@@ -58,7 +54,7 @@ public:
     {
         for (char const *runtime : RUNTIMES)
             for (char const *name : EXIT_FUNCTIONS)
-                add(find_function<void *>(runtime, name));
+                add(sys_os_find_function<void *>(runtime, name));
     }
 
     bool contains(DWORD64 address) const
@@ -85,31 +81,22 @@ private:
 ERR_OS_FRAME describe_by_module(void const *address)
 {
     ERR_OS_FRAME frame;
-    HMODULE module = nullptr;
-    constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    if (!GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(call_of(address)), &module))
+    SYS_MODULE module;
+    if (!sys_find_module(static_cast<std::uintptr_t>(call_of(address)), module))
         return frame;
-    char path[MAX_PATH];
-    DWORD const length = GetModuleFileNameA(module, path, MAX_PATH);
-    std::string const fullpath(path, length < MAX_PATH ? length : MAX_PATH - 1);
-    frame.object = fullpath.substr(fullpath.find_last_of("\\/") + 1);
-    frame.object_offset = reinterpret_cast<std::uint64_t>(address) - reinterpret_cast<std::uint64_t>(module);
+    frame.object = module.name;
+    frame.object_offset = reinterpret_cast<std::uintptr_t>(address) - module.begin;
     return frame;
 }
 
 HANDLE error_stream()
 {
-    // The runtime's stream 2 follows a redirection inside the process.
+    // Unlike the system's handle, the stream 2 of the runtime follows a redirection inside the process.
     std::intptr_t const handle = _get_osfhandle(2);
     return handle > 0 ? reinterpret_cast<HANDLE>(handle) : GetStdHandle(STD_ERROR_HANDLE);
 }
 
 } // namespace
-
-std::uint64_t err_os_thread_id()
-{
-    return GetCurrentThreadId();
-}
 
 std::uint64_t err_os_process_id()
 {
@@ -133,8 +120,8 @@ void err_os_capture_stack(ERR_OS_STACK &stack)
             stack.addresses[stack.count++] = addresses[i];
         stack.is_in_exit = stack.is_in_exit || exit_code.contains(call_of(addresses[i]));
     }
-    // Exit handlers of libraries run when the system unloads them.
-    stack.is_in_exit = stack.is_in_exit || err_os_is_last_thread_of_exit();
+    // The exit handlers of a library run when the system unloads it, outside of the functions of the runtime.
+    stack.is_in_exit = stack.is_in_exit || sys_is_last_thread_of_exit();
 }
 
 std::vector<ERR_OS_FRAME> err_os_describe(void const *const *addresses, std::size_t count, bool)
@@ -161,22 +148,17 @@ void err_os_write_error_stream(char const *text, std::size_t size)
 
 void err_os_call_at_exit(void (*function)())
 {
-    // The atexit() of a library means its unloading, when no other thread is left. The list of the
-    // process is the runtime's; nothing is ever taken from it, so the library has to stay.
+    // A handler that a library registers with atexit() runs when the library is unloaded, after the system has ended
+    // all other threads. The list of the process is the one of the runtime. Nothing can be removed from that, so the
+    // library must never be unloaded.
     HMODULE self = nullptr;
     constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
     if (!GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(function), &self))
         return;
     l_at_exit = function;
     for (char const *runtime : RUNTIMES)
-        if (auto const add = find_function<ONEXIT_LIST>(runtime, "_onexit"))
+        if (auto const add = sys_os_find_function<ONEXIT_LIST>(runtime, "_onexit"))
             return static_cast<void>(add(call_at_exit));
-}
-
-bool err_os_is_last_thread_of_exit()
-{
-    auto const question = find_function<SHUTDOWN_QUESTION>("ntdll.dll", "RtlDllShutdownInProgress");
-    return question != nullptr && question() != FALSE;
 }
 
 void err_os_end_at_once(int status)

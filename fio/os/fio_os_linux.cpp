@@ -1,6 +1,7 @@
 #include "fio/os/fio_os.h"
 
 #include "fio/fio_pattern.h"
+#include "sys/sys_file_mode.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -20,13 +21,6 @@ constexpr unsigned ATTRIBUTE_READ_ONLY = 0x01;
 constexpr unsigned ATTRIBUTE_HIDDEN = 0x02;
 constexpr unsigned ATTRIBUTE_DIRECTORY = 0x10;
 constexpr unsigned ATTRIBUTE_LINK = 0x400; // reparse point
-
-// Type bits of the mode word in the stat record (the Windows runtime's sys/stat.h).
-constexpr unsigned MODE_PIPE = 0x1000;
-constexpr unsigned MODE_DEVICE = 0x2000;
-constexpr unsigned MODE_DIRECTORY = 0x4000;
-constexpr unsigned MODE_REGULAR = 0x8000;
-constexpr unsigned MODE_PERMISSIONS = 0777;
 
 struct CloseDirectory
 {
@@ -49,7 +43,7 @@ FIO_OS_KIND kind_of_link(int directory, char const *name)
     return S_ISDIR(target.st_mode) ? FIO_OS_KIND::DIRECTORY_LINK : FIO_OS_KIND::OTHER;
 }
 
-// Some file systems leave d_type unknown.
+// For file systems that give no type in a directory entry.
 FIO_OS_KIND kind_of_unknown(int directory, char const *name)
 {
     struct stat self;
@@ -83,19 +77,19 @@ bool is_dot_or_dot_dot(char const *name)
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
 }
 
-// The system's type is a number, not a set of bits: a block device (0x6000) and a socket (0xC000)
-// share bits with directories and files.
+// The type in the mode of Linux is a number and not a set of bits: a block device (0x6000) and a socket (0xC000) have
+// bits in common with directories and files. In the mode word a bit means one type.
 unsigned mode_word(mode_t mode)
 {
-    unsigned const permissions = mode & MODE_PERMISSIONS;
+    unsigned const permissions = mode & SYS_MODE_PERMISSIONS;
     if (S_ISDIR(mode))
-        return MODE_DIRECTORY | permissions;
+        return SYS_MODE_DIRECTORY | permissions;
     if (S_ISREG(mode))
-        return MODE_REGULAR | permissions;
-    return (S_ISCHR(mode) || S_ISBLK(mode) ? MODE_DEVICE : MODE_PIPE) | permissions;
+        return SYS_MODE_REGULAR | permissions;
+    return (S_ISCHR(mode) || S_ISBLK(mode) ? SYS_MODE_DEVICE : SYS_MODE_PIPE) | permissions;
 }
 
-// A scan under way: the names that match, in byte order, and how far it has come.
+// A scan: the names that match, in byte order, and the index of the next one.
 struct Scan
 {
     std::string directory; // empty, or ends in a slash
@@ -151,7 +145,7 @@ void fio_os_fold_case(std::string &) {}
 std::string fio_os_current_directory()
 {
     char buffer[PATH_MAX];
-    // Without a leading slash the directory is out of this process's reach.
+    // A text without a slash at its start means that the directory is outside of the root of this process.
     if (getcwd(buffer, sizeof buffer) == nullptr || buffer[0] != '/')
         return {};
     return buffer;
@@ -232,7 +226,7 @@ std::intptr_t fio_os_findfirst(char const *pattern, struct _finddata64i32_t &dat
 int fio_os_findnext(std::intptr_t handle, struct _finddata64i32_t &data)
 {
     Scan &scan = *scan_of(handle);
-    // A name that has gone since is passed over.
+    // A file that has been deleted since the start of the scan is skipped.
     while (scan.next < scan.names.size())
         if (fill(data, scan, scan.names[scan.next++]))
             return 0;

@@ -1,19 +1,17 @@
 #include "fio/os/fio_os.h"
 
+#include "sys/sys_file_mode.h"
+
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
+#include <memory>
 
 #include <windows.h>
 
 namespace {
 
-// Type and permission bits of the mode word (sys/stat.h).
-constexpr unsigned MODE_EXECUTE = 0111;
-constexpr unsigned MODE_WRITE = 0222;
-constexpr unsigned MODE_READ = 0444;
-
-// From this length on a narrow path goes to the wide call (fileapi.h: MAX_PATH, terminator included).
+// A path of this length or more is passed to the wide call (fileapi.h: MAX_PATH includes the terminator).
 constexpr std::size_t LONG_PATH_LENGTH = MAX_PATH - 1;
 
 constexpr wchar_t LONG_PATH[] = L"\\\\?\\";
@@ -57,7 +55,7 @@ std::wstring full_path(std::wstring const &path)
     return full;
 }
 
-// The wide calls take a directory in long form without a separator at its end, a root with one.
+// The wide calls expect a directory in long form without a separator at its end, and a root with one.
 bool drop_last_separator(std::wstring &path)
 {
     if (path.size() < 2 || path.back() != L'\\' || path[path.size() - 2] == L':')
@@ -65,6 +63,11 @@ bool drop_last_separator(std::wstring &path)
     path.pop_back();
     return true;
 }
+
+struct CloseScan
+{
+    void operator()(HANDLE scan) const { FindClose(scan); }
+};
 
 bool is_directory(DWORD attributes)
 {
@@ -108,14 +111,14 @@ bool is_executable_name(std::wstring const &path)
 
 unsigned mode_word(DWORD attributes, std::wstring const &path)
 {
-    unsigned mode = MODE_READ;
+    unsigned mode = SYS_MODE_MAY_READ;
     if ((attributes & FILE_ATTRIBUTE_READONLY) == 0)
-        mode |= MODE_WRITE;
+        mode |= SYS_MODE_MAY_WRITE;
     if (is_directory(attributes))
-        return mode | MODE_EXECUTE | _S_IFDIR;
+        return mode | SYS_MODE_MAY_EXECUTE | SYS_MODE_DIRECTORY;
     if (is_executable_name(path))
-        mode |= MODE_EXECUTE;
-    return mode | _S_IFREG;
+        mode |= SYS_MODE_MAY_EXECUTE;
+    return mode | SYS_MODE_REGULAR;
 }
 
 } // namespace
@@ -160,15 +163,15 @@ bool fio_os_list(char const *directory, std::vector<FIO_OS_ENTRY> &entries)
     if (pattern.back() != L'\\')
         pattern += L'\\';
     WIN32_FIND_DATAW data;
-    HANDLE const scan = FindFirstFileW((pattern + L'*').c_str(), &data);
-    if (scan == INVALID_HANDLE_VALUE)
+    HANDLE const handle = FindFirstFileW((pattern + L'*').c_str(), &data);
+    if (handle == INVALID_HANDLE_VALUE)
         return false;
+    std::unique_ptr<void, CloseScan> const scan(handle);
     do {
         std::wstring const name = data.cFileName;
         if (name != L"." && name != L"..")
             entries.push_back({narrow(data.cFileName), kind_of(data.dwFileAttributes)});
-    } while (FindNextFileW(scan, &data) != 0);
-    FindClose(scan);
+    } while (FindNextFileW(handle, &data) != 0);
     return true;
 }
 
@@ -179,7 +182,7 @@ bool fio_os_status(char const *path, struct _stat64i32 &record)
         return false;
     if (starts_with(full, DEVICE)) {
         record = {};
-        record.st_mode = _S_IFCHR | MODE_READ | MODE_WRITE;
+        record.st_mode = SYS_MODE_DEVICE | SYS_MODE_MAY_READ | SYS_MODE_MAY_WRITE;
         return true;
     }
     bool const asks_for_directory = drop_last_separator(full);

@@ -1,38 +1,20 @@
 #include "gen/base/gen_host_text.h"
 
-#include <algorithm>
-#include <charconv>
+#include "sys/sys_text.h"
 
 namespace {
 
-// What stands behind `key` at the start of a line, to the line's end.
-bool find_line(std::string_view text, std::string_view key, std::string_view &rest)
-{
-    while (!text.empty()) {
-        std::string_view const line = text.substr(0, text.find('\n'));
-        if (line.substr(0, key.size()) == key) {
-            rest = line.substr(key.size());
-            return true;
-        }
-        text.remove_prefix(line.size() == text.size() ? line.size() : line.size() + 1);
-    }
-    return false;
-}
-
+// The value of a line "MemTotal:  24576000 kB".
 bool read_kib(std::string_view text, std::string_view key, std::uint64_t &bytes)
 {
-    std::string_view value;
-    if (!find_line(text, key, value))
-        return false;
-    value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
     std::uint64_t kib;
-    if (std::from_chars(value.data(), value.data() + value.size(), kib).ec != std::errc())
+    if (!sys_find_number(text, key, kib))
         return false;
     bytes = kib * 1024;
     return true;
 }
 
-// A value as a shell reads a simple one: quotes are no part of it, a backslash protects what follows it.
+// The value of a shell assignment: quotes are removed, and a backslash makes the next character an ordinary one.
 std::string shell_value(std::string_view text)
 {
     std::string value;
@@ -70,10 +52,10 @@ bool gen_read_meminfo(std::string_view text, GEN_HOST_MEMORY &memory)
 bool gen_read_os_release(std::string_view text, GEN_HOST_DISTRIBUTION &distribution)
 {
     std::string_view name;
-    if (!find_line(text, "NAME=", name))
+    if (!sys_find_line(text, "NAME=", name))
         return false;
     std::string_view version;
-    find_line(text, "VERSION_ID=", version);
+    sys_find_line(text, "VERSION_ID=", version);
     distribution = {shell_value(name), shell_value(version)};
     return true;
 }

@@ -1,21 +1,12 @@
 #include "gen/base/gen_machine_text.h"
 
+#include "sys/sys_text.h"
+
 #include <algorithm>
-#include <charconv>
 
 namespace {
 
 constexpr unsigned MASK_BITS = 64;
-
-// Takes a number off the front of a text.
-bool take_number(std::string_view &text, unsigned &number)
-{
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc())
-        return false;
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    return true;
-}
 
 bool take(std::string_view &text, char character)
 {
@@ -32,10 +23,10 @@ bool gen_read_processor_list(std::string_view text, std::uint64_t &mask)
     std::uint64_t listed = 0;
     do {
         unsigned first;
-        if (!take_number(text, first))
+        if (!sys_take_number(text, first))
             return false;
         unsigned last = first;
-        if (take(text, '-') && !take_number(text, last))
+        if (take(text, '-') && !sys_take_number(text, last))
             return false;
         for (unsigned i = first; i <= last && i < MASK_BITS; ++i)
             listed |= std::uint64_t{1} << i;
@@ -47,7 +38,7 @@ bool gen_read_processor_list(std::string_view text, std::uint64_t &mask)
 bool gen_read_base_frequency(std::string_view text, int &mhz)
 {
     unsigned khz;
-    if (!take_number(text, khz))
+    if (!sys_take_number(text, khz))
         return false;
     mhz = static_cast<int>(khz / 1000);
     return true;
@@ -55,14 +46,12 @@ bool gen_read_base_frequency(std::string_view text, int &mhz)
 
 bool gen_read_processor_frequency(std::string_view text, int &mhz)
 {
-    constexpr std::string_view NAME = "cpu MHz";
-    std::size_t const name = text.find(NAME);
-    if (name == std::string_view::npos)
+    std::string_view value;
+    if (!sys_find_line(text, "cpu MHz", value))
         return false;
-    text.remove_prefix(name + NAME.size());
-    text.remove_prefix(std::min(text.find_first_not_of(" \t:"), text.size()));
+    value.remove_prefix(std::min(value.find_first_not_of(" \t:"), value.size()));
     unsigned number;
-    if (!take_number(text, number))
+    if (!sys_take_number(value, number))
         return false;
     mhz = static_cast<int>(number);
     return true;

@@ -2,14 +2,17 @@
 
 #include "gen/base/gen_assert.h"
 #include "gen/machine/gen_machine_capture.h"
+#include "gen/os/gen_os_machine.h"
 #include "mem_sys.h"
+
+#include <algorithm>
 
 namespace {
 
 // The state while it is there.
 std::atomic<GEN_MACHINE_STATE *> l_state{nullptr};
 
-// Whether the system's count stands for that of the packages and of the cores.
+// Whether the number of processors of the system is the result for packages and for cores.
 bool has_system_count()
 {
     return mem_cfg_is_on("cpu_core_count_using_sysconf", false);
@@ -39,7 +42,7 @@ GEN_PKG const *gen_first_package()
     return state == nullptr || state->m_packages.empty() ? nullptr : &*state->m_packages.begin();
 }
 
-// The extensions of one kind, from level 1 up.
+// The flags of one kind of extension, from level 1 on.
 struct GEN_MACHINE_INFO::FEATURE_LEVELS
 {
     int count;
@@ -92,7 +95,7 @@ bool GEN_MACHINE_INFO::get_physical_cpu_count(int *cpu_count)
     bool const is_valid = capture_cpu_info();
     GEN_MACHINE_STATE const *const state = gen_machine_state();
     *cpu_count = state == nullptr ? 0 : static_cast<int>(state->m_packages.size());
-    // Only now, the other way round than for cores.
+    // After the capture, and not before it as for cores.
     return has_system_count() ? get_logical_cpu_count(cpu_count) : is_valid;
 }
 
@@ -170,6 +173,29 @@ bool GEN_MACHINE_INFO::lzcnt_is_supported(bool *supported)
 {
     static constexpr FEATURE_LEVELS LZCNT = {1, {&GEN_PKG::m_lzcnt}};
     return read_feature(LZCNT, 1, supported);
+}
+
+bool GEN_MACHINE_INFO::get_cache_size(int level, unsigned *size, unsigned *line_size, unsigned char type)
+{
+    GEN_ASSERT(size != nullptr, "size != 0");
+    GEN_ASSERT(type <= GEN_CACHE_INST, "type <= GEN_CACHE_INST");
+    *size = 0;
+    if (line_size != nullptr)
+        *line_size = 0;
+    bool const is_valid = capture_cpu_info();
+    GEN_PKG const *const package = gen_first_package();
+    if (package == nullptr)
+        return is_valid;
+    std::list<GEN_CACHE> const caches = package->m_caches;
+    auto const found = std::find_if(caches.begin(), caches.end(), [&](GEN_CACHE const &cache) {
+        return cache.m_level == level && cache.m_type == type;
+    });
+    if (found == caches.end())
+        return is_valid;
+    *size = found->m_size;
+    if (line_size != nullptr)
+        *line_size = found->m_line_size;
+    return is_valid;
 }
 
 bool GEN_MACHINE_INFO::get_cpu_frequency(int *mhz)

@@ -1,10 +1,9 @@
+#include "gen/machine/gen_machine_cache.h"
+
 #include "gen_machine_sys.h"
 
-#include "gen/base/gen_assert.h"
-#include "gen/machine/gen_machine_capture.h"
 #include "gen/base/gen_message.h"
-
-#include <algorithm>
+#include "gen/machine/gen_machine_cpuid.h"
 
 namespace {
 
@@ -12,18 +11,18 @@ constexpr std::uint32_t LEAF_CACHE_DESCRIPTORS = 2;
 constexpr std::uint32_t LEAF_LEVEL_1_CACHES = 0x80000005;
 constexpr std::uint32_t LEAF_OTHER_CACHES = 0x80000006;
 
-// A register of leaf 2 with this bit set holds no descriptors.
+// A register of leaf 2 in which this bit is set contains no descriptors.
 constexpr std::uint32_t NO_DESCRIPTORS = 0x80000000;
-// The descriptor of no further cache.
+// The descriptor that means that there is no further cache.
 constexpr std::uint8_t NO_CACHE = 0x40;
 
-// On processors of this family and model, stepping and extended fields aside, one descriptor means another level.
+// On processors of this family and model, without regard to stepping and extended fields, one descriptor means level 3.
 constexpr std::uint32_t SIGNATURE_MASK = 0xff0;
 constexpr std::uint32_t LEVEL_3_SIGNATURE = 0xf60;
 constexpr std::uint8_t LEVEL_3_DESCRIPTOR = 0x49;
 
-// Descriptors of leaf 2, from the manual of the processor vendor. The list is closed: what isn't in it is passed over,
-// like the descriptors of TLBs and prefetching, and like the reference to leaf 4.
+// Descriptors of leaf 2, from the manual of the processor vendor. All others are skipped, among them those of TLBs and
+// prefetching, and the reference to leaf 4.
 struct CacheRow
 {
     std::uint8_t descriptor;
@@ -91,7 +90,7 @@ void read_described_caches(GEN_PKG &package, CacheTable &table, std::uint32_t si
     if (package.m_max_leaf < LEAF_CACHE_DESCRIPTORS)
         return;
     GEN_CPUID leaf = gen_read_cpuid(LEAF_CACHE_DESCRIPTORS);
-    // The low byte of the first answer: how many answers make the whole.
+    // The low byte of the first result is the number of times that the leaf has to be read.
     for (std::uint32_t runs = leaf.m_eax & 0xff;; --runs) {
         for (std::uint32_t const descriptors : {leaf.m_eax & ~0xffU, leaf.m_ebx, leaf.m_ecx, leaf.m_edx})
             append_described(package, table, signature, descriptors);
@@ -137,27 +136,4 @@ void gen_read_caches(GEN_MACHINE_STATE &state, GEN_PKG &package, std::uint32_t l
         gen_say("Unable to query cache info from unsupported vendor");
         state.m_cpu_info_valid = false;
     }
-}
-
-bool GEN_MACHINE_INFO::get_cache_size(int level, unsigned *size, unsigned *line_size, unsigned char type)
-{
-    GEN_ASSERT(size != nullptr, "size != 0");
-    GEN_ASSERT(type <= GEN_CACHE_INST, "type <= GEN_CACHE_INST");
-    *size = 0;
-    if (line_size != nullptr)
-        *line_size = 0;
-    bool const is_valid = capture_cpu_info();
-    GEN_PKG const *const package = gen_first_package();
-    if (package == nullptr)
-        return is_valid;
-    std::list<GEN_CACHE> const caches = package->m_caches;
-    auto const found = std::find_if(caches.begin(), caches.end(), [&](GEN_CACHE const &cache) {
-        return cache.m_level == level && cache.m_type == type;
-    });
-    if (found == caches.end())
-        return is_valid;
-    *size = found->m_size;
-    if (line_size != nullptr)
-        *line_size = found->m_line_size;
-    return is_valid;
 }

@@ -1,15 +1,28 @@
-// How a processor's place is told from its APIC id, on a package of 4 cores with 2 hardware threads each: logical per
-// package 8 is 3 bits, SMT per core 2 is 1 bit, and so the id 0x0d = 0000'1101 of a logical processor is cut into
+// The CPUID instruction describes the processor that executes it. So one thread visits all processors, by its affinity,
+// and asks on each. The walk on a system with processors 0 to 2, where the process may run on 0 and 2 only:
 //
-//     package id  0000'1000    what stands above the 3 bits
-//     core id     0000'0100    the 3 bits without the lowest
+//     read the masks      process 101, system 111: they differ, which is a debug message
+//     bit 001  move, CPUID      number 0, bit 001
+//     bit 010  can't move       no number; the walk goes on
+//     bit 100  move, CPUID      number 1, bit 100
+//     bit 1000 is above the system mask: the walk ends; it also ends after the 32nd bit
+//     allow the thread all processors of the process again
+//
+// CPUID gives the APIC id of a processor, which contains its place. On a package of 4 cores with 2 hardware threads
+// each, 8 logical processors take 3 bits and the 2 threads of a core take 1 bit. The id 0x0d = 0000'1101 is split into
+//
+//     package id  0000'1000    the bits above the 3
+//     core id     0000'0100    the 3 bits without the lowest one
 //     SMT id      0000'0001    the lowest bit
 //
-// Processors that share a package id are one package, and those that share a core id in it are one core. The ids only
-// have to be distinct, so the fields stay where they stand.
+// Processors with the same package id are one package, and those in it with the same core id are one core. The ids are
+// only compared, so the fields stay at their positions. A processor whose CPUID has no multi-threading flag is a
+// package of its own, and its number in the walk takes the place of the APIC id.
 #include "gen/machine/gen_machine_capture.h"
 
 #include "gen/base/gen_message.h"
+#include "gen/machine/gen_machine_cache.h"
+#include "gen/machine/gen_machine_cpuid.h"
 
 #include <cstring>
 
@@ -45,7 +58,7 @@ constexpr Feature FEATURES[] = {
     {&GEN_PKG::m_sse4_1, &GEN_CPUID::m_ecx, bit(19)},
     {&GEN_PKG::m_sse4_2, &GEN_CPUID::m_ecx, bit(20)},
     {&GEN_PKG::m_popcnt, &GEN_CPUID::m_ecx, bit(23)},
-    {&GEN_PKG::m_avx, &GEN_CPUID::m_ecx, bit(27) | bit(28)}, // saved state alone will do
+    {&GEN_PKG::m_avx, &GEN_CPUID::m_ecx, bit(27) | bit(28)}, // the saving of its state is enough
     {&GEN_PKG::m_fma, &GEN_CPUID::m_ecx, bit(12)},
 };
 constexpr Feature MORE_FEATURES[] = {
@@ -64,7 +77,7 @@ void set_flags(GEN_PKG &package, Feature const (&features)[COUNT], GEN_CPUID con
         package.*feature.flag = (leaf.*feature.word & feature.bits) != 0;
 }
 
-// What one logical processor says of itself and its package.
+// The description of a logical processor and its package by CPUID.
 struct Processor
 {
     GEN_VENDOR vendor = GEN_VENDOR_UNSET;
@@ -108,7 +121,7 @@ Processor read_processor()
     return processor;
 }
 
-// How many hardware threads share a core, on a package whose logical processors are told.
+// The number of hardware threads of a core, from the number of logical processors of the package.
 std::uint32_t smt_per_core(Processor const &processor, std::uint32_t logical_per_package)
 {
     if (processor.vendor != GEN_VENDOR_GENUINE)
@@ -119,7 +132,6 @@ std::uint32_t smt_per_core(Processor const &processor, std::uint32_t logical_per
     return logical_per_package / cores_per_package;
 }
 
-// Without the multi-threading flag each processor is a package of its own, told apart by its number in the walk.
 GEN_CPU_IDS ids_of(Processor const &processor, std::uint8_t number)
 {
     if ((processor.leaf_1.m_edx & MULTI_THREADING) == 0)
@@ -129,7 +141,7 @@ GEN_CPU_IDS ids_of(Processor const &processor, std::uint8_t number)
                              smt_per_core(processor, logical_per_package));
 }
 
-// The least width of a field that tells `count` things apart.
+// The smallest number of bits that can hold `count` different values.
 unsigned width_of(std::uint32_t count)
 {
     unsigned width = 0;
@@ -138,7 +150,7 @@ unsigned width_of(std::uint32_t count)
     return width;
 }
 
-// A logical processor that is there already stays as it is.
+// Adds a core, or the logical processors of a core that the package has. One that the core has is not replaced.
 void add_core(GEN_PKG &package, GEN_CORE &&core)
 {
     auto const known = package.m_cores.find(core);
@@ -156,7 +168,7 @@ void read_features(GEN_PKG &package, GEN_CPUID const &leaf_1)
     if (package.m_max_leaf < LEAF_FEATURES)
         return;
     set_flags(package, FEATURES, leaf_1);
-    // Asked without a look at the reported maxima: a processor without these leaves answers as it will.
+    // Read even above the largest leaf that the processor reports. The result is then that of the processor.
     set_flags(package, MORE_FEATURES, gen_read_cpuid(LEAF_MORE_FEATURES));
     set_flags(package, EXTENDED_FEATURES, gen_read_cpuid(LEAF_EXTENDED_FEATURES));
 }
@@ -174,7 +186,7 @@ GEN_PKG make_package(GEN_MACHINE_STATE &state, Processor const &processor, std::
     return package;
 }
 
-// Adds the logical processor that the thread is on. What a package says of itself is what its first one said.
+// Adds the logical processor that runs the thread. A package has the description of the first one that was visited.
 void visit_processor(GEN_MACHINE_STATE &state, std::uint32_t affinity_bit, std::uint8_t number)
 {
     Processor const processor = read_processor();
@@ -195,14 +207,13 @@ void visit_processor(GEN_MACHINE_STATE &state, std::uint32_t affinity_bit, std::
     state.m_packages.insert(std::move(node));
 }
 
-// The walk ends where no further processor exists, or with the 32nd.
 void visit_processors(GEN_MACHINE_STATE &state, std::uint64_t system_mask)
 {
     std::uint8_t number = 0;
     for (std::uint32_t affinity_bit = 1; affinity_bit != 0 && affinity_bit <= system_mask; affinity_bit <<= 1) {
         if (!gen_os_move_thread(affinity_bit))
             continue;
-        thr_sleep(0); // the thread is really there now
+        thr_sleep(0); // the system moves the thread before this returns
         visit_processor(state, affinity_bit, number++);
     }
 }
@@ -229,6 +240,6 @@ void gen_walk_processors(GEN_MACHINE_STATE &state)
             gen_say("This process can not utilize all logical processors");
         visit_processors(state, system_mask);
     }
-    gen_os_release_thread(process_mask); // without effect if the masks weren't read
+    gen_os_release_thread(process_mask); // has no effect if the masks were not read
     thr_sleep(0);
 }

@@ -1,11 +1,11 @@
-// Facts of GEN_MACHINE_INFO that the system tells by one call each.
+// Facts of GEN_MACHINE_INFO for which one question to the system is enough.
 #include "gen_machine_sys.h"
 
 #include "gen/os/gen_os_host.h"
 
 namespace {
 
-// Zeros if the system doesn't tell.
+// All 0 if the system has no answer.
 GEN_HOST_MEMORY read_memory()
 {
     GEN_HOST_MEMORY memory;
@@ -13,8 +13,8 @@ GEN_HOST_MEMORY read_memory()
     return memory;
 }
 
-// Names of systems that are told apart by version. The first row whose version isn't exceeded gives the name, so a
-// later server has a desktop's name.
+// Names of systems that are identified by their version. The first row whose version is not exceeded gives the name.
+// So a server after 2012 has the name of a desktop system.
 struct SystemName
 {
     std::uint32_t m_last_major;
@@ -38,13 +38,13 @@ char const *name_of(GEN_OS_VERSION const &version)
     return version.m_is_workstation ? row->m_workstation : row->m_server;
 }
 
-// Numbers of a version are shown as signed ones.
+// A number of a version as text. Numbers from 2^31 on appear as negative ones.
 std::string text_of(std::uint32_t number)
 {
     return std::to_string(static_cast<std::int32_t>(number));
 }
 
-// The system by its distribution or else by its version; false if it tells neither.
+// The system by its distribution, or else by its version. False if the system gives neither.
 bool read_system(GEN_HOST_DISTRIBUTION &system)
 {
     GEN_OS_VERSION version;
@@ -128,7 +128,7 @@ bool GEN_MACHINE_INFO::get_hw_name(std::string *name)
 {
     if (name == nullptr)
         return false;
-    // Every 64-bit system has this name; there is no other one that the suite runs on.
+    // The suite runs on 64-bit systems alone, which all have this name.
     *name = "x86_64";
     return true;
 }

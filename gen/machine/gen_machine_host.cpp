@@ -12,17 +12,17 @@
 
 namespace {
 
-// The longest piece of a line that is looked at, terminator included.
+// The longest part of a line that is examined, terminator included.
 constexpr std::size_t LINE_SIZE = 1025;
 
-// The first versions of the browser that were fit for use have one digit.
+// The first digit of the lowest version of the browser that is valid.
 constexpr signed char FIRST_VALID_BROWSER = '4';
 
 // The first two octets of the site's networks, each followed by a point; set when the suite is built.
 constexpr char const *SITE_NETWORKS[] = {ZEL_SITE_NETWORKS};
 static_assert(std::size(SITE_NETWORKS) == 9, "ZEL_SITE_NETWORKS has nine prefixes");
 
-// Addresses of this host; empty until a look-up succeeded. Two threads must not fill it at once.
+// Addresses of this host; empty until a look-up has succeeded. Two threads must not fill it at the same time.
 std::string l_local_addresses;
 
 std::string text_of(std::vector<unsigned char> const &address)
@@ -90,7 +90,7 @@ std::string gen_get_user_name()
 bool gen_is_valid_web_browser()
 {
     std::string version;
-    // One character alone counts: 9 is fit, 11 is not.
+    // Only the first character is compared: version 9 is valid, version 11 is not.
     return gen_os_read_browser_version(version) && static_cast<signed char>(version.c_str()[0]) >= FIRST_VALID_BROWSER;
 }
 
@@ -99,7 +99,7 @@ bool gen_check_is_running_in_container_for_file(std::string const &path)
     std::unique_ptr<std::FILE, CloseFile> const file(FIO_FILE_SYSTEM::fopen(path.c_str(), "r"));
     if (!file)
         return false;
-    // The last line counts, or the last piece of a long one.
+    // Only the last line is searched, or the last part of it if it is long.
     char line[LINE_SIZE];
     std::string last;
     while (std::fgets(line, sizeof line, file.get()) != nullptr)

@@ -1,4 +1,4 @@
-// What the capture of GEN_MACHINE_INFO finds, by packages, cores and logical processors. All are values.
+// The result of the capture of GEN_MACHINE_INFO: packages, their cores, and the logical processors of these.
 #ifndef GEN_MACHINE_STATE_H
 #define GEN_MACHINE_STATE_H
 
@@ -18,7 +18,7 @@ enum GEN_VENDOR : std::int32_t
     GEN_VENDOR_UNSUPPORTED = 2
 };
 
-/// Orders by the member that is the identity of an element.
+/// Orders elements by the member that identifies them.
 template <auto ID>
 struct GEN_ORDER_BY
 {
@@ -32,10 +32,10 @@ struct GEN_ORDER_BY
 struct GEN_LOGICAL_CPU
 {
     std::uint8_t m_smt_id = 0;
-    std::uint32_t m_affinity_bit = 0; ///< the one bit that moves a thread there
+    std::uint32_t m_affinity_bit = 0; ///< the mask that moves a thread to it
 };
 
-/// Ids are the fields of an APIC id where they stand in it, not shifted down.
+/// Ids are fields of an APIC id at their positions in it, not shifted down.
 struct GEN_CORE
 {
     std::uint8_t m_core_id = 0;
@@ -75,8 +75,8 @@ struct GEN_PKG
 
 using GEN_PACKAGES = std::set<GEN_PKG, GEN_ORDER_BY<&GEN_PKG::m_package_id>>;
 
-/// The state of GEN_MACHINE_INFO. What isn't atomic is written under the mutex, and frozen while m_cpu_info_captured is
-/// set.
+/// The state of GEN_MACHINE_INFO. Members that are not atomic are written under the mutex, and not at all while
+/// m_cpu_info_captured is set.
 struct GEN_MACHINE_STATE
 {
     GEN_MACHINE_STATE();
@@ -85,17 +85,18 @@ struct GEN_MACHINE_STATE
     GEN_MACHINE_STATE &operator=(GEN_MACHINE_STATE const &) = delete;
 
     std::atomic<bool> m_cpu_info_captured{false};
-    std::atomic<bool> m_cpu_info_valid{true};        ///< never true again once it is false
-    std::atomic<std::int64_t> m_capturing_thread{0}; ///< 0 for none; it may ask from within its own messages
+    std::atomic<bool> m_cpu_info_valid{true}; ///< once false, it stays false
+    std::atomic<std::int64_t> m_capturing_thread{
+        0}; ///< 0 for none; a message of the capture may lead to a question on its thread
     GEN_PACKAGES m_packages;
     std::map<std::uint8_t, GEN_CACHE> m_cache_lookup_table; ///< by descriptor of CPUID leaf 2; empty until it is needed
     THR_MUTEX_OBJ m_capture_mutex;
 };
 
-/// The state; null before it is built and after its release.
+/// The state; null before it is constructed and after it is released.
 GEN_MACHINE_STATE *gen_machine_state();
 
-/// The package with the lowest id; null if nothing was visited.
+/// The package with the lowest id; null if no processor was visited.
 GEN_PKG const *gen_first_package();
 
 #endif

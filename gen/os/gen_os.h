@@ -1,5 +1,16 @@
-// What the library asks of the operating system. Each question returns false, and leaves its outputs alone, when the
-// system has no answer; what to do then is decided above this layer.
+// The questions of the library to the operating system. For each header there is one source for each platform, which
+// implements the questions in the same order:
+//
+//     gen_os.h            clocks, modules, files, the process
+//     gen_os_host.h       the host, its user, the version of the system
+//     gen_os_machine.h    the processors: affinity, CPUID, frequency
+//     gen_os_text.h       text functions of the Windows runtime
+//     gen_os_thread.h     the identity of a thread, inline
+//
+// The first three are questions that a test answers by a fake. A question with outputs returns false, and leaves the
+// outputs alone, if the system has no answer; the caller decides what to do then. The sources contain system calls
+// alone: a text that the system gives is read by the pure functions of gen/base, and what zel_gen asks for in common
+// with the other libraries is in sys/.
 #ifndef GEN_OS_H
 #define GEN_OS_H
 
@@ -15,14 +26,15 @@
 bool gen_os_read_counter(std::uint64_t &ticks);
 bool gen_os_read_counter_frequency(std::uint64_t &ticks_per_second);
 
-/// CPU time of this process's job, ended processes included, and of this process; in 100 ns units.
+/// CPU time in 100 ns units: of this process's job, including processes that have ended, and of this process.
 bool gen_os_read_job_cpu(std::uint64_t &user, std::uint64_t &kernel);
 bool gen_os_read_process_cpu(std::uint64_t &user, std::uint64_t &kernel);
 
-/// User and kernel time of this process together, in 100 ns units, where the system has that cheaper than the split.
+/// The sum of user and kernel time of this process, in 100 ns units. Answered if it is cheaper than the two values.
 bool gen_os_read_process_cpu_sum(std::uint64_t &sum);
 
-/// That sum and then the counter. Answered only where processes have no jobs, so that no job's figures come before it.
+/// The same sum, and the counter right after it. Answered only on systems without jobs, where the time of a job can't
+/// be preferred to it.
 bool gen_os_read_cpu_sum_and_counter(std::uint64_t &sum, std::uint64_t &ticks);
 
 /// Milliseconds since the Unix epoch.
@@ -31,24 +43,24 @@ std::int64_t gen_os_read_calendar_msec();
 /// Local time of a second since the Unix epoch.
 bool gen_os_local_time(std::int64_t seconds, std::tm &local);
 
-// Modules. Paths are absolute, without "..", in the system's separators. Linux resolves links; Windows answers with the
-// text of the module table, cut at 260 characters.
+// Modules. Paths are absolute, without "..", and have the separators of the system. Linux resolves links. Windows gives
+// the text of its module table, cut at 260 characters.
 
 bool gen_os_read_executable_path(std::string &path);
 
-/// The path of a library of that file name that is in the process; loads nothing.
+/// The path of a library of that file name that is in the process. Loads nothing.
 bool gen_os_read_library_path(char const *file_name, std::string &path);
 
-/// Whether names that differ in case alone are different files.
+/// Whether two names that differ in case only can be different files.
 bool gen_os_case_matters_in_paths();
 
-/// Between the elements of PATH.
+/// The separator of the elements of PATH.
 char gen_os_path_list_separator();
 
-/// What the file names of libraries look like, as a pattern of FIO_FILE_SYSTEM::findfirst().
+/// A pattern of FIO_FILE_SYSTEM::findfirst() that matches the file names of libraries.
 char const *gen_os_library_pattern();
 
-/// Whether a link to a library is one more library; where it isn't, it is another name of one.
+/// Whether a link to a library counts as a library of its own; otherwise it is another name of one that counts.
 bool gen_os_library_links_count();
 
 // Files.
@@ -68,7 +80,7 @@ bool gen_os_read_temp_directory(std::string &path);
 
 // The process.
 
-/// Reserves address space at a place of the system's choosing, for good; nothing is committed.
+/// Reserves address space until the process ends, at an address that the system chooses. Commits no memory.
 bool gen_os_reserve_address_space(std::size_t size_bytes);
 
 /// Passes a text to the platform's debug channel.

@@ -1,5 +1,5 @@
-// What the library asks of the operating system about the host, its user and the system itself. As in gen_os.h, a
-// question without an answer returns false and leaves its outputs alone.
+// Questions about the host, its user and the system itself. As in gen_os.h, a question without an answer returns false
+// and leaves its outputs alone.
 #ifndef GEN_OS_HOST_H
 #define GEN_OS_HOST_H
 
@@ -12,7 +12,7 @@
 /// Memory of the machine.
 bool gen_os_read_memory(GEN_HOST_MEMORY &memory);
 
-/// Where systems are told apart by version: the version and whether it is that of a workstation.
+/// The version of a system that is identified by it, and whether the system is one for workstations.
 struct GEN_OS_VERSION
 {
     std::uint32_t m_major = 0;
@@ -21,22 +21,22 @@ struct GEN_OS_VERSION
 };
 bool gen_os_read_version(GEN_OS_VERSION &version);
 
-/// Where systems are told apart by distribution: its name and version.
+/// Name and version of the distribution, for a system that is identified by it.
 bool gen_os_read_distribution(GEN_HOST_DISTRIBUTION &distribution);
 
-/// The suite's word for the platform.
+/// The name that the suite uses for the platform.
 char const *gen_os_platform_name();
 
 bool gen_os_read_host_name(std::string &name);
 bool gen_os_read_user_name(std::string &name);
 
-/// The addresses of a host in the order in which the system has them, each in network byte order.
+/// Appends the addresses of a host in the order of the system, each in network byte order.
 bool gen_os_look_up_host(char const *name, std::vector<std::vector<unsigned char>> &addresses);
 
 /// Version of the browser that comes with the system.
 bool gen_os_read_browser_version(std::string &version);
 
-/// The file that tells whether the process runs in a container; null where nothing tells.
+/// The file that shows whether the process runs in a container; null if the system has none.
 char const *gen_os_container_file();
 
 #endif

@@ -1,6 +1,6 @@
 #include "gen/os/gen_os_host.h"
 
-#include "gen/os/gen_os_system_file_linux.h"
+#include "sys/os/sys_os_text_file_linux.h"
 
 #include <netdb.h>
 #include <pwd.h>
@@ -9,14 +9,15 @@
 
 namespace {
 
-// Room for a name, terminator included.
+// Size of the buffer for a name, terminator included.
 constexpr std::size_t NAME_SIZE = 512;
 
-// First room for the texts of a record of the system's data bases, and the most that is tried.
+// The first and the largest size that is tried for the texts of a record of the system's databases.
 constexpr std::size_t FIRST_RECORD_SIZE = 1024;
 constexpr std::size_t LAST_RECORD_SIZE = std::size_t{1024} * 1024;
 
-// Asks with more and more room for the record's texts. `ask` takes the room and gives the system's error number.
+// Repeats a question with twice the room until the texts of the record fit. `ask` takes the room and returns the error
+// number of the system.
 template <typename ASK>
 bool ask_with_room(ASK ask)
 {
@@ -33,7 +34,7 @@ bool ask_with_room(ASK ask)
 
 bool gen_os_read_memory(GEN_HOST_MEMORY &memory)
 {
-    GEN_OS_SYSTEM_FILE const meminfo("/proc/meminfo");
+    SYS_OS_TEXT_FILE const meminfo("/proc/meminfo");
     if (gen_read_meminfo(meminfo.text(), memory))
         return true;
     struct sysinfo info;
@@ -51,8 +52,8 @@ bool gen_os_read_version(GEN_OS_VERSION &)
 
 bool gen_os_read_distribution(GEN_HOST_DISTRIBUTION &distribution)
 {
-    return gen_read_os_release(GEN_OS_SYSTEM_FILE("/etc/os-release").text(), distribution) ||
-           gen_read_os_release(GEN_OS_SYSTEM_FILE("/usr/lib/os-release").text(), distribution);
+    return gen_read_os_release(SYS_OS_TEXT_FILE("/etc/os-release").text(), distribution) ||
+           gen_read_os_release(SYS_OS_TEXT_FILE("/usr/lib/os-release").text(), distribution);
 }
 
 char const *gen_os_platform_name()

@@ -4,26 +4,25 @@
 
 #include <windows.h>
 
+#include "sys/os/sys_os_function_windows.h"
+
+#include <memory>
+
 namespace {
 
-// Room for names and for the browser's version, as the calls are told it.
+// Sizes that are passed to the calls for names and for the browser's version.
 constexpr DWORD HOST_NAME_SIZE = 512;
 constexpr DWORD USER_NAME_SIZE = 256;
 constexpr DWORD BROWSER_VERSION_SIZE = 30;
 
 using RtlGetVersionFunction = LONG(WINAPI *)(OSVERSIONINFOEXW *);
 
-// Not in any import library.
-RtlGetVersionFunction find_rtl_get_version()
+struct CloseKey
 {
-    HMODULE const module = GetModuleHandleW(L"ntdll.dll");
-    if (module == nullptr)
-        return nullptr;
-    FARPROC const function = GetProcAddress(module, "RtlGetVersion");
-    return reinterpret_cast<RtlGetVersionFunction>(reinterpret_cast<void *>(function));
-}
+    void operator()(HKEY key) const { RegCloseKey(key); }
+};
 
-// The socket layer is started only when a look-up tells that it isn't.
+// The socket library is initialised only when a look-up reports that it isn't.
 hostent *look_up(char const *name)
 {
     hostent *record = gethostbyname(name);
@@ -48,7 +47,7 @@ bool gen_os_read_memory(GEN_HOST_MEMORY &memory)
 
 bool gen_os_read_version(GEN_OS_VERSION &version)
 {
-    RtlGetVersionFunction const rtl_get_version = find_rtl_get_version();
+    auto const rtl_get_version = sys_os_find_function<RtlGetVersionFunction>("ntdll.dll", "RtlGetVersion");
     OSVERSIONINFOEXW record{};
     record.dwOSVersionInfoSize = sizeof record;
     if (rtl_get_version == nullptr || rtl_get_version(&record) != 0)
@@ -99,16 +98,15 @@ bool gen_os_look_up_host(char const *name, std::vector<std::vector<unsigned char
 
 bool gen_os_read_browser_version(std::string &version)
 {
-    HKEY key;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\Internet Explorer", 0, KEY_QUERY_VALUE, &key) !=
+    HKEY opened;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\Internet Explorer", 0, KEY_QUERY_VALUE, &opened) !=
         ERROR_SUCCESS)
         return false;
+    std::unique_ptr<HKEY__, CloseKey> const key(opened);
     char text[BROWSER_VERSION_SIZE + 1] = "";
     DWORD size = BROWSER_VERSION_SIZE;
-    bool const was_read =
-        RegQueryValueExA(key, "Version", nullptr, nullptr, reinterpret_cast<BYTE *>(text), &size) == ERROR_SUCCESS;
-    RegCloseKey(key);
-    if (!was_read)
+    if (RegQueryValueExA(key.get(), "Version", nullptr, nullptr, reinterpret_cast<BYTE *>(text), &size) !=
+        ERROR_SUCCESS)
         return false;
     version = text;
     return true;

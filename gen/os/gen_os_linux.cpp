@@ -1,17 +1,17 @@
 #include "gen/os/gen_os.h"
 
 #include "gen/text/gen_string_profile.h"
+#include "sys/sys_module.h"
+#include "sys/sys_process.h"
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <utility>
 
 #include <fcntl.h>
-#include <link.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -53,36 +53,6 @@ bool read_real_path(char const *path, std::string &real_path)
         return false;
     real_path = resolved.get();
     return true;
-}
-
-struct LibrarySearch
-{
-    char const *file_name;
-    char const *found; // the loader's own text, which stays while the object is loaded
-};
-
-// "libx.so" also names "libx.so.1.2".
-bool is_file_name_of(char const *path, char const *file_name)
-{
-    char const *const slash = std::strrchr(path, '/');
-    char const *const name = slash == nullptr ? path : slash + 1;
-    std::size_t const length = std::strlen(file_name);
-    if (std::strncmp(name, file_name, length) != 0)
-        return false;
-    char const *const rest = name + length;
-    if (*rest == '\0')
-        return true;
-    bool const is_library = length >= 3 && std::strcmp(file_name + length - 3, ".so") == 0;
-    return is_library && *rest == '.' && rest[1] != '\0' && rest[std::strspn(rest, "0123456789.")] == '\0';
-}
-
-int visit_library(dl_phdr_info *info, std::size_t, void *context)
-{
-    auto *const search = static_cast<LibrarySearch *>(context);
-    if (info->dlpi_name == nullptr || !is_file_name_of(info->dlpi_name, search->file_name))
-        return 0;
-    search->found = info->dlpi_name;
-    return 1;
 }
 
 // A file descriptor for a scope.
@@ -176,19 +146,6 @@ std::string first_characters(char const *text, std::size_t count)
     return {text, end};
 }
 
-bool is_debugger_attached()
-{
-    std::unique_ptr<std::FILE, decltype(&std::fclose)> const status(std::fopen("/proc/self/status", "re"),
-                                                                    &std::fclose);
-    if (!status)
-        return false;
-    char line[256];
-    while (std::fgets(line, sizeof line, status.get()) != nullptr)
-        if (std::strncmp(line, "TracerPid:", 10) == 0)
-            return std::strtol(line + 10, nullptr, 10) != 0;
-    return false;
-}
-
 } // namespace
 
 bool gen_os_read_counter(std::uint64_t &ticks)
@@ -202,7 +159,7 @@ bool gen_os_read_counter_frequency(std::uint64_t &ticks_per_second)
     return true;
 }
 
-// Every process lives in some control group, and that of a login session or a container says nothing about this flow.
+// Every process belongs to a control group. That of a login session or of a container is not a job of this flow.
 bool gen_os_read_job_cpu(std::uint64_t &, std::uint64_t &)
 {
     return false;
@@ -223,7 +180,8 @@ bool gen_os_read_process_cpu_sum(std::uint64_t &sum)
     return read_clock(CLOCK_PROCESS_CPUTIME_ID, sum);
 }
 
-// Returns cost much after a system call, as it has spoilt their prediction: nothing stands between this and the calls.
+// The two system calls are made here directly: a return after a system call is slow, because the call has discarded the
+// predictions of the processor.
 bool gen_os_read_cpu_sum_and_counter(std::uint64_t &sum, std::uint64_t &ticks)
 {
     timespec cpu, now;
@@ -258,9 +216,8 @@ bool gen_os_read_executable_path(std::string &path)
 
 bool gen_os_read_library_path(char const *file_name, std::string &path)
 {
-    LibrarySearch search{file_name, nullptr};
-    dl_iterate_phdr(visit_library, &search);
-    return search.found != nullptr && read_real_path(search.found, path);
+    std::string loaded;
+    return sys_find_library(file_name, loaded) && read_real_path(loaded.c_str(), path);
 }
 
 bool gen_os_case_matters_in_paths()
@@ -309,7 +266,7 @@ bool gen_os_create_temp_file(char const *directory, char const *prefix, std::str
 {
     static constexpr char SUFFIX[] = ".tmp";
     std::string const start = first_characters(prefix, 3);
-    if (start.find_first_of("/\\") != std::string::npos) // it would lead out of the directory
+    if (start.find_first_of("/\\") != std::string::npos) // the file would not be in the directory
         return false;
     std::string name = std::string(directory) + '/' + start + "XXXXXX" + SUFFIX;
     int const descriptor = mkostemps(name.data(), sizeof SUFFIX - 1, O_CLOEXEC);
@@ -329,12 +286,12 @@ bool gen_os_read_temp_directory(std::string &path)
 
 bool gen_os_reserve_address_space(std::size_t size_bytes)
 {
-    // No access, and no reserve accounting: address space alone is asked for.
+    // Without access and without accounting of swap space: only addresses are reserved.
     return mmap(nullptr, size_bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0) != MAP_FAILED;
 }
 
 void gen_os_debug_output(char const *text)
 {
-    if (is_debugger_attached())
+    if (sys_is_debugged())
         std::fputs(text, stderr);
 }

@@ -1,21 +1,21 @@
 #include "gen/os/gen_os_machine.h"
 
 #include "gen/base/gen_machine_text.h"
-#include "gen/os/gen_os_system_file_linux.h"
+#include "sys/os/sys_os_text_file_linux.h"
 
 #include <sched.h>
 #include <unistd.h>
 
 namespace {
 
-// A set of processors as the system calls take it; it has room for all that a kernel can be built for.
+// A set of processors in the form of the system calls, with a bit for each processor that a kernel can support.
 struct ProcessorSet
 {
     std::uint64_t m_words[8192 / 64];
 };
 
-// Where the process may run, processors beyond the 64 of the masks included; empty until the affinity is read. Written
-// and read by the thread that holds the capture mutex.
+// The processors that the process may run on, including those beyond the 64 of the masks. Empty until the affinity is
+// read. Written and read by the thread that holds the capture mutex.
 ProcessorSet l_process_set;
 
 bool set_thread_affinity(ProcessorSet const &set)
@@ -34,8 +34,8 @@ bool gen_os_read_processor_count(int &count)
     return true;
 }
 
-// The process's own processors are those of its main thread, whose thread id is that of the process. Where /sys isn't
-// mounted, they stand for all.
+// The processors of the process are those of its main thread, whose thread id is that of the process. If /sys isn't
+// mounted, they are also the result for the system.
 bool gen_os_read_affinity(std::uint64_t &process_mask, std::uint64_t &system_mask)
 {
     ProcessorSet process_set{};
@@ -43,13 +43,13 @@ bool gen_os_read_affinity(std::uint64_t &process_mask, std::uint64_t &system_mas
         return false;
     l_process_set = process_set;
     process_mask = process_set.m_words[0];
-    GEN_OS_SYSTEM_FILE const online("/sys/devices/system/cpu/online");
+    SYS_OS_TEXT_FILE const online("/sys/devices/system/cpu/online");
     if (!gen_read_processor_list(online.text(), system_mask))
         system_mask = process_mask;
     return true;
 }
 
-// The system itself would let a thread leave the processors of its process.
+// The mask of the process is checked here: the system would allow a thread to leave the processors of its process.
 bool gen_os_move_thread(std::uint32_t processor_bit)
 {
     ProcessorSet one{};
@@ -57,7 +57,7 @@ bool gen_os_move_thread(std::uint32_t processor_bit)
     return one.m_words[0] != 0 && set_thread_affinity(one);
 }
 
-// The mask is part of the set that was read with it.
+// The whole set is used, of which the mask is the first part.
 bool gen_os_release_thread(std::uint64_t process_mask)
 {
     return process_mask != 0 && set_thread_affinity(l_process_set);
@@ -65,9 +65,9 @@ bool gen_os_release_thread(std::uint64_t process_mask)
 
 bool gen_os_read_nominal_mhz(int &mhz)
 {
-    GEN_OS_SYSTEM_FILE const base_frequency("/sys/devices/system/cpu/cpu0/cpufreq/base_frequency");
+    SYS_OS_TEXT_FILE const base_frequency("/sys/devices/system/cpu/cpu0/cpufreq/base_frequency");
     if (gen_read_base_frequency(base_frequency.text(), mhz))
         return true;
-    GEN_OS_SYSTEM_FILE const processors("/proc/cpuinfo");
+    SYS_OS_TEXT_FILE const processors("/proc/cpuinfo");
     return gen_read_processor_frequency(processors.text(), mhz);
 }

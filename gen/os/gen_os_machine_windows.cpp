@@ -4,7 +4,7 @@
 
 namespace {
 
-// The key of the first processor; null if it can't be opened. It is never closed: later questions read it again.
+// The registry key of the first processor; null if it can't be opened. It stays open, because every question reads it.
 HKEY processor_key()
 {
     static HKEY const key = [] {

@@ -47,7 +47,7 @@ int gen_os_isleadbyte(int /*code*/)
 
 int gen_os_iswctype(unsigned short code, unsigned short type)
 {
-    // The runtime library's own class handles are pointers; they don't fit into `type`.
+    // std::wctype() gives classes that are pointers here, which don't fit into `type`.
     unsigned classes = 0;
     for (CharacterClass const &character_class : CHARACTER_CLASSES) {
         if ((type & character_class.bit) != 0 && character_class.contains(code) != 0)

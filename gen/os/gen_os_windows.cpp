@@ -1,6 +1,7 @@
 #include "gen/os/gen_os.h"
 
 #include "fio_sys.h"
+#include "sys/sys_module.h"
 
 #include <cstring>
 #include <filesystem>
@@ -18,18 +19,9 @@ std::uint64_t units_of(FILETIME const &time)
     return static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
 }
 
-bool read_module_path(HMODULE module, std::string &path)
-{
-    char buffer[PATH_BUFFER_SIZE] = {};
-    if (GetModuleFileNameA(module, buffer, PATH_BUFFER_SIZE - 1) == 0)
-        return false;
-    path = buffer;
-    return true;
-}
-
 } // namespace
 
-// No per-thread work is wanted at load.
+// The library does nothing at the start and the end of a thread, so it needs no notifications of them.
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
 {
     if (reason == DLL_PROCESS_ATTACH)
@@ -76,7 +68,7 @@ bool gen_os_read_process_cpu(std::uint64_t &user, std::uint64_t &kernel)
     return true;
 }
 
-// The system has only the split.
+// The system gives user and kernel time only.
 bool gen_os_read_process_cpu_sum(std::uint64_t &)
 {
     return false;
@@ -107,13 +99,16 @@ bool gen_os_local_time(std::int64_t seconds, std::tm &local)
 
 bool gen_os_read_executable_path(std::string &path)
 {
-    return read_module_path(nullptr, path);
+    char buffer[PATH_BUFFER_SIZE] = {};
+    if (GetModuleFileNameA(nullptr, buffer, PATH_BUFFER_SIZE - 1) == 0)
+        return false;
+    path = buffer;
+    return true;
 }
 
 bool gen_os_read_library_path(char const *file_name, std::string &path)
 {
-    HMODULE const module = GetModuleHandleA(file_name);
-    return module != nullptr && read_module_path(module, path);
+    return sys_find_library(file_name, path);
 }
 
 bool gen_os_case_matters_in_paths()
@@ -148,7 +143,7 @@ int gen_os_write_private_profile_string(char const *section, char const *key, ch
 
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
 {
-    // Its limit is 14 characters below that of a path, and not every system keeps to it.
+    // The call takes a directory that is 14 characters shorter than the longest path. Not every system checks that.
     char buffer[PATH_BUFFER_SIZE] = {};
     if (std::strlen(directory) > MAX_PATH - 14 || GetTempFileNameA(directory, prefix, 0, buffer) == 0)
         return false;

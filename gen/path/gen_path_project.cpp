@@ -1,7 +1,8 @@
 #include "gen_path_sys.h"
 
-#include "gen/path/gen_path_project.h"
 #include "gen/base/gen_statics.h"
+#include "gen/path/gen_path_project.h"
+#include "sys/sys_file_mode.h"
 
 #include <utility>
 
@@ -12,9 +13,6 @@ char const *const GEN_INCR_DB_DIR_NAME = "incremental_db";
 char const *const GEN_PERSONA_DIR_NAME = "persona";
 
 namespace {
-
-// The directory bit of a mode word.
-constexpr unsigned MODE_DIRECTORY = 0x4000;
 
 // What gen_get_incr_db_dir_path_string() cuts from the database directory's text: "db/".
 constexpr std::size_t DB_DIR_SUFFIX_LENGTH = 3;
@@ -66,7 +64,7 @@ bool is_output_directory_usable(std::string const &directory)
     }
     struct _stat64i32 record;
     return FIO_FILE_SYSTEM::status(directory.substr(0, directory.size() - 1), &record) &&
-           (record.st_mode & MODE_DIRECTORY) != 0;
+           sys_mode_is_directory(record.st_mode);
 }
 
 } // namespace

@@ -1,11 +1,12 @@
 #include "gen/path/gen_path_search.h"
 
 #include "gen/base/gen_assert.h"
+#include "gen/os/gen_os.h"
 #include "gen/path/gen_path_project.h"
 #include "gen/path/gen_path_search_cache.h"
-#include "gen/os/gen_os.h"
 #include "gen_iterator_sys.h"
 #include "gen_string_sys.h"
+#include "sys/sys_file_mode.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,9 +14,6 @@
 #include <utility>
 
 namespace {
-
-// The regular-file bit of a mode word.
-constexpr unsigned MODE_REGULAR = 0x8000;
 
 // Made by the first search that is to be remembered; released by gen_destroy_find_file_cache() alone, not at exit.
 GEN_FIND_FILE_CACHE *l_find_file_cache = nullptr;
@@ -144,7 +142,7 @@ std::string gen_find_in_path(std::string const &name, bool)
         FIO_PATH path;
         path.directory(std::string(element)).filename(name);
         struct _stat64i32 record;
-        if (FIO_FILE_SYSTEM::status(path.fullpath(), &record) && (record.st_mode & MODE_REGULAR) != 0)
+        if (FIO_FILE_SYSTEM::status(path.fullpath(), &record) && sys_mode_is_regular(record.st_mode))
             return path.fullpath();
     }
     return {};

@@ -1,6 +1,7 @@
 #include "tests/support/fio_os_fake.h"
 
 #include "fio/os/fio_os.h"
+#include "sys/sys_file_mode.h"
 
 namespace {
 
@@ -61,7 +62,7 @@ bool fio_os_status(char const *path, struct _stat64i32 &status)
     if (fio_fake().entries.count(path) == 0)
         return false;
     status = {};
-    status.st_mode = is_entry(path, /*is_directory=*/true) ? 0x4000 : 0x8000;
+    status.st_mode = is_entry(path, /*is_directory=*/true) ? SYS_MODE_DIRECTORY : SYS_MODE_REGULAR;
     return true;
 }
 

@@ -3,7 +3,6 @@
 #include "tests/support/debugger.h"
 #include "tests/support/environment.h"
 #include "tests/support/platform.h"
-#include "thr/thr_drl_name.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -306,48 +305,6 @@ TEST(ThrDrlIsLoaded, LoadsNothing)
     std::string const name = library_name("zel_ver");
     EXPECT_FALSE(thr_drl_is_loaded(name.c_str()));
     EXPECT_FALSE(thr_drl_is_loaded(name.c_str()));
-}
-
-struct NameCase
-{
-    char const *asked;
-    char const *loaded;
-    bool is_named;
-};
-
-constexpr NameCase NAME_CASES[] = {
-    {"libx.so", "/a/libx.so", true},
-    {"libx.so", "libx.so", true},
-    {"libx.so", "/a/liby.so", false},
-    {"libx.so", "/a/mylibx.so", false},
-    {"libx.so", "/libx.so/y", false},
-    // A plain name means every version.
-    {"libx.so", "/a/libx.so.1", true},
-    {"libx.so", "/a/libx.so.1.20.3", true},
-    {"libx.so", "/a/libx.so.", false},
-    {"libx.so", "/a/libx.so.old", false},
-    {"libx.so", "/a/libx.so.1a", false},
-    {"libx.so", "/a/libx.so1", false},
-    // Any other name means itself.
-    {"libx", "/a/libx.so", false},
-    {"libx", "/a/libx.1", false},
-    {"libx.so.1", "/a/libx.so.1", true},
-    {"libx.so.1", "/a/libx.so.1.2", false},
-    {"libx.so.1.2", "/a/libx.so.1", false},
-    {".so", "/a/.so.1", false},
-    // A name with a directory is compared whole.
-    {"/a/libx.so", "/a/libx.so", true},
-    {"/a/libx.so", "/a/libx.so.1", true},
-    {"/b/libx.so", "/a/libx.so", false},
-    // The process itself has an empty name in the loader's list.
-    {"", "", false},
-    {"libx.so", "", false},
-};
-
-TEST(ThrDrlNames, ComparesFileNamesWithVersions)
-{
-    for (NameCase const &c : NAME_CASES)
-        EXPECT_EQ(thr_drl_names(c.asked, c.loaded), c.is_named) << c.asked << " and " << c.loaded;
 }
 
 } // namespace

@@ -2,9 +2,7 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
 char const *const THR_OS_LIBRARY_PREFIX = "";
@@ -12,7 +10,7 @@ char const *const THR_OS_LIBRARY_SUFFIX = ".dll";
 
 struct THR_MUTEX
 {
-    // Nothing to release, and usable while the system ends the process.
+    // There is nothing to release, and the lock can be used while the system ends the process.
     SRWLOCK lock = SRWLOCK_INIT;
 };
 
@@ -36,20 +34,10 @@ void thr_os_mutex_unlock(THR_MUTEX_OBJ mutex)
     ReleaseSRWLockExclusive(&mutex->lock);
 }
 
-std::int64_t thr_os_thread_self()
-{
-    return GetCurrentThreadId();
-}
-
 void thr_os_yield()
 {
     if (!SwitchToThread())
         Sleep(0);
-}
-
-bool thr_os_is_debugged()
-{
-    return IsDebuggerPresent() != FALSE;
 }
 
 void thr_os_break()
@@ -63,8 +51,8 @@ void thr_os_setenv(char const *name, char const *value)
         _putenv_s(name, value);
         return;
     }
-    // The runtime takes an empty value for a removal: its entry is made with a text that is then cut,
-    // and the system's table, which child processes inherit, is set by itself.
+    // The runtime removes a variable whose value is empty. So its entry is made with another value, which is then cut
+    // off, and the table of the system, from which child processes inherit, is set separately.
     if (_putenv_s(name, "x") != 0)
         return;
     if (char *entry = std::getenv(name))
@@ -75,15 +63,4 @@ void thr_os_setenv(char const *name, char const *value)
 void thr_os_unsetenv(char const *name)
 {
     _putenv_s(name, "");
-}
-
-bool thr_os_library_is_loaded(char const *name)
-{
-    char native[MAX_PATH];
-    std::size_t const size = std::strlen(name) + 1;
-    if (size > sizeof(native))
-        return false;
-    // The system takes no "/" in the names of its modules.
-    std::replace_copy(name, name + size, native, '/', '\\');
-    return GetModuleHandleA(native) != nullptr;
 }

@@ -1,18 +1,20 @@
-// The small text files by which the system tells of itself.
-#ifndef GEN_OS_SYSTEM_FILE_LINUX_H
-#define GEN_OS_SYSTEM_FILE_LINUX_H
+// The small text files in which Linux describes itself.
+#ifndef SYS_OS_TEXT_FILE_LINUX_H
+#define SYS_OS_TEXT_FILE_LINUX_H
 
 #include <cerrno>
+#include <cstddef>
 #include <string_view>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-/// What a file of the system begins with, which is all of it or all that is looked for; empty if it can't be read.
-class GEN_OS_SYSTEM_FILE
+/// The first 8 KiB of a file of the system. That is the whole file, or contains the lines that are looked for. Empty if
+/// the file can't be read. Allocates nothing.
+class SYS_OS_TEXT_FILE
 {
 public:
-    explicit GEN_OS_SYSTEM_FILE(char const *path)
+    explicit SYS_OS_TEXT_FILE(char const *path)
     {
         int const descriptor = open(path, O_RDONLY | O_CLOEXEC);
         if (descriptor < 0)
@@ -29,7 +31,7 @@ public:
     std::string_view text() const { return {m_buffer, m_size}; }
 
 private:
-    char m_buffer[4096];
+    char m_buffer[8192];
     std::size_t m_size = 0;
 };
 

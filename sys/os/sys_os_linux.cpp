@@ -1,0 +1,122 @@
+#include "sys/os/sys_os_text_file_linux.h"
+#include "sys/sys_module.h"
+#include "sys/sys_process.h"
+#include "sys/sys_text.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <link.h>
+
+namespace {
+
+// Whether a library that was loaded by way of a version link is the file of that name: "libx.so.1.0" is asked for, and
+// the loader found it by way of "libx.so.1".
+bool is_target_of_version_link(std::string_view asked, char const *loaded)
+{
+    if (!sys_is_version_of(sys_file_name(loaded), sys_file_name(asked)))
+        return false;
+    char target[PATH_MAX];
+    return realpath(loaded, target) != nullptr && sys_library_names(asked, target);
+}
+
+struct LibraryQuestion
+{
+    std::string_view asked;
+    char const *loaded; // the loader's own text, which is valid while the library is loaded; null until it is found
+};
+
+int compare_library(dl_phdr_info *info, std::size_t, void *data)
+{
+    LibraryQuestion &question = *static_cast<LibraryQuestion *>(data);
+    char const *const loaded = info->dlpi_name;
+    if (loaded == nullptr ||
+        (!sys_library_names(question.asked, loaded) && !is_target_of_version_link(question.asked, loaded)))
+        return 0;
+    question.loaded = loaded;
+    return 1;
+}
+
+// Null if the library is not loaded.
+char const *find_loaded(char const *name)
+{
+    LibraryQuestion question{name, nullptr};
+    dl_iterate_phdr(compare_library, &question);
+    return question.loaded;
+}
+
+struct ModuleQuestion
+{
+    std::uintptr_t address;
+    SYS_MODULE &module;
+};
+
+bool contains(dl_phdr_info const &info, std::uintptr_t address)
+{
+    for (int i = 0; i < info.dlpi_phnum; ++i) {
+        ElfW(Phdr) const &header = info.dlpi_phdr[i];
+        if (header.p_type == PT_LOAD && address - info.dlpi_addr - header.p_vaddr < header.p_memsz)
+            return true;
+    }
+    return false;
+}
+
+// The address of the first segment. Segments are in ascending order, and each is mapped from the start of a page.
+std::uintptr_t begin_of(dl_phdr_info const &info)
+{
+    for (int i = 0; i < info.dlpi_phnum; ++i) {
+        ElfW(Phdr) const &header = info.dlpi_phdr[i];
+        if (header.p_type == PT_LOAD)
+            return info.dlpi_addr + header.p_vaddr - (header.p_align > 1 ? header.p_vaddr % header.p_align : 0);
+    }
+    return info.dlpi_addr;
+}
+
+int compare_module(dl_phdr_info *info, std::size_t, void *data)
+{
+    ModuleQuestion const &question = *static_cast<ModuleQuestion *>(data);
+    if (!contains(*info, question.address))
+        return 0;
+    // The executable has the empty name in the loader's list.
+    std::string_view const name =
+        *info->dlpi_name == '\0' ? program_invocation_short_name : sys_file_name(info->dlpi_name).data();
+    std::size_t const length = name.copy(question.module.name, sizeof question.module.name - 1);
+    question.module.name[length] = '\0';
+    question.module.begin = begin_of(*info);
+    return 1;
+}
+
+} // namespace
+
+bool sys_is_library_loaded(char const *name)
+{
+    return find_loaded(name) != nullptr;
+}
+
+bool sys_find_library(char const *name, std::string &path)
+{
+    char const *const loaded = find_loaded(name);
+    if (loaded == nullptr)
+        return false;
+    path = loaded;
+    return true;
+}
+
+bool sys_find_module(std::uintptr_t address, SYS_MODULE &module)
+{
+    ModuleQuestion question{address, module};
+    return dl_iterate_phdr(compare_module, &question) != 0;
+}
+
+bool sys_is_debugged()
+{
+    // The number of the process that traces this one; 0 if there is none.
+    std::uint64_t tracer = 0;
+    return sys_find_number(SYS_OS_TEXT_FILE("/proc/self/status").text(), "TracerPid:", tracer) && tracer != 0;
+}
+
+bool sys_is_last_thread_of_exit()
+{
+    return false;
+}

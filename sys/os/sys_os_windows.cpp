@@ -1,0 +1,82 @@
+#include "sys/os/sys_os_function_windows.h"
+#include "sys/os/sys_os_thread.h"
+#include "sys/sys_module.h"
+#include "sys/sys_process.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+using ShutdownQuestion = BOOLEAN(NTAPI *)();
+
+// The text of the module table, which is cut at 260 characters.
+bool read_module_path(HMODULE module, char (&path)[MAX_PATH + 1])
+{
+    DWORD const length = GetModuleFileNameA(module, path, MAX_PATH);
+    path[std::min<DWORD>(length, MAX_PATH)] = '\0';
+    return length != 0;
+}
+
+// Null if the library is not loaded.
+HMODULE find_loaded(char const *name)
+{
+    char native[MAX_PATH];
+    std::size_t const size = std::strlen(name) + 1;
+    if (size == 1 || size > sizeof native)
+        return nullptr;
+    // The system takes no "/" in the names of its modules.
+    std::replace_copy(name, name + size, native, '/', '\\');
+    return GetModuleHandleA(native);
+}
+
+} // namespace
+
+bool sys_is_library_loaded(char const *name)
+{
+    return find_loaded(name) != nullptr;
+}
+
+bool sys_find_library(char const *name, std::string &path)
+{
+    HMODULE const module = find_loaded(name);
+    char text[MAX_PATH + 1];
+    if (module == nullptr || !read_module_path(module, text))
+        return false;
+    path = text;
+    return true;
+}
+
+bool sys_find_module(std::uintptr_t address, SYS_MODULE &module)
+{
+    constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    HMODULE handle = nullptr;
+    char path[MAX_PATH + 1];
+    // For a null address the system would answer with the executable.
+    if (address == 0 || !GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(address), &handle) ||
+        !read_module_path(handle, path))
+        return false;
+    std::replace(path, path + std::strlen(path), '\\', '/');
+    std::size_t const length = sys_file_name(path).copy(module.name, sizeof module.name - 1);
+    module.name[length] = '\0';
+    module.begin = reinterpret_cast<std::uintptr_t>(handle);
+    return true;
+}
+
+bool sys_is_debugged()
+{
+    return IsDebuggerPresent() != FALSE;
+}
+
+bool sys_is_last_thread_of_exit()
+{
+    auto const question = sys_os_find_function<ShutdownQuestion>("ntdll.dll", "RtlDllShutdownInProgress");
+    return question != nullptr && question() != FALSE;
+}
+
+std::int64_t sys_thread_self()
+{
+    return GetCurrentThreadId();
+}
