@@ -1,6 +1,7 @@
 #include "gen_machine_sys.h"
 
 #include "gen/base/gen_assert.h"
+#include "gen/base/gen_static_order.h"
 #include "gen/machine/gen_machine_capture.h"
 #include "mem_sys.h"
 
@@ -8,6 +9,8 @@ namespace {
 
 // The state while it is there.
 std::atomic<GEN_MACHINE_STATE *> l_state{nullptr};
+
+[[gnu::init_priority(GEN_STATIC_ORDER_MACHINE_STATE)]] GEN_MACHINE_STATE l_machine_state;
 
 // Whether the system's count stands for that of the packages and of the cores.
 bool has_system_count()

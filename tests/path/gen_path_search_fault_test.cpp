@@ -1,9 +1,8 @@
 // What the searches require of the library's own state, which this executable can reach, and what they call of the
 // profile bins.
 #include "fio_sys.h"
-#include "gen/base/gen_statics.h"
+#include "gen/path/gen_path_state.h"
 #include "gen_path_sys.h"
-#include "tests/support/gen_os_fake.h"
 #include "tests/support/mem_recorder.h"
 #include "tests/support/temp_dir.h"
 
@@ -28,7 +27,7 @@ auto tells_fault(char const *text)
 
 TEST(GenSearchFaultDeathTest, AMissingListOfGeneralLibrariesIsAnInternalError)
 {
-    gen_path_state()->kalvern_eda_libs = new FIO_FIND(std::string());
+    gen_path_state()->kalvern_eda_libs = std::make_unique<FIO_FIND>(std::string());
     SourceFiles files;
     EXPECT_EXIT(gen_find_file("a.v"), ExitedWithCode(3), tells_fault("kalvern_libs != 0"));
     EXPECT_EXIT(gen_find_file_cache_assisted("a.v"), ExitedWithCode(3), tells_fault("kalvern_libs != 0"));
@@ -41,7 +40,7 @@ TEST(GenSearchFaultDeathTest, AMissingListOfGeneralLibrariesIsAnInternalError)
 
 TEST(GenSearchFaultDeathTest, AMissingListOfEdaLibrariesIsAnInternalError)
 {
-    gen_path_state()->kalvern_libs = new FIO_FIND(std::string());
+    gen_path_state()->kalvern_libs = std::make_unique<FIO_FIND>(std::string());
     EXPECT_EXIT(gen_find_eda_file("a.v"), ExitedWithCode(3), tells_fault("kalvern_eda_libs != 0"));
     EXPECT_NE(gen_get_default_lib_fio_paths(), nullptr);
     EXPECT_EQ(gen_find_file("a.v").fullpath(), "");
@@ -66,21 +65,11 @@ TEST(GenSourceExtensions, MayHaveADotInFront)
     dir.write("a.v", "");
     dir.write("a.vhd", "");
     gen_set_project_dir_path(dir.text());
-    gen_path_state()->default_source_extensions = new std::vector<std::string>{".v", "vhd", ".V"};
+    gen_path_state()->default_source_extensions.reset(new std::vector<std::string>{".v", "vhd", ".V"});
     SourceFiles files;
     EXPECT_TRUE(gen_get_source_files("a", &files));
     std::vector<std::string> names;
     for (auto const &[tag, path] : files)
         names.push_back(path.filename());
     EXPECT_THAT(names, ElementsAre("a.v", "a.vhd"));
-}
-
-TEST(GenDeviceFilesOfAModuleWithoutADirectory, AreNone)
-{
-    TempDir const dir;
-    dir.write("here.ddb", "");
-    CurrentDirectory const current(dir.path());
-    gen_os_fake_set_executable_path("tool");
-    ASSERT_EQ(gen_get_module_path(), "");
-    EXPECT_THAT(gen_get_all_device_files(), ElementsAre());
 }

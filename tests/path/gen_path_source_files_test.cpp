@@ -18,7 +18,6 @@ using Texts = std::vector<std::string>;
 
 using GenGetSourceFiles = SearchTest;
 using GenGetSourceFilesFromLib = SearchTest;
-using GenDeviceFiles = SearchTest;
 
 // An entry as "tag path", the path under the world.
 std::string text_of(GEN_LIBRARY_PATHS_ENUM tag, std::string const &path)
@@ -224,17 +223,4 @@ TEST_F(GenGetSourceFiles, HasAProfileBinOfItsOwn)
     }
     GEN_PROFILE_BINS::finalize("Test", /*close_root=*/true); // a bin left open would be an internal error
     m_messages.clear();
-}
-
-TEST_F(GenDeviceFiles, AreThoseBesideTheModule)
-{
-    EXPECT_THAT(gen_get_all_device_files(), IsEmpty());
-    for (char const *const name : {"b.ddb", "a b.ddb", "c.ddb.bak", "ddb", "B.ddbx", ".ddb", "10.ddb", "9.ddb"})
-        world().put(std::string("suite/bin64/") + name);
-    world().put("suite/common/other.ddb");
-    std::filesystem::create_directories(world().dir().path() / "suite" / "bin64" / "directory.ddb");
-    EXPECT_THAT(gen_get_all_device_files(), ElementsAre(".ddb", "10.ddb", "9.ddb", "a b.ddb", "b.ddb"));
-    for (char const *const name : {"b.ddb", "a b.ddb", ".ddb", "10.ddb", "9.ddb"})
-        world().remove(std::string("suite/bin64/") + name);
-    EXPECT_THAT(gen_get_all_device_files(), IsEmpty());
 }
