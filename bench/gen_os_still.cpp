@@ -71,9 +71,17 @@ bool gen_os_reserve_address_space(std::size_t)
     return false;
 }
 void gen_os_debug_output(char const *) {}
-int gen_os_write_private_profile_string(char const *, char const *, char const *, char const *)
+bool gen_os_write_private_profile_string(char const *, char const *, char const *, char const *, int &)
 {
-    return 0;
+    return false;
+}
+bool gen_os_read_file(char const *, std::string &)
+{
+    return false;
+}
+bool gen_os_replace_file(char const *, std::string const &)
+{
+    return false;
 }
 bool gen_os_create_temp_file(char const *, char const *, std::string &)
 {

@@ -1,6 +1,7 @@
 #include "gen_machine_sys.h"
 
 #include "gen/base/gen_assert.h"
+#include "gen/base/gen_static_order.h"
 #include "gen/machine/gen_machine_capture.h"
 #include "gen/os/gen_os_machine.h"
 #include "mem_sys.h"
@@ -11,6 +12,8 @@ namespace {
 
 // The state while it is there.
 std::atomic<GEN_MACHINE_STATE *> l_state{nullptr};
+
+[[gnu::init_priority(GEN_STATIC_ORDER_MACHINE_STATE)]] GEN_MACHINE_STATE l_machine_state;
 
 // Whether the number of processors of the system is the result for packages and for cores.
 bool has_system_count()

@@ -6,13 +6,13 @@
 
 namespace {
 
-// Whether the registry has been built; exit doesn't take it back.
+// Whether the registry was ever built; stays true after its release at exit.
 bool l_is_built = false;
 
 // Owned; null before the first use and after the release at exit.
 GEN_DEP_REGISTRY *l_registry = nullptr;
 
-// What callbacks hold may come back here from its destructor, and finds no registry then.
+// Destructors of objects that the callbacks hold may call back; they find no registry then.
 void release_registry()
 {
     delete std::exchange(l_registry, nullptr);

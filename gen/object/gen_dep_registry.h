@@ -1,5 +1,5 @@
-// The registry of dependencies on memory. What is alive is told by the map of dependencies alone: the ids of an address
-// are only ever appended to, and readers pass over those that are gone.
+// The registry of dependencies on memory. Only the map of dependencies decides which ones are alive: the ids of an
+// address are only appended to, and readers skip those that were removed.
 #ifndef GEN_DEP_REGISTRY_H
 #define GEN_DEP_REGISTRY_H
 
@@ -24,12 +24,12 @@ public:
 
     UID create_dependency(void const *memory, CALLBACK const &callback)
     {
-        // Before anything is changed: the copying may throw, and may come back here.
+        // Copied before anything is changed: copying the callback may throw, and may call back.
         DEPENDENCY dependency{memory, callback, 0};
-        // Ahead of the increment: an exit handler that comes here after this error finds it again, and no id 0.
+        // Checked before the increment: an exit handler that calls after this error gets the error again, and no id 0.
         GEN_ASSERT(m_next_uid < std::numeric_limits<UID>::max(), "my_uid< std::numeric_limits<UID>::max()");
         UID const my_uid = m_next_uid++;
-        // In this order a want of memory leaves no dependency behind that no address leads to.
+        // In this order a lack of memory leaves no dependency that no address leads to.
         m_uids_of_memory[memory].push_back(my_uid);
         dependency.uid = my_uid;
         bool const is_new = m_dependencies.try_emplace(my_uid, std::move(dependency)).second;
@@ -43,7 +43,7 @@ public:
             return;
         auto const dependency = m_dependencies.find(uid);
         GEN_ASSERT(dependency != m_dependencies.end(), "dependency_exists( uid )");
-        // Out of the map before it is destroyed: what the callback holds may come back here from its destructor.
+        // Taken out of the map before it is destroyed: destructors of objects that the callback holds may call back.
         auto const removed = m_dependencies.extract(dependency);
     }
 
@@ -63,14 +63,14 @@ private:
         UID uid;
     };
 
-    // Copies, in the order of creation: callbacks may change the registry.
+    // Copies, in the order of creation, since callbacks may change the registry.
     std::vector<DEPENDENCY> live_dependencies(void const *memory) const
     {
         std::vector<DEPENDENCY> live;
         auto const entry = m_uids_of_memory.find(memory);
         if (entry == m_uids_of_memory.end())
             return live;
-        // By index, up to what was there: what a callback holds may register more of its kind when it is copied.
+        // By index, up to the present count: copying a callback may register further dependencies.
         std::vector<UID> const &uids = entry->second;
         for (std::size_t i = 0, count = uids.size(); i < count; ++i)
             if (auto const dependency = m_dependencies.find(uids[i]); dependency != m_dependencies.end())

@@ -27,7 +27,7 @@ std::unique_ptr<char[]> copy_of(char const *name)
 }
 
 template <typename... ARGUMENTS>
-std::string text_of(char const *format, ARGUMENTS... arguments)
+std::string formatted(char const *format, ARGUMENTS... arguments)
 {
     std::string text;
     stl_sprintf(&text, format, arguments...);
@@ -63,11 +63,11 @@ GEN_DYN_FLAG GEN_DYN_FLAG_MANAGER::create_flag(char const *name)
     std::uint64_t candidate = m_slot_count;
     bool is_clean = false;
     unsigned int dirty_bits = 0;
-    // Ends at the first clean slot: names above it are not compared.
+    // Ends at the first clean slot: the names after it are not compared.
     for (std::uint64_t slot = 0; slot < m_slot_count && !is_clean; ++slot) {
         if (m_names[slot] != nullptr) {
             GEN_ASSERT(gen_strcmp(m_names[slot].get(), name) != 0,
-                       text_of("flag '%s' (0x%x) already exists", name, bit_of(slot)).c_str());
+                       formatted("flag '%s' (0x%x) already exists", name, bit_of(slot)).c_str());
             continue;
         }
         candidate = slot;
@@ -75,7 +75,7 @@ GEN_DYN_FLAG GEN_DYN_FLAG_MANAGER::create_flag(char const *name)
         if (!is_clean)
             dirty_bits |= bit_of(slot);
     }
-    GEN_ASSERT(candidate < m_slot_count, text_of("too many flags, can't create '%s'", name).c_str());
+    GEN_ASSERT(candidate < m_slot_count, formatted("too many flags, can't create '%s'", name).c_str());
 
     m_names[candidate] = copy_of(name);
     if (!is_clean) {
@@ -94,16 +94,16 @@ void GEN_DYN_FLAG_MANAGER::destroy_flag(GEN_DYN_FLAG const &flag)
     std::uint64_t slot = 0;
     while (!flag.test(bit_of(slot)))
         ++slot;
-    GEN_ASSERT(flag.m_bits == bit_of(slot), text_of("flag 0x%x: not a single bit", flag.m_bits).c_str());
-    GEN_ASSERT(slot < m_slot_count, text_of("flag 0x%x: too many bits", flag.m_bits).c_str());
-    GEN_ASSERT(m_names[slot] != nullptr, text_of("flag 0x%x not found to delete", flag.m_bits).c_str());
+    GEN_ASSERT(flag.m_bits == bit_of(slot), formatted("flag 0x%x: not a single bit", flag.m_bits).c_str());
+    GEN_ASSERT(slot < m_slot_count, formatted("flag 0x%x: too many bits", flag.m_bits).c_str());
+    GEN_ASSERT(m_names[slot] != nullptr, formatted("flag 0x%x not found to delete", flag.m_bits).c_str());
     m_names[slot].reset();
     m_is_dirty[slot] = 1;
 }
 
 std::string GEN_DYN_FLAG_MANAGER::get_flag_name(GEN_DYN_FLAG const &flag) const
 {
-    std::string text = text_of("(0x%x) ", flag.m_bits);
+    std::string text = formatted("(0x%x) ", flag.m_bits);
     char const *separator = "";
     for (std::uint64_t slot = 0; slot < m_slot_count; ++slot) {
         if (!flag.test(bit_of(slot)))
@@ -123,7 +123,7 @@ GEN_DYN_FLAG GEN_DYN_FLAG_MANAGER::get_named_flag(char const *name) const
     std::uint64_t slot = 0;
     while (slot < m_slot_count && (m_names[slot] == nullptr || gen_strcmp(m_names[slot].get(), name) != 0))
         ++slot;
-    GEN_ASSERT(slot < m_slot_count, text_of("couldn't find flag '%s'", name).c_str());
+    GEN_ASSERT(slot < m_slot_count, formatted("couldn't find flag '%s'", name).c_str());
     return bit_of(slot);
 }
 

@@ -60,11 +60,11 @@ void GEN_MATH::add_fractions_of(T numerator1, T denominator1, T numerator2, T de
     gcd_simplify(numerator, denominator);
 }
 
-// Inside the library.
+// Used only inside the library.
 template int GEN_MATH::lcm_of(int, int, bool &);
 template std::int64_t GEN_MATH::lcm_of(std::int64_t, std::int64_t, bool &);
 
-// What the library exports, the functions whose definition callers see among it.
+// Exported, including the functions whose definitions callers see.
 template GEN_API int GEN_MATH::add_of(int, int, bool &);
 template GEN_API std::int64_t GEN_MATH::add_of(std::int64_t, std::int64_t, bool &);
 template GEN_API int GEN_MATH::subtract_of(int, int, bool &);

@@ -68,8 +68,17 @@ bool gen_os_library_links_count();
 /// Opens a file buffer through the system's long-path form; it has no file yet. Other processes may open the file too.
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode);
 
-/// Sets a key in a section of an initialisation file; the result is that of WritePrivateProfileStringA, or 1 and 0.
-int gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file);
+/// Sets a key in a section of an initialisation file by the system's own call, whose result it stores. Answered on
+/// Windows alone; elsewhere the rules of these files are the library's, over the next two.
+bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,
+                                         int &result);
+
+/// The text of a regular file; the empty text if the file is missing. Not answered on Windows.
+bool gen_os_read_file(char const *path, std::string &text);
+
+/// Replaces the text of a regular file in one step, so that no reader ever sees a part of it, or creates the file. A
+/// link stays a link, and the file keeps its permissions. Not answered on Windows.
+bool gen_os_replace_file(char const *path, std::string const &text);
 
 /// Creates an empty file of a name that is free in the directory, which begins with the first three characters of the
 /// prefix; safe between processes. The directory is not empty and in the system's separators, and so is the path.

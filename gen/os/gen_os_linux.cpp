@@ -1,6 +1,5 @@
 #include "gen/os/gen_os.h"
 
-#include "gen/text/gen_string_profile.h"
 #include "sys/sys_module.h"
 #include "sys/sys_process.h"
 
@@ -97,13 +96,10 @@ public:
         return fsync(m_descriptor) == 0;
     }
 
-    bool read_mode(mode_t &mode) const
+    bool is_regular() const
     {
         struct stat status;
-        if (fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode))
-            return false;
-        mode = status.st_mode & 07777;
-        return true;
+        return fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
     }
 
     bool set_mode(mode_t mode) const { return fchmod(m_descriptor, mode) == 0; }
@@ -112,28 +108,15 @@ private:
     int m_descriptor;
 };
 
-// A regular file's text and mode; a missing file is an empty text and no mode.
-bool read_profile(char const *path, std::string &text, mode_t &mode)
+// The permissions of a regular file; 0 if the file is missing, and false if it is something else.
+bool read_permissions(std::string const &path, mode_t &permissions)
 {
-    File const file(path, O_RDONLY | O_NONBLOCK); // a pipe doesn't wait for its other end
-    if (!file.is_open())
+    permissions = 0;
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0)
         return errno == ENOENT;
-    return file.read_mode(mode) && file.read_all(text);
-}
-
-// Puts a file in the place of another one, so that no reader ever sees a part of it. Its mode is never a wider one, not
-// even while it is written.
-bool replace_file(std::string const &path, std::string const &text, mode_t mode)
-{
-    static std::atomic<unsigned> serial{0};
-    std::string const fresh = path + '.' + std::to_string(getpid()) + '.' + std::to_string(serial++) + ".tmp";
-    File const file(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL, mode == 0 ? 0666 : mode);
-    if (!file.is_open())
-        return false;
-    if (file.write_all(text) && (mode == 0 || file.set_mode(mode)) && std::rename(fresh.c_str(), path.c_str()) == 0)
-        return true;
-    unlink(fresh.c_str());
-    return false;
+    permissions = status.st_mode & 07777;
+    return S_ISREG(status.st_mode);
 }
 
 // The front of a text, where bytes of the form 10xxxxxx go on with a character of UTF-8.
@@ -245,21 +228,39 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
     return buffer.open(path, mode) != nullptr;
 }
 
-int gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file)
+bool gen_os_write_private_profile_string(char const *, char const *, char const *, char const *, int &)
 {
-    if (file == nullptr)
-        return 0;
-    // A link stays one: what it leads to is replaced.
-    std::string path = file;
-    read_real_path(file, path);
-    std::string former;
-    mode_t mode = 0;
-    if (!read_profile(path.c_str(), former, mode))
-        return 0;
-    std::string text = former;
-    if (!gen_set_profile_key(text, section, key, value))
-        return 0;
-    return text == former || replace_file(path, text, mode) ? 1 : 0;
+    return false;
+}
+
+bool gen_os_read_file(char const *path, std::string &text)
+{
+    File const file(path, O_RDONLY | O_NONBLOCK); // so that a pipe doesn't wait for its other end
+    std::string content;
+    if (file.is_open() ? !file.is_regular() || !file.read_all(content) : errno != ENOENT)
+        return false;
+    text = std::move(content);
+    return true;
+}
+
+bool gen_os_replace_file(char const *path, std::string const &text)
+{
+    static std::atomic<unsigned> serial{0};
+    std::string target = path;
+    read_real_path(path, target);
+    mode_t permissions;
+    if (!read_permissions(target, permissions))
+        return false;
+    // The new file never has wider permissions than the old one, not even while it is written.
+    std::string const fresh = target + '.' + std::to_string(getpid()) + '.' + std::to_string(serial++) + ".tmp";
+    File const file(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL, permissions == 0 ? 0666 : permissions);
+    if (!file.is_open())
+        return false;
+    if (file.write_all(text) && (permissions == 0 || file.set_mode(permissions)) &&
+        std::rename(fresh.c_str(), target.c_str()) == 0)
+        return true;
+    unlink(fresh.c_str());
+    return false;
 }
 
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)

@@ -1,14 +1,15 @@
-// The layout of the installation. Everything follows from one file, the module, which stands for the process:
+// The layout of the installation. Everything follows from the path of one file, the module: the executable, or zel_gen
+// if the two lie in different directories.
 //
 //     /opt/suite/bin64/kgui           the module
 //     /opt/suite/bin64/               its directory
-//     /opt/suite/                     the root: the parent of that directory, whatever it is called
-//     /opt/suite/common/...           and what lies under the root
+//     /opt/suite/                     the root: the parent of that directory, whatever its name is
+//     /opt/suite/common/...           the files under the root
 #include "gen_path_sys.h"
 
 #include "gen/base/gen_assert.h"
-#include "gen/base/gen_message.h"
-#include "gen/base/gen_statics.h"
+#include "gen/base/gen_debug_message.h"
+#include "gen/base/gen_process_flags.h"
 #include "gen/os/gen_os.h"
 #include "gen_string_sys.h"
 #include "thr_sys.h"
@@ -24,14 +25,14 @@ namespace {
 // The platform's longest path: 260 on Windows.
 constexpr std::size_t PATH_LIMIT = FILENAME_MAX;
 
-// The module's full path; empty until it is found, on the main thread, and the same from then on.
+// The module's full path; empty until the first question, on the main thread, and never changed after it.
 char l_module_fullpath_cache[PATH_LIMIT + 1];
 
 // The value of GEN_PATH_DEBUG; read once, on the main thread.
 char const *l_path_debug_value = nullptr;
 bool l_path_debug_read = false;
 
-// Places under the root, by GEN_LIBRARY_TYPE.
+// Directories under the root, by GEN_LIBRARY_TYPE.
 constexpr char const *LIBRARY_DIRECTORIES[] = {
     "",
     "libraries/",
@@ -63,7 +64,7 @@ constexpr char const *LIBRARY_DIRECTORIES[] = {
     "libraries/software/boot/",
     "libraries/others/evalcore_plus/",
     "eda/hspice/",
-    "libraries/wys_stub", // alone without a slash
+    "libraries/wys_stub", // the only one without a slash
 };
 static_assert(sizeof LIBRARY_DIRECTORIES / sizeof *LIBRARY_DIRECTORIES == GEN_LIB_SIZE);
 
@@ -76,7 +77,7 @@ bool is_path_debug_on()
     return l_path_debug_value != nullptr;
 }
 
-// A path that the system gave, in lower case unless that would make it another one.
+// A path from the system, in lower case if the system ignores case in paths.
 FIO_PATH path_from_system(std::string path)
 {
     if (!gen_os_case_matters_in_paths())
@@ -84,7 +85,7 @@ FIO_PATH path_from_system(std::string path)
     return FIO_PATH(path);
 }
 
-// The running executable; empty if the system doesn't tell.
+// The running executable; empty if the system doesn't report it.
 FIO_PATH find_executable()
 {
     std::string path;
@@ -125,7 +126,7 @@ void fill_module_fullpath_cache()
         std::printf("Debug: GEN: module fullpath = %s\n", l_module_fullpath_cache);
 }
 
-// The module's path, in the form of FIO_PATH, taken apart without a copy.
+// The module's path, in the form of FIO_PATH.
 std::string_view module_fullpath()
 {
     if (*l_module_fullpath_cache == '\0')
@@ -133,7 +134,7 @@ std::string_view module_fullpath()
     return l_module_fullpath_cache;
 }
 
-// What stands before the file name; empty if there is no slash.
+// The part before the file name; empty if there is no slash.
 std::string_view directory_of(std::string_view path)
 {
     return path.substr(0, path.rfind('/') + 1);
@@ -145,7 +146,7 @@ std::string lower_case(std::string text)
     return text;
 }
 
-// A directory seen from another, with a slash at the end.
+// The directory that `steps` lead to from `start`, with a slash at the end.
 std::string directory_from(std::string const &start, char const *steps)
 {
     FIO_PATH path(start);
@@ -153,7 +154,8 @@ std::string directory_from(std::string const &start, char const *steps)
     return path.full_directory();
 }
 
-// A default directory, or the one that the variable names. A wrong value doesn't hide a default that is there.
+// The directory that the variable names, or the default directory. A value that doesn't exist is ignored if the default
+// exists.
 std::string overridable_directory(std::string const &start, char const *steps, char const *variable)
 {
     std::string const default_directory = directory_from(start, steps);
@@ -278,16 +280,28 @@ std::string gen_get_device_db_fullpath()
     FIO_PATH path(gen_get_common_data_fullpath() + '/');
     path.base(gen_get_device_db_name());
     if (char const *const value = std::getenv("KALVERN_COMMON_DEVINFO_PATH")) {
-        gen_say("Using device DB path from KALVERN_COMMON_DEVINFO_PATH env: %s", value);
+        gen_debug_message("Using device DB path from KALVERN_COMMON_DEVINFO_PATH env: %s", value);
         path = value;
     }
     return path.fullpath();
 }
 
+std::list<std::string> gen_get_all_device_files()
+{
+    std::string const directory = gen_get_module_path(); // ends in a slash unless it is empty
+    if (directory.empty())
+        return {};
+    FIO_FIND find(directory + "*.ddb");
+    std::list<std::string> names;
+    for (std::string name = find.find_first(); !name.empty(); name = find.find_next())
+        names.push_back(std::move(name));
+    return names;
+}
+
 std::string gen_get_devdata_db_fullpath()
 {
     if (char const *const value = std::getenv("DEVDATA_ROOT")) {
-        gen_say("Using devdata path from DEVDATA_ROOT env: %s", value);
+        gen_debug_message("Using devdata path from DEVDATA_ROOT env: %s", value);
         return FIO_PATH(value).fullpath();
     }
     return FIO_PATH(gen_get_kalvern_path()).cd("..").base("devdata").fullpath();

@@ -1,26 +1,26 @@
 #include "gen_path_sys.h"
 
 #include "gen/base/gen_assert.h"
-#include "gen/base/gen_statics.h"
+#include "gen/path/gen_path_state.h"
 #include "gen_string_sys.h"
 
 #include <unordered_set>
 
 namespace {
 
-// The same for texts that gen_stricmp() takes for equal.
-std::string folded(FIO_PATH const &path)
+// The same for all texts that gen_stricmp() takes for equal.
+std::string comparison_key(FIO_PATH const &path)
 {
     std::string text(static_cast<char const *>(path));
     gen_tolower(text);
     return text;
 }
 
-std::unordered_set<std::string> folded(std::list<FIO_PATH> const &paths)
+std::unordered_set<std::string> comparison_keys(std::list<FIO_PATH> const &paths)
 {
     std::unordered_set<std::string> texts;
     for (FIO_PATH const &path : paths)
-        texts.insert(folded(path));
+        texts.insert(comparison_key(path));
     return texts;
 }
 
@@ -30,7 +30,7 @@ std::list<FIO_PATH> parsed(std::string const &paths)
     return std::move(*find.get_paths());
 }
 
-// Makes the list the project's. It may be the live list, which is read before it is made anew.
+// Makes this list the project's. It may be the live list itself: it is read before the setter rebuilds it.
 void store(std::list<FIO_PATH> const &paths)
 {
     std::string text;
@@ -55,9 +55,9 @@ void gen_append_project_library_paths(std::string const &paths)
     GEN_ASSERT(project_fio_paths != nullptr, "project_fio_paths != 0");
 
     std::size_t const former_size = project_fio_paths->size();
-    std::unordered_set<std::string> known = folded(*project_fio_paths);
+    std::unordered_set<std::string> known = comparison_keys(*project_fio_paths);
     for (FIO_PATH const &path : parsed(paths))
-        if (known.insert(folded(path)).second)
+        if (known.insert(comparison_key(path)).second)
             project_fio_paths->push_back(path);
     if (project_fio_paths->size() != former_size)
         store(*project_fio_paths);
@@ -69,14 +69,15 @@ void gen_remove_project_library_paths(std::string const &paths)
         return;
     std::list<FIO_PATH> &project_fio_paths = *gen_project_lib_fio_paths();
     std::size_t const former_size = project_fio_paths.size();
-    std::unordered_set<std::string> const unwanted = folded(parsed(paths));
-    project_fio_paths.remove_if([&](FIO_PATH const &path) { return unwanted.count(folded(path)) != 0; });
+    std::unordered_set<std::string> const unwanted = comparison_keys(parsed(paths));
+    project_fio_paths.remove_if([&](FIO_PATH const &path) { return unwanted.count(comparison_key(path)) != 0; });
     if (project_fio_paths.size() != former_size)
         store(project_fio_paths);
 }
 
 std::list<FIO_PATH> *gen_project_lib_fio_paths()
 {
-    GEN_PATH_STATE const *const state = gen_path_state();
-    return state == nullptr || state->project_libs == nullptr ? nullptr : state->project_libs->get_paths();
+    return gen_with_path_state([](GEN_PATH_STATE &state) {
+        return state.project_libs == nullptr ? nullptr : state.project_libs->get_paths();
+    });
 }

@@ -1,8 +1,8 @@
-// What the searches need of the project's paths.
+// Steps on the project's paths that the searches share.
 #ifndef GEN_PATH_PROJECT_H
 #define GEN_PATH_PROJECT_H
 
-/// Makes the current directory the project directory if none is known.
-void gen_need_project_dir();
+/// Makes the current directory the project directory if no project directory is set.
+void gen_set_default_project_dir();
 
 #endif

@@ -15,7 +15,7 @@
 
 namespace {
 
-// Made by the first search that is to be remembered; released by gen_destroy_find_file_cache() alone, not at exit.
+// Made by the first cached search; released only by gen_destroy_find_file_cache(), not at exit.
 GEN_FIND_FILE_CACHE *l_find_file_cache = nullptr;
 
 bool is_found(FIO_PATH const &path)
@@ -29,16 +29,16 @@ bool is_eda_library(GEN_LIBRARY_TYPE type)
     return type >= GEN_LIB_VITAL && type <= GEN_LIB_SYNPLICITY;
 }
 
-void need_env_libs(GEN_PATH_STATE &state)
+void make_env_libs(GEN_PATH_STATE &state)
 {
     if (std::exchange(state.env_libs_checked, true))
         return;
     char const *const value = std::getenv("KALVERN_LIBRARY_PATHS");
     if (value != nullptr && *value != '\0')
-        state.env_libs = new FIO_FIND(std::string(value));
+        state.env_libs = std::make_unique<FIO_FIND>(std::string(value));
 }
 
-// Looks for a path by `search`, unless it stands for itself or leads nowhere.
+// Looks for a path by `search`, unless it is absolute or relative to a drive.
 template <typename SEARCH>
 FIO_PATH find(std::string const &name, SEARCH search)
 {
@@ -60,8 +60,8 @@ FIO_PATH find_in_places(GEN_PATH_STATE &state, FIO_PATH const &path)
     return {};
 }
 
-// What a name stands for in the directory of a file.
-FIO_PATH beside(char const *file, char const *name)
+// The path of a name in the directory of another file.
+FIO_PATH path_next_to(char const *file, char const *name)
 {
     return FIO_PATH(FIO_PATH(file).full_directory() + name).become_simplified();
 }
@@ -71,14 +71,14 @@ FIO_PATH beside(char const *file, char const *name)
 FIO_FIND *gen_search_of(GEN_PATH_STATE &state, GEN_SEARCH_PLACE const &place)
 {
     if (place.search == &GEN_PATH_STATE::env_libs)
-        need_env_libs(state);
-    FIO_FIND *const search = state.*place.search;
+        make_env_libs(state);
+    FIO_FIND *const search = (state.*place.search).get();
     if (search != nullptr && place.from_project_dir)
-        search->set_directory_for_results_to_become_absolute_to(state.project_dir.c_str());
+        search->set_directory_for_results_to_become_absolute_to(state.texts.project_dir.c_str());
     return search;
 }
 
-void gen_need_kalvern_libs(GEN_PATH_STATE &state)
+void gen_make_kalvern_libs(GEN_PATH_STATE &state)
 {
     if (state.kalvern_libs != nullptr || state.kalvern_eda_libs != nullptr)
         return;
@@ -86,30 +86,27 @@ void gen_need_kalvern_libs(GEN_PATH_STATE &state)
     std::list<FIO_PATH> eda;
     for (GEN_LIBRARY_TYPE const type : GEN_ENUM_RANGE(GEN_LIB_ROOT, GEN_LIB_SIZE))
         (is_eda_library(type) ? eda : general).emplace_back(gen_get_library_path(type));
-    state.kalvern_libs = new FIO_FIND(general);
-    state.kalvern_eda_libs = new FIO_FIND(eda);
+    state.kalvern_libs = std::make_unique<FIO_FIND>(general);
+    state.kalvern_eda_libs = std::make_unique<FIO_FIND>(eda);
 }
 
 FIO_PATH gen_find_file(std::string const &name)
 {
-    GEN_PATH_STATE *const state = gen_path_state();
-    if (state == nullptr)
-        return {};
-    gen_need_project_dir();
-    gen_need_kalvern_libs(*state);
-    GEN_ASSERT(state->kalvern_libs != nullptr, "kalvern_libs != 0");
-    return find(name, [state](FIO_PATH const &path) { return find_in_places(*state, path); });
+    return gen_with_path_state([&](GEN_PATH_STATE &state) {
+        gen_set_default_project_dir();
+        gen_make_kalvern_libs(state);
+        GEN_ASSERT(state.kalvern_libs != nullptr, "kalvern_libs != 0");
+        return find(name, [&](FIO_PATH const &path) { return find_in_places(state, path); });
+    });
 }
 
 FIO_PATH gen_find_eda_file(std::string const &name)
 {
-    GEN_PATH_STATE *const state = gen_path_state();
-    if (state == nullptr)
-        return {};
-    gen_need_kalvern_libs(*state);
-    GEN_ASSERT(state->kalvern_eda_libs != nullptr, "kalvern_eda_libs != 0");
-    return find(name,
-                [state](FIO_PATH const &path) { return state->kalvern_eda_libs->find_first_relative_path(path); });
+    return gen_with_path_state([&](GEN_PATH_STATE &state) {
+        gen_make_kalvern_libs(state);
+        GEN_ASSERT(state.kalvern_eda_libs != nullptr, "kalvern_eda_libs != 0");
+        return find(name, [&](FIO_PATH const &path) { return state.kalvern_eda_libs->find_first_relative_path(path); });
+    });
 }
 
 FIO_PATH gen_find_file_cache_assisted(std::string const &name)
@@ -158,17 +155,17 @@ bool gen_find_include_file(char const *name, char const *includer, char const *p
     if (name == nullptr)
         return false;
     FIO_PATH hit = gen_find_file(name);
-    bool const is_beside_includer = !is_found(hit) && includer != nullptr && FIO_PATH(name).relative();
-    if (is_beside_includer) {
-        hit = beside(includer, name);
+    bool const is_next_to_includer = !is_found(hit) && includer != nullptr && FIO_PATH(name).relative();
+    if (is_next_to_includer) {
+        hit = path_next_to(includer, name);
         if (!FIO_FILE_SYSTEM::exists(hit))
             return false;
     }
     if (!is_found(hit))
         return false;
-    // The names may be texts of the outputs: none is read once a text is stored.
-    if (is_beside_includer && relative != nullptr)
-        *relative = beside(parent, name).fullpath();
+    // The names may be the texts of the outputs: both are read before an output is stored.
+    if (is_next_to_includer && relative != nullptr)
+        *relative = path_next_to(parent, name).fullpath();
     if (full != nullptr)
         *full = hit.become_simplified().fullpath();
     return true;
@@ -176,11 +173,10 @@ bool gen_find_include_file(char const *name, char const *includer, char const *p
 
 std::list<FIO_PATH> *gen_get_default_lib_fio_paths()
 {
-    GEN_PATH_STATE *const state = gen_path_state();
-    if (state == nullptr)
-        return nullptr;
-    gen_need_kalvern_libs(*state);
-    return state->kalvern_libs == nullptr ? nullptr : state->kalvern_libs->get_paths();
+    return gen_with_path_state([](GEN_PATH_STATE &state) {
+        gen_make_kalvern_libs(state);
+        return state.kalvern_libs == nullptr ? nullptr : state.kalvern_libs->get_paths();
+    });
 }
 
 std::string gen_get_relative_path_if_starts_with_project_dir(char const *path)

@@ -1,14 +1,14 @@
-// The places where files are looked for, and what a search needs before it starts.
+// The places where files are looked for, and the steps that a search needs before it starts.
 #ifndef GEN_PATH_SEARCH_H
 #define GEN_PATH_SEARCH_H
 
-#include "gen/base/gen_statics.h"
+#include "gen/path/gen_path_state.h"
 #include "gen_path_sys.h"
 
 struct GEN_SEARCH_PLACE
 {
-    FIO_FIND *GEN_PATH_STATE::*search;
-    bool from_project_dir; // relative directories count from the project directory of the moment
+    std::unique_ptr<FIO_FIND> GEN_PATH_STATE::*search;
+    bool from_project_dir; // relative directories are taken from the current project directory
     GEN_LIBRARY_PATHS_ENUM tag;
 };
 
@@ -23,11 +23,11 @@ constexpr GEN_SEARCH_PLACE GEN_SEARCH_PLACES[] = {
     {&GEN_PATH_STATE::kalvern_libs, false, GEN_LIBRARY_PATHS_KALVERN_LIBS},
 };
 
-/// The search of a place, ready to be used; null if the place was never set. Asking for the environment's place reads
-/// the environment, once per process.
+/// The search of a place, ready to be used; null if the place was never set. The first question for the place of the
+/// environment reads the environment.
 FIO_FIND *gen_search_of(GEN_PATH_STATE &state, GEN_SEARCH_PLACE const &place);
 
-/// Makes the searches over the installation's libraries, once per process.
-void gen_need_kalvern_libs(GEN_PATH_STATE &state);
+/// Makes the searches over the installation's libraries if they don't exist yet.
+void gen_make_kalvern_libs(GEN_PATH_STATE &state);
 
 #endif

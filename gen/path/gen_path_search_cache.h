@@ -1,4 +1,13 @@
-// The table behind gen_find_file_cache_assisted().
+// The table of gen_find_file_cache_assisted(). A hash table of its own, since its hash, its first 8 buckets and its
+// growth are required. Entries stay where they are when the table grows; only the lists of the buckets are made anew.
+//
+//     name      hash_of(name)            bucket of 8    bucket of 16
+//     "a"       97                       1              1
+//     "ab"      97 * 17 + 98 = 1747      3              3
+//     "i"       105                      1              9
+//
+// In 8 buckets "i" and "a" share the list of bucket 1, newest first. The ninth entry doubles the buckets, and from then
+// on the two lie in lists of their own.
 #ifndef GEN_PATH_SEARCH_CACHE_H
 #define GEN_PATH_SEARCH_CACHE_H
 
@@ -14,7 +23,7 @@
 class GEN_FIND_FILE_CACHE
 {
 public:
-    /// Over the bytes in front of the first zero: h * 17 + byte, a byte being signed.
+    /// Computed over the bytes before the first zero: for each of them h = h * 17 + byte, where a byte is signed.
     static std::uint64_t hash_of(std::string const &name)
     {
         std::uint64_t hash = 0;
@@ -23,7 +32,7 @@ public:
         return hash;
     }
 
-    /// The path of a name, valid as long as the table; null if the name isn't there.
+    /// The path of a name, valid as long as the table; null if the table doesn't contain the name.
     FIO_PATH const *find(std::string const &name) const
     {
         std::uint64_t const hash = hash_of(name);
@@ -33,7 +42,7 @@ public:
         return nullptr;
     }
 
-    /// Adds a name that isn't there.
+    /// Adds a name that the table doesn't contain.
     void add(std::string const &name, FIO_PATH const &path)
     {
         if (m_entries.size() == m_buckets.size())

@@ -21,7 +21,7 @@ constexpr FIO_FILE_TYPE SOURCE_FILE_TYPES[] = {
 std::vector<std::string> const &default_source_extensions(GEN_PATH_STATE &state)
 {
     if (state.default_source_extensions == nullptr) {
-        state.default_source_extensions = new std::vector<std::string>;
+        state.default_source_extensions = std::make_unique<std::vector<std::string>>();
         for (FIO_FILE_TYPE const type : SOURCE_FILE_TYPES)
             state.default_source_extensions->emplace_back(fio_get_default_extension_string(type));
     }
@@ -41,7 +41,7 @@ std::list<FIO_PATH> find_all(FIO_FIND &search, std::string const &name, std::vec
     return found;
 }
 
-// Takes the first file of each extension that still has none.
+// Takes the first file of each extension that has none yet, and removes the extension.
 void take_first_of_each(GEN_LIBRARY_PATHS_ENUM tag, std::list<FIO_PATH> const &found, SOURCE_FILES &files,
                         std::vector<std::string> &extensions)
 {
@@ -62,52 +62,37 @@ void take_first_of_each(GEN_LIBRARY_PATHS_ENUM tag, std::list<FIO_PATH> const &f
 bool gen_get_source_files(std::string const &name, SOURCE_FILES *files)
 {
     GEN_PROFILER const bin("GEN", "gen_get_source_files", GEN_PB_FLAG_ALL);
-    GEN_PATH_STATE *const state = gen_path_state();
-    if (state == nullptr)
-        return !files->empty();
-    gen_need_kalvern_libs(*state);
-    std::vector<std::string> extensions = default_source_extensions(*state);
-    // A project directory that is filled in here serves its own place alone.
-    FIO_FIND const *const project_ipblocks_libs = state->project_ipblocks_libs;
-    gen_need_project_dir();
-    GEN_ASSERT(state->kalvern_libs != nullptr, "kalvern_libs != 0");
+    gen_with_path_state([&](GEN_PATH_STATE &state) {
+        gen_make_kalvern_libs(state);
+        std::vector<std::string> extensions = default_source_extensions(state);
+        // A default project directory that is set here is searched only in its own place, not in that of its IP blocks.
+        bool const has_project_ipblocks = state.project_ipblocks_libs != nullptr;
+        gen_set_default_project_dir();
+        GEN_ASSERT(state.kalvern_libs != nullptr, "kalvern_libs != 0");
 
-    for (GEN_SEARCH_PLACE const &place : GEN_SEARCH_PLACES) {
-        FIO_FIND *const search = gen_search_of(*state, place);
-        bool const is_too_new =
-            place.search == &GEN_PATH_STATE::project_ipblocks_libs && project_ipblocks_libs == nullptr;
-        if (search != nullptr && !is_too_new && !extensions.empty())
-            take_first_of_each(place.tag, find_all(*search, name, extensions), *files, extensions);
-    }
+        for (GEN_SEARCH_PLACE const &place : GEN_SEARCH_PLACES) {
+            FIO_FIND *const search = gen_search_of(state, place);
+            bool const is_too_new = place.search == &GEN_PATH_STATE::project_ipblocks_libs && !has_project_ipblocks;
+            if (search != nullptr && !is_too_new && !extensions.empty())
+                take_first_of_each(place.tag, find_all(*search, name, extensions), *files, extensions);
+        }
+    });
     return !files->empty();
 }
 
 bool gen_get_source_files_from_kalvern_lib(std::string const &name, SOURCE_FILES *files)
 {
-    GEN_PATH_STATE *const state = gen_path_state();
-    if (state == nullptr)
-        return !files->empty();
-    gen_need_kalvern_libs(*state);
-    std::vector<std::string> extensions = default_source_extensions(*state);
-    GEN_ASSERT(state->kalvern_libs != nullptr, "kalvern_libs != 0");
+    gen_with_path_state([&](GEN_PATH_STATE &state) {
+        gen_make_kalvern_libs(state);
+        std::vector<std::string> extensions = default_source_extensions(state);
+        GEN_ASSERT(state.kalvern_libs != nullptr, "kalvern_libs != 0");
 
-    std::list<FIO_PATH> const found = find_all(*state->kalvern_libs, name, extensions);
-    if (name == "*")
-        for (FIO_PATH const &path : found)
-            files->emplace_back(GEN_LIBRARY_PATHS_KALVERN_LIBS, path);
-    else
-        take_first_of_each(GEN_LIBRARY_PATHS_KALVERN_LIBS, found, *files, extensions);
+        std::list<FIO_PATH> const found = find_all(*state.kalvern_libs, name, extensions);
+        if (name == "*")
+            for (FIO_PATH const &path : found)
+                files->emplace_back(GEN_LIBRARY_PATHS_KALVERN_LIBS, path);
+        else
+            take_first_of_each(GEN_LIBRARY_PATHS_KALVERN_LIBS, found, *files, extensions);
+    });
     return !files->empty();
-}
-
-std::list<std::string> gen_get_all_device_files()
-{
-    std::string const directory = gen_get_module_path(); // ends in a slash unless it is empty
-    if (directory.empty())
-        return {};
-    FIO_FIND find(directory + "*.ddb");
-    std::list<std::string> names;
-    for (std::string name = find.find_first(); !name.empty(); name = find.find_next())
-        names.push_back(std::move(name));
-    return names;
 }

@@ -25,7 +25,7 @@ FIO_PATH advisor(std::string const &stem, char const *extension)
     return path;
 }
 
-std::string text_of(char const *text)
+std::string text_or_empty(char const *text)
 {
     return text == nullptr ? "" : text;
 }
@@ -176,22 +176,22 @@ FIO_PATH gen_get_rpw_filename(int number)
 
 FIO_PATH gen_get_snapshot_viewer_filename(char const *stem)
 {
-    return tool_window(text_of(stem), FIO_EXTENSION_KSV);
+    return tool_window(text_or_empty(stem), FIO_EXTENSION_KSV);
 }
 
 FIO_PATH gen_get_timing_analyzer_snapshot_filename(char const *stem)
 {
-    return tool_window(text_of(stem), FIO_EXTENSION_KTA);
+    return tool_window(text_or_empty(stem), FIO_EXTENSION_KTA);
 }
 
 FIO_PATH gen_get_tmv_snapshot_viewer_filename(char const *stem)
 {
-    return tool_window(text_of(stem), FIO_EXTENSION_KTM);
+    return tool_window(text_or_empty(stem), FIO_EXTENSION_KTM);
 }
 
 FIO_PATH gen_get_oaw_filename(char const *stem)
 {
-    return advisor(text_of(stem), "oaw");
+    return advisor(text_or_empty(stem), "oaw");
 }
 
 FIO_PATH gen_get_oaw_hk2_filename()

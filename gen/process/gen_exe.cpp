@@ -2,8 +2,10 @@
 
 #include "err_sys.h"
 #include "fio_sys.h"
-#include "gen/base/gen_statics.h"
+#include "gen/base/gen_process_flags.h"
+#include "gen/base/gen_static_order.h"
 #include "gen/os/gen_os.h"
+#include "gen/process/gen_command_line.h"
 #include "gen_path_sys.h"
 #include "mem_sys.h"
 #include "thr_sys.h"
@@ -22,6 +24,8 @@ constexpr std::size_t RESERVE_MB = 4096;
 constexpr std::size_t RESERVE_CHUNK_MB = 8;
 constexpr std::size_t BYTES_PER_MB = 1048576;
 
+[[gnu::init_priority(GEN_STATIC_ORDER_COMMAND_LINE)]] GEN_STATIC_STATE<GEN_COMMAND_LINE> l_command_line;
+
 std::string native_path(std::string const &path)
 {
     FIO_PATH native(path);
@@ -29,8 +33,8 @@ std::string native_path(std::string const &path)
     return native.fullpath();
 }
 
-// Puts the module's directory and that of the ksys tools in front of PATH. An old value that begins with a separator
-// brings its own.
+// Inserts the directories of the module and of the ksys tools at the start of PATH. No separator is added before an old
+// value that begins with one.
 void extend_path_variable()
 {
     char const *const old_value = std::getenv("PATH");
@@ -60,7 +64,7 @@ bool is_reservation_wanted()
     return std::getenv(RESERVE_NAME) != nullptr || mem_cfg_is_on(RESERVE_NAME, false);
 }
 
-// Blocks that were reserved stay so until the process ends.
+// Reserved blocks stay reserved until the process ends.
 void reserve_4gb_test()
 {
     std::printf("Allocating 4GB of virtual memory in 8 MB chunks...");
@@ -85,7 +89,7 @@ void gen_exe_init(int, char const **)
     extend_path_variable();
     thr_drl_init(gen_get_module_fullpath().c_str());
     ver_set_module_path(gen_get_module_path().c_str());
-    err_set_module_fullpath(gen_get_module_path()); // the directory is what is wanted here
+    err_set_module_fullpath(gen_get_module_path()); // the directory is required here
     set_mem_callbacks();
     if (is_reservation_wanted())
         reserve_4gb_test();
@@ -96,16 +100,21 @@ void gen_exe_fini()
     thr_drl_fini();
 }
 
+GEN_COMMAND_LINE *gen_command_line()
+{
+    return GEN_STATIC_STATE<GEN_COMMAND_LINE>::get();
+}
+
 void gen_set_command_line(char const *text)
 {
-    if (GEN_PATH_STATE *const state = gen_path_state())
-        state->command_line = text;
+    if (GEN_COMMAND_LINE *const command_line = gen_command_line())
+        command_line->text = text;
 }
 
 std::string gen_get_command_line()
 {
-    GEN_PATH_STATE const *const state = gen_path_state();
-    return state == nullptr ? std::string() : state->command_line;
+    GEN_COMMAND_LINE const *const command_line = gen_command_line();
+    return command_line == nullptr ? std::string() : command_line->text;
 }
 
 void gen_set_is_ui_process(bool value)

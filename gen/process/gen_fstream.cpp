@@ -1,7 +1,7 @@
 #include "gen_fstream_sys.h"
 
-#include "gen/time/gen_calendar.h"
 #include "gen/os/gen_os.h"
+#include "gen/time/gen_time_calendar.h"
 #include "gen_time_sys.h"
 
 namespace {

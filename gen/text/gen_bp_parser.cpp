@@ -39,7 +39,7 @@ BP_TOKEN_TYPE type_of_operand(std::string const &operand)
     return BP_TOKEN_BUS;
 }
 
-// Null for what is no binary operator.
+// Null if the type is not a binary operator.
 char const *opening_of_operator(BP_TOKEN_TYPE type)
 {
     switch (type) {
@@ -58,7 +58,7 @@ char const *opening_of_operator(BP_TOKEN_TYPE type)
     }
 }
 
-// Null for what is no comparison.
+// Null if the type is not a comparison.
 char const *opening_of_time_test(BP_TOKEN_TYPE type)
 {
     switch (type) {
@@ -73,8 +73,8 @@ char const *opening_of_time_test(BP_TOKEN_TYPE type)
     }
 }
 
-// The grammar. What has to wait for the end of a range lies on a stack of its own, so that the depth of an expression
-// is bounded by memory alone.
+// The grammar. It uses a stack of its own instead of recursion, so that the depth of an expression is limited only by
+// memory. The stack holds the right sides and the closing parentheses that follow when the current range is finished.
 class BP_REWRITER
 {
 public:
@@ -99,7 +99,7 @@ public:
 
     BP_RANGE whole() const { return m_ranges.whole(); }
 
-    /// The operator that splits a range that isn't empty; its end if there is none or nothing stands before it.
+    /// The operator that splits a range that isn't empty; the end of the range if there is none or it comes first.
     ///
     /// @return false, with an error recorded, if the range leaves a parenthesis open
     bool find_split(BP_RANGE range, std::size_t *split)
@@ -116,7 +116,7 @@ public:
     }
 
 private:
-    // A right side still to be rewritten, or else a parenthesis still to be closed.
+    // A right side still to be rewritten, or a parenthesis still to be closed.
     struct WAITING
     {
         bool is_right_side;
@@ -125,7 +125,7 @@ private:
     static constexpr WAITING CLOSE{false, {0, 0}};
     static constexpr BP_RANGE NOTHING{0, 0};
 
-    // Each step gives the range to go on with.
+    // Each step returns the range that remains to be rewritten.
     void rewrite_range(BP_RANGE range)
     {
         while (!range.is_empty())
@@ -214,7 +214,7 @@ private:
         case BP_TOKEN_VALUE:
             *m_output += token.m_contents;
             break;
-        default: // the word "time" stands for nothing on its own
+        default: // the word "time" alone is dropped
             break;
         }
     }
@@ -230,7 +230,7 @@ private:
 GEN_BP_PARSER::GEN_BP_PARSER() = default;
 GEN_BP_PARSER::GEN_BP_PARSER(GEN_BP_PARSER const &other) = default;
 GEN_BP_PARSER &GEN_BP_PARSER::operator=(GEN_BP_PARSER const &other) = default;
-GEN_BP_PARSER::~GEN_BP_PARSER() = default; // the tokens went with the parse
+GEN_BP_PARSER::~GEN_BP_PARSER() = default; // the parse has deleted the tokens
 
 bool GEN_BP_PARSER::parse_string(std::string *text)
 {
@@ -264,7 +264,7 @@ void GEN_BP_PARSER::tokenize_string()
             continue;
         }
         current += c;
-        // Only right behind a token: paths may hold these characters.
+        // Only at the start of an operand: paths may contain these characters.
         if ((c == '&' && current == "&&") || (c == '|' && current == "||"))
             process_token_contents(&current);
     }

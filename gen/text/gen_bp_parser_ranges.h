@@ -1,17 +1,21 @@
-// The tokens of a condition, and what a parse asks about any range of them, each answered in constant time however long
-// the range is. A parse looks at one range after another, each inside the one before, so answers found by walking would
-// cost the square of the length for a row of operators or a nest of parentheses.
+// The tokens of a condition, and the answers to the questions that a parse asks about ranges of them. A parse looks at
+// one range after another, each within the one before. If each answer needed a walk over its range, a row of operators
+// or a nest of parentheses would cost the square of its length. So all answers are noted once, in one walk from the
+// last token to the first, and each question then takes constant time.
 //
-// One walk from the back notes for each place what follows it at its own depth of parentheses. Behind "(" stands a
-// group of its own, and the place of "(" itself takes over what is noted behind the end of that group:
+// The notes of a place describe the tokens from that place to the end of its own group, that is, to the parenthesis
+// that closes the parentheses around it. A "(" opens an inner group, which is stepped over: its place gets the notes
+// of the place after the end of the inner group. For the tokens of "(a = 1) || b)", of which the last parenthesis
+// closes one that opens before them:
 //
 //     place         0  1  2  3  4  5  6  7
-//     token         (  a  =  1  )  || b  )     8 is "none"
+//     token         (  a  =  1  )  || b  )     8 means "none"
 //     next =        8  2  2  8  8  8  8  8
 //     next ||       5  8  8  8  8  5  8  8
 //     closer        7  4  4  4  4  7  7  7     the parenthesis that ends the group of the place
 //
-// A range has what is noted at its first place, if that lies before its end.
+// At place 0 the "=" is not noted, since it lies in the inner group, but the "||" at 5 is. A range contains an operator
+// at its outer depth if the place that its first token notes lies before the end of the range: 0 to 5 has none.
 #ifndef GEN_BP_PARSER_RANGES_H
 #define GEN_BP_PARSER_RANGES_H
 
@@ -40,22 +44,22 @@ public:
     BP_TOKEN_RANGES(std::list<BP_TOKEN *>::const_iterator first, std::list<BP_TOKEN *>::const_iterator last)
     {
         m_places.reserve(static_cast<std::size_t>(std::distance(first, last)) + 1);
-        PLACE place{};
+        TOKEN_NOTES notes{};
         for (; first != last; ++first) {
             GEN_ASSERT(*first != nullptr, "token != 0");
-            place.token = *first;
-            m_places.push_back(place);
-            place.depth += depth_step(place.token->m_type);
+            notes.token = *first;
+            m_places.push_back(notes);
+            notes.depth += depth_step(notes.token->m_type);
         }
-        place.token = nullptr;
-        m_places.push_back(place);
+        notes.token = nullptr;
+        m_places.push_back(notes);
         note_what_follows();
     }
 
     BP_RANGE whole() const { return {0, m_places.size() - 1}; }
     BP_TOKEN const &token(std::size_t place) const { return *m_places[place].token; }
 
-    /// Tells whether a binary operator stands in the range at its outer depth. A range without one must not close a
+    /// Whether the range contains a binary operator at its outer depth. A range without one must not close a
     /// parenthesis that it doesn't open.
     bool has_operator(BP_RANGE range) const
     {
@@ -69,11 +73,11 @@ public:
     /// The operator at the outer depth of the range that binds weakest, and the first of its kind; the first place of
     /// the range if there is none.
     ///
-    /// @param balanced  receives whether the range closes what it opens; an operator of the weakest kind ends the
-    ///                  search where it stands, whatever follows
+    /// @param balanced  receives whether the range closes all parentheses that it opens; true if there is an operator
+    ///                  of the weakest kind, which ends the search
     std::size_t find_split(BP_RANGE range, bool *balanced) const
     {
-        PLACE const &start = m_places[range.first];
+        TOKEN_NOTES const &start = m_places[range.first];
         *balanced = true;
         if (start.next[0] < range.last)
             return start.next[0];
@@ -86,16 +90,16 @@ public:
     }
 
 private:
-    // From the weakest to the strongest.
+    // From the one that binds weakest to the one that binds strongest.
     static constexpr BP_TOKEN_TYPE OPERATORS[] = {BP_TOKEN_OR, BP_TOKEN_AND, BP_TOKEN_EQUAL, BP_TOKEN_GREATER,
                                                   BP_TOKEN_LESS};
     static constexpr std::size_t OPERATOR_COUNT = std::size(OPERATORS);
 
-    // "None" is the number of tokens.
-    struct PLACE
+    // The number of tokens stands for "none".
+    struct TOKEN_NOTES
     {
         BP_TOKEN const *token;
-        std::ptrdiff_t depth;             // of parentheses in front of the token
+        std::ptrdiff_t depth;             // of parentheses before the token
         std::size_t closer;               // the parenthesis that ends the group of this place, or none
         std::size_t next[OPERATOR_COUNT]; // the operator of each kind, from here on in the same group, or none
     };
@@ -137,7 +141,7 @@ private:
         std::copy_n(m_places[source].next, OPERATOR_COUNT, m_places[place].next);
     }
 
-    std::vector<PLACE> m_places; // one behind the last token too
+    std::vector<TOKEN_NOTES> m_places; // also one after the last token
 };
 
 #endif

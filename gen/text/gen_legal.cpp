@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-// Lines are wrapped by hand; blanks at their ends belong to them.
+// Lines are wrapped by hand; the blanks at their ends are part of the text.
 
 char const *const GEN_LEGAL_BANNER_ARRAY[13] = {
     "The design tools of Kalvern Suite, the libraries and models",
@@ -87,7 +87,7 @@ char const *const GEN_LEGAL_TRADEMARK_ARRAY[7] = {
     "used only to say what is meant. No right to use a mark is granted",
     "by this notice, or by the software.",
 };
-// Two more than the rows; clients rely on the figure.
+// Two more than the rows; callers rely on this number.
 int const GEN_LEGAL_TRADEMARK_ARRAY_SIZE = 9;
 
 char const *const GEN_COPYRIGHT_WARNING_ARRAY[5] = {
@@ -107,8 +107,8 @@ constexpr char const *DO_NOT_EDIT_ARRAY[3] = {
     "Edit the input of the tool, or its settings, and rerun it.",
 };
 
-// Of the blanks at the end of a line one is left; a line without any stays as it is.
-std::size_t trimmed_size(char const *line)
+// The length of a line with at most one of the blanks at its end.
+std::size_t size_with_one_blank(char const *line)
 {
     std::size_t const size = std::strlen(line);
     std::size_t text_size = size;
@@ -118,11 +118,11 @@ std::size_t trimmed_size(char const *line)
 }
 
 template <std::size_t ROWS>
-std::string trimmed_form(char const *const (&lines)[ROWS])
+std::string joined_lines(char const *const (&lines)[ROWS])
 {
     std::string text;
     for (char const *line : lines)
-        text.append(line, trimmed_size(line)) += '\n';
+        text.append(line, size_with_one_blank(line)) += '\n';
     return text;
 }
 
@@ -134,7 +134,7 @@ void append_line(std::string &text, char const *prefix, char const *line)
 }
 
 template <std::size_t ROWS>
-void append_prefixed_form(std::string &text, char const *prefix, char const *const (&lines)[ROWS])
+void append_lines(std::string &text, char const *prefix, char const *const (&lines)[ROWS])
 {
     for (char const *line : lines)
         append_line(text, prefix, line);
@@ -144,35 +144,35 @@ void append_prefixed_form(std::string &text, char const *prefix, char const *con
 
 std::string gen_get_legal_banner()
 {
-    return trimmed_form(GEN_LEGAL_BANNER_ARRAY);
+    return joined_lines(GEN_LEGAL_BANNER_ARRAY);
 }
 
 std::string gen_get_legal_trademark_text()
 {
-    return trimmed_form(GEN_LEGAL_TRADEMARK_ARRAY);
+    return joined_lines(GEN_LEGAL_TRADEMARK_ARRAY);
 }
 
 std::string gen_get_legal_warning_text()
 {
-    return trimmed_form(GEN_COPYRIGHT_WARNING_ARRAY);
+    return joined_lines(GEN_COPYRIGHT_WARNING_ARRAY);
 }
 
 std::string gen_get_bitstream_encryption_legal_text()
 {
-    return trimmed_form(GEN_LEGAL_BSTRM_ENC_ARRAY);
+    return joined_lines(GEN_LEGAL_BSTRM_ENC_ARRAY);
 }
 
 std::string gen_get_legal_text(char const *prefix)
 {
     std::string text;
     append_line(text, prefix, ver_get_copyright_string().c_str());
-    append_prefixed_form(text, prefix, GEN_LEGAL_BANNER_ARRAY);
+    append_lines(text, prefix, GEN_LEGAL_BANNER_ARRAY);
     return text;
 }
 
 std::string gen_get_do_not_edit_text(char const *prefix)
 {
     std::string text;
-    append_prefixed_form(text, prefix, DO_NOT_EDIT_ARRAY);
+    append_lines(text, prefix, DO_NOT_EDIT_ARRAY);
     return text;
 }

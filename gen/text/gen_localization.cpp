@@ -18,7 +18,7 @@ namespace {
 constexpr char const *C_LOCALE = "C";
 constexpr int MAX_BYTE = 255;
 
-// The result of `call` with one category of the process's locale forced to "C".
+// Returns the result of `call`, made with one category of the process's locale forced to "C".
 template <typename CALL>
 auto with_c_locale(int category, CALL call)
 {
@@ -30,8 +30,8 @@ auto with_c_locale(int category, CALL call)
     return result;
 }
 
-// What a classifier says with LC_CTYPE forced already. The runtime library looks codes up unchecked: others than bytes
-// and EOF may lie outside its tables.
+// The result of a classifier, with LC_CTYPE forced already. The runtime library looks codes up in a table without a
+// check: codes other than bytes and EOF may lie outside it.
 int class_of(int (*classifier)(int), int code)
 {
     return code >= EOF && code <= MAX_BYTE ? classifier(code) : 0;
@@ -42,7 +42,7 @@ int classify(int (*classifier)(int), int code)
     return with_c_locale(LC_CTYPE, [=] { return class_of(classifier, code); });
 }
 
-// Not EOF either, which is no byte to every runtime library.
+// EOF is returned unchanged too, since not every runtime library accepts it.
 int fold(int (*folder)(int), int code)
 {
     return with_c_locale(LC_CTYPE, [=] { return code >= 0 && code <= MAX_BYTE ? folder(code) : code; });
@@ -58,7 +58,7 @@ int fold_wide(std::wint_t (*folder)(std::wint_t), unsigned short code)
     return with_c_locale(LC_CTYPE, [=] { return static_cast<int>(folder(code)); });
 }
 
-// Part of a name in the C language, its letters and digits being those of a class.
+// Whether a character may be part of a name in C; `classifier` decides on characters other than the underscore.
 int classify_symbol(int (*classifier)(int), int code)
 {
     return with_c_locale(LC_CTYPE, [=] { return code == '_' || class_of(classifier, code) != 0 ? 1 : 0; });

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int LOWEST_RADIX = 2;
 constexpr int HIGHEST_RADIX = 36;
-constexpr unsigned NO_DIGIT = HIGHEST_RADIX; // below no radix
+constexpr unsigned NO_DIGIT = HIGHEST_RADIX; // not below any radix
 
 char const *skip_blanks(char const *text)
 {
@@ -35,7 +35,7 @@ unsigned digit_value(char character)
     return NO_DIGIT;
 }
 
-// The radix that the text tells by its prefix; steps over that.
+// Returns the radix that the prefix of the text names, and steps over the prefix.
 unsigned take_radix(char const *&text)
 {
     if (*text != '0')
@@ -48,8 +48,8 @@ unsigned take_radix(char const *&text)
     return 8;
 }
 
-// Reads digits up to one that would carry the value above `limit`; false if there is one. The text stays on that digit
-// and the value is the limit.
+// Reads digits up to one that would bring the value above `limit`. If there is one, returns false with the text at that
+// digit and the value at the limit.
 template <typename UNSIGNED>
 bool take_digits(char const *&text, unsigned radix, UNSIGNED limit, UNSIGNED &value)
 {
@@ -64,11 +64,11 @@ bool take_digits(char const *&text, unsigned radix, UNSIGNED limit, UNSIGNED &va
     return true;
 }
 
-// The value behind a minus sign; `fits` tells that it is not the limit for want of room.
+// The negative of a value. `fits` is false if the value is the limit because the digits exceeded it.
 template <typename NUMBER>
 NUMBER negated(std::make_unsigned_t<NUMBER> value, bool fits)
 {
-    // The unsigned forms wrap, the limit too.
+    // The unsigned forms wrap, even at the limit.
     if (std::is_signed_v<NUMBER> && !fits)
         return std::numeric_limits<NUMBER>::min();
     return static_cast<NUMBER>(0 - value);
@@ -95,7 +95,7 @@ NUMBER parse(char const *text, char **end, int base)
 
     char const *position = start;
     unsigned const radix = base != 0 ? static_cast<unsigned>(base) : take_radix(position);
-    // Also behind the prefix that told the radix.
+    // Also after the prefix that named the radix.
     if (radix == 16 && is_hex_prefix(position))
         position += 2;
     UNSIGNED value = 0;
@@ -110,7 +110,7 @@ NUMBER parse(char const *text, char **end, int base)
 void gen_local_itoa(int value, char *string)
 {
     GEN_ASSERT(string != nullptr, "string != 0");
-    // There is no sign logic: a negative value ends after one character, made of its negative remainder.
+    // A negative value gives one character, made of its negative remainder: the sign is not handled.
     char *end = string;
     do {
         *end++ = static_cast<char>('0' + value % 10);

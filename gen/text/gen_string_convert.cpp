@@ -1,6 +1,7 @@
 #include "gen_string_sys.h"
 
 #include "gen/base/gen_assert.h"
+#include "gen/os/gen_os_compiler.h"
 
 #include <array>
 #include <cstring>
@@ -11,15 +12,15 @@ namespace {
 
 using Iterator = std::string::const_iterator;
 
-// What a character counts as a digit; one that is no digit gives more than 9.
+// The value of a digit; a value above 9 for any other character.
 unsigned digit_of(char c)
 {
     return static_cast<unsigned>(c) - '0';
 }
 
-// Reads a number as gen_atoi() does, modulo the range of the unsigned type, and leaves `at` behind it.
+// Reads a number as gen_atoi() does, modulo the range of the unsigned type, and moves `at` to its end.
 template <typename UNSIGNED>
-std::make_signed_t<UNSIGNED> take_number(Iterator &at, Iterator end)
+std::make_signed_t<UNSIGNED> take_decimal(Iterator &at, Iterator end)
 {
     bool is_negative = false;
     if (at != end && digit_of(*at) > 9) {
@@ -34,7 +35,7 @@ std::make_signed_t<UNSIGNED> take_number(Iterator &at, Iterator end)
     return static_cast<std::make_signed_t<UNSIGNED>>(is_negative ? 0 - value : value);
 }
 
-// "00" to "99", one behind the other.
+// "00" to "99", one after the other.
 constexpr std::array<char, 200> make_pairs()
 {
     std::array<char, 200> pairs{};
@@ -57,15 +58,10 @@ constexpr std::array<std::uint64_t, 20> make_powers()
 }
 constexpr std::array<std::uint64_t, 20> POWERS = make_powers();
 
-std::size_t bit_count(std::uint64_t value)
-{
-    return 64 - static_cast<std::size_t>(__builtin_clzll(value | 1));
-}
-
 std::size_t decimal_digit_count(std::uint64_t value)
 {
-    // 1233 / 4096 is the decimal logarithm of 2 as exactly as 64 bits need it: the result is the count or one less.
-    std::size_t const count = bit_count(value) * 1233 / 4096;
+    // 1233 / 4096 is the decimal logarithm of 2, exactly enough for 64 bits: the result is the count, or one less.
+    std::size_t const count = gen_os_bit_count(value) * 1233 / 4096;
     return (value | 1) >= POWERS[count] ? count + 1 : count;
 }
 
@@ -75,7 +71,7 @@ std::size_t digit_count(UNSIGNED value, int radix)
     if (radix == 10)
         return decimal_digit_count(value);
     if (radix == 16)
-        return (bit_count(value) + 3) / 4;
+        return (gen_os_bit_count(value) + 3) / 4;
     if (radix < 2)
         return 0;
     std::size_t count = 1;
@@ -111,8 +107,8 @@ void write_in_radix(char *end, std::size_t count, UNSIGNED value, UNSIGNED radix
     }
 }
 
-// The digits of a number and its sign. They are counted before the first one is written, so that what they are put into
-// need be no longer than they are.
+// The digits of a number and its sign. They are counted before the first one is written, so that the caller can make
+// room for exactly this many characters.
 template <typename UNSIGNED>
 class NUMBER_TEXT
 {
@@ -160,7 +156,7 @@ NUMBER_TEXT<std::make_unsigned_t<SIGNED>> signed_text(SIGNED value, int radix)
     return {value < 0 ? 0 - bits : bits, value < 0, radix};
 }
 
-// Only radix 10 knows a sign.
+// Only radix 10 has a sign; in the others a negative value is written as its unsigned bits.
 NUMBER_TEXT<unsigned> int_text(int value, int radix)
 {
     if (radix == 10)
@@ -173,23 +169,23 @@ NUMBER_TEXT<unsigned> int_text(int value, int radix)
 int gen_atoi(std::string const &text)
 {
     Iterator cursor = text.begin();
-    return take_number<std::uint32_t>(cursor, text.end());
+    return take_decimal<std::uint32_t>(cursor, text.end());
 }
 
 int gen_atoi(std::string const &text, std::string::const_iterator *cursor)
 {
-    return take_number<std::uint32_t>(*cursor, text.end());
+    return take_decimal<std::uint32_t>(*cursor, text.end());
 }
 
 std::int64_t gen_atotime_t(std::string const &text)
 {
     Iterator cursor = text.begin();
-    return take_number<std::uint64_t>(cursor, text.end());
+    return take_decimal<std::uint64_t>(cursor, text.end());
 }
 
 std::uint32_t gen_atoui_s(std::string const &text, bool *ok)
 {
-    // A stream would take a minus sign and wrap.
+    // A stream would accept a minus sign and wrap the value.
     *ok = text.find('-') == std::string::npos;
     if (!*ok)
         return 0;

@@ -1,15 +1,21 @@
-// Message templates with numbered inserts, expanded in two passes of one scan. "%2 %1!d!" with the slots 7, "b":
+// Message templates with numbered inserts. An insert "%2!d!" prints argument 2 by the specification "%d"; without a
+// specification it prints by "%s". The arguments lie in slots one after the other, and the cursor can only move
+// forward: it passes an argument by printing it. So insert 3 can only be printed after the specifications of inserts 1
+// and 2 are known, wherever in the template they are. The expansion therefore scans the template twice.
 //
-//     first pass    %2: insert 2 is used, its specification is "%s"
-//                   %1: insert 1 is used, its specification is "%d"
-//     second pass   %2: steps over slot 1 by the "%d" of an insert further back, and prints slot 2
-//                   %1: not behind slot 2, so the arguments are rewound, and slot 1 is printed
+// The template "%2 %1!d!" with the arguments 7 and "b" gives "b 7":
 //
-// Both passes write the same specifications to the same places, so those of inserts further back stay as they are.
+//     first pass     %2      insert 2 is used, its specification is "%s"
+//                    %1!d!   insert 1 is used, its specification is "%d"
+//     second pass    %2      the cursor is at argument 1: step over it by "%d", then print argument 2 by "%s"
+//                    %1!d!   the cursor is after argument 2: move it back to the start, then print argument 1 by "%d"
 //
-// Where the inserts first appear in the order 1, 2, 3 and so on, the first pass could tell nothing: each insert in
-// front of another one has been scanned before it. So the second pass is tried alone, and given up for both when it
-// comes to an insert that skips a number.
+// Both passes write the same specifications to the same places of one area, so in the second pass the specifications
+// of inserts that are still to come are those of the first pass.
+//
+// If the numbers first appear in the order 1, 2, 3 and so on, the first pass finds nothing that the second one doesn't
+// find in time. So the second pass is tried alone. When it comes to an insert that skips a number, its text is dropped
+// and both passes run.
 #include "gen_string_sys.h"
 
 #include "gen/base/gen_assert.h"
@@ -34,11 +40,11 @@ bool is_digit(char c)
     return c >= '0' && c <= '9';
 }
 
-// What is known of the inserts; valid for numbers up to the highest one seen.
+// Which inserts are used, and their specifications; valid for numbers up to the highest one seen.
 class INSERT_TABLES
 {
 public:
-    // Reads an insert behind its per-cent sign and returns its end.
+    // Reads an insert after its per-cent sign and returns its end.
     char const *read(char const *p, int &number)
     {
         number = *p++ - '0';
@@ -74,7 +80,7 @@ private:
         return p;
     }
 
-    // The last byte is kept for specifications that begin when the area is full.
+    // The last byte is reserved: a specification that begins when the area is full is the empty text there.
     void put(char c)
     {
         if (m_filled < SPEC_TEXT_SIZE - 1)
@@ -88,8 +94,8 @@ private:
     char m_spec_text[SPEC_TEXT_SIZE];
 };
 
-// The text under construction. It reaches the caller's string in one piece, or in large ones, so that a message of
-// ordinary length costs one growth.
+// The text under construction. It is collected in a buffer and appended to the caller's string in large pieces, so that
+// the string grows once for a message of ordinary length.
 class MESSAGE_TEXT
 {
 public:
@@ -120,7 +126,7 @@ public:
         stl_output(&m_out, spec, cursor);
     }
 
-    // Moves a cursor past what a specification takes.
+    // Moves a cursor past the arguments that a specification takes.
     void skip_formatted(char const *spec, char *&cursor)
     {
         finish();
@@ -129,7 +135,7 @@ public:
         m_out.resize(size);
     }
 
-    // Takes back what was appended to a string of `size` characters.
+    // Removes the text that was appended after the first `size` characters of the string.
     void drop(std::size_t size)
     {
         m_out.resize(size);
@@ -142,7 +148,7 @@ private:
     char m_piece[512];
 };
 
-// The conversion of "%s" and "%d", which most inserts are, and 0 for every other specification.
+// The conversion character of "%s" and "%d", which are the specifications of most inserts; 0 for all others.
 char plain_conversion(char const *spec)
 {
     bool const is_plain = spec[0] == '%' && (spec[1] == 's' || spec[1] == 'd') && spec[2] == '\0';
@@ -203,7 +209,7 @@ private:
         out.append(digits, static_cast<std::size_t>(end - digits));
     }
 
-    // An argument is formatted to get past it, unless its conversion is known to take one slot.
+    // The only way past an argument is to format it, unless its conversion is known to take one slot.
     void step_over(MESSAGE_TEXT &out, INSERT_TABLES const &tables)
     {
         if (!tables.is_used(m_position) || plain_conversion(tables.spec(m_position)) != '\0')
@@ -217,20 +223,20 @@ private:
     int m_position = 0;
 };
 
-// Copies a text without inserts. A line feed and a carriage return change places, unless the line feed belongs to a
-// carriage return in front of it; all other line ends come out as they are.
+// Copies a text without inserts. "\n\r" is copied as "\r\n", unless a "\r" precedes the "\n"; all other line ends are
+// copied unchanged.
 void append_text(MESSAGE_TEXT &out, char const *text, char const *end)
 {
     char const *rest = text;
     while (void const *const found = std::memchr(rest, '\n', static_cast<std::size_t>(end - rest))) {
         char const *const feed = static_cast<char const *>(found);
         out.append(rest, static_cast<std::size_t>(feed - rest));
-        bool const is_turned = feed + 1 != end && feed[1] == '\r' && (feed == rest || feed[-1] != '\r');
-        if (is_turned)
+        bool const is_reversed = feed + 1 != end && feed[1] == '\r' && (feed == rest || feed[-1] != '\r');
+        if (is_reversed)
             out.append("\r\n", 2);
         else
             out.append("\n", 1);
-        rest = feed + (is_turned ? 2 : 1);
+        rest = feed + (is_reversed ? 2 : 1);
     }
     out.append(rest, static_cast<std::size_t>(end - rest));
 }
@@ -248,16 +254,16 @@ void collect_inserts(INSERT_TABLES &tables, char const *p)
     }
 }
 
-// The second pass. False if an insert stands behind a number that was not seen before.
+// The second pass. False if an insert skips a number that was not seen before.
 bool expand(MESSAGE_TEXT &out, INSERT_TABLES &tables, char const *p, char *args)
 {
     tables.start_pass();
     ARGUMENTS arguments(args);
-    bool const has_turned_ends = std::strstr(p, "\n\r") != nullptr;
+    bool const has_reversed_ends = std::strstr(p, "\n\r") != nullptr;
     for (;;) {
         char const *const percent = std::strchr(p, '%');
         char const *const end = percent != nullptr ? percent : p + std::strlen(p);
-        if (has_turned_ends)
+        if (has_reversed_ends)
             append_text(out, p, end);
         else
             out.append(p, static_cast<std::size_t>(end - p));
@@ -282,7 +288,7 @@ bool expand(MESSAGE_TEXT &out, INSERT_TABLES &tables, char const *p, char *args)
     }
 }
 
-// Of two faults the flags themselves decide which one is reported.
+// Several faults may be present; the order of the checks decides which one is reported.
 void check_flags(unsigned long flags)
 {
     bool const from_system = (flags & FORMAT_MESSAGE_FROM_SYSTEM) != 0;
@@ -295,7 +301,7 @@ void check_flags(unsigned long flags)
                "gen_formatmessage: FORMAT_MESSAGE_MAX_WIDTH_MASK is not supported.\n");
 }
 
-// The caller's buffer is a pointer, which receives a block.
+// `buffer` is really a char **, which receives a block from malloc.
 std::uint32_t store_in_block(std::string const &text, char *buffer, unsigned long size)
 {
     char *&block = *reinterpret_cast<char **>(buffer);

@@ -1,10 +1,16 @@
-// The comparison of two numbers within names, by value and then by zeros in front. Runs of digits may have any length.
+// The comparison of two numbers within names: by their values, and if these are equal by their leading zeros. A number
+// may have any count of digits.
 #ifndef GEN_STRING_NUMBER_H
 #define GEN_STRING_NUMBER_H
 
 #include "gen/base/gen_assert.h"
 
 #include <cstddef>
+
+inline bool gen_is_digit(char c)
+{
+    return c >= '0' && c <= '9';
+}
 
 /// A text that is being read: the next character, and the end.
 struct gen_text_cursor
@@ -14,7 +20,7 @@ struct gen_text_cursor
 
     bool is_at_end() const { return at == end; }
     bool is_on(char c) const { return at != end && *at == c; }
-    bool is_on_digit() const { return at != end && *at >= '0' && *at <= '9'; }
+    bool is_on_digit() const { return at != end && gen_is_digit(*at); }
 
     void skip(char c)
     {
@@ -22,7 +28,7 @@ struct gen_text_cursor
             ++at;
     }
 
-    /// How many digits were skipped.
+    /// Returns the number of digits skipped.
     std::ptrdiff_t skip_digits()
     {
         char const *const start = at;
@@ -31,7 +37,7 @@ struct gen_text_cursor
         return at - start;
     }
 
-    /// Steps over one minus sign and tells whether it was there.
+    /// Steps over one minus sign; returns whether there is one.
     bool take_minus()
     {
         bool const is_minus = is_on('-');
@@ -40,7 +46,7 @@ struct gen_text_cursor
     }
 };
 
-/// Compares two runs of digits and leaves the cursors behind them.
+/// Compares two runs of digits and moves the cursors to the ends of the runs.
 inline int gen_compare_digits(gen_text_cursor &first, gen_text_cursor &second)
 {
     char const *const first_start = first.at;
@@ -51,7 +57,7 @@ inline int gen_compare_digits(gen_text_cursor &first, gen_text_cursor &second)
     for (; first.is_on_digit() && second.is_on_digit(); ++first.at, ++second.at)
         if (difference == 0)
             difference = *first.at - *second.at;
-    // The number with more significant digits is greater, whatever the first digits that differ say.
+    // The number with more significant digits is larger, whichever digit differs first.
     std::ptrdiff_t const left_over = first.skip_digits() - second.skip_digits();
     if (left_over != 0)
         return static_cast<int>(left_over);
@@ -60,8 +66,8 @@ inline int gen_compare_digits(gen_text_cursor &first, gen_text_cursor &second)
     return static_cast<int>((first.at - first_start) - (second.at - second_start));
 }
 
-/// The same behind blanks and a minus sign on either side. Of two numbers with different signs the negative one counts
-/// as greater, and the cursors stay behind the signs.
+/// Same as gen_compare_digits(), but each number may begin with blanks and a minus sign. If only one of them is
+/// negative that one counts as larger, and the cursors stay after the signs.
 inline int gen_compare_numbers(gen_text_cursor &first, gen_text_cursor &second)
 {
     first.skip(' ');

@@ -1,4 +1,4 @@
-// Both clocks of the profile bins in one reading, the CPU clock first. Every open and close takes one.
+// One reading of both clocks of the profile bins, the CPU clock first. Every open and close of a bin takes one.
 #ifndef GEN_CLOCKS_H
 #define GEN_CLOCKS_H
 
@@ -15,15 +15,15 @@ inline GEN_CLOCKS operator-(GEN_CLOCKS const &a, GEN_CLOCKS const &b)
     return {a.m_cpu_nsec - b.m_cpu_nsec, a.m_ticks - b.m_ticks};
 }
 
-/// By gen_get_usec_cpu() and gen_get_hires_ticks().
-GEN_CLOCKS gen_read_clocks_apart();
+/// Reads gen_get_usec_cpu() and gen_get_hires_ticks().
+GEN_CLOCKS gen_read_clocks_one_by_one();
 
-/// The same, by one question where the system answers that.
+/// Same as gen_read_clocks_one_by_one(), with one question where the system has it.
 inline GEN_CLOCKS gen_read_clocks()
 {
     std::uint64_t cpu_units, ticks;
     if (!gen_os_read_cpu_sum_and_counter(cpu_units, ticks))
-        return gen_read_clocks_apart();
+        return gen_read_clocks_one_by_one();
     // Cut to microseconds, as gen_get_usec_cpu() does.
     return {static_cast<std::int64_t>(cpu_units / 10 * 1000), static_cast<std::int64_t>(ticks)};
 }

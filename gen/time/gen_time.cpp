@@ -1,31 +1,25 @@
 #include "gen_time_sys.h"
 
 #include "gen/base/gen_assert.h"
-#include "gen/time/gen_calendar.h"
-#include "gen/time/gen_clocks.h"
 #include "gen/base/gen_numeric.h"
 #include "gen/os/gen_os.h"
-#include "mem_sys.h"
+#include "gen/time/gen_clocks.h"
 
 #include <atomic>
-#include <ctime>
 
 namespace {
 
-// What a counter reading and a frequency stay at when the system gives none.
+// The value of a counter reading and of a frequency when the system gives none.
 constexpr std::uint64_t NO_READING = 1000000000000;
 
 constexpr std::uint64_t USEC_PER_SEC = 1000000;
 constexpr std::uint64_t UNITS_PER_USEC = 10; // the system counts CPU time in units of 100 ns
 
-// Room of a rendered calendar time, terminator included.
-constexpr std::size_t TIME_TEXT_SIZE = 250;
-
 constexpr std::int64_t SECONDS_PER_MINUTE = 60;
 constexpr std::int64_t SECONDS_PER_HOUR = 3600;
 constexpr std::int64_t SECONDS_PER_DAY = 86400;
 
-// Ticks per second, 0 until the first wall-clock reading. Threads may fill it at once, always alike.
+// Ticks per second, 0 until the first wall-clock reading. Several threads may store it at once, always the same value.
 std::atomic<std::uint64_t> l_tick_frequency{0};
 
 // Whether the CPU clocks count the whole job. Cleared once, never set again.
@@ -49,13 +43,7 @@ bool read_cpu_units(std::uint64_t &user, std::uint64_t &kernel)
     return gen_os_read_process_cpu(user, kernel);
 }
 
-// Expands a format of strftime into `buffer`, which holds TIME_TEXT_SIZE characters; false if it doesn't fit.
-bool expand_time(char *buffer, char const *format, std::tm const &time)
-{
-    return std::strftime(buffer, TIME_TEXT_SIZE, format, &time) != 0;
-}
-
-// Appends a field of an elapsed time; one below ten gets a 0 in front, its sign included: -5 gives "0-5".
+// Appends a field of an elapsed time. A field below ten gets a leading 0, before its sign too: -5 gives "0-5".
 void append_field(std::string &out, std::int64_t field)
 {
     if (field < 10)
@@ -114,12 +102,12 @@ std::uint64_t gen_get_usec_cpu()
     std::uint64_t sum = 0;
     if (gen_os_read_process_cpu_sum(sum))
         return sum / UNITS_PER_USEC;
-    // Without an answer both stay 0.
+    // If there is no answer both stay 0.
     gen_os_read_process_cpu(user, kernel);
     return user / UNITS_PER_USEC + kernel / UNITS_PER_USEC;
 }
 
-GEN_CLOCKS gen_read_clocks_apart()
+GEN_CLOCKS gen_read_clocks_one_by_one()
 {
     GEN_CLOCKS now;
     now.m_cpu_nsec = static_cast<std::int64_t>(gen_get_usec_cpu() * 1000);
@@ -150,77 +138,6 @@ std::int64_t gen_get_current_time_seconds()
 std::int64_t gen_get_current_time_milliseconds()
 {
     return gen_os_read_calendar_msec();
-}
-
-std::string gen_asctime_text(std::int64_t seconds)
-{
-    static constexpr char const *DAYS[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    static constexpr char const *MONTHS[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                             "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    std::tm time;
-    if (!gen_os_local_time(seconds, time))
-        return {};
-    std::string text;
-    stl_sprintf(&text, "%s %s%3d %02d:%02d:%02d %lld\n", DAYS[time.tm_wday], MONTHS[time.tm_mon], time.tm_mday,
-                time.tm_hour, time.tm_min, time.tm_sec, static_cast<long long>(time.tm_year) + 1900);
-    return text;
-}
-
-std::string gen_get_date_and_time(std::int64_t seconds)
-{
-    std::string text = gen_asctime_text(seconds);
-    if (!text.empty())
-        text.pop_back();
-    return text;
-}
-
-std::string gen_get_current_date_and_time()
-{
-    return gen_get_date_and_time(gen_get_current_time_seconds());
-}
-
-std::string gen_get_current_time()
-{
-    // "Sat Nov 14 19:03:47 2026": the clock time stands from 11 to 18.
-    std::string const text = gen_get_current_date_and_time();
-    return text.empty() ? text : text.substr(11, 8);
-}
-
-bool gen_format_date_and_time(std::int64_t seconds, std::string *out, char const *format)
-{
-    std::tm time;
-    char buffer[TIME_TEXT_SIZE];
-    if (!gen_os_local_time(seconds, time) || !expand_time(buffer, format, time))
-        return false;
-    if (out != nullptr)
-        *out = buffer;
-    return true;
-}
-
-bool gen_format_current_date_and_time(std::string *out, char const *format)
-{
-    return gen_format_date_and_time(gen_get_current_time_seconds(), out, format);
-}
-
-std::string gen_get_iso_style_date_and_time(std::int64_t seconds)
-{
-    std::string text;
-    gen_format_date_and_time(seconds, &text, "%Y-%m-%d %H:%M:%S");
-    return text;
-}
-
-std::string gen_get_formatted_time_from_milliseconds(std::int64_t milliseconds)
-{
-    std::int64_t const seconds = milliseconds / 1000;
-    std::tm time;
-    char date[TIME_TEXT_SIZE];
-    char year[TIME_TEXT_SIZE];
-    if (!gen_os_local_time(seconds, time) || !expand_time(date, "%a %b %d %H:%M:%S", time) ||
-        !expand_time(year, "%Y", time))
-        return {};
-    std::string text;
-    stl_sprintf(&text, "%s.%03lld %s", date, static_cast<long long>(milliseconds - seconds * 1000), year);
-    return text;
 }
 
 std::string gen_format_elapsed_time(std::int64_t const &seconds)

@@ -1,6 +1,6 @@
 #include "gen_time_sys.h"
 
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/base/gen_numeric.h"
 #include "mem_sys.h"
 
@@ -16,7 +16,7 @@ double to_sec(std::uint64_t usec)
     return static_cast<double>(usec) / 1e6;
 }
 
-// Puts the span up to `now` in place of the total, or on top of it, and begins the next span.
+// Replaces the total by the span up to `now`, or adds the span to it, and begins the next span.
 void take_lap(std::uint64_t &total, std::uint64_t &start, std::uint64_t now, bool accumulate)
 {
     if (!accumulate)
@@ -72,7 +72,7 @@ std::uint64_t GEN_STOPWATCH::lap_usec(unsigned types)
     case CPU_CLOCKS:
         return m_total_user + m_total_kernel;
     default:
-        return NO_LAP_USEC; // wall-clock and CPU time never add up
+        return NO_LAP_USEC; // wall-clock and CPU time are never added
     }
 }
 
@@ -137,7 +137,7 @@ std::string GEN_STOPWATCH::lap(unsigned types)
 
 void GEN_STOPWATCH::accumulate()
 {
-    // A clock that is not selected measures nothing.
+    // A clock that is not selected keeps its start, so that its span is 0.
     std::uint64_t times[] = {m_start_wallclock, m_start_user, m_start_kernel};
     load_times(times);
     take_lap(m_total_wallclock, m_start_wallclock, times[0], m_accumulate);
@@ -154,7 +154,7 @@ void GEN_STOPWATCH::resume()
     m_start_kernel = times[2];
 }
 
-// Reads the selected clocks into three elements: wall clock, user, kernel. One question answers both CPU clocks.
+// Reads the selected clocks into three elements: wall clock, user, kernel. One question gives both CPU clocks.
 void GEN_STOPWATCH::load_times(std::uint64_t *times) const
 {
     if ((m_types & GEN_STOPWATCH_WALLCLOCK) != 0)
@@ -211,9 +211,10 @@ std::int64_t GEN_PROCESS_STOPWATCH::get_elapsed_cpu_time()
 
 void GEN_PROCESS_STOPWATCH::print_stats() const
 {
-    // Single precision, about seven digits, is what is shown.
+    // The figures are shown in single precision, about seven digits.
     auto const shown_sec = [](std::uint64_t usec) { return static_cast<double>(static_cast<float>(usec)) / 1e6; };
-    gen_say("PROCESS_STOPWATCH(%s): user time: %f seconds", m_name, shown_sec(m_total_user));
-    gen_say("PROCESS_STOPWATCH(%s): kernel time: %f seconds", m_name, shown_sec(m_total_kernel));
-    gen_say("PROCESS_STOPWATCH(%s): user+kernel time: %f seconds", m_name, shown_sec(m_total_user + m_total_kernel));
+    gen_debug_message("PROCESS_STOPWATCH(%s): user time: %f seconds", m_name, shown_sec(m_total_user));
+    gen_debug_message("PROCESS_STOPWATCH(%s): kernel time: %f seconds", m_name, shown_sec(m_total_kernel));
+    gen_debug_message("PROCESS_STOPWATCH(%s): user+kernel time: %f seconds", m_name,
+                      shown_sec(m_total_user + m_total_kernel));
 }

@@ -2,8 +2,10 @@
 // for the mutexes of zel_thr, so that the building and the release of their static objects can be watched from both
 // ends. What they release goes through the operators at the end of this file.
 #include "fio_sys.h"
-#include "gen/base/gen_statics.h"
+#include "gen/base/gen_static_order.h"
 #include "gen/machine/gen_machine_state.h"
+#include "gen/path/gen_path_state.h"
+#include "gen/process/gen_command_line.h"
 #include "gen/profile/gen_profile_bins_impl.h"
 #include "gen_cookie_sys.h"
 #include "gen_dep_sys.h"
@@ -141,23 +143,23 @@ void exit_and_print_releases()
     watch(&*gen_machine_state()->m_cache_lookup_table.begin(), "cache_table");
     GEN_DEP::create_dependency(nullptr, [held = std::make_shared<Dependant>()](unsigned) {});
     GEN_PATH_STATE const &state = *gen_path_state();
-    watch(state.kalvern_libs, "kalvern_libs");
-    watch(state.kalvern_eda_libs, "kalvern_eda_libs");
-    watch(state.env_libs, "env_libs");
-    watch(state.default_source_extensions, "default_source_extensions");
-    watch(state.db_dir_path, "db_dir_path");
-    watch(state.db_dir_full_name, "db_dir_full_name");
-    watch(state.project_ipblocks_dir_path, "project_ipblocks_dir_path");
-    watch(state.project_dir_libs, "project_dir_libs");
-    watch(state.db_dir_libs, "db_dir_libs");
-    watch(state.project_libs, "project_libs");
-    watch(state.user_libs, "user_libs");
-    watch(state.project_ipblocks_libs, "project_ipblocks_libs");
-    watch(state.project_dir.data(), "project_dir");
-    watch(state.project_library_paths.data(), "project_library_paths");
-    watch(state.user_library_paths.data(), "user_library_paths");
-    watch(state.project_output_directory.data(), "project_output_directory");
-    watch(state.command_line.data(), "command_line");
+    watch(state.kalvern_libs.get(), "kalvern_libs");
+    watch(state.kalvern_eda_libs.get(), "kalvern_eda_libs");
+    watch(state.env_libs.get(), "env_libs");
+    watch(state.default_source_extensions.get(), "default_source_extensions");
+    watch(state.db_dir_path.get(), "db_dir_path");
+    watch(state.db_dir_full_name.get(), "db_dir_full_name");
+    watch(state.project_ipblocks_dir_path.get(), "project_ipblocks_dir_path");
+    watch(state.project_dir_libs.get(), "project_dir_libs");
+    watch(state.db_dir_libs.get(), "db_dir_libs");
+    watch(state.project_libs.get(), "project_libs");
+    watch(state.user_libs.get(), "user_libs");
+    watch(state.project_ipblocks_libs.get(), "project_ipblocks_libs");
+    watch(state.texts.project_dir.data(), "project_dir");
+    watch(state.texts.project_library_paths.data(), "project_library_paths");
+    watch(state.texts.user_library_paths.data(), "user_library_paths");
+    watch(state.texts.project_output_directory.data(), "project_output_directory");
+    watch(gen_command_line()->text.data(), "command_line");
     watch(state.user_ip_search_paths.data(), "user_ip_search_paths");
     static char cookie[COOKIE_BLOCK_SIZE];
     std::fill_n(cookie, COOKIE_BLOCK_SIZE - 1, 'c');
@@ -220,14 +222,21 @@ TEST(GenStaticOrder, BuildsTheMachinesStateAfterThePaths)
 TEST(GenStaticOrder, HoldsTheTextsInTheOrderOfTheirBuilding)
 {
     GEN_PATH_STATE const &state = *gen_path_state();
-    std::string const *const texts[] = {
-        &state.project_dir,  &state.project_library_paths, &state.user_library_paths, &state.project_output_directory,
-        &state.command_line, &state.user_ip_search_paths,
+    GEN_PROJECT_TEXTS const &project = state.texts;
+    std::string const *const project_texts[] = {
+        &project.project_dir,
+        &project.project_library_paths,
+        &project.user_library_paths,
+        &project.project_output_directory,
     };
-    for (std::size_t i = 0; i < std::size(texts); ++i) {
-        EXPECT_EQ(*texts[i], "") << "text " << i;
-        EXPECT_TRUE(i == 0 || texts[i - 1] < texts[i]) << "text " << i;
+    for (std::size_t i = 0; i < std::size(project_texts); ++i) {
+        EXPECT_EQ(*project_texts[i], "") << "text " << i;
+        EXPECT_TRUE(i == 0 || project_texts[i - 1] < project_texts[i]) << "text " << i;
     }
+    EXPECT_EQ(gen_command_line()->text, "");
+    EXPECT_EQ(state.user_ip_search_paths, "");
+    EXPECT_LT(GEN_STATIC_ORDER_PROJECT_TEXTS, GEN_STATIC_ORDER_COMMAND_LINE);
+    EXPECT_LT(GEN_STATIC_ORDER_COMMAND_LINE, GEN_STATIC_ORDER_PATH_STATE);
 }
 
 TEST(GenStaticOrderDeathTest, ReleasesWhatTheSubsystemsHoldThenTheObjectsThenTheTextsThenTheMemInitializer)

@@ -353,3 +353,13 @@ TEST(GenUserProfileDirectory, IsTheFirstThatExistsUnchanged)
         EXPECT_EQ(gen_get_user_profile_directory(), c.directory) << "row " << row++;
     }
 }
+
+TEST(GenDeviceFilesOfAModuleWithoutADirectory, AreNone)
+{
+    TempDir const dir;
+    dir.write("here.ddb", "");
+    CurrentDirectory const current(dir.path());
+    gen_os_fake_set_executable_path("tool");
+    ASSERT_EQ(gen_get_module_path(), "");
+    EXPECT_THAT(gen_get_all_device_files(), ElementsAre());
+}

@@ -1,5 +1,5 @@
 // The editing of the project's library directories over stand-ins for the path state, which doesn't take the list.
-#include "gen/base/gen_statics.h"
+#include "gen/path/gen_path_state.h"
 #include "gen_path_sys.h"
 #include "tests/support/internal_error.h"
 
@@ -14,12 +14,10 @@ int l_setter_calls = 0;
 
 } // namespace
 
-GEN_PATH_STATE::GEN_PATH_STATE() = default;
-GEN_PATH_STATE::~GEN_PATH_STATE() = default;
-
 GEN_PATH_STATE *gen_path_state()
 {
-    static GEN_PATH_STATE the_state;
+    static GEN_PROJECT_TEXTS the_texts;
+    static GEN_PATH_STATE the_state(the_texts);
     return &the_state;
 }
 

@@ -1,7 +1,7 @@
 // The state that the searches require, which this executable can reach, and their calls of the
 // profile bins.
 #include "fio_sys.h"
-#include "gen/base/gen_statics.h"
+#include "gen/path/gen_path_state.h"
 #include "gen_path_sys.h"
 #include "tests/support/gen_os_fake.h"
 #include "tests/support/internal_error.h"
@@ -22,7 +22,7 @@ using SourceFiles = std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>>;
 
 TEST(GenSearchFaultDeathTest, AMissingListOfGeneralLibrariesIsAnInternalError)
 {
-    gen_path_state()->kalvern_eda_libs = new FIO_FIND(std::string());
+    gen_path_state()->kalvern_eda_libs = std::make_unique<FIO_FIND>(std::string());
     SourceFiles files;
     EXPECT_EXIT(gen_find_file("a.v"), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 dies_with("kalvern_libs != 0", "gen_path_*"));
@@ -38,7 +38,7 @@ TEST(GenSearchFaultDeathTest, AMissingListOfGeneralLibrariesIsAnInternalError)
 
 TEST(GenSearchFaultDeathTest, AMissingListOfEdaLibrariesIsAnInternalError)
 {
-    gen_path_state()->kalvern_libs = new FIO_FIND(std::string());
+    gen_path_state()->kalvern_libs = std::make_unique<FIO_FIND>(std::string());
     EXPECT_EXIT(gen_find_eda_file("a.v"), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 dies_with("kalvern_eda_libs != 0", "gen_path_*"));
     EXPECT_NE(gen_get_default_lib_fio_paths(), nullptr);
@@ -64,21 +64,11 @@ TEST(GenSourceExtensions, MayBeginWithADot)
     dir.write("a.v", "");
     dir.write("a.vhd", "");
     gen_set_project_dir_path(dir.text());
-    gen_path_state()->default_source_extensions = new std::vector<std::string>{".v", "vhd", ".V"};
+    gen_path_state()->default_source_extensions.reset(new std::vector<std::string>{".v", "vhd", ".V"});
     SourceFiles files;
     EXPECT_TRUE(gen_get_source_files("a", &files));
     std::vector<std::string> names;
     for (auto const &[tag, path] : files)
         names.push_back(path.filename());
     EXPECT_THAT(names, ElementsAre("a.v", "a.vhd"));
-}
-
-TEST(GenDeviceFilesOfAModuleWithoutADirectory, AreNone)
-{
-    TempDir const dir;
-    dir.write("here.ddb", "");
-    CurrentDirectory const current(dir.path());
-    gen_os_fake_set_executable_path("tool");
-    ASSERT_EQ(gen_get_module_path(), "");
-    EXPECT_THAT(gen_get_all_device_files(), ElementsAre());
 }

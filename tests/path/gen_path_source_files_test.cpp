@@ -18,10 +18,9 @@ using Texts = std::vector<std::string>;
 
 using GenGetSourceFiles = SearchTest;
 using GenGetSourceFilesFromLib = SearchTest;
-using GenDeviceFiles = SearchTest;
 
 // An entry as "tag path", the path under the world.
-std::string text_of(GEN_LIBRARY_PATHS_ENUM tag, std::string const &path)
+std::string tagged_path(GEN_LIBRARY_PATHS_ENUM tag, std::string const &path)
 {
     std::string const start = SearchWorldEnvironment::world().text("");
     bool const is_in_world = path.compare(0, start.size(), start) == 0;
@@ -32,7 +31,7 @@ Texts texts(SourceFiles const &files)
 {
     Texts result;
     for (auto const &[tag, path] : files)
-        result.push_back(text_of(tag, path.fullpath()));
+        result.push_back(tagged_path(tag, path.fullpath()));
     return result;
 }
 
@@ -75,8 +74,8 @@ TEST_F(GenGetSourceFiles, TheEarlierOfEachPairOfPlacesHasTheExtension)
                 world().put(place.directory + unit + ".v");
             std::string const other = world().put(places[second].directory + unit + ".vhd");
 
-            Texts expected = {text_of(places[first].tag, world().text(places[first].directory + unit + ".v")),
-                              text_of(places[second].tag, other)};
+            Texts expected = {tagged_path(places[first].tag, world().text(places[first].directory + unit + ".v")),
+                              tagged_path(places[second].tag, other)};
             EXPECT_EQ(source_files(unit), expected);
         }
 }
@@ -182,7 +181,8 @@ TEST_F(GenGetSourceFilesFromLib, LooksInTheGeneralLibrariesAlone)
     for (SearchPlace const &place : SearchWorld::places()) {
         std::string const path = world().put(place.directory + "general.net");
         bool const is_general = place.directory.compare(0, 6, "suite/") == 0;
-        EXPECT_EQ(library_files("general"), is_general ? Texts{text_of(place.tag, path)} : Texts{}) << place.directory;
+        EXPECT_EQ(library_files("general"), is_general ? Texts{tagged_path(place.tag, path)} : Texts{})
+            << place.directory;
         world().remove(place.directory + "general.net");
     }
     for (std::string const &directory : SearchWorld::eda_directories())
@@ -224,17 +224,4 @@ TEST_F(GenGetSourceFiles, HasAProfileBinOfItsOwn)
     }
     GEN_PROFILE_BINS::finalize("Test", /*close_root=*/true); // a bin left open would be an internal error
     m_messages.clear();
-}
-
-TEST_F(GenDeviceFiles, AreThoseNextToTheModule)
-{
-    EXPECT_THAT(gen_get_all_device_files(), IsEmpty());
-    for (char const *const name : {"b.ddb", "a b.ddb", "c.ddb.bak", "ddb", "B.ddbx", ".ddb", "10.ddb", "9.ddb"})
-        world().put(std::string("suite/bin64/") + name);
-    world().put("suite/common/other.ddb");
-    std::filesystem::create_directories(world().dir().path() / "suite" / "bin64" / "directory.ddb");
-    EXPECT_THAT(gen_get_all_device_files(), ElementsAre(".ddb", "10.ddb", "9.ddb", "a b.ddb", "b.ddb"));
-    for (char const *const name : {"b.ddb", "a b.ddb", ".ddb", "10.ddb", "9.ddb"})
-        world().remove(std::string("suite/bin64/") + name);
-    EXPECT_THAT(gen_get_all_device_files(), IsEmpty());
 }

@@ -32,6 +32,8 @@ struct Script
     std::size_t reservation_count = 0;
     gen_os_fake_profile_call profile_call;
     int profile_result = 0;
+    std::string file_text;
+    std::string file_calls;
     std::string debug_output;
     std::istringstream temp_file_names;
     std::string temp_file_requests;
@@ -149,6 +151,19 @@ void gen_os_fake_set_profile_result(int result)
 {
     script().profile_result = result;
 }
+void gen_os_fake_set_file_text(char const *text)
+{
+    script().file_text = text;
+    script().file_calls.clear();
+}
+char const *gen_os_fake_file_text()
+{
+    return script().file_text.c_str();
+}
+char const *gen_os_fake_file_calls()
+{
+    return script().file_calls.c_str();
+}
 
 char const *gen_os_fake_debug_output()
 {
@@ -260,10 +275,34 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
     return buffer.open(path, mode) != nullptr;
 }
 
-int gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file)
+bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,
+                                         int &result)
 {
     script().profile_call = {section, key, value, file};
-    return script().profile_result;
+    if (!script().answers.private_profile_string)
+        return false;
+    result = script().profile_result;
+    return true;
+}
+
+bool gen_os_read_file(char const *path, std::string &text)
+{
+    Script &s = script();
+    s.file_calls += std::string("read ") + path + '\n';
+    if (!s.answers.read_file)
+        return false;
+    text = s.file_text;
+    return true;
+}
+
+bool gen_os_replace_file(char const *path, std::string const &text)
+{
+    Script &s = script();
+    s.file_calls += std::string("replace ") + path + '\n';
+    if (!s.answers.replace_file)
+        return false;
+    s.file_text = text;
+    return true;
 }
 
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)

@@ -29,6 +29,9 @@ struct gen_os_fake_answers
         true; ///< in one question; not together with a job's figures, nor without either of the two
     bool local_time = true;
     bool executable_path = true;
+    bool private_profile_string = true; ///< as on Windows
+    bool read_file = true;
+    bool replace_file = true;
 };
 GEN_API void gen_os_fake_set_answers(gen_os_fake_answers const &answers);
 
@@ -61,6 +64,11 @@ struct gen_os_fake_profile_call
 };
 GEN_API gen_os_fake_profile_call gen_os_fake_last_profile_call();
 GEN_API void gen_os_fake_set_profile_result(int result);
+/// The text of the one file there is, under every path; empty at start. The calls to read and to replace it since then,
+/// "read path" or "replace path" and a line end each. The results are valid until the next call.
+GEN_API void gen_os_fake_set_file_text(char const *text);
+GEN_API char const *gen_os_fake_file_text();
+GEN_API char const *gen_os_fake_file_calls();
 /// The names of the next temporary files in whatever directory, a line each. A file is created even if it is there
 /// already. An empty line, and none left as at start: the system has no answer.
 GEN_API void gen_os_fake_set_temp_file_names(char const *names);

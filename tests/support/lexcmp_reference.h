@@ -55,7 +55,7 @@ inline int lexcmp(std::string const &first_text, std::string const &second_text,
     return static_cast<int>(first_text.size()) - static_cast<int>(second_text.size());
 }
 
-inline std::uint32_t take_number(Iterator &at, Iterator end, bool is_negative)
+inline std::uint32_t take_wrapped_number(Iterator &at, Iterator end, bool is_negative)
 {
     std::uint32_t value = 0;
     while (at != end && is_digit(*at))
@@ -83,8 +83,8 @@ inline int signed_lexcmp(std::string const &first_text, std::string const &secon
         } else {
             Iterator const first_run = first;
             Iterator const second_run = second;
-            result = static_cast<int>(take_number(first, first_text.end(), is_first_negative) -
-                                      take_number(second, second_text.end(), is_second_negative));
+            result = static_cast<int>(take_wrapped_number(first, first_text.end(), is_first_negative) -
+                                      take_wrapped_number(second, second_text.end(), is_second_negative));
             if (result == 0)
                 result = static_cast<int>((first - first_run) - (second - second_run));
         }

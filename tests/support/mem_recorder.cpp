@@ -1,6 +1,6 @@
 #include "tests/support/mem_recorder.h"
 
-#include "gen/base/gen_statics.h"
+#include "gen/path/gen_path_state.h"
 #include "mem_sys.h"
 
 #include <cstdarg>

@@ -130,7 +130,7 @@ private:
     GEN_BP_PARSER m_parser;
 };
 
-std::string text_of(BpReference::Tokens const &tokens)
+std::string tokens_text(BpReference::Tokens const &tokens)
 {
     constexpr char const *SPELLED[] = {"value", "path", "bus", "&&", "||", "=", ">", "<", "~", "time", "(", ")"};
     std::string text;
@@ -167,7 +167,7 @@ void expect_reference_followed(std::vector<BP_TOKEN_TYPE> const &types, std::siz
     std::vector<std::size_t> places;
     BpReference::Tokens tokens;
     while (true) {
-        ASSERT_TRUE(follows_reference(tokens)) << text_of(tokens);
+        ASSERT_TRUE(follows_reference(tokens)) << tokens_text(tokens);
         // counts on, in a number whose digits are types; one digit more after the largest value
         std::size_t digit = 0;
         while (digit < places.size() && ++places[digit] == types.size())
@@ -225,7 +225,7 @@ TEST(GenBpParserRules, LongRunsFollowTheReference)
         if (numbers() % 4 != 0)
             while (depth-- > 0)
                 tokens.push_back(token_of(BP_TOKEN_RIGHT_PAREN));
-        ASSERT_TRUE(follows_reference(tokens)) << text_of(tokens);
+        ASSERT_TRUE(follows_reference(tokens)) << tokens_text(tokens);
     }
 }
 

@@ -47,56 +47,6 @@ std::vector<std::string> short_texts(std::string const &alphabet, std::size_t lo
 
 } // namespace
 
-// Classes.
-
-struct Range
-{
-    int first;
-    int last;
-};
-struct ClassCase
-{
-    char const *name;
-    bool (*is_in_class)(int);
-    std::vector<Range> ranges;
-};
-std::vector<ClassCase> const CLASS_CASES = {
-    {"gen_ascii_isalnum", gen_ascii_isalnum, {{'0', '9'}, {'A', 'Z'}, {'a', 'z'}}},
-    {"gen_ascii_isalpha", gen_ascii_isalpha, {{'A', 'Z'}, {'a', 'z'}}},
-    {"gen_ascii_isascii", gen_ascii_isascii, {{0, 127}}},
-    {"gen_ascii_iscntrl", gen_ascii_iscntrl, {{0, 31}}}, // without 127
-    {"gen_ascii_isdigit", gen_ascii_isdigit, {{48, 57}}},
-    {"gen_ascii_isgraph", gen_ascii_isgraph, {{33, 126}}},
-    {"gen_ascii_islower", gen_ascii_islower, {{'a', 'z'}}},
-    {"gen_ascii_isprint", gen_ascii_isprint, {{32, 126}}},
-    {"gen_ascii_ispunct", gen_ascii_ispunct, {{33, 47}, {58, 64}, {91, 96}, {123, 126}}},
-    {"gen_ascii_isspace", gen_ascii_isspace, {{9, 13}, {32, 32}}},
-    {"gen_ascii_isupper", gen_ascii_isupper, {{'A', 'Z'}}},
-    {"gen_ascii_isxdigit", gen_ascii_isxdigit, {{48, 57}, {65, 70}, {98, 102}}}, // without 97
-};
-
-TEST(GenAsciiClasses, HoldTheirCodesAndNoOthers)
-{
-    for (ClassCase const &c : CLASS_CASES) {
-        auto const is_expected = [&](int code) {
-            return std::any_of(c.ranges.begin(), c.ranges.end(),
-                               [&](Range const &range) { return code >= range.first && code <= range.last; });
-        };
-        for (int code = -70000; code <= 70000; ++code)
-            ASSERT_EQ(c.is_in_class(code), is_expected(code)) << c.name << " of " << code;
-        for (int code : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max(), 0x1000041, -0x7fffffcf})
-            EXPECT_FALSE(c.is_in_class(code)) << c.name << " of " << code;
-    }
-}
-
-TEST(GenAsciiClasses, LeaveTheLetterAOutOfTheHexadecimalDigits)
-{
-    EXPECT_FALSE(gen_ascii_isxdigit('a'));
-    EXPECT_TRUE(gen_ascii_isxdigit('b'));
-    EXPECT_TRUE(gen_ascii_isxdigit('A'));
-    EXPECT_TRUE(gen_ascii_isxdigit('f'));
-}
-
 // Plain comparison.
 
 using CompareTexts = int (*)(char const *, char const *);
@@ -242,19 +192,6 @@ TEST(GenEndsWith, ComparesTheLastBytes)
 {
     for (EndsCase const &c : ENDS_CASES)
         EXPECT_EQ(gen_ends_with(c.text, c.part), c.at_end) << shown(c.text) << ", " << shown(c.part);
-}
-
-TEST(GenHasWildcardChars, FindsAsterisksAndQuestionMarks)
-{
-    EXPECT_FALSE(gen_has_wildcard_chars(nullptr));
-    EXPECT_FALSE(gen_has_wildcard_chars(""));
-    for (int code = 1; code < 256; ++code) {
-        bool const is_wildcard = code == '*' || code == '?';
-        char const c = static_cast<char>(code);
-        for (std::string const &text : {std::string{c}, std::string{'a', c}, std::string{c, 'b'}})
-            EXPECT_EQ(gen_has_wildcard_chars(text.c_str()), is_wildcard) << shown(text);
-    }
-    EXPECT_TRUE(gen_has_wildcard_chars("a?b*"));
 }
 
 // Number-aware comparison.

@@ -1,4 +1,4 @@
-#include "gen/text/gen_string_profile.h"
+#include "gen/text/gen_ini_text.h"
 
 #include "gen_string_sys.h"
 
@@ -14,7 +14,7 @@ bool has_any(char const *text, char const *characters)
     return text != nullptr && std::strpbrk(text, characters) != nullptr;
 }
 
-std::string_view trimmed(std::string_view text)
+std::string_view without_white_space(std::string_view text)
 {
     while (!text.empty() && gen_ascii_isspace(text.front()))
         text.remove_prefix(1);
@@ -29,7 +29,7 @@ bool are_equal_names(std::string_view first, std::string_view second)
                       [](char a, char b) { return gen_ascii_tolower(a) == gen_ascii_tolower(b); });
 }
 
-// LF, CR LF, or nothing at the end of a text.
+// The line end at the end of a text: LF, CR LF, or nothing.
 std::string_view line_end_of(std::string_view line)
 {
     if (line.empty() || line.back() != '\n')
@@ -38,7 +38,7 @@ std::string_view line_end_of(std::string_view line)
     return line.substr(line.size() - length);
 }
 
-// The lines of a text, each with its line end.
+// The lines of a text, including their line ends.
 std::vector<std::string> lines_of(std::string const &text)
 {
     std::vector<std::string> lines;
@@ -53,28 +53,28 @@ std::vector<std::string> lines_of(std::string const &text)
 
 bool is_section_line(std::string_view line)
 {
-    std::string_view const content = trimmed(line);
+    std::string_view const content = without_white_space(line);
     return !content.empty() && content.front() == '[' && content.find(']') != std::string_view::npos;
 }
 
-// The name between the brackets; it may hold brackets itself.
+// Compares the name between the first and the last bracket, which may itself contain brackets.
 bool is_line_of_section(std::string_view line, std::string_view section)
 {
     if (!is_section_line(line))
         return false;
-    std::string_view const content = trimmed(line);
-    return are_equal_names(trimmed(content.substr(1, content.rfind(']') - 1)), section);
+    std::string_view const content = without_white_space(line);
+    return are_equal_names(without_white_space(content.substr(1, content.rfind(']') - 1)), section);
 }
 
 bool is_line_of_key(std::string_view line, std::string_view key)
 {
-    std::string_view const content = trimmed(line);
+    std::string_view const content = without_white_space(line);
     if (content.empty() || content.front() == ';')
         return false;
-    return are_equal_names(trimmed(content.substr(0, content.find('='))), key);
+    return are_equal_names(without_white_space(content.substr(0, content.find('='))), key);
 }
 
-// Whether a line with this key and value is found again under the key.
+// Whether a line with this key and value would be found under the key.
 bool is_readable(std::string_view key, char const *value)
 {
     std::string const line = std::string(key) + '=' + value;
@@ -83,14 +83,14 @@ bool is_readable(std::string_view key, char const *value)
 
 bool is_blank(std::string_view line)
 {
-    return trimmed(line).empty();
+    return without_white_space(line).empty();
 }
 
-// The lines of a file, and the part of them that a section takes.
-class Profile
+// The lines of a file, and the range of them that belongs to one section.
+class IniText
 {
 public:
-    Profile(std::string const &text, std::string_view section) : m_lines(lines_of(text)), m_line_end("\n")
+    IniText(std::string const &text, std::string_view section) : m_lines(lines_of(text)), m_line_end("\n")
     {
         for (std::string const &line : m_lines)
             if (!line_end_of(line).empty())
@@ -147,7 +147,7 @@ private:
         return std::find_if(m_begin + 1, m_end, [&](std::string const &line) { return is_line_of_key(line, key); });
     }
 
-    // Puts a line in front of another one.
+    // Inserts a line before another one.
     void insert(Line line, std::string const &content)
     {
         if (line != m_lines.begin() && line_end_of(*(line - 1)).empty())
@@ -163,26 +163,26 @@ private:
 
 } // namespace
 
-bool gen_set_profile_key(std::string &text, char const *section, char const *key, char const *value)
+bool gen_set_ini_key(std::string &text, char const *section, char const *key, char const *value)
 {
     constexpr char const *LINE_ENDS = "\r\n";
     if (section == nullptr || has_any(section, LINE_ENDS) || has_any(key, "=\r\n") || has_any(value, LINE_ENDS))
         return false;
-    if (key != nullptr && value != nullptr && !is_readable(trimmed(key), value))
+    if (key != nullptr && value != nullptr && !is_readable(without_white_space(key), value))
         return false;
-    std::string_view const section_name = trimmed(section);
-    Profile profile(text, section_name);
+    std::string_view const section_name = without_white_space(section);
+    IniText ini(text, section_name);
     if (key == nullptr) {
-        if (profile.has_section())
-            profile.remove_section();
+        if (ini.has_section())
+            ini.remove_section();
     } else if (value == nullptr) {
-        if (profile.has_section())
-            profile.remove_key(trimmed(key));
-    } else if (profile.has_section()) {
-        profile.set_key(trimmed(key), value);
+        if (ini.has_section())
+            ini.remove_key(without_white_space(key));
+    } else if (ini.has_section()) {
+        ini.set_key(without_white_space(key), value);
     } else {
-        profile.add_section(section_name, trimmed(key), value);
+        ini.add_section(section_name, without_white_space(key), value);
     }
-    text = profile.text();
+    text = ini.text();
     return true;
 }

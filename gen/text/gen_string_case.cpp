@@ -2,7 +2,7 @@
 
 namespace {
 
-// What an upper-case and a lower-case letter differ in.
+// The difference between the codes of a lower-case and an upper-case letter.
 constexpr int CASE_DISTANCE = 'a' - 'A';
 
 } // namespace

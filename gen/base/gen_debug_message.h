@@ -1,0 +1,15 @@
+// Debug messages of the library, which go to the channel of zel_mem.
+#ifndef GEN_DEBUG_MESSAGE_H
+#define GEN_DEBUG_MESSAGE_H
+
+#include "gen/base/gen_argument_slots.h"
+#include "mem_sys.h"
+
+/// Writes a debug message under the module "GEN".
+template <typename... ARGUMENTS>
+void gen_debug_message(char const *format, ARGUMENTS const &...arguments)
+{
+    mem_msg_local_vdebug("GEN", format, GEN_ARGUMENT_SLOTS<ARGUMENTS...>(arguments...).cursor());
+}
+
+#endif

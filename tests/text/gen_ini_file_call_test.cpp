@@ -1,0 +1,66 @@
+// The change of a file over a scripted system, which has a call of its own or only reads and replaces files.
+#include "gen_string_sys.h"
+
+#include "tests/support/gen_os_fake.h"
+
+#include <gtest/gtest.h>
+
+TEST(GenWriteprivateprofilestring, IsTheCallOfASystemThatHasOne)
+{
+    struct Case
+    {
+        char const *section;
+        char const *key;
+        char const *value;
+        char const *file;
+        int result;
+    };
+    for (Case const &c : {Case{"section", "key", "value", "tool.ini", 1}, Case{"section", "key", "value", "", 0},
+                          Case{"", "a=b", "\r\n", "missing/tool.ini", -7}, Case{"section", "key", nullptr, "x", 256},
+                          Case{"section", nullptr, nullptr, "x", 1}, Case{nullptr, nullptr, nullptr, nullptr, 0}}) {
+        gen_os_fake_set_profile_result(c.result);
+        EXPECT_EQ(gen_writeprivateprofilestring(c.section, c.key, c.value, c.file), c.result);
+        gen_os_fake_profile_call const call = gen_os_fake_last_profile_call();
+        EXPECT_EQ(call.section, c.section);
+        EXPECT_EQ(call.key, c.key);
+        EXPECT_EQ(call.value, c.value);
+        EXPECT_EQ(call.file, c.file);
+    }
+}
+
+TEST(GenWriteprivateprofilestring, ReadsAndReplacesTheFileOfASystemWithoutACall)
+{
+    struct Case
+    {
+        char const *name;
+        gen_os_fake_answers answers;
+        char const *section;
+        char const *value;
+        char const *file;
+        int result;
+        char const *calls;
+        char const *text;
+    };
+    gen_os_fake_answers system;
+    system.private_profile_string = false;
+    gen_os_fake_answers unreadable = system;
+    unreadable.read_file = false;
+    gen_os_fake_answers unwritable = system;
+    unwritable.replace_file = false;
+    constexpr char const *FORMER = "[a]\nx=1\n";
+    for (Case const &c : {
+             Case{"a change", system, "a", "2", "t.ini", 1, "read t.ini\nreplace t.ini\n", "[a]\nx=2\n"},
+             Case{"no change", system, "a", "1", "t.ini", 1, "read t.ini\n", FORMER},
+             Case{"a refused change", system, nullptr, "2", "t.ini", 0, "read t.ini\n", FORMER},
+             Case{"no file", system, "a", "2", nullptr, 0, "", FORMER},
+             Case{"an unreadable file", unreadable, "a", "2", "t.ini", 0, "read t.ini\n", FORMER},
+             Case{"an unwritable file", unwritable, "a", "2", "t.ini", 0, "read t.ini\nreplace t.ini\n", FORMER},
+         }) {
+        gen_os_fake_set_answers(c.answers);
+        gen_os_fake_set_file_text(FORMER);
+        EXPECT_EQ(gen_writeprivateprofilestring(c.section, "x", c.value, c.file), c.result) << c.name;
+        EXPECT_STREQ(gen_os_fake_file_calls(), c.calls) << c.name;
+        EXPECT_STREQ(gen_os_fake_file_text(), c.text) << c.name;
+    }
+    gen_os_fake_set_answers({});
+}

@@ -1,0 +1,123 @@
+#include "gen_string_sys.h"
+
+#include <boost/numeric/conversion/converter_policies.hpp>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#ifndef _WIN32
+#include <sys/mman.h>
+#endif
+
+namespace {
+
+std::string shown(std::string const &text)
+{
+    return testing::PrintToString(text);
+}
+
+// A text with its terminator and not a byte more, so that a sanitizer sees any step too far.
+std::vector<char> terminated(std::string const &text)
+{
+    return {text.c_str(), text.c_str() + text.size() + 1};
+}
+
+} // namespace
+
+struct EscapeCase
+{
+    std::string text;
+    std::string result;
+};
+std::vector<EscapeCase> const ESCAPE_CASES = {
+    {"", ""},
+    {"abc", "abc"},
+    {"\\nab", "\nab"},
+    {"a\\rb\\tc\\n", "a\rb\tc\n"},
+    {"\\a\\N\\0\\ \\'", "aN0 '"},
+    {"\\\\", "\\"},
+    {"\\\\n", "\\n"},
+    {"\\\\\\n", "\\\n"},
+    // A backslash at the end is dropped.
+    {"\\", ""},
+    {"a\\", "a"},
+    {"\\\\\\", "\\"},
+    // Within quotes nothing is decoded, and a backslash keeps no quote from closing.
+    {"\"\\nab\"", "\"\\nab\""},
+    {"\"a\\", "\"a\\"},
+    {"\"\\\"\\n", "\"\\\"\n"},
+    {"\"\\\\\"\\n", "\"\\\\\"\n"},
+    {"\"a\"\\n\"\\n\"", "\"a\"\n\"\\n\""},
+    // A quote that was decoded opens nothing.
+    {"\\\"", "\""},
+    {"\\\"\\n", "\"\n"},
+    {"\\\"\\n\"\\n", "\"\n\"\\n"},
+};
+
+TEST(GenProcessEscapedQuotes, DecodesOutsideQuotes)
+{
+    for (EscapeCase const &c : ESCAPE_CASES) {
+        std::string text = c.text;
+        gen_process_escaped_quotes(text);
+        EXPECT_EQ(text, c.result) << shown(c.text);
+
+        std::vector<char> bytes = terminated(c.text);
+        gen_process_escaped_quotes(bytes.data());
+        EXPECT_EQ(std::string(bytes.data()), c.result) << shown(c.text);
+    }
+    gen_process_escaped_quotes(nullptr);
+}
+
+TEST(GenProcessEscapedQuotes, DecodesAfterEmbeddedZerosOfAString)
+{
+    std::string text("\0\\n\\\0", 5);
+    gen_process_escaped_quotes(text);
+    EXPECT_EQ(text, std::string("\0\n\0", 3));
+}
+
+#ifndef _WIN32 // there a text of that length needs all its memory
+
+// 2^31 characters and a terminator that can't be written to: one piece of a file, mapped again and again.
+class LongText
+{
+public:
+    LongText()
+    {
+        std::FILE *const file = std::tmpfile();
+        std::string const characters(CHUNK, 'x');
+        bool is_made =
+            file != nullptr && std::fwrite(characters.data(), 1, CHUNK, file) == CHUNK && std::fflush(file) == 0;
+        m_place = mmap(nullptr, SIZE, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        is_made = is_made && m_place != MAP_FAILED;
+        for (std::size_t at = 0; is_made && at < LENGTH; at += CHUNK)
+            is_made = mmap(text() + at, CHUNK, PROT_READ, MAP_SHARED | MAP_FIXED, fileno(file), 0) != MAP_FAILED;
+        if (file != nullptr)
+            std::fclose(file);
+        EXPECT_TRUE(is_made) << std::strerror(errno);
+    }
+    ~LongText() { munmap(m_place, SIZE); }
+    LongText(LongText const &) = delete;
+    LongText &operator=(LongText const &) = delete;
+
+    char *text() const { return static_cast<char *>(m_place); }
+
+private:
+    static constexpr std::size_t LENGTH = std::size_t{1} << 31;
+    static constexpr std::size_t CHUNK = std::size_t{1} << 24;
+    static constexpr std::size_t SIZE = LENGTH + CHUNK; // the last piece is zeros
+
+    void *m_place;
+};
+
+TEST(GenProcessEscapedQuotes, ThrowsOnATextTooLongForAnInt)
+{
+    LongText const text;
+    ASSERT_FALSE(HasFailure());
+    EXPECT_THROW(gen_process_escaped_quotes(text.text()), boost::numeric::positive_overflow);
+}
+#endif
