@@ -48,9 +48,10 @@ target_compile_options(zel_options INTERFACE
   -ffp-contract=off
   # No path of the building machine: debug information and internal errors name a source from the project's root.
   "-fdebug-prefix-map=${PROJECT_SOURCE_DIR}/=" "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
-# An internal error names its source without the room. The last option that matches is the one that g++ takes, the
-# longest that clang takes.
-file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/rooms.txt" rooms REGEX "^[^#]")
+# An internal error names its source without the room. Of several options that match, g++ takes the last and clang the
+# longest.
+file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/rooms.txt" rooms REGEX "^room ")
+list(TRANSFORM rooms REPLACE "^room *[|] *([a-z/]+) .*" "\\1")
 foreach(room IN LISTS rooms)
   get_filename_component(library "${room}" DIRECTORY)
   target_compile_options(zel_options INTERFACE "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/${room}/=${library}/")
