@@ -39,7 +39,7 @@ file(CREATE_LINK "${ZEL_BOOST_INCLUDE_DIR}/boost" "${PROJECT_BINARY_DIR}/boost/b
 add_library(zel_boost INTERFACE)
 target_include_directories(zel_boost SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/boost")
 
-# zel_options: what every source of ours is compiled with.
+# zel_options: the compiler options of all sources of the project.
 add_library(zel_options INTERFACE)
 target_compile_options(zel_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
@@ -82,7 +82,7 @@ if(ZEL_COVERAGE)
 endif()
 
 if(WIN32)
-  # The compiler's runtime libraries stand beside the executables, as in an installed tree.
+  # The compiler's runtime libraries lie beside the executables, as in an installed tree.
   set(ZEL_RUNTIME_LIBRARIES "")
   foreach(runtime libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${runtime}
