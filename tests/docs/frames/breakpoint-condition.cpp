@@ -5,17 +5,17 @@
 
 namespace {
 
-std::string shown;
-std::string executed;
+std::string l_shown;
+std::string l_executed;
 
 void show(std::string const &errors)
 {
-    shown = errors;
+    l_shown = errors;
 }
 
 void run(std::string const &condition)
 {
-    executed = condition;
+    l_executed = condition;
 }
 
 } // namespace
@@ -23,7 +23,7 @@ void run(std::string const &condition)
 int main()
 {
     // example
-    expect(shown.empty(), "there is no error");
-    expect(executed == "LOGICAL_AND(EQUAL_TO(HPATH(|top|state),BUS(1010)),TIME_GT(5ns))",
+    expect(l_shown.empty(), "there is no error");
+    expect(l_executed == "LOGICAL_AND(EQUAL_TO(HPATH(|top|state),BUS(1010)),TIME_GT(5ns))",
            "the calls are as the page says");
 }

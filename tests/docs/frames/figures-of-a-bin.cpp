@@ -3,17 +3,17 @@
 
 namespace {
 
-bool routed = false;
-bool shown = false;
+bool l_is_routed = false;
+bool l_is_shown = false;
 
 void route()
 {
-    routed = true;
+    l_is_routed = true;
 }
 
 void show_seconds(double seconds)
 {
-    shown = seconds >= 0 && seconds < 100;
+    l_is_shown = seconds >= 0 && seconds < 100;
 }
 
 } // namespace
@@ -24,6 +24,6 @@ int main()
     {
         // example
     }
-    expect(routed && shown, "the figures are those of the open bin");
+    expect(l_is_routed && l_is_shown, "the figures are those of the open bin");
     GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
 }

@@ -8,13 +8,13 @@
 
 namespace {
 
-char logged[1000];
+char l_logged[1000];
 
 void log(char const *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(logged, sizeof logged, format, arguments);
+    std::vsnprintf(l_logged, sizeof l_logged, format, arguments);
     va_end(arguments);
 }
 
@@ -24,6 +24,6 @@ int main()
 {
     // example
     expect(available > 0, "memory is available");
-    expect(std::string(logged).find(", " + platform) != std::string::npos && !platform.empty(),
+    expect(std::string(l_logged).find(", " + platform) != std::string::npos && !platform.empty(),
            "the platform has a name");
 }

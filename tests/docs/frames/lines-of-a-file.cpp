@@ -7,11 +7,11 @@
 
 namespace {
 
-std::vector<std::string> lines;
+std::vector<std::string> l_lines;
 
 void use(std::string const &line)
 {
-    lines.push_back(line);
+    l_lines.push_back(line);
 }
 
 } // namespace
@@ -21,5 +21,5 @@ int main()
     std::istringstream in("one\n\ntwo\n");
     std::string line;
     // example
-    expect((lines == std::vector<std::string>{"one", "", "two"}), "no empty line after the last one");
+    expect((l_lines == std::vector<std::string>{"one", "", "two"}), "no empty line after the last one");
 }

@@ -6,11 +6,11 @@ namespace {
 void kernel_plain() {}
 void kernel_avx2() {}
 
-int workers = -1;
+int l_workers = -1;
 
 void start_workers(int count, void (*kernel)())
 {
-    workers = kernel != nullptr ? count : -1;
+    l_workers = kernel != nullptr ? count : -1;
 }
 
 } // namespace
@@ -18,5 +18,5 @@ void start_workers(int count, void (*kernel)())
 int main()
 {
     // example
-    expect(workers == -1 || workers > 0, "the cores are counted, or the capture failed");
+    expect(l_workers == -1 || l_workers > 0, "the cores are counted, or the capture failed");
 }

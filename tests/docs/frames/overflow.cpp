@@ -9,11 +9,11 @@ struct Design
 {
 };
 
-int rejected = 0;
+int l_rejected = 0;
 
 int reject(Design const &)
 {
-    ++rejected;
+    ++l_rejected;
     return -1;
 }
 
@@ -27,7 +27,7 @@ int area_of(Design const &design, int width, int height, int border)
 
 int main()
 {
-    expect(area_of({}, 3, 4, 5) == 17 && rejected == 0, "a small area is exact");
-    expect(area_of({}, INT_MAX, 2, 0) == -1 && rejected == 1, "an overflow of the product is noticed at the end");
-    expect(area_of({}, INT_MAX, 1, 1) == -1 && rejected == 2, "and one of the sum");
+    expect(area_of({}, 3, 4, 5) == 17 && l_rejected == 0, "a small area is exact");
+    expect(area_of({}, INT_MAX, 2, 0) == -1 && l_rejected == 1, "an overflow of the product is noticed at the end");
+    expect(area_of({}, INT_MAX, 1, 1) == -1 && l_rejected == 2, "and one of the sum");
 }

@@ -6,16 +6,16 @@
 
 namespace {
 
-int calls = 0;
+int l_calls = 0;
 
 void pack()
 {
-    ++calls;
+    ++l_calls;
 }
 
 void place()
 {
-    ++calls;
+    ++l_calls;
 }
 
 } // namespace
@@ -23,7 +23,7 @@ void place()
 int main()
 {
     // example
-    expect(calls == 2 && cpu_usec < 100000000, "the lap is that of place()");
+    expect(l_calls == 2 && cpu_usec < 100000000, "the lap is that of place()");
     expect(watch.lap_usec(GEN_STOPWATCH_WALLCLOCK | GEN_STOPWATCH_USER) == GEN_STOPWATCH::NO_LAP_USEC,
            "wall-clock and CPU time don't add up");
 }

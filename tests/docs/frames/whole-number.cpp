@@ -7,11 +7,11 @@
 
 namespace {
 
-int complaints = 0;
+int l_complaints = 0;
 
 void complain()
 {
-    ++complaints;
+    ++l_complaints;
 }
 
 std::int32_t read(char const *text)
@@ -24,8 +24,8 @@ std::int32_t read(char const *text)
 
 int main()
 {
-    expect(read("12") == 12 && read("-12") == -12 && complaints == 0, "whole numbers are read");
+    expect(read("12") == 12 && read("-12") == -12 && l_complaints == 0, "whole numbers are read");
     for (char const *const text : {"", "-", "  ", "12x", "2147483648"})
         read(text);
-    expect(complaints == 5, "whatever is no whole number is noticed");
+    expect(l_complaints == 5, "whatever is no whole number is noticed");
 }
