@@ -167,6 +167,18 @@ class Includes(Tree):
         self.expect_fault(self.includes(),
                           "wrong arrow: gen/os/gen_os_linux.cpp:4 -> h/gen_text_sys.h (gen/os may use: gen/base)")
 
+    def test_header_that_cmake_chooses(self):
+        for platform in ("linux", "windows"):
+            self.sources[f"gen/os/gen_os_thread_{platform}.h"] = "int gen_thread();\n"
+        self.sources["gen/os/gen_os_thread.h"] = '#include "gen/os/gen_os_thread_platform.h"\n'
+        self.expect_clean(self.includes())
+        self.sources["gen/base/gen_base.cpp"] += '#include "gen/os/gen_os_thread_platform.h"\n'
+        self.expect_fault(self.includes(),
+                          "wrong arrow: gen/base/gen_base.cpp:4 -> gen/os/gen_os_thread_linux.h"
+                          " (gen/base may use: no other room)",
+                          "wrong arrow: gen/base/gen_base.cpp:4 -> gen/os/gen_os_thread_windows.h"
+                          " (gen/base may use: no other room)")
+
     def test_exception_holds_for_one_file(self):
         self.sources["gen/text/gen_text.cpp"] += '#include "gen_bins_sys.h"\n'
         self.expect_fault(self.includes(), "wrong arrow: gen/text/gen_text.cpp:4 -> h/gen_bins_sys.h"
