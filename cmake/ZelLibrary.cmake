@@ -1,8 +1,9 @@
 # zel_add_library(<short name> SOURCES <file>... [PUBLIC <target>...] [PRIVATE <target>...])
 #
-# Makes the shared library zel_<name>, its alias zel::<name> and the object library
-# zel_<name>_objects with the platform-free part, from which tests link a second library over a
-# fake operating-system layer. OS_SOURCES are compiled into the shipped library only.
+# Makes the shared library zel_<name>, its alias zel::<name> and the object library zel_<name>_objects with the SOURCES,
+# from which tests link a second library over fakes. OS_SOURCES are the sources that such a fake replaces, and are
+# compiled into the shipped library alone: the operating-system layer, and in zel_mem also the memory figures above it. A
+# source in os/ that no fake replaces is among the SOURCES.
 function(zel_add_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;OS_SOURCES;PUBLIC;PRIVATE" ${ARGN})
   set(target zel_${name})

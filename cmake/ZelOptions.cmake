@@ -46,7 +46,7 @@ file(CREATE_LINK "${ZEL_BOOST_INCLUDE_DIR}/boost" "${PROJECT_BINARY_DIR}/boost/b
 add_library(zel_boost INTERFACE)
 target_include_directories(zel_boost SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/boost")
 
-# zel_options: what every source of ours is compiled with.
+# zel_options: the compiler options of all sources of the project.
 add_library(zel_options INTERFACE)
 target_compile_options(zel_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
@@ -55,9 +55,10 @@ target_compile_options(zel_options INTERFACE
   -ffp-contract=off
   # No path of the building machine: debug information and internal errors name a source from the project's root.
   "-fdebug-prefix-map=${PROJECT_SOURCE_DIR}/=" "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
-# An internal error names its source without the room. The last option that matches is the one that g++ takes, the
-# longest that clang takes.
-file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/rooms.txt" rooms REGEX "^[^#]")
+# An internal error names its source without the room. Of several options that match, g++ takes the last and clang the
+# longest.
+file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/rooms.txt" rooms REGEX "^room ")
+list(TRANSFORM rooms REPLACE "^room *[|] *([a-z/]+) .*" "\\1")
 foreach(room IN LISTS rooms)
   get_filename_component(library "${room}" DIRECTORY)
   target_compile_options(zel_options INTERFACE "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/${room}/=${library}/")
@@ -96,7 +97,7 @@ if(ZEL_COVERAGE)
 endif()
 
 if(WIN32)
-  # The compiler's runtime libraries stand beside the executables, as in an installed tree.
+  # The compiler's runtime libraries lie beside the executables, as in an installed tree.
   set(ZEL_RUNTIME_LIBRARIES "")
   foreach(runtime libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${runtime}

@@ -9,11 +9,11 @@ zel_missing() {
     done
 }
 
-# zel_need <package>...: installs the packages that are missing, where apt is there and we may; else says
-# which they are and returns 1. A system without dpkg is taken at its word: the build will tell.
+# zel_need <package>...: installs the packages that are missing, if apt exists and is allowed; otherwise prints
+# them and returns 1. On a system without dpkg nothing can be checked: the build fails if something is missing.
 zel_need() {
     if ! command -v dpkg-query >/dev/null; then
-        echo "set-up: no dpkg here; needed are what these packages of Debian 12 hold: $*"
+        echo "set-up: no dpkg here; needed are the contents of these packages of Debian 12: $*"
         return 0
     fi
     local missing

@@ -18,7 +18,7 @@ function(expect_root executable)
   execute_process(COMMAND ${EMULATOR} "${executable}" OUTPUT_VARIABLE root OUTPUT_STRIP_TRAILING_WHITESPACE
                   COMMAND_ERROR_IS_FATAL ANY)
   unset(ENV{LD_LIBRARY_PATH})
-  # Paths are lower case on Windows, and they begin with a drive.
+  # Paths are lower case on Windows, and begin with a drive.
   string(TOLOWER "${prefix}/" expected)
   string(TOLOWER "${root}" found)
   string(REGEX REPLACE "^z:" "" found "${found}")
