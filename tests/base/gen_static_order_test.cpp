@@ -3,7 +3,8 @@
 // ends. What they release goes through the operators at the end of this file.
 #include "fio_sys.h"
 #include "gen/machine/gen_machine_state.h"
-#include "gen/profile/gen_profile_bins_impl.h"
+#include "gen/profile/gen_profile_bins_bin.h"
+#include "gen/profile/gen_profile_bins_listener.h"
 #include "gen/base/gen_statics.h"
 #include "gen_cookie_sys.h"
 #include "gen_dep_sys.h"
@@ -421,11 +422,13 @@ TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[/fake/][tool][1]"));
 }
 
-// There are no bins: cookies have no path.
+// There are no bins: cookies have no path, and no run ends.
 std::vector<std::string> gen_pb_current_path()
 {
     return {};
 }
+
+void gen_pb_listen_to_end(GEN_PB_LISTENER & /*listener*/) {}
 
 // Out of line, where the compiler doesn't take their malloc() and free() for strangers.
 [[gnu::noinline]] void *operator new(std::size_t size)
