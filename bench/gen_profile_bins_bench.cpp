@@ -68,7 +68,7 @@ void ignored_pairs(benchmark::State &state)
         five_pairs(GEN_PB_FLAG_RECORD);
 }
 
-// On a thread that doesn't own the bins; timed there.
+// On a thread that doesn't own the bins, and measured there.
 void foreign_pairs(benchmark::State &state)
 {
     use_bins();
@@ -84,7 +84,7 @@ void foreign_pairs(benchmark::State &state)
     }
 }
 
-// The names of a parent's children, and behind them the parent's own; kept, since events hold the callers' texts.
+// The names of a parent's children, and after them the parent's own. They are kept, since events hold pointers to them.
 std::vector<std::string> const &child_names(std::int64_t count)
 {
     static std::map<std::int64_t, std::vector<std::string>> all;
@@ -96,8 +96,8 @@ std::vector<std::string> const &child_names(std::int64_t count)
     return names;
 }
 
-// A walk over the distinct children of one parent, all of them there already; the floor of the walk is the same one
-// with the clock readings alone.
+// A walk over the distinct children of one parent, all of which exist already. Its floor is the same walk with only the
+// clock readings.
 template <bool OPENS>
 void walk(benchmark::State &state)
 {

@@ -1,5 +1,6 @@
-// Opens and closes of profile bins with the clocks taken out. One iteration is five pairs, a full buffer. The program
-// is there twice, with counted allocations and without: then each boundary of a bin asks for the process's figures.
+// Opens and closes of profile bins over clocks that cost nothing. One iteration is five pairs, a full buffer. The
+// program is built twice: with counted allocations, and without, so that each open and close of a bin asks the system
+// for the memory of the process.
 #include "gen_profile_bins_sys.h"
 
 #include "bench/bench.h"
