@@ -1,8 +1,16 @@
+// The cookie log: values that a tool records by name, with the path of the bin that was current.
+//
+// Cookies under one path wait until the path changes or the log is written, and are then sorted by name. So those of
+// one place of the flow are in order whatever order its threads logged them in, and the places are in order of the
+// flow:
+//
+//     b in X, a in X, c in Y, d in X   gives   a in X, b in X, c in Y, d in X
 #include "gen_cookie_sys.h"
 
-#include "gen/profile/gen_cookie.h"
 #include "gen/base/gen_message.h"
-#include "gen/profile/gen_profile_bins_impl.h"
+#include "gen/profile/gen_cookie.h"
+#include "gen/profile/gen_profile_bins_bin.h"
+#include "gen/profile/gen_profile_bins_listener.h"
 #include "gen_fstream_sys.h"
 #include "mem_sys.h"
 #include "thr_sys.h"
@@ -37,7 +45,7 @@ bool operator<(Cookie const &a, Cookie const &b)
     return std::tie(a.m_description, a.m_path) < std::tie(b.m_description, b.m_path);
 }
 
-// All cookies of the process. Threads change it under the mutex.
+// All cookies of the process. Any thread changes them, under the mutex; the owner of the bins writes them at the end.
 struct Log
 {
     Log();
@@ -46,9 +54,9 @@ struct Log
     Log &operator=(Log const &) = delete;
 
     void add(Cookie cookie);
-    // Sorts the pending cookies behind the logged ones.
+    // Sorts the pending cookies and appends them to the logged ones.
     void move_pending();
-    // The same, but they stay pending as well.
+    // Does the same, but they stay pending as well.
     void copy_pending();
 
     THR_MUTEX_OBJ m_mutex = thr_mutex_create();
@@ -58,7 +66,7 @@ struct Log
     Path m_last_path;
 };
 
-// The log while it is there; another library may log before or after.
+// The log, null before its construction and after its release; other libraries may log then.
 std::atomic<Log *> l_log_in_life{nullptr};
 
 Log l_log;
@@ -103,7 +111,7 @@ bool exists(std::string const &file)
     return std::brisel_ifstream(file.c_str(), std::ios::in, GEN_SHARE_ALL).good();
 }
 
-// Appends a text with blanks up to a width, which a longer text exceeds.
+// Appends a text, filled up with blanks to a width. A longer text is not cut.
 void append_cell(std::string &line, std::string const &text, std::size_t width)
 {
     line += text;
@@ -147,26 +155,8 @@ void write_rows(std::ostream &out, std::vector<Cookie> const &cookies)
     }
 }
 
-} // namespace
-
-void gen_log_cookie(char const *description, std::uint64_t hash)
-{
-    Log *const log = l_log_in_life.load(std::memory_order_acquire);
-    if (log == nullptr)
-        return;
-    if (description == nullptr)
-        description = "";
-    log->add({gen_pb_current_path(), description, hash});
-    gen_say("Cookie logged %s: %I64u", description, hash);
-}
-
-void gen_cookie_log_configure(bool primary, bool debug_messages)
-{
-    if (Log *const log = l_log_in_life.load(std::memory_order_acquire))
-        log->m_enabled = mem_cfg_is_on("gen_print_cookie_log", false) && (primary || debug_messages);
-}
-
-void gen_cookie_log_write(char const *name)
+// Writes the log, if that is enabled. No other thread may log at the same time.
+void write_log(char const *name)
 {
     Log *const log = l_log_in_life.load(std::memory_order_acquire);
     if (log == nullptr)
@@ -187,4 +177,35 @@ void gen_cookie_log_write(char const *name)
     }
     if (out.good())
         write_rows(out, log->m_logged);
+}
+
+// Writes the log at the end of a run.
+class CookieWriter final : public GEN_PB_LISTENER
+{
+public:
+    void on_end(char const *name) override { write_log(name); }
+};
+
+CookieWriter l_writer;
+
+} // namespace
+
+void gen_log_cookie(char const *description, std::uint64_t hash)
+{
+    Log *const log = l_log_in_life.load(std::memory_order_acquire);
+    if (log == nullptr)
+        return;
+    if (description == nullptr)
+        description = "";
+    log->add({gen_pb_current_path(), description, hash});
+    gen_say("Cookie logged %s: %I64u", description, hash);
+}
+
+void gen_cookie_log_configure(bool primary, bool debug_messages)
+{
+    Log *const log = l_log_in_life.load(std::memory_order_acquire);
+    if (log == nullptr)
+        return;
+    log->m_enabled = mem_cfg_is_on("gen_print_cookie_log", false) && (primary || debug_messages);
+    gen_pb_listen_to_end(l_writer);
 }

@@ -1,11 +1,9 @@
-// What the profile bins ask of the cookie log.
+// The cookie log as a listener of the profile bins.
 #ifndef GEN_COOKIE_H
 #define GEN_COOKIE_H
 
-/// Decides whether the log will be written, by the arguments of GEN_PROFILE_BINS::initialize().
+/// Decides by the arguments of GEN_PROFILE_BINS::initialize() whether the log will be written at the end of the run, as
+/// "cookie_db_<name>.log" with the name given to finalize().
 void gen_cookie_log_configure(bool primary, bool debug_messages);
-
-/// Writes the log, if that was decided, as "cookie_db_<name>.log". No other thread may log meanwhile.
-void gen_cookie_log_write(char const *name);
 
 #endif

@@ -1,4 +1,4 @@
-// What the libraries of the installation and the process take, told at a point of a flow.
+// Reports the sizes of the installation's libraries and the memory of the process at a point of a flow.
 #include "gen_profile_bins_sys.h"
 
 #include "fio_sys.h"
@@ -17,7 +17,7 @@ namespace {
 constexpr unsigned ATTRIBUTE_DIRECTORY = 0x10;
 constexpr unsigned ATTRIBUTE_LINK = 0x400;
 
-// Sizes on disk, in bytes, in the width that a find record has.
+// Sizes on disk in bytes, as wide as those of a find record.
 struct LibrarySizes
 {
     std::uint32_t m_loaded = 0;
@@ -43,7 +43,7 @@ void add_library(LibrarySizes &sizes, struct _finddata64i32_t const &record, boo
         gen_say("LOADED: %-12s  %9ld", static_cast<char const *>(record.name), size);
 }
 
-// False if there is no library.
+// Returns false if there is no library.
 bool scan_libraries(LibrarySizes &sizes, bool list_details)
 {
     struct _finddata64i32_t record;

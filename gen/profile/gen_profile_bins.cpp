@@ -1,26 +1,23 @@
-#include "gen/profile/gen_profile_bins_impl.h"
+#include "gen/profile/gen_profile_bins_events.h"
 
 #include "err_sys.h"
-#include "gen/profile/gen_cookie.h"
 #include "gen/base/gen_message.h"
-#include "gen_flow_sys.h"
+#include "gen/profile/gen_cookie.h"
+#include "gen/profile/gen_profile_bins_bin.h"
+#include "gen/profile/gen_profile_bins_estimate.h"
+#include "gen/profile/gen_profile_bins_listener.h"
+#include "gen/profile/gen_profile_bins_mem.h"
+#include "gen/profile/gen_profile_bins_report.h"
+#include "gen/profile/gen_profile_bins_tree.h"
 #include "gen_time_sys.h"
 #include "mem_sys.h"
 #include "thr_sys.h"
 
 #include <algorithm>
-#include <stdexcept>
-
-#include <boost/regex.hpp>
-
-// Written and read as its members say; nothing of it needs release at exit.
-GEN_PB_STATE s_gen_pb;
-
-std::string GEN_PROFILE_BINS::s_log_file_suffix;
 
 namespace {
 
-// More bins than this, opened at once, slow a flow down.
+// Opening more bins than this with GEN_PB_FLAG_IMMEDIATE slows a flow down.
 constexpr std::uint32_t IMMEDIATE_BIN_LIMIT = 5000000;
 
 // A process that is not the flow's main one writes its reports at this granularity alone.
@@ -29,10 +26,74 @@ constexpr int SECONDARY_REPORT_GRANULARITY = 3;
 // Room of the text for a bad regular expression, terminator included.
 constexpr std::size_t REGEX_ERROR_SIZE = 4096;
 
-// Compiled from the configuration by initialize, dropped by finalize; null for an empty key.
-std::unique_ptr<boost::regex> l_gen_pb_tracq_bin_re;
-std::unique_ptr<boost::regex> l_gen_pb_tracq_tag_re;
-std::unique_ptr<boost::regex> l_gen_pb_fileline_re;
+// The one class of the bins: it adds their public operations.
+class Bin final : public GEN_PB_IMPL
+{
+public:
+    void close() override;
+    double get_metric(unsigned metric, bool cumulative) const override;
+    std::string get_path(GEN_PROFILE_BIN const *root) const override;
+    std::string get_path(char const *separator, GEN_PROFILE_BIN const *root) const override;
+    void get_path_names(std::vector<std::string> *result, GEN_PROFILE_BIN const *root) const override;
+    void dump(char const *file, bool collect_tags) override;
+
+private:
+    std::vector<GEN_PB_IMPL const *> path_from(GEN_PROFILE_BIN const *root) const;
+};
+
+void Bin::close()
+{
+    if (!gen_pb_is_own_thread())
+        return;
+    GEN_PB_IMPL const *const current = get_current_bin();
+    if (this != current) {
+        std::string text;
+        stl_sprintf(&text, "GEN_PROFILE_BINS: Unable to close bin \"%s\".  Current open bin was \"%s\"",
+                    get_path(nullptr).c_str(), current == nullptr ? "NULL" : current->get_path(nullptr).c_str());
+        gen_pb_fail(text.c_str(), __FILE__, __LINE__);
+        return;
+    }
+    gen_pb_close(gen_pb().run.checks_names ? m_name.c_str() : nullptr);
+}
+
+double Bin::get_metric(unsigned metric, bool cumulative) const
+{
+    return gen_pb_metric(*this, metric, cumulative);
+}
+
+// The path that the next three show; a null `root` means the root bin.
+std::vector<GEN_PB_IMPL const *> Bin::path_from(GEN_PROFILE_BIN const *root) const
+{
+    if (!gen_pb_is_own_thread())
+        return {};
+    return gen_pb_path(*this, root == nullptr ? get_root_bin() : root);
+}
+
+std::string Bin::get_path(GEN_PROFILE_BIN const *root) const
+{
+    return get_path("/", root);
+}
+
+std::string Bin::get_path(char const *separator, GEN_PROFILE_BIN const *root) const
+{
+    return gen_pb_path_text(path_from(root), separator);
+}
+
+void Bin::get_path_names(std::vector<std::string> *result, GEN_PROFILE_BIN const *root) const
+{
+    for (GEN_PB_IMPL const *bin : path_from(root))
+        result->push_back(bin->m_name);
+}
+
+void Bin::dump(char const *file, bool collect_tags)
+{
+    gen_pb_dump(*this, file, collect_tags);
+}
+
+std::unique_ptr<GEN_PB_IMPL> make_bin()
+{
+    return std::make_unique<Bin>();
+}
 
 [[noreturn]] void report_bad_regex(std::string const &expression)
 {
@@ -63,56 +124,59 @@ bool is_log_wanted(bool primary, bool memory_is_tracked)
 
 void read_configuration(bool primary)
 {
-    s_gen_pb.m_debug = primary && mem_cfg_is_on("debug_gen_bins", false);
-    s_gen_pb.m_show_ignored = s_gen_pb.m_debug || mem_cfg_is_on("show_ignored_bin_warnings", false);
+    auto &run = gen_pb().run;
+    run.debug = primary && mem_cfg_is_on("debug_gen_bins", false);
+    run.show_ignored = run.debug || mem_cfg_is_on("show_ignored_bin_warnings", false);
     bool const memory_is_tracked = mem_get_tbb_memory_tracking_enabled();
     if (memory_is_tracked)
         gen_say("TBB profile-bin tracking is enabled");
-    s_gen_pb.m_print_log.store(is_log_wanted(primary, memory_is_tracked), std::memory_order_relaxed);
+    run.print_log.store(is_log_wanted(primary, memory_is_tracked), std::memory_order_relaxed);
 }
 
-void compile_expressions()
+// There are no hooks for the first two keys: any value of them is a fault.
+void check_hook_keys()
 {
-    l_gen_pb_tracq_bin_re = compile_key("gen_tracq_profile_bin");
-    l_gen_pb_tracq_tag_re = compile_key("gen_tracq_profile_tag");
-    if (l_gen_pb_tracq_bin_re || l_gen_pb_tracq_tag_re)
+    std::unique_ptr<boost::regex> const bins = compile_key("gen_tracq_profile_bin");
+    std::unique_ptr<boost::regex> const tags = compile_key("gen_tracq_profile_tag");
+    if (bins != nullptr || tags != nullptr)
         GEN_PROFILE_BINS::check_make_tracq_equal_1_performed();
-    l_gen_pb_fileline_re = compile_key("gen_mem_fileline_profile_bin");
-    s_gen_pb.m_checks_names = l_gen_pb_tracq_bin_re || l_gen_pb_fileline_re;
 }
 
-void drop_expressions()
-{
-    l_gen_pb_tracq_bin_re.reset();
-    l_gen_pb_tracq_tag_re.reset();
-    l_gen_pb_fileline_re.reset();
-    s_gen_pb.m_checks_names = false;
-}
-
-// What comes before the root. A bin that a receiver of these messages opens would take the root's place.
+// The steps before the root is opened. A bin that a receiver of these messages opens would take the root's place.
 void prepare(bool primary, bool debug_messages)
 {
     GEN_PB_BUSY const busy;
+    auto &run = gen_pb().run;
     read_configuration(primary);
     gen_cookie_log_configure(primary, debug_messages);
-    compile_expressions();
-    gen_pb_calibrate(debug_messages || s_gen_pb.m_print_log.load(std::memory_order_relaxed));
+    check_hook_keys();
+    std::unique_ptr<boost::regex> logged_bins = compile_key("gen_mem_fileline_profile_bin");
+    run.checks_names = logged_bins != nullptr;
+    gen_pb_calibrate(debug_messages || run.print_log.load(std::memory_order_relaxed));
+    gen_pb_start_memory_logs(std::move(logged_bins));
+}
+
+// Sends a message from which no bin can be opened or closed.
+void say_busy(char const *text)
+{
+    GEN_PB_BUSY const busy;
+    gen_say(text);
 }
 
 void warn_of_many_bins()
 {
-    if (s_gen_pb.m_immediate_count <= IMMEDIATE_BIN_LIMIT || mem_cfg_is_on("gen_profile_bins_skip_limit", false))
+    if (gen_pb().intake.immediate_count <= IMMEDIATE_BIN_LIMIT || mem_cfg_is_on("gen_profile_bins_skip_limit", false))
         return;
     gen_say("Error.  Executable opened %d profile bins.  Please fix this (check profile bin log file for culprit).\n",
-            s_gen_pb.m_immediate_count);
+            gen_pb().intake.immediate_count);
     gen_say("You can work around this temporarily by removing the INI that turns on the profile bin dump files.");
 }
 
-// The part of the end that needs the tree. False if a fault has left the bins disabled.
+// The part of finalize that needs the tree. Returns false if a fault has switched the bins off.
 bool report_and_delete_bins(char const *name)
 {
     GEN_PB_BUSY const busy;
-    if (s_gen_pb.m_print_log.load(std::memory_order_relaxed)) {
+    if (gen_pb().run.print_log.load(std::memory_order_relaxed)) {
         gen_pb_write_reports(name);
         warn_of_many_bins();
     }
@@ -120,28 +184,6 @@ bool report_and_delete_bins(char const *name)
 }
 
 } // namespace
-
-void gen_pb_disable()
-{
-    s_gen_pb.m_thread.store(GEN_PB_DISABLED, std::memory_order_relaxed);
-}
-
-void gen_pb_fail(char const *text, char const *file, int line)
-{
-    if (!gen_debug_is_customer_build())
-        err_report_internal_error(text, "GEN", file, line);
-    gen_pb_disable();
-}
-
-bool gen_pb_is_selected_for_logs(char const *name)
-{
-    try {
-        return l_gen_pb_fileline_re != nullptr && boost::regex_match(name, *l_gen_pb_fileline_re);
-    } catch (std::runtime_error const &) {
-        // The expression takes too long on this name; no flow ends by that.
-        return false;
-    }
-}
 
 GEN_PROFILE_BIN const *gen_profile_bin_get_current_bin()
 {
@@ -151,15 +193,53 @@ GEN_PROFILE_BIN const *gen_profile_bin_get_current_bin()
 void GEN_PROFILE_BINS::initialize(char const *name, bool primary, bool debug_messages)
 {
     if (!GEN_PB_CHECK(GEN_PB_IMPL::get_root_bin() == nullptr, "GEN_PB_IMPL::get_root_bin() == 0LL") ||
-        !GEN_PB_CHECK(s_gen_pb.m_thread.load(std::memory_order_relaxed) == GEN_PB_NO_THREAD, "l_gen_pb_thread == 0LL"))
+        !GEN_PB_CHECK(gen_pb().run.thread.load(std::memory_order_relaxed) == GEN_PB_NO_THREAD,
+                      "l_gen_pb_thread == 0LL"))
         return;
-    s_gen_pb.m_thread.store(thr_thread_self(), std::memory_order_relaxed);
+    gen_pb().run.thread.store(thr_thread_self(), std::memory_order_relaxed);
+    gen_pb().tree.make_bin = make_bin;
     prepare(primary, debug_messages);
     open("GEN", name, GEN_PB_FLAG_ALL);
-    // The root is there already: no rule applies to it.
+    // The root exists already, so no rule applies to it.
     gen_pb_add_builtin_ratio_rules();
-    if (gen_pb_mem_profile_enabled() && (primary || debug_messages))
+    if (primary || debug_messages)
         gen_pb_init_flow_stages();
+}
+
+GEN_PROFILE_BIN const *GEN_PROFILE_BINS::open(char const *code_prefix, char const *name, unsigned flags)
+{
+    return gen_pb_open(code_prefix, name, flags, /*tag=*/nullptr, /*user_tag=*/nullptr);
+}
+
+GEN_PROFILE_BIN const *GEN_PROFILE_BINS::open_with_tag(char const *code_prefix, char const *name, unsigned flags,
+                                                       char const *tag)
+{
+    return gen_pb_open(code_prefix, name, flags, tag, /*user_tag=*/nullptr);
+}
+
+GEN_PROFILE_BIN const *GEN_PROFILE_BINS::open_with_user_tag(char const *code_prefix, char const *name, unsigned flags,
+                                                            char const *tag, char const *user_tag)
+{
+    return gen_pb_open(code_prefix, name, flags, tag, user_tag);
+}
+
+void GEN_PROFILE_BINS::close(char const *name)
+{
+    gen_pb_close(name);
+}
+
+void GEN_PROFILE_BINS::close_recursively(GEN_PROFILE_BIN const *bin)
+{
+    if (!gen_pb_takes_calls())
+        return;
+    MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
+    gen_pb_flush();
+    say_busy("Closing bins recursively...");
+    // During an abnormal exit, and once a fault has switched the bins off, a close has no effect.
+    while (GEN_PB_IMPL::get_current_bin() != bin && gen_pb_is_own_thread() && !err_is_in_abnormal_exit())
+        close(nullptr);
+    close(nullptr);
+    say_busy("Finished closing bins recursively");
 }
 
 void GEN_PROFILE_BINS::finalize(char const *name, bool close_root)
@@ -173,18 +253,17 @@ void GEN_PROFILE_BINS::finalize(char const *name, bool close_root)
             return;
     }
     double const start = gen_get_sec_wallclock();
-    if (!GEN_PB_CHECK(s_gen_pb.m_root != nullptr, "root != 0LL") ||
+    if (!GEN_PB_CHECK(GEN_PB_IMPL::get_root_bin() != nullptr, "root != 0LL") ||
         !GEN_PB_CHECK(GEN_PB_IMPL::get_current_bin() == nullptr, "GEN_PB_IMPL::get_current_bin() == 0LL"))
         return;
     if (!report_and_delete_bins(name))
         return;
-    s_gen_pb.m_thread.store(GEN_PB_NO_THREAD, std::memory_order_relaxed);
+    gen_pb().run.thread.store(GEN_PB_NO_THREAD, std::memory_order_relaxed);
     gen_say("Dumping bins took %.1fs", gen_get_sec_wallclock() - start);
     gen_say("%d bins may have been ignored improperly (use show_ignored_bin_warnings=on for details)",
-            s_gen_pb.m_ignored_count);
-    drop_expressions();
-    gen_pb_dump_stage_logs();
-    gen_cookie_log_write(name);
+            gen_pb().intake.ignored_count);
+    gen_pb().run.checks_names = false;
+    gen_pb_notify_end(name);
 }
 
 void GEN_PROFILE_BINS::force_finalize(char const *name)
@@ -195,12 +274,17 @@ void GEN_PROFILE_BINS::force_finalize(char const *name)
 
 void GEN_PROFILE_BINS::disable_process_log()
 {
-    s_gen_pb.m_print_log.store(false, std::memory_order_relaxed);
+    gen_pb().run.print_log.store(false, std::memory_order_relaxed);
 }
 
 void GEN_PROFILE_BINS::set_process_log_suffix(std::string const &suffix)
 {
     s_log_file_suffix = suffix;
+}
+
+void GEN_PROFILE_BINS::set_cpu_to_wc_estimated_ratio(char const *pattern, double ratio)
+{
+    gen_pb_add_ratio_rule(pattern, ratio);
 }
 
 void GEN_PROFILE_BINS::check_make_tracq_equal_1_performed()

@@ -1,15 +1,24 @@
-// What the profile bins cost is measured and taken out of the numbers, and CPU time becomes an estimate of wall-clock
-// time.
+// How the report values of a bin are computed.
 //
-// The calibration gives two figures for an open and close: the internal one, which lies inside the bin, and the
-// external one, as the enclosing bin sees it. A bin's report values are its totals less the internal cost of its own
-// openings, less all that its children were charged, less the difference of external and internal for each opening of a
-// child.
+// Calibration. An open and a close cost time themselves. Two averages over many empty pairs are known: the internal
+// cost, which lies between the two clock readings and so inside the bin, and the external cost, which is that of the
+// whole pair, as the enclosing bin sees it. Take 100 ns and 250 ns, and a bin Placer with 10,000,000 ns of CPU time,
+// 4,000,000 of them in 1,000 openings of its child Moves:
 //
-// The estimate starts as the CPU time. A bin whose path matches a ratio rule spends `ratio` CPU seconds in a second of
-// wall-clock time, so its estimate is CPU / ratio. A bin without a rule passes on what its children saved: with 10 s of
-// CPU of its own and a child whose rule of 2.0 turned 8 s into 4 s, it is estimated at 18 - 4 = 14 s.
-#include "gen/profile/gen_profile_bins_impl.h"
+//     Moves   overhead 1,000 * 100                                    =   100,000   report 3,900,000
+//     Placer  overhead 1 * 100 + 100,000 of Moves + 1,000 * (250-100) =   250,100   report 9,749,900
+//     Placer  self     9,749,900 - 3,900,000                          = 5,849,900   the row OTHER
+//
+// The cost of the flushes that ended while a bin was current (m_overhead) adds to its overhead in the same way.
+//
+// Estimates. The CPU clock adds up all threads, so a stage that runs in parallel has more CPU time than its user waits.
+// The estimate of a bin starts as its CPU time. If its path matches a ratio rule, it is divided by the ratio. If not,
+// it changes by as much as those of its children did, so that a saving reaches all enclosing bins. With a rule of 2.0
+// for Moves:
+//
+//     Moves   3,900,000 / 2.0               = 1,950,000
+//     Placer  9,749,900 - 1,950,000 (saved) = 7,799,900
+#include "gen/profile/gen_profile_bins_estimate.h"
 
 #include "gen/base/gen_message.h"
 #include "gen/base/gen_numeric.h"
@@ -23,13 +32,6 @@
 namespace {
 
 constexpr std::int64_t CALIBRATION_ROUNDS = 100000;
-
-struct GEN_PB_RATIO_RULE
-{
-    std::string m_pattern;
-    std::vector<std::string> m_segments;
-    double m_ratio; // CPU seconds per wall-clock second
-};
 
 struct BuiltinRule
 {
@@ -53,30 +55,22 @@ constexpr BuiltinRule BUILTIN_RULES[] = {
     {"*/U2B2_DIRECTOR->work", 2.0},
 };
 
-// A bin that matches several rules: its whole CPU time is taken off its estimate.
+// Of a bin that matches several rules: its whole CPU time is subtracted from its estimate.
 constexpr double CONFLICTING_FACTOR = -1.0;
 
-// Costs of an open and close, in the units of each metric. Zero until they are calibrated.
-GEN_PB_METRICS l_gen_pb_internal_overhead;
-GEN_PB_METRICS l_gen_pb_external_overhead;
-
-// In order of addition; never emptied.
-std::vector<GEN_PB_RATIO_RULE> l_gen_pb_ratio_rules;
-
-GEN_PB_METRICS overhead_of(GEN_CLOCKS const &sum)
+GEN_PB_METRICS overhead_of_pair(GEN_CLOCKS const &all_rounds)
 {
     GEN_PB_METRICS overhead;
-    overhead.m_values[GEN_PB_WC] = sum.m_ticks / CALIBRATION_ROUNDS;
-    overhead.m_values[GEN_PB_CPU] = overhead.m_values[GEN_PB_WC_EST] = sum.m_cpu_nsec / CALIBRATION_ROUNDS;
+    overhead.add_interval({all_rounds.m_cpu_nsec / CALIBRATION_ROUNDS, all_rounds.m_ticks / CALIBRATION_ROUNDS});
     return overhead;
 }
 
 void say_overhead(GEN_PB_METRICS const &internal, GEN_PB_METRICS const &external)
 {
-    // The integers of these lines are narrowed to 32 bits, as their formats say.
+    // The formats of these lines cut the integers to 32 bits.
     auto const narrow = [](std::int64_t value) { return static_cast<std::int32_t>(value); };
     auto const scaled = [](std::int64_t value, double unit) { return static_cast<double>(value) / unit; };
-    double const ticks_per_usec = static_cast<double>(s_gen_pb.m_wc_frequency) / 1e6;
+    double const ticks_per_usec = static_cast<double>(gen_pb().estimate.wc_frequency) / 1e6;
     gen_say("O/H CPU(int, ext)=(%.6f, %.6f); ticks=(%d, %d)", scaled(internal.m_values[GEN_PB_CPU], 1000.0),
             scaled(external.m_values[GEN_PB_CPU], 1000.0), narrow(internal.m_values[GEN_PB_CPU]),
             narrow(external.m_values[GEN_PB_CPU]));
@@ -85,20 +79,20 @@ void say_overhead(GEN_PB_METRICS const &internal, GEN_PB_METRICS const &external
             narrow(external.m_values[GEN_PB_WC]));
 }
 
-// Whether the segments of a pattern match the names of bins from the root down. "*" stands for any number of names; on
-// a mismatch the last one takes one name more.
-bool matches(std::vector<std::string> const &segments, std::vector<GEN_PB_IMPL const *> const &bins)
+// Whether the segments of a pattern match the names of a path. "*" matches any number of names, also none; at a
+// mismatch the last "*" takes one name more.
+bool matches(std::vector<std::string> const &segments, std::vector<GEN_PB_IMPL const *> const &path)
 {
     constexpr std::size_t NONE = static_cast<std::size_t>(-1);
     std::size_t segment = 0;
     std::size_t bin = 0;
     std::size_t star = NONE;
-    std::size_t star_end = 0; // the first bin behind those that the star has taken
-    while (bin < bins.size()) {
+    std::size_t star_end = 0; // the first bin after those that the star has taken
+    while (bin < path.size()) {
         if (segment < segments.size() && segments[segment] == "*") {
             star = segment++;
             star_end = bin;
-        } else if (segment < segments.size() && segments[segment] == bins[bin]->m_name) {
+        } else if (segment < segments.size() && segments[segment] == path[bin]->m_name) {
             ++segment;
             ++bin;
         } else if (star != NONE) {
@@ -111,30 +105,38 @@ bool matches(std::vector<std::string> const &segments, std::vector<GEN_PB_IMPL c
                        [](std::string const &rest) { return rest == "*"; });
 }
 
-// All bins from the top down to a new one, which may be about to become the root.
-std::vector<GEN_PB_IMPL const *> bins_down_to(GEN_PB_IMPL const &bin)
-{
-    std::vector<GEN_PB_IMPL const *> bins;
-    for (GEN_PB_IMPL const *each = &bin; each != nullptr; each = each->m_parent)
-        bins.push_back(each);
-    std::reverse(bins.begin(), bins.end());
-    return bins;
-}
-
-// What the children of a bin add up to.
+// Sums over the children of a bin.
 struct ChildSums
 {
-    GEN_PB_METRICS m_report;
-    GEN_PB_METRICS m_overhead;
-    std::int64_t m_count = 0;
+    GEN_PB_METRICS report;
+    GEN_PB_METRICS overhead;
+    std::int64_t count = 0;
 };
+
+// A metric that only the report values have.
+double report_metric(GEN_PB_IMPL const &bin, unsigned metric)
+{
+    if (!gen_pb_compute_report(bin))
+        return -1.0;
+    switch (metric) {
+    case GEN_PB_METRIC_START_MEM:
+        return gen_pb_mib(bin.m_report.m_values[GEN_PB_START_MEM]);
+    case GEN_PB_METRIC_END_MEM:
+        return gen_pb_mib(bin.m_report.m_values[GEN_PB_END_MEM]);
+    case GEN_PB_METRIC_PEAK_MEM:
+        return gen_pb_mib(bin.m_report.m_values[GEN_PB_PEAK_MEM]);
+    default:
+        return gen_pb_seconds_of_nsec(bin.m_report.m_values[GEN_PB_WC_EST]);
+    }
+}
 
 } // namespace
 
 void gen_pb_calibrate(bool run)
 {
-    s_gen_pb.m_wc_frequency = static_cast<std::int64_t>(gen_get_hires_tick_frequency());
-    gen_say("WC frequency is %g", static_cast<double>(s_gen_pb.m_wc_frequency));
+    auto &state = gen_pb().estimate;
+    state.wc_frequency = static_cast<std::int64_t>(gen_get_hires_tick_frequency());
+    gen_say("WC frequency is %g", static_cast<double>(state.wc_frequency));
     if (!run)
         return;
     gen_say("Calibrating bins since debug messages are enabled");
@@ -147,37 +149,36 @@ void gen_pb_calibrate(bool run)
         inside.m_ticks += span.m_ticks;
     }
     GEN_CLOCKS const whole = gen_read_clocks() - start;
-    gen_say("O/H calibration time: %.6fs",
-            static_cast<double>(whole.m_ticks) / static_cast<double>(s_gen_pb.m_wc_frequency));
-    GEN_PB_METRICS const internal = overhead_of(inside);
-    GEN_PB_METRICS external = overhead_of(whole);
+    gen_say("O/H calibration time: %.6fs", gen_pb_seconds_of_ticks(whole.m_ticks));
+    GEN_PB_METRICS const internal = overhead_of_pair(inside);
+    GEN_PB_METRICS external = overhead_of_pair(whole);
     say_overhead(internal, external);
     for (std::size_t i = 0; i < GEN_PB_CLOCK_COUNT; ++i)
         external.m_values[i] = std::max(external.m_values[i], internal.m_values[i]);
-    l_gen_pb_internal_overhead = internal;
-    l_gen_pb_external_overhead = external;
+    state.internal_overhead = internal;
+    state.external_overhead = external;
 }
 
-void GEN_PROFILE_BINS::set_cpu_to_wc_estimated_ratio(char const *pattern, double ratio)
+void gen_pb_add_ratio_rule(char const *pattern, double ratio)
 {
     GEN_PB_RATIO_RULE rule{pattern, {}, ratio};
     boost::split(rule.m_segments, rule.m_pattern, [](char c) { return c == '/'; });
-    l_gen_pb_ratio_rules.push_back(std::move(rule));
+    gen_pb().estimate.ratio_rules.push_back(std::move(rule));
 }
 
 void gen_pb_add_builtin_ratio_rules()
 {
     for (BuiltinRule const &rule : BUILTIN_RULES)
-        GEN_PROFILE_BINS::set_cpu_to_wc_estimated_ratio(rule.m_pattern, rule.m_ratio);
+        gen_pb_add_ratio_rule(rule.m_pattern, rule.m_ratio);
 }
 
 void gen_pb_apply_ratio_rules(GEN_PB_IMPL &bin)
 {
-    std::vector<GEN_PB_IMPL const *> const bins = bins_down_to(bin);
+    std::vector<GEN_PB_IMPL const *> const path = gen_pb_path(bin, /*top=*/nullptr);
     GEN_PB_RATIO_RULE const *first = nullptr;
     bool is_conflicting = false;
-    for (GEN_PB_RATIO_RULE const &rule : l_gen_pb_ratio_rules) {
-        if (!matches(rule.m_segments, bins))
+    for (GEN_PB_RATIO_RULE const &rule : gen_pb().estimate.ratio_rules) {
+        if (!matches(rule.m_segments, path))
             continue;
         if (first == nullptr) {
             first = &rule;
@@ -185,7 +186,7 @@ void gen_pb_apply_ratio_rules(GEN_PB_IMPL &bin)
         }
         if (!is_conflicting) {
             gen_say("WARNING: multiple CPU:WC ratios found for bin %s. Disabling CPU:WC.\n",
-                    gen_pb_join_names(bins, "/"));
+                    gen_pb_path_text(path, "/"));
             gen_say("  WARNING: first ratio: %.1f (%s)", first->m_ratio, first->m_pattern);
         }
         is_conflicting = true;
@@ -195,39 +196,73 @@ void gen_pb_apply_ratio_rules(GEN_PB_IMPL &bin)
         bin.m_wc_est_factor = is_conflicting ? CONFLICTING_FACTOR : 1 / first->m_ratio - 1;
 }
 
-bool GEN_PB_IMPL::compute_report() const
+bool gen_pb_compute_report(GEN_PB_IMPL const &bin)
 {
-    if (!GEN_PB_CHECK(m_open_count == 0, "m_open_count == 0"))
+    if (!GEN_PB_CHECK(bin.m_open_count == 0, "m_open_count == 0"))
         return false;
-    if (m_computed)
+    if (bin.m_computed)
         return true;
-    m_computed = true;
-    m_report = m_total;
-    m_report_overhead = m_overhead;
-    m_report_overhead.add_clocks(l_gen_pb_internal_overhead, m_count);
+    auto const &state = gen_pb().estimate;
+    bin.m_computed = true;
+    bin.m_report = bin.m_total;
+    bin.m_report_overhead = bin.m_overhead;
+    bin.m_report_overhead.add_clocks(state.internal_overhead, bin.m_count);
 
     ChildSums children;
-    for (GEN_PB_IMPL const *child : m_children) {
-        if (!child->compute_report())
+    for (GEN_PB_IMPL const *child : bin.m_children) {
+        if (!gen_pb_compute_report(*child))
             return false;
-        children.m_report.add_clocks(child->m_report);
-        children.m_overhead.add_clocks(child->m_report_overhead);
-        children.m_count += child->m_count;
+        children.report.add_clocks(child->m_report);
+        children.overhead.add_clocks(child->m_report_overhead);
+        children.count += child->m_count;
     }
-    m_report_overhead.add_clocks(children.m_overhead);
-    m_report_overhead.add_clocks(l_gen_pb_external_overhead, children.m_count);
-    m_report_overhead.add_clocks(l_gen_pb_internal_overhead, -children.m_count);
-    m_report.subtract_clocks(m_report_overhead);
+    bin.m_report_overhead.add_clocks(children.overhead);
+    bin.m_report_overhead.add_clocks(state.external_overhead, children.count);
+    bin.m_report_overhead.add_clocks(state.internal_overhead, -children.count);
+    bin.m_report.subtract_clocks(bin.m_report_overhead);
 
-    m_report.m_values[GEN_PB_WC_EST] +=
-        m_wc_est_factor != 0.0 ? gen_truncate(static_cast<double>(m_report.m_values[GEN_PB_CPU]) * m_wc_est_factor)
-                               : children.m_report.m_values[GEN_PB_WC_EST] - children.m_report.m_values[GEN_PB_CPU];
-    m_report.clamp_clocks();
+    std::int64_t &estimate = bin.m_report.m_values[GEN_PB_WC_EST];
+    if (bin.m_wc_est_factor != 0.0)
+        estimate += gen_truncate(static_cast<double>(bin.m_report.m_values[GEN_PB_CPU]) * bin.m_wc_est_factor);
+    else
+        estimate += children.report.m_values[GEN_PB_WC_EST] - children.report.m_values[GEN_PB_CPU];
+    bin.m_report.clamp_clocks();
 
-    m_self = m_report;
+    bin.m_self = bin.m_report;
     for (std::size_t i = GEN_PB_CLOCK_COUNT; i < GEN_PB_METRIC_COUNT; ++i)
-        m_self.m_values[i] = 0;
-    m_self.subtract_clocks(children.m_report);
-    m_self.clamp_clocks();
+        bin.m_self.m_values[i] = 0;
+    bin.m_self.subtract_clocks(children.report);
+    bin.m_self.clamp_clocks();
     return true;
+}
+
+double gen_pb_metric(GEN_PB_IMPL const &bin, unsigned metric, bool cumulative)
+{
+    if (!gen_pb_is_own_thread())
+        return -1.0;
+    GEN_PB_METRICS metrics;
+    if (cumulative)
+        metrics = bin.m_total;
+    if (bin.m_open_count != 0)
+        metrics.add_interval(gen_read_clocks() - bin.m_start);
+    else if (!cumulative)
+        metrics = bin.m_last;
+    switch (metric) {
+    case GEN_PB_METRIC_WC:
+        return gen_pb_seconds_of_ticks(metrics.m_values[GEN_PB_WC]);
+    case GEN_PB_METRIC_CPU:
+        return gen_pb_seconds_of_nsec(metrics.m_values[GEN_PB_CPU]);
+    case GEN_PB_METRIC_CPU_ERRORS:
+        return metrics.m_errors[GEN_PB_CPU];
+    case GEN_PB_METRIC_WC_ERRORS:
+        return metrics.m_errors[GEN_PB_WC];
+    case GEN_PB_METRIC_START_MEM:
+    case GEN_PB_METRIC_END_MEM:
+    case GEN_PB_METRIC_PEAK_MEM:
+    case GEN_PB_METRIC_WC_EST:
+        return report_metric(bin, metric);
+    default:
+        gen_pb_fail("unknown metric", __FILE__, __LINE__);
+        return -1.0;
+    }
 }

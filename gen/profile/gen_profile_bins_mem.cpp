@@ -1,33 +1,30 @@
 // Logs of the memory tracker, cut by the stages of a fitting flow and by selected bins.
 //
-// A bin whose path matches the expression of a later stage begins that stage; the logs of the stage before it are
-// written at that moment, and those of the last one by finalize. The tracker fills the files.
-#include "gen/profile/gen_profile_bins_impl.h"
+// A bin whose path matches the expression of a later stage begins that stage. The logs of the stage before it are
+// written at that moment, and those of the last stage at the end of the run. A bin that the configuration selects has
+// logs of its own, written at each close. The tracker fills the files.
+#include "gen/profile/gen_profile_bins_mem.h"
 
 #include "err_sys.h"
 #include "gen/base/gen_message.h"
+#include "gen/profile/gen_profile_bins_bin.h"
+#include "gen/profile/gen_profile_bins_listener.h"
 #include "gen_fstream_sys.h"
 #include "mem_sys.h"
 
 #include <algorithm>
-
-#include <boost/regex.hpp>
+#include <stdexcept>
 
 namespace {
 
 // Room of the text for a bad regular expression, terminator included.
 constexpr std::size_t REGEX_ERROR_SIZE = 4096;
 
-struct GEN_PB_STAGE
+struct Stage
 {
-    char const *m_name;
-    boost::regex m_expression; // of a bin's whole path
+    char const *name;
+    boost::regex expression; // of a bin's whole path
 };
-
-// In the order of the flow. Built once, lives to the end of the process.
-std::vector<GEN_PB_STAGE> gen_pb_stage_table;
-bool gen_pb_stage_ready = false;
-int gen_pb_stage_index = -1; // the present stage, -1 before the first; only grows
 
 boost::regex compile(char const *expression)
 {
@@ -41,28 +38,60 @@ boost::regex compile(char const *expression)
     }
 }
 
-// A file of the tracker's; one that can't be opened takes nothing.
+// The key of the stage logs, read at the first call and kept.
+bool stage_logs_are_enabled()
+{
+    static bool const is_enabled = mem_cfg_is_on("gen_enable_mem_fileline_profiling", false);
+    return is_enabled;
+}
+
+// A file that the tracker fills. If it can't be opened, nothing is written.
 class LogFile : public std::brisel_ofstream
 {
 public:
     explicit LogFile(std::string const &name) : std::brisel_ofstream(name.c_str(), std::ios::out, GEN_SHARE_ALL) {}
 };
 
-} // namespace
-
-bool gen_pb_mem_profile_enabled()
+class MemoryLogs final : public GEN_PB_LISTENER
 {
-    static bool const is_enabled = mem_cfg_is_on("gen_enable_mem_fileline_profiling", false);
-    return is_enabled;
+public:
+    void start(std::unique_ptr<boost::regex> selected);
+    void init_flow_stages();
+
+    void on_open(GEN_PB_IMPL const &bin, GEN_PB_EVENT const &event) override;
+    void on_close(GEN_PB_IMPL const &bin, GEN_PB_EVENT const &event) override;
+    void on_end(char const *name) override;
+
+private:
+    bool is_selected(GEN_PB_EVENT const &event) const;
+    void check_flow_stage(std::string const &path);
+    void dump_stage_logs() const;
+    static void dump_bin_logs(GEN_PB_IMPL const &bin);
+
+    std::unique_ptr<boost::regex> m_selected; // of one run
+    std::vector<Stage> m_stages;              // in the order of the flow; built once, kept to the end of the process
+    bool m_has_stages = false;
+    int m_stage = -1; // the present stage, -1 before the first; it only grows
+};
+
+GEN_PB_KEPT<MemoryLogs> l_logs;
+
+void MemoryLogs::start(std::unique_ptr<boost::regex> selected)
+{
+    m_selected = std::move(selected);
+    stage_logs_are_enabled(); // the key is read here at the latest
+    if (m_selected != nullptr || m_has_stages)
+        gen_pb_listen_to_bins(*this);
+    gen_pb_listen_to_end(*this);
 }
 
-void gen_pb_init_flow_stages()
+void MemoryLogs::init_flow_stages()
 {
-    if (gen_pb_stage_ready || !gen_pb_mem_profile_enabled())
+    if (m_has_stages || !stage_logs_are_enabled())
         return;
-    gen_pb_stage_ready = true;
-    gen_pb_stage_index = -1;
-    gen_pb_stage_table = {
+    m_has_stages = true;
+    m_stage = -1;
+    m_stages = {
         {"prefit", compile(".*::fit2_fit_plan$")},
         {"early_place", compile(".*::fit2_fit_(early_)?place_init$")},
         {"cluster", compile(".*::LSC Clustering$")},
@@ -71,29 +100,61 @@ void gen_pb_init_flow_stages()
         {"retimer", compile(".*::fit2_fit_retime_init$")},
         {"postfit", compile(".*::fit2_fit_finalize_init$")},
     };
+    gen_pb_listen_to_bins(*this);
 }
 
-void gen_pb_check_flow_stage(std::string const &path)
+void MemoryLogs::on_open(GEN_PB_IMPL const &bin, GEN_PB_EVENT const &event)
 {
-    if (!gen_pb_stage_ready || !gen_pb_mem_profile_enabled())
-        return;
-    auto const next = gen_pb_stage_table.begin() + (gen_pb_stage_index + 1);
-    auto const stage = std::find_if(next, gen_pb_stage_table.end(), [&path](GEN_PB_STAGE const &each) {
-        return boost::regex_match(path, each.m_expression);
-    });
-    if (stage == gen_pb_stage_table.end())
+    if (m_has_stages && !bin.m_name.empty())
+        check_flow_stage(gen_pb_path_text(gen_pb_path(bin, /*top=*/nullptr), "::"));
+    if (is_selected(event)) {
+        mem_enable_tracking(MEM_TRACKING_SELECTED_BIN);
+        gen_say("Enabling detailed memory tracking in bin %s", event.m_name);
+    }
+}
+
+void MemoryLogs::on_close(GEN_PB_IMPL const &bin, GEN_PB_EVENT const &event)
+{
+    if (is_selected(event))
+        dump_bin_logs(bin);
+}
+
+void MemoryLogs::on_end(char const * /*name*/)
+{
+    m_selected.reset();
+    if (!m_has_stages)
+        gen_pb_ignore_bins(*this);
+    dump_stage_logs();
+}
+
+bool MemoryLogs::is_selected(GEN_PB_EVENT const &event) const
+{
+    try {
+        return m_selected != nullptr && event.m_name != nullptr && boost::regex_match(event.m_name, *m_selected);
+    } catch (std::runtime_error const &) {
+        // The expression takes too long on this name. That must not end a flow.
+        return false;
+    }
+}
+
+void MemoryLogs::check_flow_stage(std::string const &path)
+{
+    auto const next = m_stages.begin() + (m_stage + 1);
+    auto const stage = std::find_if(next, m_stages.end(),
+                                    [&path](Stage const &each) { return boost::regex_match(path, each.expression); });
+    if (stage == m_stages.end())
         return;
     mem_disable_profile_bin_tag_timeline_labels();
-    mem_set_timeline_label(stage->m_name);
-    gen_pb_dump_stage_logs();
-    gen_pb_stage_index = static_cast<int>(stage - gen_pb_stage_table.begin());
+    mem_set_timeline_label(stage->name);
+    dump_stage_logs();
+    m_stage = static_cast<int>(stage - m_stages.begin());
 }
 
-void gen_pb_dump_stage_logs()
+void MemoryLogs::dump_stage_logs() const
 {
-    if (gen_pb_stage_index == -1)
+    if (m_stage == -1)
         return;
-    std::string const stage = gen_pb_stage_table[static_cast<std::size_t>(gen_pb_stage_index)].m_name;
+    std::string const stage = m_stages[static_cast<std::size_t>(m_stage)].name;
     gen_say("Dumping detailed memory logs for the %s stage of the flow", stage);
     if (mem_tracking_is_enabled(MEM_TRACKING_SOURCES)) {
         LogFile lines("mem_tbb_fileline." + stage + ".log");
@@ -110,13 +171,7 @@ void gen_pb_dump_stage_logs()
     mem_tbb_tracking_flush_peak();
 }
 
-void gen_pb_start_detailed_tracking(char const *name)
-{
-    mem_enable_tracking(MEM_TRACKING_SELECTED_BIN);
-    gen_say("Enabling detailed memory tracking in bin %s", name);
-}
-
-void gen_pb_dump_detailed_logs(GEN_PB_IMPL const &bin)
+void MemoryLogs::dump_bin_logs(GEN_PB_IMPL const &bin)
 {
     mem_disable_tracking(MEM_TRACKING_SELECTED_BIN);
     std::string const suffix = bin.m_name + '_' + std::to_string(bin.m_count) + ".log";
@@ -128,4 +183,16 @@ void gen_pb_dump_detailed_logs(GEN_PB_IMPL const &bin)
     mem_dump_tbb_subsystem_tracking(subsystems);
     mem_dump_tbb_module_tracking(timeline, details);
     mem_reset_tracking_entries();
+}
+
+} // namespace
+
+void gen_pb_start_memory_logs(std::unique_ptr<boost::regex> selected)
+{
+    l_logs.object.start(std::move(selected));
+}
+
+void gen_pb_init_flow_stages()
+{
+    l_logs.object.init_flow_stages();
 }

@@ -1,9 +1,11 @@
-// The report of the bins: a row per bin with its numbers and its path, and behind the children of a bin a row "OTHER"
-// with what none of them accounts for.
-#include "gen/profile/gen_profile_bins_impl.h"
+// The report of the bins: a row for each bin with its numbers and its path, and after the children of a bin a row
+// "OTHER" with the rest that none of them accounts for.
+#include "gen/profile/gen_profile_bins_report.h"
 
 #include "fio_sys.h"
 #include "gen/base/gen_message.h"
+#include "gen/profile/gen_profile_bins_estimate.h"
+#include "gen/profile/gen_profile_bins_tagged.h"
 #include "mem_sys.h"
 
 #include <algorithm>
@@ -12,18 +14,25 @@
 
 namespace {
 
-struct GEN_PB_COLUMN
+// The numbers of a row.
+struct Figures
 {
-    double (*m_value)(GEN_PB_IMPL const &bin);
-    int m_start_width;
-    int m_decimals;
-    char const *m_title;
+    std::uint32_t count;
+    GEN_PB_METRICS const &metrics;
+};
 
-    // Wide enough for the title; a count has room for one more digit.
+struct Column
+{
+    double (*value)(Figures const &row);
+    int start_width;
+    int decimals;
+    char const *title;
+
+    // As wide as the title at least; a count has room for one more digit.
     int width() const
     {
-        int const start = m_decimals == 0 ? m_start_width + 1 : m_start_width;
-        return std::max(start, static_cast<int>(std::strlen(m_title)));
+        int const start = decimals == 0 ? start_width + 1 : start_width;
+        return std::max(start, static_cast<int>(std::strlen(title)));
     }
 };
 
@@ -33,44 +42,193 @@ double clock_errors(GEN_PB_METRICS const &metrics)
     return metrics.m_errors[GEN_PB_CPU] + metrics.m_errors[GEN_PB_WC];
 }
 
-constexpr GEN_PB_COLUMN GEN_PB_COLUMNS[] = {
-    {[](GEN_PB_IMPL const &bin) -> double { return bin.m_count; }, 5, 0, "count"},
-    {[](GEN_PB_IMPL const &bin) { return gen_pb_seconds_of_nsec(bin.m_report.m_values[GEN_PB_CPU]); }, 10, 2,
-     "cpu time (s)"},
-    {[](GEN_PB_IMPL const &bin) { return gen_pb_seconds_of_ticks(bin.m_report.m_values[GEN_PB_WC]); }, 10, 2,
-     "wc time (s)"},
-    {[](GEN_PB_IMPL const &bin) { return clock_errors(bin.m_report); }, 5, 0, "clock errors"},
-    {[](GEN_PB_IMPL const &bin) { return gen_pb_seconds_of_nsec(bin.m_report.m_values[GEN_PB_WC_EST]); }, 10, 2,
-     "wc est time (s)"},
-    {[](GEN_PB_IMPL const &bin) { return gen_pb_mib(bin.m_report.m_values[GEN_PB_START_MEM]); }, 10, 2,
-     "start mem (MiB)"},
-    {[](GEN_PB_IMPL const &bin) { return gen_pb_mib(bin.m_report.m_values[GEN_PB_END_MEM]); }, 10, 2, "end mem (MiB)"},
-    {[](GEN_PB_IMPL const &bin) { return gen_pb_mib(bin.m_report.m_values[GEN_PB_PEAK_MEM]); }, 10, 2,
-     "peak mem (MiB)"},
-};
-
-// Where a dump goes; one of the two is set while it runs.
-std::FILE *l_gen_pb_current_file = nullptr;
-char const *l_gen_pb_current_code_prefix = nullptr;
-
-// Lines are data: a "%" in a bin's name stays one.
-void print_line(std::string const &line)
+template <GEN_PB_METRIC_INDEX INDEX>
+double seconds(Figures const &row)
 {
-    if (l_gen_pb_current_file != nullptr)
-        std::fputs(line.c_str(), l_gen_pb_current_file);
-    else
-        mem_msg_local_vdebug(l_gen_pb_current_code_prefix, "%s", GEN_ARGUMENT_SLOTS(line).cursor());
+    return gen_pb_seconds_of_nsec(row.metrics.m_values[INDEX]);
 }
+
+template <GEN_PB_METRIC_INDEX INDEX>
+double mib(Figures const &row)
+{
+    return gen_pb_mib(row.metrics.m_values[INDEX]);
+}
+
+constexpr Column COLUMNS[] = {
+    {[](Figures const &row) -> double { return row.count; }, 5, 0, "count"},
+    {seconds<GEN_PB_CPU>, 10, 2, "cpu time (s)"},
+    {[](Figures const &row) { return gen_pb_seconds_of_ticks(row.metrics.m_values[GEN_PB_WC]); }, 10, 2, "wc time (s)"},
+    {[](Figures const &row) { return clock_errors(row.metrics); }, 5, 0, "clock errors"},
+    {seconds<GEN_PB_WC_EST>, 10, 2, "wc est time (s)"},
+    {mib<GEN_PB_START_MEM>, 10, 2, "start mem (MiB)"},
+    {mib<GEN_PB_END_MEM>, 10, 2, "end mem (MiB)"},
+    {mib<GEN_PB_PEAK_MEM>, 10, 2, "peak mem (MiB)"},
+};
 
 std::string header_line(char separator)
 {
     std::string line;
     std::string cell;
-    for (GEN_PB_COLUMN const &column : GEN_PB_COLUMNS) {
-        stl_sprintf(&cell, "%*s", column.width(), column.m_title);
+    for (Column const &column : COLUMNS) {
+        stl_sprintf(&cell, "%*s", column.width(), column.title);
         line += cell + separator;
     }
     return line + "name\n";
+}
+
+std::string value_cells(Figures const &row, char separator)
+{
+    std::string cells;
+    std::string cell;
+    for (Column const &column : COLUMNS) {
+        stl_sprintf(&cell, "%*.*f", column.width(), column.decimals, column.value(row));
+        cells += cell + separator;
+    }
+    return cells;
+}
+
+struct CloseFile
+{
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+// Writes one report: a file, or debug messages under the code prefix of its topmost bin.
+class RowWriter
+{
+public:
+    // To debug messages if `file` is null. Bins with a tag are added to `tagged_bins` unless it is null.
+    RowWriter(GEN_PB_IMPL const &top, File file, std::vector<GEN_PB_IMPL *> *tagged_bins)
+        : m_top(top), m_file(std::move(file)), m_separator(m_file ? '\t' : ' '), m_tagged_bins(tagged_bins)
+    {
+    }
+
+    // A line is data: a "%" in a bin's name stays one.
+    void write_line(std::string const &line) const
+    {
+        if (m_file)
+            std::fputs(line.c_str(), m_file.get());
+        else
+            mem_msg_local_vdebug(m_top.m_code_prefix.c_str(), "%s", GEN_ARGUMENT_SLOTS(line).cursor());
+    }
+
+    void write_header() const { write_line(header_line(m_separator)); }
+
+    // Writes the rows of a bin and of all bins below it. `depth` indents the names in debug messages. If a bin is open
+    // this is an internal error, and the result is false.
+    bool write_rows(GEN_PB_IMPL &bin, int depth = 0) const
+    {
+        if (!GEN_PB_CHECK(bin.m_open_count == 0, "m_open_count == 0"))
+            return false;
+        if (!bin.m_name.empty())
+            write_row({bin.m_count, bin.m_report}, name_of(bin, depth));
+        if (!bin.m_children.empty() && !write_children(bin, depth + 1))
+            return false;
+        if (m_tagged_bins != nullptr && !bin.m_tag.empty())
+            m_tagged_bins->push_back(&bin);
+        return true;
+    }
+
+private:
+    // The last cell of a row: the whole path in a file, else an indented name.
+    std::string name_of(GEN_PB_IMPL const &bin, int depth) const
+    {
+        return m_file ? gen_pb_path_text(gen_pb_path(bin, &m_top), "::") : indentation(depth) + bin.m_name;
+    }
+
+    static std::string indentation(int depth)
+    {
+        std::string text;
+        for (int i = 0; i < depth; ++i)
+            text += "| ";
+        return text;
+    }
+
+    void write_row(Figures const &figures, std::string const &name) const
+    {
+        write_line(value_cells(figures, m_separator) + name + '\n');
+    }
+
+    bool write_children(GEN_PB_IMPL const &bin, int depth) const
+    {
+        std::vector<GEN_PB_IMPL *> children = bin.m_children;
+        // The root's children are sorted in each report that collects no tags.
+        if (&bin == GEN_PB_IMPL::get_root_bin() && m_tagged_bins == nullptr)
+            std::stable_sort(children.begin(), children.end(),
+                             [](GEN_PB_IMPL const *a, GEN_PB_IMPL const *b) { return a->m_name < b->m_name; });
+        for (GEN_PB_IMPL *child : children)
+            if (!write_rows(*child, depth))
+                return false;
+        if (!bin.m_name.empty())
+            write_other(bin, depth);
+        return true;
+    }
+
+    // The rest that no child accounts for, as if it were the last child.
+    void write_other(GEN_PB_IMPL const &bin, int depth) const
+    {
+        constexpr char OTHER[] = "OTHER";
+        write_row({/*count=*/0, bin.m_self}, m_file ? name_of(bin, depth) + "::" + OTHER : indentation(depth) + OTHER);
+    }
+
+    GEN_PB_IMPL const &m_top;
+    File m_file; // null for debug messages
+    char m_separator;
+    std::vector<GEN_PB_IMPL *> *m_tagged_bins;
+};
+
+void write_file_report(GEN_PB_IMPL &bin, char const *name, std::vector<GEN_PB_IMPL *> *tagged_bins)
+{
+    bool &writes_file = gen_pb().report.writes_file;
+    if (!GEN_PB_CHECK(!writes_file, "l_gen_pb_current_file == 0LL"))
+        return;
+    File file(FIO_FILE_SYSTEM::fopen(name, "w"));
+    if (!file) {
+        gen_say("Error - couldn't print profile bins (disk probably full)");
+        return;
+    }
+    GEN_PB_SCOPED_FLAG const writing(writes_file);
+    RowWriter const writer(bin, std::move(file), tagged_bins);
+    writer.write_header();
+    writer.write_rows(bin);
+    std::string closing;
+    stl_sprintf(&closing, "\nEstimated bin overhead was %.1fs (%.1fs WC)\n",
+                gen_pb_seconds_of_nsec(bin.m_report_overhead.m_values[GEN_PB_CPU]),
+                gen_pb_seconds_of_ticks(bin.m_report_overhead.m_values[GEN_PB_WC]));
+    writer.write_line(closing);
+}
+
+void write_debug_report(GEN_PB_IMPL &bin)
+{
+    bool &writes_debug = gen_pb().report.writes_debug;
+    if (!GEN_PB_CHECK(!writes_debug, "l_gen_pb_current_code_prefix == 0LL"))
+        return;
+    GEN_PB_SCOPED_FLAG const writing(writes_debug);
+    RowWriter const writer(bin, /*file=*/nullptr, /*tagged_bins=*/nullptr);
+    writer.write_header();
+    writer.write_rows(bin);
+}
+
+// GEN_PROFILE_BIN::dump(), with the bins that have a tag.
+void dump(GEN_PB_IMPL &bin, char const *file, std::vector<GEN_PB_IMPL *> *tagged_bins)
+{
+    if (!gen_pb_is_own_thread())
+        return;
+    GEN_PB_BUSY const busy;
+    if (bin.m_open_count != 0) {
+        gen_say("Warning: bin still open (%d times), cannot dump: %s", bin.m_open_count,
+                gen_pb_path_text(gen_pb_path(bin, gen_pb().tree.root), "/"));
+        return;
+    }
+    if (!gen_pb_compute_report(bin))
+        return;
+    gen_say("Overhead for bin %s is %.1fs (%.1fs WC)", bin.m_name,
+            gen_pb_seconds_of_nsec(bin.m_report_overhead.m_values[GEN_PB_CPU]),
+            gen_pb_seconds_of_ticks(bin.m_report_overhead.m_values[GEN_PB_WC]));
+    if (file != nullptr)
+        write_file_report(bin, file, tagged_bins);
+    else
+        write_debug_report(bin);
 }
 
 // "<stem>_Fitter.log", or "<stem>_Fitter_<suffix>.log".
@@ -84,133 +242,22 @@ std::string report_file_name(char const *stem, char const *name)
     return file;
 }
 
-std::string value_cells(GEN_PB_IMPL const &bin, char separator)
-{
-    std::string cells;
-    std::string cell;
-    for (GEN_PB_COLUMN const &column : GEN_PB_COLUMNS) {
-        stl_sprintf(&cell, "%*.*f", column.width(), column.m_decimals, column.m_value(bin));
-        cells += cell + separator;
-    }
-    return cells;
-}
-
-// One dump of the tree below a bin.
-class RowWriter
-{
-public:
-    RowWriter(GEN_PB_IMPL const &root, bool is_file) : m_root(root), m_is_file(is_file) {}
-
-    /// Writes the rows of a bin and of all below it; `depth` is the bin's indentation, of no meaning in a file. False,
-    /// after an internal error, if a bin is open.
-    bool write(GEN_PB_IMPL &bin, int depth, bool collect_tags) const
-    {
-        if (!GEN_PB_CHECK(bin.m_open_count == 0, "m_open_count == 0"))
-            return false;
-        if (!bin.m_name.empty())
-            print_line(row_of(bin, depth));
-        if (!bin.m_children.empty() && !write_children(bin, depth + 1, collect_tags))
-            return false;
-        if (collect_tags && !bin.m_tag.empty())
-            gen_pb_note_tagged_bin(bin);
-        return true;
-    }
-
-private:
-    std::string row_of(GEN_PB_IMPL const &bin, int depth) const
-    {
-        if (m_is_file)
-            return value_cells(bin, '\t') + bin.get_path("::", &m_root) + '\n';
-        std::string row = value_cells(bin, ' ');
-        for (int i = 0; i < depth; ++i)
-            row += "| ";
-        return row + bin.m_name + '\n';
-    }
-
-    bool write_children(GEN_PB_IMPL &bin, int depth, bool collect_tags) const
-    {
-        bool const is_sorted = &bin == GEN_PB_IMPL::get_root_bin() && !collect_tags;
-        std::vector<GEN_PB_IMPL *> children = bin.m_children;
-        if (is_sorted)
-            std::stable_sort(children.begin(), children.end(),
-                             [](GEN_PB_IMPL const *a, GEN_PB_IMPL const *b) { return a->m_name < b->m_name; });
-        for (GEN_PB_IMPL *child : children)
-            if (!write(*child, depth, collect_tags))
-                return false;
-        return bin.m_name.empty() || write_other(bin, depth);
-    }
-
-    // What no child accounts for, as if it were the last child.
-    bool write_other(GEN_PB_IMPL &bin, int depth) const
-    {
-        GEN_PB_IMPL other;
-        other.m_code_prefix = bin.m_code_prefix;
-        other.m_name = "OTHER";
-        other.m_parent = &bin;
-        other.m_report = bin.m_self;
-        return write(other, depth, /*collect_tags=*/false);
-    }
-
-    GEN_PB_IMPL const &m_root;
-    bool m_is_file;
-};
-
 } // namespace
+
+std::string GEN_PROFILE_BINS::s_log_file_suffix;
+
+void gen_pb_dump(GEN_PB_IMPL &bin, char const *file, bool collect_tags)
+{
+    std::vector<GEN_PB_IMPL *> tagged_bins;
+    dump(bin, file, collect_tags ? &tagged_bins : nullptr);
+}
 
 void gen_pb_write_reports(char const *name)
 {
-    gen_pb_forget_tagged_bins(); // noted by a tool's own dump
-    s_gen_pb.m_root->dump(report_file_name("profile_bins", name).c_str(), /*collect_tags=*/true);
-    if (gen_pb_build_tag_tree())
-        s_gen_pb.m_root->dump(report_file_name("profile_bins_tagged", name).c_str(), /*collect_tags=*/false);
-}
-
-void GEN_PB_IMPL::dump(char const *file, bool collect_tags)
-{
-    if (!gen_pb_is_own_thread())
+    std::vector<GEN_PB_IMPL *> tagged_bins;
+    dump(*gen_pb().tree.root, report_file_name("profile_bins", name).c_str(), &tagged_bins);
+    if (tagged_bins.empty())
         return;
-    GEN_PB_BUSY const busy;
-    if (m_open_count != 0) {
-        gen_say("Warning: bin still open (%d times), cannot dump: %s", m_open_count, get_path("/", nullptr));
-        return;
-    }
-    if (!compute_report())
-        return;
-    double const overhead_cpu = gen_pb_seconds_of_nsec(m_report_overhead.m_values[GEN_PB_CPU]);
-    double const overhead_wc = gen_pb_seconds_of_ticks(m_report_overhead.m_values[GEN_PB_WC]);
-    gen_say("Overhead for bin %s is %.1fs (%.1fs WC)", m_name, overhead_cpu, overhead_wc);
-    if (file != nullptr)
-        write_file_report(file, collect_tags);
-    else
-        write_debug_report();
-}
-
-void GEN_PB_IMPL::write_file_report(char const *file, bool collect_tags)
-{
-    if (!GEN_PB_CHECK(l_gen_pb_current_file == nullptr, "l_gen_pb_current_file == 0LL"))
-        return;
-    l_gen_pb_current_file = FIO_FILE_SYSTEM::fopen(file, "w");
-    if (l_gen_pb_current_file == nullptr) {
-        gen_say("Error - couldn't print profile bins (disk probably full)");
-        return;
-    }
-    print_line(header_line('\t'));
-    RowWriter(*this, /*is_file=*/true).write(*this, /*depth=*/0, collect_tags);
-    std::string closing;
-    stl_sprintf(&closing, "\nEstimated bin overhead was %.1fs (%.1fs WC)\n",
-                gen_pb_seconds_of_nsec(m_report_overhead.m_values[GEN_PB_CPU]),
-                gen_pb_seconds_of_ticks(m_report_overhead.m_values[GEN_PB_WC]));
-    print_line(closing);
-    std::fclose(l_gen_pb_current_file);
-    l_gen_pb_current_file = nullptr;
-}
-
-void GEN_PB_IMPL::write_debug_report()
-{
-    if (!GEN_PB_CHECK(l_gen_pb_current_code_prefix == nullptr, "l_gen_pb_current_code_prefix == 0LL"))
-        return;
-    l_gen_pb_current_code_prefix = m_code_prefix.c_str();
-    print_line(header_line(' '));
-    RowWriter(*this, /*is_file=*/false).write(*this, /*depth=*/0, /*collect_tags=*/false);
-    l_gen_pb_current_code_prefix = nullptr;
+    gen_pb_build_tag_tree(tagged_bins);
+    dump(*gen_pb().tree.root, report_file_name("profile_bins_tagged", name).c_str(), /*tagged_bins=*/nullptr);
 }

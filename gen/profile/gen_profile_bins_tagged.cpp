@@ -1,18 +1,25 @@
-// The tree of the tagged report: each bin with a tag moves out of its place into a subtree of its tag's own, below
-// copies of the bins that stood above it, which hold its share of their numbers alone.
+// Tag joins: how the bins of one tag come together in the tagged report.
 //
-//     root                          root
-//       plan                          plan       less by the numbers of read
-//         read   tag "netlist"        route      less by the numbers of wires
-//       route                         netlist    the tag's bin
-//         wires  tag "netlist"          plan       copies of the bins above
-//                                         read
-//                                       route
-//                                         wires
+// Each bin with a tag moves out of its place into a subtree of its tag, below copies of the bins that were above it.
+// The copies have its share of their numbers. Take three bins with the tag "netlist":
 //
-// A second bin of a tag joins above the deepest point where its path and that of the bin before it stop having the same
-// names. The tag bins and the copies are not computed: they have the numbers of what they were made for.
-#include "gen/profile/gen_profile_bins_impl.h"
+//     Fitter                        Fitter
+//       Plan                          Plan          less by the numbers of Read
+//         Read   "netlist"            Route         less by the numbers of Read and Wires
+//       Route                         netlist       the bin of the tag
+//         Read   "netlist"              Plan        a copy
+//         Wires  "netlist"                Read      the first
+//                                       Route       a copy
+//                                         Read      the second
+//                                         Wires     the third
+//
+// The first bin of a tag makes the bin of the tag. Each later one is compared with the bin of its tag that was placed
+// last: both paths are read from the deepest name upward, and the new bin joins above the first names that differ. For
+// the second, Read and Read are equal, Plan and Route differ, and above Plan is the bin of the tag. For the third, Read
+// and Wires differ at once, and above Read is the copy of Route, which needs no second copy.
+//
+// The copies and the bin of the tag are not computed: they have the numbers of the bins that they were made for.
+#include "gen/profile/gen_profile_bins_tagged.h"
 
 #include "gen/base/gen_message.h"
 #include "mem_sys.h"
@@ -22,66 +29,63 @@
 
 namespace {
 
-// The bins with a tag in the order of the first dump's rows, children before parents; not owned.
-std::vector<GEN_PB_IMPL *> l_gen_pb_tagged_bins;
-
 // The bin of each tag that was placed last; not owned.
-std::map<std::string, GEN_PB_IMPL *> l_gen_pb_tag_map;
+using PlacedBins = std::map<std::string, GEN_PB_IMPL *>;
 
-// Whether a bin above `bin`, the root excluded, has its tag: that one moves, and takes this one along.
+// Whether a bin above `bin`, the root excluded, has its tag. That one moves, with this one inside it.
 bool is_inside_its_tag(GEN_PB_IMPL const &bin)
 {
     for (GEN_PB_IMPL const *above = bin.m_parent; above != nullptr; above = above->m_parent)
-        if (above != s_gen_pb.m_root && above->m_tag == bin.m_tag)
+        if (above != gen_pb().tree.root && above->m_tag == bin.m_tag)
             return true;
     return false;
 }
 
 // From `bin` upward, the root excluded.
-template <typename ACTION>
-void for_each_below_root(GEN_PB_IMPL *bin, ACTION action)
+template <typename Action>
+void for_each_below_root(GEN_PB_IMPL *bin, Action action)
 {
-    for (; bin != nullptr && bin != s_gen_pb.m_root; bin = bin->m_parent)
+    for (; bin != nullptr && bin != gen_pb().tree.root; bin = bin->m_parent)
         action(*bin);
 }
 
-// Copies of the bins above `bin`, up to the root or to one of the name of `stop`. The topmost one; `bin` if there is
-// none.
-GEN_PB_IMPL *make_chain(GEN_PB_IMPL &bin, GEN_PB_IMPL const &stop)
+// Puts `bin` below copies of the bins above it, up to the root or to one with the name of `stop`. Returns the topmost
+// copy, or the bin if there is none.
+std::unique_ptr<GEN_PB_IMPL> make_chain(std::unique_ptr<GEN_PB_IMPL> bin, GEN_PB_IMPL const &stop)
 {
-    GEN_PB_IMPL *top = &bin;
-    for (GEN_PB_IMPL const *above = bin.m_parent;
-         above != nullptr && above != s_gen_pb.m_root && above->m_name != stop.m_name; above = above->m_parent) {
-        auto *const copy = new GEN_PB_IMPL;
+    GEN_PB_METRICS const share = bin->m_report;
+    GEN_PB_IMPL const *above = bin->m_parent;
+    std::unique_ptr<GEN_PB_IMPL> top = std::move(bin);
+    for (; above != nullptr && above != gen_pb().tree.root && above->m_name != stop.m_name; above = above->m_parent) {
+        std::unique_ptr<GEN_PB_IMPL> copy = gen_pb_make_bin();
         copy->m_name = above->m_name;
         copy->m_count = above->m_count;
-        copy->m_report = bin.m_report;
-        copy->m_children = {top};
-        top->m_parent = copy;
-        top = copy;
+        copy->m_report = share;
+        copy->add_child(std::move(top));
+        top = std::move(copy);
     }
     return top;
 }
 
-void append(GEN_PB_IMPL &parent, GEN_PB_IMPL &child)
+// Moves a bin with its chain below `parent`. Its former parent still lists it, until all bins have moved.
+void move_below(GEN_PB_IMPL &parent, GEN_PB_IMPL &bin)
 {
-    child.m_parent = &parent;
-    parent.m_children.push_back(&child);
+    parent.add_child(make_chain(std::unique_ptr<GEN_PB_IMPL>(&bin), parent));
 }
 
-// The bin of a tag below the root, with the chain of the tag's first bin.
+// Makes the bin of a tag, with the tag's first bin.
 void place_first(GEN_PB_IMPL &bin)
 {
-    GEN_PB_IMPL &root = *s_gen_pb.m_root;
-    auto *const tag_bin = new GEN_PB_IMPL;
+    GEN_PB_IMPL &root = *gen_pb().tree.root;
+    std::unique_ptr<GEN_PB_IMPL> tag_bin = gen_pb_make_bin();
     tag_bin->m_name = bin.m_tag;
     tag_bin->m_report = bin.m_report;
     tag_bin->m_count = 1;
-    append(*tag_bin, *make_chain(bin, root));
-    append(root, *tag_bin);
+    tag_bin->add_child(make_chain(std::unique_ptr<GEN_PB_IMPL>(&bin), root));
+    root.add_child(std::move(tag_bin));
 }
 
-// Where `bin` joins the bin of its tag that was placed last; null if nowhere.
+// The bin that takes `bin`, as `placed` was the last one of its tag; null if there is none.
 GEN_PB_IMPL *find_join_bin(GEN_PB_IMPL const &bin, GEN_PB_IMPL const &placed)
 {
     GEN_PB_IMPL const *above = &bin;
@@ -98,19 +102,19 @@ GEN_PB_IMPL *find_join_bin(GEN_PB_IMPL const &bin, GEN_PB_IMPL const &placed)
     return nullptr;
 }
 
-// False if there is no place for the bin, which stays where it is then.
-bool place_behind(GEN_PB_IMPL &bin, GEN_PB_IMPL const &placed)
+// Returns false if there is no bin to join; `bin` stays in its place then.
+bool place_after(GEN_PB_IMPL const &placed, GEN_PB_IMPL &bin)
 {
     GEN_PB_IMPL *const join = find_join_bin(bin, placed);
     if (join == nullptr)
         return false;
-    append(*join, *make_chain(bin, *join));
+    move_below(*join, bin);
     for_each_below_root(join, [&bin](GEN_PB_IMPL &above) { above.m_report.add_clocks(bin.m_report); });
     return true;
 }
 
-// True if the bin has moved.
-bool move(GEN_PB_IMPL &bin)
+// Returns whether the bin has moved.
+bool move(GEN_PB_IMPL &bin, PlacedBins &placed_bins)
 {
     if (is_inside_its_tag(bin))
         return false;
@@ -119,10 +123,10 @@ bool move(GEN_PB_IMPL &bin)
         return false;
     }
     for_each_below_root(bin.m_parent, [&bin](GEN_PB_IMPL &above) { above.m_report.subtract_clocks(bin.m_report); });
-    GEN_PB_IMPL *&placed = l_gen_pb_tag_map[bin.m_tag];
+    GEN_PB_IMPL *&placed = placed_bins[bin.m_tag];
     if (placed == nullptr)
         place_first(bin);
-    else if (!place_behind(bin, *placed))
+    else if (!place_after(*placed, bin))
         return false;
     placed = &bin;
     return true;
@@ -130,34 +134,21 @@ bool move(GEN_PB_IMPL &bin)
 
 } // namespace
 
-void gen_pb_note_tagged_bin(GEN_PB_IMPL &bin)
+void gen_pb_build_tag_tree(std::vector<GEN_PB_IMPL *> const &tagged_bins)
 {
-    l_gen_pb_tagged_bins.push_back(&bin);
-}
-
-bool gen_pb_build_tag_tree()
-{
-    if (l_gen_pb_tagged_bins.empty())
-        return false;
-    // The bins are deleted untracked.
+    // The bins are freed with tracking suspended; allocate the new ones the same way.
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
     GEN_PB_BUSY const busy;
-    // The bins that lost children, which are dropped at the end, all of a parent at once.
+    PlacedBins placed_bins;
+    // The bins that lost children. They drop them at the end, each one all at once.
     std::vector<GEN_PB_IMPL *> parents;
-    for (GEN_PB_IMPL *bin : l_gen_pb_tagged_bins) {
+    for (GEN_PB_IMPL *bin : tagged_bins) {
         GEN_PB_IMPL *const parent = bin->m_parent;
-        if (move(*bin))
+        if (move(*bin, placed_bins))
             parents.push_back(parent);
     }
     std::sort(parents.begin(), parents.end());
     parents.erase(std::unique(parents.begin(), parents.end()), parents.end());
     for (GEN_PB_IMPL *parent : parents)
         parent->drop_moved_children();
-    return true;
-}
-
-void gen_pb_forget_tagged_bins()
-{
-    l_gen_pb_tagged_bins.clear();
-    l_gen_pb_tag_map.clear();
 }

@@ -12,12 +12,12 @@ namespace {
 // In the project's database directory.
 constexpr char GUI_PROFILE_NAME[] = "kalvern_gui.profile";
 
-// Owned; null if there is none. Stays open at exit.
+// Owned; null if there is none. It is not closed at exit.
 std::brisel_ofstream *l_gui_profile_stream = nullptr;
 
 } // namespace
 
-// What the profiler's own manager would work with.
+// The state that the profiler's own manager would use.
 struct GEN_TRACQ_MANAGER::STATE
 {
     THR_MUTEX_OBJ m_mutex = thr_mutex_create();

@@ -6,7 +6,8 @@
 #include "gen/machine/gen_machine_state.h"
 #include "gen/path/gen_path_state.h"
 #include "gen/process/gen_command_line.h"
-#include "gen/profile/gen_profile_bins_impl.h"
+#include "gen/profile/gen_profile_bins_bin.h"
+#include "gen/profile/gen_profile_bins_listener.h"
 #include "gen_cookie_sys.h"
 #include "gen_dep_sys.h"
 #include "gen_exe_sys.h"
@@ -430,11 +431,13 @@ TEST(GenStaticOrderDeathTest, FactsOfTheProcessOutliveTheRelease)
         ExitedWithCode(0), HasSubstr("[/fake/][tool][1]"));
 }
 
-// There are no bins: cookies have no path.
+// There are no bins: cookies have no path, and no run ends.
 std::vector<std::string> gen_pb_current_path()
 {
     return {};
 }
+
+void gen_pb_listen_to_end(GEN_PB_LISTENER & /*listener*/) {}
 
 // Out of line, where the compiler doesn't take their malloc() and free() for strangers.
 [[gnu::noinline]] void *operator new(std::size_t size)

@@ -1,6 +1,6 @@
 // Every fault of the profile bins, in a development build and, over the version library of a release branch, in a
 // customer build: there the bins fall silent for good and the flow goes on.
-#include "gen/profile/gen_profile_bins_impl.h"
+#include "gen/profile/gen_profile_bins_bin.h"
 
 #include "err_sys.h"
 #include "gen_cookie_sys.h"

@@ -1,7 +1,7 @@
 // Tagged reports as whole files, over scripted clocks: a second of CPU time of a bin comes with two of wall-clock time.
 #include "gen_profile_bins_sys.h"
 
-#include "gen/profile/gen_profile_bins_impl.h"
+#include "gen/profile/gen_profile_bins_bin.h"
 #include "mem_sys.h"
 #include "tests/support/gen_os_fake.h"
 #include "tests/support/mem_figures_fake.h"

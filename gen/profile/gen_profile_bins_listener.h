@@ -1,0 +1,46 @@
+// Listeners: whatever wants to know of the bins of a run registers here, and the bins name none of them. Everything
+// here is called on the thread that owns the bins.
+//
+//     class Log final : public GEN_PB_LISTENER
+//     {
+//         void on_open(GEN_PB_IMPL const &bin, GEN_PB_EVENT const &event) override;
+//         void on_end(char const *name) override;
+//     } l_log;
+//     gen_pb_listen_to_bins(l_log); // on_open of each bin from now on
+//     gen_pb_listen_to_end(l_log);  // on_end of each run that ends in order
+//
+// While no listener is registered for bins, an open and a close pay one test for all of them.
+#ifndef GEN_PROFILE_BINS_LISTENER_H
+#define GEN_PROFILE_BINS_LISTENER_H
+
+class GEN_PB_IMPL;
+struct GEN_PB_EVENT;
+
+/// Its functions must not open or close a bin and must not register or remove a listener, on_end() excepted.
+class GEN_PB_LISTENER
+{
+public:
+    /// A bin was opened; it becomes the current bin afterwards. A bin that is opened inside itself is not reported.
+    virtual void on_open(GEN_PB_IMPL const & /*bin*/, GEN_PB_EVENT const & /*event*/) {}
+    /// A bin was closed; it is still the current bin, and its figures include the interval.
+    virtual void on_close(GEN_PB_IMPL const & /*bin*/, GEN_PB_EVENT const & /*event*/) {}
+    /// After on_open() and on_close(), of a bin with a step label.
+    virtual void on_step(GEN_PB_IMPL const & /*bin*/, GEN_PB_EVENT const & /*event*/) {}
+    /// A run has ended by finalize(name), and its bins are deleted.
+    virtual void on_end(char const * /*name*/) {}
+
+protected:
+    ~GEN_PB_LISTENER() = default;
+};
+
+/// Calls a listener at each open, close and step from now on. A second call changes nothing.
+void gen_pb_listen_to_bins(GEN_PB_LISTENER &listener);
+/// Ends the calls at opens, closes and steps.
+void gen_pb_ignore_bins(GEN_PB_LISTENER &listener);
+/// Calls a listener at the end of each run from now on. A second call changes nothing.
+void gen_pb_listen_to_end(GEN_PB_LISTENER &listener);
+
+/// Calls the listeners at the end of a run, the one that registered last first.
+void gen_pb_notify_end(char const *name);
+
+#endif
