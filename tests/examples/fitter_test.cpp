@@ -673,9 +673,9 @@ TEST(FitterDevice, JoinsSegmentsBothWays)
     }
     EXPECT_EQ(names.size(), 24u);
     EXPECT_THAT(
-        device.segments_next_to(device.cluster_site(1, 2)),
+        device.segments_beside(device.cluster_site(1, 2)),
         ElementsAre(device.horizontal(1, 2), device.horizontal(1, 3), device.vertical(1, 2), device.vertical(2, 2)));
-    EXPECT_THAT(device.segments_next_to(device.pad_site(4, 0)), ElementsAre(device.vertical(3, 1)));
+    EXPECT_THAT(device.segments_beside(device.pad_site(4, 0)), ElementsAre(device.vertical(3, 1)));
 }
 
 TEST(FitterDevice, HasALargestSize)
