@@ -1,4 +1,6 @@
 #include "gen_string_sys.h"
+#include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,23 +11,6 @@
 #include <gmock/gmock.h>
 
 namespace {
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
-}
-
-auto tells(std::string const &expression)
-{
-    return testing::AllOf(testing::HasSubstr("Internal error: " + expression + "\n"),
-                          testing::HasSubstr("Library: GEN\n"), testing::HasSubstr("gen/gen_string"));
-}
-
-// A text with its terminator and not a byte more, so that a sanitizer sees any step too far.
-std::vector<char> terminated(std::string const &text)
-{
-    return {text.c_str(), text.c_str() + text.size() + 1};
-}
 
 // A buffer of x, with a text and its terminator at the start if there is one.
 std::string buffer_of(std::size_t size, char const *text = nullptr)

@@ -1,4 +1,5 @@
 #include "gen_string_sys.h"
+#include "tests/support/texts.h"
 
 #include <boost/numeric/conversion/converter_policies.hpp>
 
@@ -13,21 +14,6 @@
 #ifndef _WIN32
 #include <sys/mman.h>
 #endif
-
-namespace {
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
-}
-
-// A text with its terminator and not a byte more, so that a sanitizer sees any step too far.
-std::vector<char> terminated(std::string const &text)
-{
-    return {text.c_str(), text.c_str() + text.size() + 1};
-}
-
-} // namespace
 
 struct EscapeCase
 {

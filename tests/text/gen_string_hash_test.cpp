@@ -1,30 +1,11 @@
 #include "gen_string_sys.h"
+#include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
 
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
-
-namespace {
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
-}
-
-auto tells(std::string const &expression)
-{
-    return testing::AllOf(testing::HasSubstr("Internal error: " + expression + "\n"),
-                          testing::HasSubstr("Library: GEN\n"), testing::HasSubstr("gen/gen_string"));
-}
-
-// A text with its terminator and not a byte more, so that a sanitizer sees any step too far.
-std::vector<char> terminated(std::string const &text)
-{
-    return {text.c_str(), text.c_str() + text.size() + 1};
-}
-
-} // namespace
 
 struct HashCase
 {

@@ -1,18 +1,10 @@
 #include "gen_string_sys.h"
+#include "tests/support/texts.h"
 
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
-
-namespace {
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
-}
-
-} // namespace
 
 struct TrimCase
 {

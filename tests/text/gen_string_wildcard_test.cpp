@@ -1,4 +1,6 @@
 #include "gen_string_sys.h"
+#include "tests/support/internal_error.h"
+#include "tests/support/texts.h"
 
 #include <boost/regex.hpp>
 
@@ -6,21 +8,6 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-
-namespace {
-
-std::string shown(std::string const &text)
-{
-    return testing::PrintToString(text);
-}
-
-auto tells(std::string const &expression)
-{
-    return testing::AllOf(testing::HasSubstr("Internal error: " + expression + "\n"),
-                          testing::HasSubstr("Library: GEN\n"), testing::HasSubstr("gen/gen_string"));
-}
-
-} // namespace
 
 TEST(GenHasWildcardChars, FindsAsterisksAndQuestionMarks)
 {
