@@ -2,10 +2,10 @@
 // for the mutexes of zel_thr, so that the building and the release of their static objects can be watched from both
 // ends. What they release goes through the operators at the end of this file.
 #include "fio_sys.h"
+#include "gen/base/gen_statics.h"
 #include "gen/machine/gen_machine_state.h"
 #include "gen/profile/gen_profile_bins_bin.h"
 #include "gen/profile/gen_profile_bins_listener.h"
-#include "gen/base/gen_statics.h"
 #include "gen_cookie_sys.h"
 #include "gen_dep_sys.h"
 #include "gen_exe_sys.h"
