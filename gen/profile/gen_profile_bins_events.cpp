@@ -1,19 +1,22 @@
 // The event buffer and the levels.
 //
 // Bins are opened millions of times, so an open or a close only reads both clocks and writes one event into a buffer.
-// The tenth event flushes the buffer: all ten are processed, that is, find their bins in the tree. The level is the
-// flags of the last open. As long as consecutive opens have equal flags without GEN_PB_FLAG_IMMEDIATE, they and the
+// The tenth event flushes the buffer: all ten are processed, that is, they find their bins in the tree. The level is
+// the flags of the last open. As long as consecutive opens have equal flags without GEN_PB_FLAG_IMMEDIATE, they and the
 // closes between them are buffered; an open with other flags flushes first. An event with GEN_PB_FLAG_IMMEDIATE goes
 // directly into the tree, after a flush. Flags of 0 ignore everything up to the matching close.
 //
 //     call        level  buffer  effect
-//     open A 1    1      A       a new level: flushes (the buffer was empty), then waits
+//     open A 1    1      A       a new level: flushes the buffer, which was empty, and waits
 //     close       1      A A     waits
-//     open B 1    1      A A B   waits; so do the next ones, up to the tenth event
-//     open C ALL  ALL            flushes, A and B are processed; then C at once: the call returns C
-//     close       1              immediate as well, since a close takes the level; C's parent B sets the level back to
-//     1 open D 0    0              ignored open E 1    0              ignored: depth 2 close       0              depth
-//     1 close       1              depth 0: the level is that of the current bin again
+//     open B 1    1      A A B   waits, like all of this level up to the tenth event
+//     open C ALL  ALL            flushes A and B, then processes C at once: the call returns C
+//     close       1              at once, since a close has the flags of the level; then the level is that of B, the
+//                                parent of C
+//     open D 0    0              ignored: depth 1
+//     open E 1    0              ignored: depth 2
+//     close       0              depth 1
+//     close       1              depth 0: the level is that of the current bin again
 #include "gen/profile/gen_profile_bins_events.h"
 
 #include "gen/base/gen_message.h"

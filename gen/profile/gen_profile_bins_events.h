@@ -1,16 +1,17 @@
-// From the call of an open or a close to the tree. The tests that every call makes are inline;
-// gen_profile_bins_events.cpp explains the rest.
+// From the call of an open or a close to the tree, as gen_profile_bins_events.cpp explains it. The tests that every
+// call makes are inline.
 #ifndef GEN_PROFILE_BINS_EVENTS_H
 #define GEN_PROFILE_BINS_EVENTS_H
 
 #include "gen/profile/gen_profile_bins_state.h"
 
-/// Processes the buffered events, and adds the time of that to the overhead of the bin that is current afterwards.
+/// Processes the buffered events, and adds the time that this takes to the overhead of the bin that is current
+/// afterwards.
 void gen_pb_flush();
 
-// The parts of gen_pb_open() and gen_pb_close() that take more than a test.
+// The parts of gen_pb_open() and gen_pb_close() that take more than a test. Opens return the bin, or null.
 
-/// Buffers an open; null.
+/// Buffers an open.
 GEN_PROFILE_BIN const *gen_pb_push_open(char const *code_prefix, char const *name, std::uint32_t flags, char const *tag,
                                         char const *user_tag);
 /// Buffers a close.
@@ -20,7 +21,7 @@ GEN_PROFILE_BIN const *gen_pb_open_special(char const *code_prefix, char const *
                                            char const *tag, char const *user_tag);
 /// A close that is immediate or is traced.
 void gen_pb_close_special(char const *name, std::uint32_t flags);
-/// Ignores an open with a warning; null.
+/// Ignores an open, with a warning.
 [[gnu::cold]] GEN_PROFILE_BIN const *gen_pb_ignore_with_warning(char const *name);
 /// Goes back to recording.
 [[gnu::cold]] void gen_pb_stop_ignoring();
@@ -31,7 +32,7 @@ inline bool gen_pb_is_plain(std::uint32_t flags)
     return (flags & GEN_PB_FLAG_IMMEDIATE) == 0 && !gen_pb().run.debug;
 }
 
-/// Ignores an open; null.
+/// Ignores an open.
 inline GEN_PROFILE_BIN const *gen_pb_ignore_open(char const *name, std::uint32_t flags)
 {
     if (flags != 0) {
@@ -43,7 +44,7 @@ inline GEN_PROFILE_BIN const *gen_pb_ignore_open(char const *name, std::uint32_t
     return nullptr;
 }
 
-/// GEN_PROFILE_BINS::open_with_user_tag(), and the other opens without what they lack.
+/// All public opens; `tag` and `user_tag` are null in those that have none.
 inline GEN_PROFILE_BIN const *gen_pb_open(char const *code_prefix, char const *name, std::uint32_t flags,
                                           char const *tag, char const *user_tag)
 {
@@ -58,7 +59,7 @@ inline GEN_PROFILE_BIN const *gen_pb_open(char const *code_prefix, char const *n
     return gen_pb_push_open(code_prefix, name, flags, tag, user_tag);
 }
 
-/// GEN_PROFILE_BINS::close().
+/// The public close.
 inline void gen_pb_close(char const *name)
 {
     if (!gen_pb_takes_calls())

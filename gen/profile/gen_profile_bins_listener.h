@@ -1,5 +1,5 @@
-// Listeners: whatever wants to know of the bins of a run registers here, and the bins name none of them. Everything
-// here is called on the thread that owns the bins.
+// Listeners: an object that follows the bins of a run registers here, and the files below it don't know its name. All
+// calls are made on the thread that owns the bins.
 //
 //     class Log final : public GEN_PB_LISTENER
 //     {
@@ -7,16 +7,16 @@
 //         void on_end(char const *name) override;
 //     } l_log;
 //     gen_pb_listen_to_bins(l_log); // on_open of each bin from now on
-//     gen_pb_listen_to_end(l_log);  // on_end of each run that ends in order
+//     gen_pb_listen_to_end(l_log);  // on_end of each run that is finalized
 //
-// While no listener is registered for bins, an open and a close pay one test for all of them.
+// As long as no listener is registered for bins, an open and a close cost one test more.
 #ifndef GEN_PROFILE_BINS_LISTENER_H
 #define GEN_PROFILE_BINS_LISTENER_H
 
 class GEN_PB_IMPL;
 struct GEN_PB_EVENT;
 
-/// Its functions must not open or close a bin and must not register or remove a listener, on_end() excepted.
+/// Its functions open and close no bin. Only on_end() may register or remove a listener.
 class GEN_PB_LISTENER
 {
 public:
@@ -24,7 +24,7 @@ public:
     virtual void on_open(GEN_PB_IMPL const & /*bin*/, GEN_PB_EVENT const & /*event*/) {}
     /// A bin was closed; it is still the current bin, and its figures include the interval.
     virtual void on_close(GEN_PB_IMPL const & /*bin*/, GEN_PB_EVENT const & /*event*/) {}
-    /// After on_open() and on_close(), of a bin with a step label.
+    /// The bin that was opened or closed has a step label; called after on_open() or on_close().
     virtual void on_step(GEN_PB_IMPL const & /*bin*/, GEN_PB_EVENT const & /*event*/) {}
     /// A run has ended by finalize(name), and its bins are deleted.
     virtual void on_end(char const * /*name*/) {}

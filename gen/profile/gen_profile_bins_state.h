@@ -1,6 +1,6 @@
-// The state of the profile bins, all of it in one structure, with the questions and the faults that every file above
-// needs. A group belongs to the file that its comment names: only that file writes the members, unless a member says
-// otherwise.
+// The state of the profile bins, all of it in one structure, and what every file needs to use it: whether a call may go
+// on, and how a fault ends. A group belongs to the file that its comment names: only that file writes its members,
+// unless the comment of a member names another one.
 //
 // The files of the profile bins lie on floors; each one includes and calls only files further down in this list:
 //
@@ -9,11 +9,11 @@
 //     _report                      the reports of a run
 //     _tagged                      the tree of the tagged report
 //     _events                      from the call of an open or a close to the tree
-//     _tree                        what an open or a close does in the tree
+//     _tree                        the effect of an open or a close in the tree
 //     _messages                    the lines of announced bins and of the trace
 //     _estimate                    calibration, report values and estimates
 //     _bin                         one bin: its children and its path
-//     _listener                    who is called as bins open and close, and at the end
+//     _listener                    the register of the listeners
 //     _state, _metrics             the state and the figures
 #ifndef GEN_PROFILE_BINS_STATE_H
 #define GEN_PROFILE_BINS_STATE_H
@@ -73,7 +73,7 @@ struct GEN_PB_STATE
         bool debug = false;                                 ///< trace to the standard error stream
         bool show_ignored = false;                          ///< warn about each dropped open
         bool checks_names = false;                          ///< a bin's own close() passes its name
-        bool busy = false;                                  ///< a GEN_PB_BUSY exists
+        bool busy = false;                                  ///< a GEN_PB_BUSY exists, which writes it
     } run;
 
     /// Events on their way to the tree: _events.
@@ -90,37 +90,37 @@ struct GEN_PB_STATE
         std::array<GEN_PB_EVENT, GEN_PB_EVENT_LIMIT> events{};
     } intake;
 
-    /// The bins: _tree, which owns them from their first open to finalize.
+    /// The bins: _tree, which owns them from their creation to finalize.
     struct Tree
     {
         GEN_PB_IMPL *root = nullptr;
         GEN_PB_IMPL *current = nullptr; ///< the innermost bin that the processed events left open
         /// Bins that were opened when no bin was open, although there was a root. Nothing else leads to them.
         std::vector<GEN_PB_IMPL *> strays;
-        /// Makes an empty bin. The public operations of a bin call everything below them, so that the class of the
-        /// bins is only known to gen_profile_bins, which sets this.
+        /// Makes an empty bin. gen_profile_bins sets it: the public operations of a bin use all files, so that only
+        /// the topmost one can define the class of the bins.
         std::unique_ptr<GEN_PB_IMPL> (*make_bin)() = nullptr;
     } tree;
 
-    /// Who is called: _listener.
+    /// The objects that are called: _listener.
     struct Listeners
     {
         std::vector<GEN_PB_LISTENER *> at_bins; ///< at opens, closes and steps
         std::vector<GEN_PB_LISTENER *> at_end;
     } listeners;
 
-    /// What the calibration found, and the rules: _estimate.
+    /// The results of the calibration, and the ratio rules: _estimate.
     struct Estimate
     {
         std::int64_t wc_frequency = 1; ///< ticks per second
-        /// What an open and a close cost, in the units of each metric: inside the bin, and as the enclosing bin sees
-        /// it. Zero until they are calibrated.
+        /// The cost of an open and a close, in the units of each metric: the part inside the bin, and the whole as the
+        /// enclosing bin sees it. Zero until they are calibrated.
         GEN_PB_METRICS internal_overhead;
         GEN_PB_METRICS external_overhead;
         std::vector<GEN_PB_RATIO_RULE> ratio_rules; ///< in order of addition; never emptied
     } estimate;
 
-    /// The dump that is running: _report. At most one of the two is set.
+    /// The dumps that are running: _report. A dump within one of its own kind is a fault.
     struct Report
     {
         bool writes_file = false;
@@ -128,8 +128,8 @@ struct GEN_PB_STATE
     } report;
 };
 
-/// Holds an object that is never destroyed: other libraries may open bins and log cookies when this one's statics are
-/// released.
+/// Holds an object that is never destroyed, since other libraries may open bins and log cookies after the release of
+/// this library's statics.
 template <typename Object>
 union GEN_PB_KEPT
 {

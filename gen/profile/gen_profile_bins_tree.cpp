@@ -1,5 +1,5 @@
-// What an event does in the tree: an open finds or creates its bin below the current one, a close adds the interval and
-// makes the parent the current bin.
+// The effect of an event in the tree: an open finds or creates its bin below the current one, a close adds the interval
+// and makes the parent the current bin.
 #include "gen/profile/gen_profile_bins_tree.h"
 
 #include "err_sys.h"
