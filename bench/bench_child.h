@@ -13,8 +13,8 @@
 
 /// Runs `work` in a copy of this process and returns its result, in seconds; negative if the process fails. The current
 /// directory of the copy is a new, empty one that is removed afterwards. No other thread may run meanwhile.
-template <typename WORK>
-double seconds_in_child(WORK work)
+template <typename Work>
+double seconds_in_child(Work work)
 {
     std::string directory = (std::filesystem::temp_directory_path() / "zel_bench_XXXXXX").string();
     int ends[2];
@@ -38,8 +38,8 @@ double seconds_in_child(WORK work)
 }
 
 /// One iteration is a run divided by `count`.
-template <typename WORK>
-void run_in_children(benchmark::State &state, std::int64_t count, WORK work)
+template <typename Work>
+void run_in_children(benchmark::State &state, std::int64_t count, Work work)
 {
     for (auto _ : state) {
         double const seconds = seconds_in_child(work);

@@ -97,8 +97,8 @@ double log_in_bin()
     return seconds_since(start);
 }
 
-template <int THREADS, typename WORK>
-double seconds_on_threads(WORK work)
+template <int THREADS, typename Work>
+double seconds_on_threads(Work work)
 {
     std::vector<std::thread> threads;
     auto const start = std::chrono::steady_clock::now();

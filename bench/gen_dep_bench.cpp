@@ -25,7 +25,7 @@
 
 namespace {
 
-using CALLBACK = GEN_DEP_REGISTRY::CALLBACK;
+using Callback = GEN_DEP_REGISTRY::Callback;
 
 // Objects on the heap, as in a tool.
 struct Object
@@ -37,13 +37,13 @@ using Objects = std::vector<Object>;
 struct Record
 {
     void const *memory;
-    CALLBACK callback;
+    Callback callback;
     unsigned uid;
 };
 
 std::uint64_t l_calls = 0;
 
-CALLBACK callback()
+Callback callback()
 {
     return [calls = &l_calls](unsigned uid) { *calls += uid; };
 }
@@ -57,7 +57,7 @@ void create_remove(benchmark::State &state)
 {
     Objects objects(count_of(state));
     std::vector<unsigned> uids(objects.size());
-    CALLBACK const noted = callback();
+    Callback const noted = callback();
     GEN_DEP_REGISTRY registry;
     for (auto _ : state) {
         for (std::size_t i = 0; i < objects.size(); ++i)
@@ -70,7 +70,7 @@ void create_remove(benchmark::State &state)
 void exported(benchmark::State &state)
 {
     Object const object{};
-    CALLBACK const noted = callback();
+    Callback const noted = callback();
     for (auto _ : state)
         GEN_DEP::remove_dependency(GEN_DEP::create_dependency(&object, noted));
 }
@@ -80,7 +80,7 @@ void insert_erase(benchmark::State &state)
 {
     Objects objects(count_of(state));
     std::vector<unsigned> uids(objects.size());
-    CALLBACK const noted = callback();
+    Callback const noted = callback();
     std::unordered_map<unsigned, Record> records;
     std::unordered_map<void const *, std::vector<unsigned>> uids_of_memory;
     unsigned next_uid = 1;
@@ -100,7 +100,7 @@ void connect_disconnect(benchmark::State &state)
 {
     boost::signals2::signal<void(unsigned)> signal;
     std::vector<boost::signals2::connection> connections(count_of(state));
-    CALLBACK const noted = callback();
+    Callback const noted = callback();
     for (auto _ : state) {
         for (boost::signals2::connection &connection : connections)
             connection = signal.connect(noted);

@@ -22,20 +22,20 @@ char const *const REASON = "no free wire";
 constexpr int COUNT = 184233;
 
 // The formats are data, as in a table of messages.
-struct FORMATS
+struct Formats
 {
     char const *ours;
     char const *fmt;
     char const *boost;
     char const *positional;
 };
-FORMATS l_texts{
+Formats l_texts{
     "Can't route net %1 from site %2: %3\n",
     "Can't route net {0} from site {1}: {2}\n",
     "Can't route net %1% from site %2%: %3%\n",
     "Can't route net %1$s from site %2$s: %3$s\n",
 };
-FORMATS l_number{
+Formats l_number{
     "Can't route net %1 from site %2: %3!d! paths tried\n",
     "Can't route net {0} from site {1}: {2:d} paths tried\n",
     "Can't route net %1% from site %2%: %3% paths tried\n",
@@ -65,8 +65,8 @@ void floor_number(benchmark::State &state)
     }
 }
 
-template <typename LAST>
-void ours(benchmark::State &state, FORMATS const *formats, LAST last)
+template <typename Last>
+void ours(benchmark::State &state, Formats const *formats, Last last)
 {
     ArgumentSlots slots(NET, SITE, last);
     for (auto _ : state) {
@@ -77,8 +77,8 @@ void ours(benchmark::State &state, FORMATS const *formats, LAST last)
 }
 
 #ifdef BENCH_HAS_FMT
-template <typename LAST>
-void peer_fmt(benchmark::State &state, FORMATS const *formats, LAST last)
+template <typename Last>
+void peer_fmt(benchmark::State &state, Formats const *formats, Last last)
 {
     for (auto _ : state) {
         std::string const out = fmt::vformat(formats->fmt, fmt::make_format_args(NET, SITE, last));
@@ -87,8 +87,8 @@ void peer_fmt(benchmark::State &state, FORMATS const *formats, LAST last)
 }
 #endif
 
-template <typename LAST>
-void peer_boost(benchmark::State &state, FORMATS const *formats, LAST last)
+template <typename Last>
+void peer_boost(benchmark::State &state, Formats const *formats, Last last)
 {
     for (auto _ : state) {
         std::string const out = (boost::format(formats->boost) % NET % SITE % last).str();
@@ -96,8 +96,8 @@ void peer_boost(benchmark::State &state, FORMATS const *formats, LAST last)
     }
 }
 
-template <typename LAST>
-void peer_positional(benchmark::State &state, FORMATS const *formats, LAST last)
+template <typename Last>
+void peer_positional(benchmark::State &state, Formats const *formats, Last last)
 {
     for (auto _ : state) {
         char buffer[256];

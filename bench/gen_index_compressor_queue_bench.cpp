@@ -22,7 +22,7 @@
 
 namespace {
 
-using QUEUE = GEN_INDEX_COMPRESSOR_QUEUE;
+using Queue = GEN_INDEX_COMPRESSOR_QUEUE;
 
 constexpr std::size_t NAME_COUNT = 1000000;
 
@@ -93,12 +93,12 @@ void find_indices(benchmark::State &state)
 }
 
 // The entries with which a name of the given number of dimensions is compared: the last one, and the one before it.
-struct ENTRIES
+struct Entries
 {
     std::string own;
     std::string before;
 };
-ENTRIES const ENTRIES_OF_DIMENSIONS[] = {
+Entries const ENTRIES_OF_DIMENSIONS[] = {
     {"", ""},
     {"data_bus[0:499999]", ""},
     {"data_bus[500][0:500]", "data_bus[0:499][0:999]"},
@@ -109,7 +109,7 @@ ENTRIES const ENTRIES_OF_DIMENSIONS[] = {
 void find_indices_of_entries(benchmark::State &state)
 {
     std::vector<std::string> const &names = names_of(state.range(0));
-    ENTRIES const &entries = ENTRIES_OF_DIMENSIONS[state.range(0)];
+    Entries const &entries = ENTRIES_OF_DIMENSIONS[state.range(0)];
     unsigned long sum = 0;
     while (state.KeepRunningBatch(NAME_COUNT))
         for (std::string const &name : names) {
@@ -138,7 +138,7 @@ void find_indices_and_keep(benchmark::State &state)
 void fold(benchmark::State &state)
 {
     std::vector<std::string> const &names = names_of(state.range(0));
-    QUEUE queue;
+    Queue queue;
     std::size_t taken = 0;
     while (state.KeepRunningBatch(NAME_COUNT)) {
         for (std::string const &name : names)
@@ -153,7 +153,7 @@ void fold(benchmark::State &state)
 // A bus of a million bits expanded into single names; one iteration is one name.
 void expand(benchmark::State &state)
 {
-    QUEUE queue;
+    Queue queue;
     std::size_t length = 0;
     while (state.KeepRunningBatch(NAME_COUNT))
         for (queue.push_back("data_bus[0:999][0:999]"); !queue.empty(); queue.pop_front())

@@ -70,8 +70,8 @@ void execute(std::vector<std::uint32_t> const &leaves)
 }
 
 // Visits those of the first 32 processors on which the process may run, and calls a function on each.
-template <typename FUNCTION>
-void walk(std::uint64_t process_mask, FUNCTION const &function)
+template <typename Function>
+void walk(std::uint64_t process_mask, Function const &function)
 {
     for (std::uint64_t rest = process_mask & 0xffffffff; rest != 0; rest &= rest - 1) {
         gen_os_move_thread(static_cast<std::uint32_t>(rest & -rest));

@@ -147,14 +147,14 @@ std::vector<std::string> shuffled(std::vector<std::string> names)
     return names;
 }
 
-using MAP = std::unordered_map<std::string, FIO_PATH>;
+using DirectoryMap = std::unordered_map<std::string, FIO_PATH>;
 
 template <std::vector<std::string> (*NAMES)()>
 void map_lookup(benchmark::State &state)
 {
     use_tree();
     std::vector<std::string> const names = NAMES();
-    MAP map;
+    DirectoryMap map;
     for (std::string const &name : names)
         map.emplace(name, gen_find_file(name));
     std::vector<std::string> const wanted = shuffled(names);
@@ -188,7 +188,7 @@ void map_fill(benchmark::State &state)
     use_tree();
     std::vector<std::string> const names = shuffled(miss_names());
     for (auto _ : state) {
-        MAP map;
+        DirectoryMap map;
         for (std::string const &name : names)
             if (map.find(name) == map.end())
                 map.emplace(name, gen_find_file(name));

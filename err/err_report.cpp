@@ -18,7 +18,7 @@
 //                                        beside A, and its last handler ends the process with A's status.
 //
 // at_exit() is registered in the first lines of main, so it runs before the static objects of the libraries are
-// released. LAST_HANDLER is a static object of this library, which is released after everything that is built on it.
+// released. LastHandler is a static object of this library, which is released after everything that is built on it.
 #include "err_sys.h"
 
 #include "err/err_demangle.h"
@@ -41,29 +41,29 @@ constexpr int STATUS = 3;
 
 // A place that err_set_module_fullpath() was given. Former ones are kept, because a report on another thread may be
 // reading them.
-struct PLACE
+struct ModulePath
 {
     std::string text;
-    PLACE const *former;
+    ModulePath const *former;
 };
 
 // The latest place; null before the first. It is never released, because an internal error may be reported until the
 // very end of the process.
-std::atomic<PLACE const *> l_place{nullptr};
+std::atomic<ModulePath const *> l_module_path{nullptr};
 
 // The thread that reports; 0 before the first internal error. Written once.
 std::atomic<std::int64_t> l_reporter{0};
 
 // The owner of the end of the process. Written once.
-enum class END
+enum class ExitPhase
 {
     OPEN,
     ORDINARY,
     REPORTER,
 };
-std::atomic<END> l_end{END::OPEN};
+std::atomic<ExitPhase> l_end{ExitPhase::OPEN};
 
-struct FAILURE
+struct Failure
 {
     char const *expression;
     char const *module;
@@ -72,9 +72,9 @@ struct FAILURE
 };
 
 // The failure whose block is being composed, else null. Only the reporter reads and writes it.
-FAILURE const *l_unwritten = nullptr;
+Failure const *l_unwritten = nullptr;
 
-char const *text_of(char const *text)
+char const *text_or_null(char const *text)
 {
     return text == nullptr ? "(null)" : text;
 }
@@ -117,14 +117,14 @@ void append_stack(std::string &block, ERR_OS_STACK const &stack, void const *cal
         block += "    #" + std::to_string(i) + " " + rendered(frames[i], addresses[i]) + "\n";
 }
 
-std::string block_of(FAILURE const &failure, ERR_OS_STACK const &stack, void const *caller)
+std::string block_of(Failure const &failure, ERR_OS_STACK const &stack, void const *caller)
 {
-    PLACE const *place = l_place.load(std::memory_order_acquire);
+    ModulePath const *place = l_module_path.load(std::memory_order_acquire);
     std::string const executable = err_os_executable();
     std::string block;
-    block += std::string("Internal error: ") + text_of(failure.expression) + "\n";
-    block += std::string("  Library: ") + text_of(failure.module) + "\n";
-    block += std::string("  Source:  ") + text_of(failure.file) + ", line " + std::to_string(failure.line) + "\n";
+    block += std::string("Internal error: ") + text_or_null(failure.expression) + "\n";
+    block += std::string("  Library: ") + text_or_null(failure.module) + "\n";
+    block += std::string("  Source:  ") + text_or_null(failure.file) + ", line " + std::to_string(failure.line) + "\n";
     block += "  Version: " ZEL_VERSION_TEXT "\n";
     block += "  Process: " + std::to_string(err_os_process_id()) + ", " +
              (executable.empty() ? "(unknown)" : executable) + "\n";
@@ -134,21 +134,22 @@ std::string block_of(FAILURE const &failure, ERR_OS_STACK const &stack, void con
 }
 
 // The report if there is no memory for a full one. Nothing is allocated, and long texts are cut.
-void write_short_block(FAILURE const &failure)
+void write_short_block(Failure const &failure)
 {
     char block[2048];
-    int const length = std::snprintf(block, sizeof(block),
-                                     "Internal error: %.1000s\n  Library: %.100s\n  Source:  %.500s, line %d\n"
-                                     "  Version: " ZEL_VERSION_TEXT "\n  Process: %llu\n",
-                                     text_of(failure.expression), text_of(failure.module), text_of(failure.file),
-                                     failure.line, static_cast<unsigned long long>(err_os_process_id()));
+    int const length =
+        std::snprintf(block, sizeof(block),
+                      "Internal error: %.1000s\n  Library: %.100s\n  Source:  %.500s, line %d\n"
+                      "  Version: " ZEL_VERSION_TEXT "\n  Process: %llu\n",
+                      text_or_null(failure.expression), text_or_null(failure.module), text_or_null(failure.file),
+                      failure.line, static_cast<unsigned long long>(err_os_process_id()));
     if (length > 0)
         err_os_write_error_stream(block, static_cast<std::size_t>(length));
 }
 
-void write_block(FAILURE const &failure, ERR_OS_STACK const &stack, void const *caller)
+void write_block(Failure const &failure, ERR_OS_STACK const &stack, void const *caller)
 {
-    FAILURE const *unwritten = std::exchange(l_unwritten, &failure);
+    Failure const *unwritten = std::exchange(l_unwritten, &failure);
     if (unwritten != nullptr) {
         // The composing of a block failed, so it is not tried again.
         write_short_block(*unwritten);
@@ -165,9 +166,9 @@ void write_block(FAILURE const &failure, ERR_OS_STACK const &stack, void const *
 }
 
 // True if the end belongs to the claimant now, whether it did before or not.
-bool claim_end(END claimant)
+bool claim_end(ExitPhase claimant)
 {
-    END claimed = END::OPEN;
+    ExitPhase claimed = ExitPhase::OPEN;
     return l_end.compare_exchange_strong(claimed, claimant) || claimed == claimant;
 }
 
@@ -179,21 +180,21 @@ bool another_thread_reports()
 
 void at_exit()
 {
-    if (claim_end(END::ORDINARY) && another_thread_reports())
+    if (claim_end(ExitPhase::ORDINARY) && another_thread_reports())
         err_os_wait_for_the_end();
 }
 
 // Its destructor is among the last exit handlers that run.
-class LAST_HANDLER
+class LastHandler
 {
 public:
-    ~LAST_HANDLER()
+    ~LastHandler()
     {
         if (l_reporter.load() == sys_thread_self()) {
             std::fflush(nullptr);
             err_os_end_at_once(STATUS);
         }
-        bool const is_claimed = claim_end(END::ORDINARY);
+        bool const is_claimed = claim_end(ExitPhase::ORDINARY);
         if (!another_thread_reports())
             return;
         if (is_claimed && !sys_is_last_thread_of_exit())
@@ -204,8 +205,8 @@ public:
 
 // Two of them, because the reporter and an ordinary exit beside it may each run one. An exit that finds no handler left
 // would end the process with its own status.
-LAST_HANDLER l_last_handler;
-LAST_HANDLER l_handler_before_the_last;
+LastHandler l_last_handler;
+LastHandler l_handler_before_the_last;
 
 } // namespace
 
@@ -220,7 +221,7 @@ void err_report_internal_error(char const *expression, char const *module, char 
     ERR_OS_STACK stack;
     err_os_capture_stack(stack);
     write_block({expression, module, file, line}, stack, __builtin_return_address(0));
-    if (!is_first || stack.is_in_exit || !claim_end(END::REPORTER))
+    if (!is_first || stack.is_in_exit || !claim_end(ExitPhase::REPORTER))
         err_os_end_at_once(STATUS);
     std::exit(STATUS);
 }
@@ -229,13 +230,13 @@ void err_set_module_fullpath(std::string const &path)
 {
     static std::once_flag is_registered;
     std::call_once(is_registered, err_os_call_at_exit, at_exit);
-    PLACE *place = nullptr;
+    ModulePath *place = nullptr;
     try {
-        place = new PLACE{path, l_place.load()};
+        place = new ModulePath{path, l_module_path.load()};
     } catch (std::bad_alloc const &) {
         return; // reports show the former place
     }
-    while (!l_place.compare_exchange_weak(place->former, place))
+    while (!l_module_path.compare_exchange_weak(place->former, place))
         ;
 }
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-char const *text_of(char const *text)
+char const *text_or_empty(char const *text)
 {
     return text != nullptr ? text : "";
 }
@@ -21,7 +21,7 @@ bool FIO_FILE_SYSTEM::exists(std::string const &path)
 
 bool FIO_FILE_SYSTEM::exists(char const *path)
 {
-    return fio_os_exists(text_of(path));
+    return fio_os_exists(text_or_empty(path));
 }
 
 bool FIO_FILE_SYSTEM::status(std::string const &path, struct _stat64i32 *record)
@@ -36,7 +36,7 @@ bool FIO_FILE_SYSTEM::create(std::string const &path)
 
 std::FILE *FIO_FILE_SYSTEM::fopen(char const *path, char const *mode)
 {
-    return fio_os_fopen(text_of(path), text_of(mode));
+    return fio_os_fopen(text_or_empty(path), text_or_empty(mode));
 }
 
 std::string FIO_FILE_SYSTEM::get_current_directory()
@@ -49,7 +49,7 @@ std::string FIO_FILE_SYSTEM::get_current_directory()
 std::intptr_t FIO_FILE_SYSTEM::findfirst(char const *pattern, struct _finddata64i32_t *data)
 {
     if (data != nullptr)
-        return fio_os_findfirst(text_of(pattern), *data);
+        return fio_os_findfirst(text_or_empty(pattern), *data);
     errno = EINVAL;
     return -1;
 }
@@ -72,5 +72,5 @@ int FIO_FILE_SYSTEM::findclose(std::intptr_t handle)
 
 std::wstring fio_get_unc_full_path(char const *path)
 {
-    return fio_os_long_path(text_of(path));
+    return fio_os_long_path(text_or_empty(path));
 }

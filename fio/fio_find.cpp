@@ -56,7 +56,7 @@ bool is_empty(FIO_PATH const &path)
     return *text == '\0';
 }
 
-std::string folded(std::string name)
+std::string folded_name(std::string name)
 {
     fio_os_fold_case(name);
     return name;
@@ -72,7 +72,7 @@ std::vector<std::string> candidate_names(std::string const &base, std::vector<st
         std::string name = base;
         if (extension.size() > start)
             name.append(1, '.').append(extension, start);
-        std::string key = folded(name);
+        std::string key = folded_name(name);
         if (std::find(known.begin(), known.end(), key) != known.end())
             continue;
         known.push_back(std::move(key));
@@ -197,9 +197,9 @@ std::string FIO_FIND::find_first()
     m_next_name = 0;
     if (is_empty(m_pattern))
         return {};
-    std::string const pattern = folded(m_pattern.filename());
+    std::string const pattern = folded_name(m_pattern.filename());
     for (FIO_OS_ENTRY &entry : sorted_entries(m_pattern.full_directory()))
-        if (entry.kind == FIO_OS_KIND::REGULAR && fio_pattern_matches(pattern, folded(entry.name)))
+        if (entry.kind == FIO_OS_KIND::REGULAR && fio_pattern_matches(pattern, folded_name(entry.name)))
             m_names.push_back(std::move(entry.name));
     return find_next();
 }

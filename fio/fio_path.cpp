@@ -87,7 +87,7 @@ std::vector<std::string_view> simplified(std::string_view components, bool roote
     return kept;
 }
 
-bool names_directory(std::string_view text)
+bool is_directory_text(std::string_view text)
 {
     std::size_t const separator = text.find_last_of(SEPARATORS);
     std::string_view const name = separator == std::string_view::npos ? text : text.substr(separator + 1);
@@ -210,7 +210,7 @@ FIO_PATH &FIO_PATH::directory(std::string const &text)
 
 FIO_PATH &FIO_PATH::extension(std::string const &text, std::string const &second)
 {
-    if (names_directory(std::string_view(m_text).substr(filename_position(m_text))))
+    if (is_directory_text(std::string_view(m_text).substr(filename_position(m_text))))
         return *this;
     m_text.erase(extension_position(m_text));
     for (std::string_view part : {std::string_view(text), std::string_view(second)})
@@ -268,7 +268,7 @@ FIO_PATH &FIO_PATH::become_simplified()
         return *this;
     std::string_view const text = m_text;
     std::size_t const root = root_length(text);
-    bool const directory = names_directory(text);
+    bool const directory = is_directory_text(text);
 
     std::string result(text.substr(0, root));
     std::vector<std::string_view> const kept = simplified(text.substr(root), has_root(text));

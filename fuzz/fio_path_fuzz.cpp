@@ -12,7 +12,7 @@
 
 namespace {
 
-using COMPONENTS = std::vector<std::string>;
+using Components = std::vector<std::string>;
 
 void require(bool condition, char const *what, FIO_PATH const &path)
 {
@@ -40,9 +40,9 @@ std::string root_of(std::string const &text)
     return text.substr(0, length);
 }
 
-COMPONENTS components_of(std::string_view text)
+Components components_of(std::string_view text)
 {
-    COMPONENTS components;
+    Components components;
     while (!text.empty()) {
         std::size_t const end = std::min(text.find('/'), text.size());
         if (end != 0)
@@ -53,10 +53,10 @@ COMPONENTS components_of(std::string_view text)
 }
 
 // The components that are left after a walk along the path, component by component; ".." at a root has no effect.
-COMPONENTS walk(FIO_PATH const &path)
+Components walk(FIO_PATH const &path)
 {
     std::string const text = path.fullpath();
-    COMPONENTS walked;
+    Components walked;
     for (std::string const &component : components_of(std::string_view(text).substr(root_of(text).size())))
         if (component == ".." && !walked.empty() && walked.back() != "..")
             walked.pop_back();
@@ -111,7 +111,7 @@ void check_simplified(FIO_PATH const &path)
     require(root_of(simple.fullpath()) == root_of(path.fullpath()), "simplifying leads to another root", path);
     require(walk(simple) == walk(path), "simplifying leads elsewhere", path);
     require(simple.levels() <= path.levels() + 1, "simplifying adds levels", path);
-    COMPONENTS const kept = components_of(std::string_view(simple.fullpath()).substr(root_of(path.fullpath()).size()));
+    Components const kept = components_of(std::string_view(simple.fullpath()).substr(root_of(path.fullpath()).size()));
     // A "." at the beginning keeps a relative path relative.
     require(path.relative() || kept == walk(path), "simplifying leaves dots", path);
 }

@@ -16,8 +16,8 @@
 
 namespace {
 
-using QUEUE = GEN_INDEX_COMPRESSOR_QUEUE;
-using NAMES = std::vector<std::string>;
+using Queue = GEN_INDEX_COMPRESSOR_QUEUE;
+using Names = std::vector<std::string>;
 
 // A name with more single names than this is not expanded, and no name is pushed after it.
 constexpr std::size_t MOST_NAMES = 200;
@@ -36,7 +36,7 @@ bool is_digit(char ch)
 }
 
 // Reads a number at the beginning of a text and removes it; false if there is none of up to nine digits.
-bool take_number(std::string_view &text, bool with_sign, int &value)
+bool take_index(std::string_view &text, bool with_sign, int &value)
 {
     std::size_t const sign = with_sign && !text.empty() && text.front() == '-' ? 1 : 0;
     std::size_t end = sign;
@@ -56,12 +56,12 @@ bool take_index(std::string_view &text, int &low, int &high)
     bool const bracketed = !rest.empty() && rest.front() == '[';
     if (bracketed)
         rest.remove_prefix(1);
-    if (!take_number(rest, bracketed, low))
+    if (!take_index(rest, bracketed, low))
         return false;
     high = low;
     if (!rest.empty() && rest.front() == ':') {
         std::string_view second = rest.substr(1);
-        if (take_number(second, bracketed, high))
+        if (take_index(second, bracketed, high))
             rest = second;
     }
     if (bracketed) {
@@ -77,9 +77,9 @@ bool take_index(std::string_view &text, int &low, int &high)
 
 // Every single name that a text with ranges describes. Its indices have no brackets and no leading zeros, and a ">"
 // after each. Empty if there are too many names.
-NAMES single_names(std::string_view text)
+Names single_names(std::string_view text)
 {
-    NAMES names = {""};
+    Names names = {""};
     while (!text.empty()) {
         int low = 0;
         int high = 0;
@@ -91,7 +91,7 @@ NAMES single_names(std::string_view text)
         }
         if ((static_cast<std::size_t>(high) - static_cast<std::size_t>(low) + 1) > MOST_NAMES / names.size())
             return {};
-        NAMES longer;
+        Names longer;
         for (std::string const &name : names)
             for (int value = low; value <= high; ++value)
                 longer.push_back(name + std::to_string(value) + ">");
@@ -100,14 +100,14 @@ NAMES single_names(std::string_view text)
     return names;
 }
 
-void append(NAMES &names, NAMES const &more)
+void append(Names &names, Names const &more)
 {
     names.insert(names.end(), more.begin(), more.end());
 }
 
-void fold_lines(std::string_view text, QUEUE::BRACKET_TYPE type)
+void fold_lines(std::string_view text, Queue::BRACKET_TYPE type)
 {
-    QUEUE queue(true, type);
+    Queue queue(true, type);
     while (!text.empty()) {
         std::size_t const end = std::min(text.find('\n'), text.size());
         queue.push_back(std::string(text.substr(0, end)));
@@ -158,14 +158,14 @@ std::string take_name(std::string_view &bytes)
     return name + ';';
 }
 
-void fold_and_expand(std::string_view bytes, QUEUE::BRACKET_TYPE type)
+void fold_and_expand(std::string_view bytes, Queue::BRACKET_TYPE type)
 {
-    QUEUE queue(true, type);
-    NAMES pushed;
-    NAMES expanded;
+    Queue queue(true, type);
+    Names pushed;
+    Names expanded;
     while (!bytes.empty() && pushed.size() < MOST_NAMES) {
         std::string const name = take_name(bytes);
-        NAMES const singles = single_names(name);
+        Names const singles = single_names(name);
         if (singles.empty())
             continue;
         append(pushed, singles);
@@ -188,7 +188,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size
 {
     if (size == 0)
         return 0;
-    auto const type = static_cast<QUEUE::BRACKET_TYPE>(data[0] / 2 % 3);
+    auto const type = static_cast<Queue::BRACKET_TYPE>(data[0] / 2 % 3);
     std::string_view const rest(reinterpret_cast<char const *>(data) + 1, size - 1);
     if (data[0] % 2 == 0)
         fold_lines(rest, type);

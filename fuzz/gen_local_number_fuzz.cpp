@@ -17,18 +17,18 @@ void require(bool condition)
         std::abort();
 }
 
-template <typename NUMBER>
+template <typename Number>
 struct Parsed
 {
-    NUMBER value;
+    Number value;
     std::ptrdiff_t length;
 };
 
-template <typename NUMBER>
-Parsed<NUMBER> parsed(NUMBER (*parse)(char const *, char **, int), std::string const &text, int base)
+template <typename Number>
+Parsed<Number> parsed(Number (*parse)(char const *, char **, int), std::string const &text, int base)
 {
     char *end = nullptr;
-    NUMBER const value = parse(text.c_str(), &end, base);
+    Number const value = parse(text.c_str(), &end, base);
     std::ptrdiff_t const length = end - text.c_str();
     require(length >= 0 && length <= static_cast<std::ptrdiff_t>(text.size()));
     require(parse(text.c_str(), nullptr, base) == value);
@@ -36,13 +36,13 @@ Parsed<NUMBER> parsed(NUMBER (*parse)(char const *, char **, int), std::string c
 }
 
 // A reading of another type has the same value and end if that type holds the number, else an extreme value.
-template <typename NUMBER>
-void require_saturated(Parsed<NUMBER> const &number, Parsed<std::uint64_t> const &widest, bool is_negative,
-                       NUMBER beyond)
+template <typename Number>
+void require_saturated(Parsed<Number> const &number, Parsed<std::uint64_t> const &widest, bool is_negative,
+                       Number beyond)
 {
     std::uint64_t const magnitude = is_negative ? 0 - widest.value : widest.value;
-    if (magnitude <= static_cast<std::uint64_t>(std::numeric_limits<NUMBER>::max()))
-        require(number.value == static_cast<NUMBER>(widest.value) && number.length == widest.length);
+    if (magnitude <= static_cast<std::uint64_t>(std::numeric_limits<Number>::max()))
+        require(number.value == static_cast<Number>(widest.value) && number.length == widest.length);
     else
         require(number.value == beyond && number.length <= widest.length);
 }

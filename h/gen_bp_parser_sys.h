@@ -104,16 +104,16 @@ public:
     GEN_API void get_last_error(std::string *out);
 
 private:
-    using TOKEN_ITERATOR = std::list<BP_TOKEN *>::iterator;
+    using TokenIterator = std::list<BP_TOKEN *>::iterator;
 
     // A range of tokens ends before `last`.
     GEN_API void tokenize_string();
     GEN_API void process_token_contents(std::string *current);
     GEN_API void add_token_to_list(BP_TOKEN_TYPE type, std::string const *contents);
-    GEN_API bool parse_token_list(TOKEN_ITERATOR first, TOKEN_ITERATOR last);
-    GEN_API bool get_first_subexpression(TOKEN_ITERATOR first, TOKEN_ITERATOR last, TOKEN_ITERATOR *sub_begin,
-                                         TOKEN_ITERATOR *operator_position);
-    GEN_API bool expression_has_multiple_terms(TOKEN_ITERATOR first, TOKEN_ITERATOR last);
+    GEN_API bool parse_token_list(TokenIterator first, TokenIterator last);
+    GEN_API bool get_first_subexpression(TokenIterator first, TokenIterator last, TokenIterator *sub_begin,
+                                         TokenIterator *operator_position);
+    GEN_API bool expression_has_multiple_terms(TokenIterator first, TokenIterator last);
 
     std::list<BP_TOKEN *> m_tokens; // null pointers after the parse
     std::string m_string;           // the condition, then the prefix form

@@ -129,17 +129,17 @@ public:
     GEN_API void clear();
 
 private:
-    struct NODE
+    struct Node
     {
-        NODE *m_next; // towards the back
-        NODE *m_prev; // towards the front
+        Node *m_next; // towards the back
+        Node *m_prev; // towards the front
         std::string m_name;
         bool m_merged; // a pushed name was merged into it
         bool m_ready;  // final; counted in m_ready_count
     };
 
     // A range in brackets within a name.
-    struct RANGE_TEXT
+    struct RangeText
     {
         std::string::size_type m_begin; // position of the opening bracket
         std::string::size_type m_end;   // position after the closing bracket
@@ -147,7 +147,7 @@ private:
     };
 
     // An index and its position in a text.
-    struct INDEX
+    struct Index
     {
         int m_low;
         int m_high;
@@ -158,14 +158,14 @@ private:
     };
 
     // The place at which two texts merge.
-    struct SEAM
+    struct MergePoint
     {
         bool m_ok;                      // no reason against the merge was found
         bool m_merged;                  // an index at which to merge was found
         std::string::size_type m_equal; // length of the equal text before the comparison begins
         char const *m_begin;            // position of the index in the incoming text
-        INDEX m_incoming;
-        INDEX m_existing;
+        Index m_incoming;
+        Index m_existing;
     };
 
     GEN_API bool merge(std::string &existing, std::string const &incoming, bool &compatible);
@@ -175,7 +175,7 @@ private:
     GEN_API bool scan_index(char &ch, char const *&cursor, int *const range) const;
     GEN_API bool scan_int(char &ch, char const *&cursor, int &value) const;
 
-    inline bool read_index(char const *at, INDEX &index) const;
+    inline bool read_index(char const *at, Index &index) const;
     inline static bool read_number(char const *&at, int &value, bool &plain);
     // The value of a digit; more than 9 for any other character.
     static unsigned digit_of(char ch) { return static_cast<unsigned>(ch - '0'); }
@@ -184,19 +184,20 @@ private:
     inline void update_bare_index_allowed(char ch);
     inline std::string::size_type walk_start(std::string const &existing, std::string const &incoming) const;
     inline static std::string::size_type first_difference(std::string const &existing, std::string const &incoming);
-    inline bool step_index(char const *&at1, char const *&at2, SEAM &seam) const;
-    inline static void note_difference(SEAM &seam, char const *begin, INDEX const &incoming, INDEX const &existing);
-    inline static void write_merged(std::string &existing, std::string const &incoming, SEAM const &seam);
+    inline bool step_index(char const *&at1, char const *&at2, MergePoint &seam) const;
+    inline static void note_difference(MergePoint &seam, char const *begin, Index const &incoming,
+                                       Index const &existing);
+    inline static void write_merged(std::string &existing, std::string const &incoming, MergePoint const &seam);
 
     inline void fold_back();
     inline void append(std::string const &name);
-    inline void unlink(NODE *node);
-    inline bool find_range(std::string const &name, RANGE_TEXT &found) const;
-    inline void split_front(RANGE_TEXT const &at);
+    inline void unlink(Node *node);
+    inline bool find_range(std::string const &name, RangeText &found) const;
+    inline void split_front(RangeText const &at);
 
     bool m_error_check;
-    NODE *m_head;
-    NODE *m_tail;
+    Node *m_head;
+    Node *m_tail;
     std::int32_t m_ready_count;
     bool m_bracket_optional;
     bool m_bracket_after_tilde;
@@ -245,7 +246,7 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::merge(std::string &existing, std::string
         return false;
 
     std::string::size_type const start = walk_start(existing, incoming);
-    SEAM seam = {true, false, start, nullptr, {}, {}};
+    MergePoint seam = {true, false, start, nullptr, {}, {}};
     char const *at1 = incoming.c_str() + start;
     char const *at2 = existing.c_str() + start;
     while (*at1 != '\0' && *at2 != '\0') {
@@ -295,7 +296,7 @@ inline std::string const &GEN_INDEX_COMPRESSOR_QUEUE::expand_front()
 {
     if (m_head == nullptr)
         err_report_internal_error("m_head != NULL", "GEN", "h/gen_index_compressor_queue_sys.h", __LINE__);
-    RANGE_TEXT found;
+    RangeText found;
     while (find_range(m_head->m_name, found))
         split_front(found);
     return m_head->m_name;
@@ -370,10 +371,10 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::update_bare_index_allowed(char ch)
 // Moves past an index in both texts, or past an opening bracket that begins no index in one of them, together with
 // the digits after it that are equal. False if the comparison can't go on: an index or an opening bracket in one text
 // only, or a number without brackets that is out of range or lacks its second number.
-inline bool GEN_INDEX_COMPRESSOR_QUEUE::step_index(char const *&at1, char const *&at2, SEAM &seam) const
+inline bool GEN_INDEX_COMPRESSOR_QUEUE::step_index(char const *&at1, char const *&at2, MergePoint &seam) const
 {
-    INDEX index1;
-    INDEX index2;
+    Index index1;
+    Index index2;
     if (read_index(at1, index1) && read_index(at2, index2)) {
         if (index1.m_low != index2.m_low || index1.m_high != index2.m_high)
             note_difference(seam, at1, index1, index2);
@@ -391,8 +392,8 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::step_index(char const *&at1, char const 
 }
 
 // Records that the indices at a position differ; `begin` is the position of the incoming one.
-inline void GEN_INDEX_COMPRESSOR_QUEUE::note_difference(SEAM &seam, char const *begin, INDEX const &incoming,
-                                                        INDEX const &existing)
+inline void GEN_INDEX_COMPRESSOR_QUEUE::note_difference(MergePoint &seam, char const *begin, Index const &incoming,
+                                                        Index const &existing)
 {
     if (seam.m_merged || existing.m_high + 1 != incoming.m_low) {
         seam.m_ok = false;
@@ -407,7 +408,7 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::note_difference(SEAM &seam, char const *
 
 // Writes the incoming text, with the merged range in place of its index, to `existing`.
 inline void GEN_INDEX_COMPRESSOR_QUEUE::write_merged(std::string &existing, std::string const &incoming,
-                                                     SEAM const &seam)
+                                                     MergePoint const &seam)
 {
     char const *const begin = incoming.c_str();
     char const *const end = begin + incoming.size();
@@ -431,7 +432,7 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::write_merged(std::string &existing, std:
 
 inline bool GEN_INDEX_COMPRESSOR_QUEUE::scan_index(char &ch, char const *&cursor, int *const range) const
 {
-    INDEX index = {};
+    Index index = {};
     bool const good = read_index(cursor - 1, index);
     range[0] = index.m_low;
     range[1] = index.m_high;
@@ -454,7 +455,7 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::scan_int(char &ch, char const *&cursor, 
 
 // Reads one number, or two with a colon between them: in brackets, or without if m_bare_index_allowed. False if there
 // is no index at this position; `index` may then be partly filled.
-inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_index(char const *at, INDEX &index) const
+inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_index(char const *at, Index &index) const
 {
     bool const bracketed = *at == '[';
     if (!bracketed && !m_bare_index_allowed)
@@ -520,13 +521,13 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::fold_back()
 
 inline void GEN_INDEX_COMPRESSOR_QUEUE::append(std::string const &name)
 {
-    NODE *const node = new NODE{nullptr, m_tail, name, false, false};
+    Node *const node = new Node{nullptr, m_tail, name, false, false};
     (m_tail == nullptr ? m_head : m_tail->m_next) = node;
     m_tail = node;
 }
 
 // Removes an entry from the list and deletes it.
-inline void GEN_INDEX_COMPRESSOR_QUEUE::unlink(NODE *node)
+inline void GEN_INDEX_COMPRESSOR_QUEUE::unlink(Node *node)
 {
     (node->m_prev == nullptr ? m_head : node->m_prev->m_next) = node->m_next;
     (node->m_next == nullptr ? m_tail : node->m_next->m_prev) = node->m_prev;
@@ -534,7 +535,7 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::unlink(NODE *node)
 }
 
 // Finds the first range of more than one value.
-inline bool GEN_INDEX_COMPRESSOR_QUEUE::find_range(std::string const &name, RANGE_TEXT &found) const
+inline bool GEN_INDEX_COMPRESSOR_QUEUE::find_range(std::string const &name, RangeText &found) const
 {
     char const *const begin = name.c_str();
     char const *cursor = begin;
@@ -553,13 +554,13 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::find_range(std::string const &name, RANG
 }
 
 // Replaces the front by one entry for each value of the range.
-inline void GEN_INDEX_COMPRESSOR_QUEUE::split_front(RANGE_TEXT const &at)
+inline void GEN_INDEX_COMPRESSOR_QUEUE::split_front(RangeText const &at)
 {
-    NODE *const whole = m_head;
+    Node *const whole = m_head;
     std::string const ahead = whole->m_name.substr(0, at.m_begin + 1);
     std::string const behind = whole->m_name.substr(at.m_end - 1);
     for (int value = at.m_range[1]; value >= at.m_range[0]; --value) {
-        NODE *const node = new NODE{m_head, nullptr, ahead, false, false};
+        Node *const node = new Node{m_head, nullptr, ahead, false, false};
         node->m_name.append(std::to_string(value)).append(behind);
         m_head->m_prev = node;
         m_head = node;

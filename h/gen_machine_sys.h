@@ -158,10 +158,10 @@ public:
     GEN_API static bool get_os_64_bit();
 
 private:
-    struct FEATURE_LEVELS;
+    struct FeatureLevels;
 
     static bool capture_cpu_info();
-    static bool read_feature(FEATURE_LEVELS const &levels, int level, bool *supported);
+    static bool read_feature(FeatureLevels const &levels, int level, bool *supported);
 };
 
 // The host and its user. Failures are reported by the results alone. Any thread may call these functions, but the first

@@ -28,8 +28,8 @@ private:
     GEN_TRACQ_MANAGER();
     ~GEN_TRACQ_MANAGER();
 
-    struct STATE;
-    STATE *m_state;
+    struct State;
+    State *m_state;
 };
 
 /// Marks the region of the program from its construction to its destruction; no effect.

@@ -68,7 +68,7 @@ public:
     GEN_API void commit_file();
 
 private:
-    struct COMMANDS
+    struct Commands
     {
         std::list<std::string> lines; // formatted
         int count = 0;
@@ -76,19 +76,19 @@ private:
         void add(std::string const &command, std::string const &comment);
         void write(std::ostream &out, char const *heading) const;
     };
-    struct SECTION
+    struct Section
     {
         std::string name;
         std::string description;
-        COMMANDS undo;
-        COMMANDS redo;
+        Commands undo;
+        Commands redo;
 
         void write(std::ostream &out) const;
     };
 
     FIO_PATH m_path;
-    SECTION m_section;
-    std::list<SECTION> m_finished_sections; // the oldest first
+    Section m_section;
+    std::list<Section> m_finished_sections; // the oldest first
 };
 
 #endif

@@ -19,10 +19,10 @@ void thr_sleep(unsigned milliseconds)
         thr_os_yield();
         return;
     }
-    using CLOCK = std::chrono::steady_clock;
-    CLOCK::time_point const end = CLOCK::now() + std::chrono::milliseconds(milliseconds);
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point const end = Clock::now() + std::chrono::milliseconds(milliseconds);
     // A timer that counts in ticks may wake the thread too early.
-    for (CLOCK::time_point now = CLOCK::now(); now < end; now = CLOCK::now())
+    for (Clock::time_point now = Clock::now(); now < end; now = Clock::now())
         std::this_thread::sleep_for(end - now);
 }
 

@@ -19,7 +19,7 @@
 namespace {
 
 // The addresses of a function's code.
-struct CODE_RANGE
+struct CodeRange
 {
     std::uintptr_t begin = 0;
     std::uintptr_t end = 0;
@@ -28,14 +28,14 @@ struct CODE_RANGE
 };
 
 // The walk over the stack: the result, and the code of the two functions that run exit handlers.
-struct STACK_WALK
+struct StackWalk
 {
     ERR_OS_STACK &stack;
-    CODE_RANGE exit;
-    CODE_RANGE quick_exit;
+    CodeRange exit;
+    CodeRange quick_exit;
 };
 
-CODE_RANGE code_of(void *function)
+CodeRange code_range_of(void *function)
 {
     Dl_info info;
     void *symbol = nullptr;
@@ -52,9 +52,9 @@ std::uintptr_t call_of(void const *return_address)
     return reinterpret_cast<std::uintptr_t>(return_address) - 1;
 }
 
-_Unwind_Reason_Code take_frame(_Unwind_Context *context, void *data)
+_Unwind_Reason_Code record_frame(_Unwind_Context *context, void *data)
 {
-    STACK_WALK &walk = *static_cast<STACK_WALK *>(data);
+    StackWalk &walk = *static_cast<StackWalk *>(data);
     std::uintptr_t const address = _Unwind_GetIP(context);
     if (address == 0)
         return _URC_END_OF_STACK;
@@ -67,9 +67,9 @@ _Unwind_Reason_Code take_frame(_Unwind_Context *context, void *data)
 
 // libdw and the functions of it that are used. The library is loaded by the first report, so that it costs nothing at
 // the start of a process. If it is missing, all functions are null.
-struct LIBDW
+struct LibdwFunctions
 {
-    LIBDW() : library(dlopen("libdw.so.1", RTLD_NOW | RTLD_LOCAL))
+    LibdwFunctions() : library(dlopen("libdw.so.1", RTLD_NOW | RTLD_LOCAL))
     {
         is_there = find(begin, "dwfl_begin") && find(end, "dwfl_end") && find(find_elf, "dwfl_linux_proc_find_elf") &&
                    find(find_by_build_id, "dwfl_build_id_find_debuginfo") &&
@@ -79,7 +79,7 @@ struct LIBDW
                    find(unit_of, "dwfl_module_addrdie") && find(scopes_of, "dwarf_getscopes") &&
                    find(scopes_around, "dwarf_getscopes_die") && find(tag_of, "dwarf_tag") &&
                    find(name_of, "dwarf_diename") && find(attribute_of, "dwarf_attr_integrate") &&
-                   find(text_of, "dwarf_formstring") && find(number_of, "dwarf_formudata") &&
+                   find(string_of, "dwarf_formstring") && find(number_of, "dwarf_formudata") &&
                    find(files_of, "dwarf_getsrcfiles") && find(file_of, "dwarf_filesrc");
     }
 
@@ -100,33 +100,33 @@ struct LIBDW
     decltype(&dwarf_tag) tag_of = nullptr;
     decltype(&dwarf_diename) name_of = nullptr;
     decltype(&dwarf_attr_integrate) attribute_of = nullptr;
-    decltype(&dwarf_formstring) text_of = nullptr;
+    decltype(&dwarf_formstring) string_of = nullptr;
     decltype(&dwarf_formudata) number_of = nullptr;
     decltype(&dwarf_getsrcfiles) files_of = nullptr;
     decltype(&dwarf_filesrc) file_of = nullptr;
     bool is_there = false;
 
 private:
-    template <typename FUNCTION>
-    bool find(FUNCTION &function, char const *name) const
+    template <typename Function>
+    bool find(Function &function, char const *name) const
     {
-        function = library == nullptr ? nullptr : reinterpret_cast<FUNCTION>(dlsym(library, name));
+        function = library == nullptr ? nullptr : reinterpret_cast<Function>(dlsym(library, name));
         return function != nullptr;
     }
 };
 
-LIBDW const &libdw()
+LibdwFunctions const &libdw()
 {
     // Never released: an internal error may be reported until the very end of the process.
-    static LIBDW const functions;
+    static LibdwFunctions const functions;
     return functions;
 }
 
 // Symbol tables and line tables of the modules in this process. Where it fails, it leaves a frame as it is.
-class DEBUG_INFO
+class DebugInfo
 {
 public:
-    DEBUG_INFO()
+    DebugInfo()
     {
         if (!libdw().is_there)
             return;
@@ -167,7 +167,7 @@ public:
         Dwarf_Die *unit = module == nullptr ? nullptr : libdw().unit_of(module, call, &bias);
         if (unit == nullptr)
             return;
-        SCOPES const scopes(unit, call - bias);
+        InlineScopes const scopes(unit, call - bias);
         ERR_OS_LINE place{{}, frame.file, frame.line};
         for (Dwarf_Die &scope : scopes) {
             int const tag = libdw().tag_of(&scope);
@@ -188,10 +188,10 @@ public:
 private:
     // The scopes around an address, innermost first. Found in two steps: dwarf_getscopes() gives the innermost scope,
     // but goes from an inlined function to its definition; dwarf_getscopes_die() goes to the function around the call.
-    class SCOPES
+    class InlineScopes
     {
     public:
-        SCOPES(Dwarf_Die *unit, Dwarf_Addr address)
+        InlineScopes(Dwarf_Die *unit, Dwarf_Addr address)
         {
             Dwarf_Die *scopes = nullptr;
             int const count = libdw().scopes_of(unit, address, &scopes);
@@ -221,7 +221,7 @@ private:
     {
         Dwarf_Attribute attribute;
         // The text of a missing attribute is null.
-        char const *name = libdw().text_of(libdw().attribute_of(&function, DW_AT_linkage_name, &attribute));
+        char const *name = libdw().string_of(libdw().attribute_of(&function, DW_AT_linkage_name, &attribute));
         if (name == nullptr)
             name = libdw().name_of(&function);
         return name == nullptr ? "" : name;
@@ -286,14 +286,14 @@ std::string err_os_executable()
 
 void err_os_capture_stack(ERR_OS_STACK &stack)
 {
-    STACK_WALK walk{stack, code_of(reinterpret_cast<void *>(&std::exit)),
-                    code_of(reinterpret_cast<void *>(&std::quick_exit))};
-    _Unwind_Backtrace(take_frame, &walk);
+    StackWalk walk{stack, code_range_of(reinterpret_cast<void *>(&std::exit)),
+                   code_range_of(reinterpret_cast<void *>(&std::quick_exit))};
+    _Unwind_Backtrace(record_frame, &walk);
 }
 
 std::vector<ERR_OS_FRAME> err_os_describe(void const *const *addresses, std::size_t count, bool with_inlined)
 {
-    DEBUG_INFO const debug_info;
+    DebugInfo const debug_info;
     std::vector<ERR_OS_FRAME> frames;
     frames.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {

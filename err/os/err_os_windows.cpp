@@ -21,7 +21,7 @@ constexpr char const *RUNTIMES[] = {"msvcrt.dll", "ucrtbase.dll"};
 constexpr char const *EXIT_FUNCTIONS[] = {"exit", "_cexit", "_c_exit", "quick_exit"};
 constexpr std::size_t MAX_EXIT_FUNCTIONS = std::size(RUNTIMES) * std::size(EXIT_FUNCTIONS);
 
-using ONEXIT_LIST = _onexit_t(__cdecl *)(_onexit_t);
+using OnexitList = _onexit_t(__cdecl *)(_onexit_t);
 
 // The function that err_os_call_at_exit() was given; null before.
 void (*l_at_exit)() = nullptr;
@@ -47,10 +47,10 @@ DWORD64 call_of(void const *return_address)
 }
 
 // The functions of the runtimes that run exit handlers.
-class EXIT_CODE
+class ExitCode
 {
 public:
-    EXIT_CODE()
+    ExitCode()
     {
         for (char const *runtime : RUNTIMES)
             for (char const *name : EXIT_FUNCTIONS)
@@ -114,7 +114,7 @@ void err_os_capture_stack(ERR_OS_STACK &stack)
 {
     void *addresses[MAX_WALKED_FRAMES];
     unsigned const count = RtlCaptureStackBackTrace(0, MAX_WALKED_FRAMES, addresses, nullptr);
-    EXIT_CODE const exit_code;
+    ExitCode const exit_code;
     for (unsigned i = 0; i < count; ++i) {
         if (stack.count < ERR_OS_STACK::CAPACITY)
             stack.addresses[stack.count++] = addresses[i];
@@ -157,7 +157,7 @@ void err_os_call_at_exit(void (*function)())
         return;
     l_at_exit = function;
     for (char const *runtime : RUNTIMES)
-        if (auto const add = sys_os_find_function<ONEXIT_LIST>(runtime, "_onexit"))
+        if (auto const add = sys_os_find_function<OnexitList>(runtime, "_onexit"))
             return static_cast<void>(add(call_at_exit));
 }
 

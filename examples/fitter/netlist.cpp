@@ -18,7 +18,7 @@ using Words = std::vector<std::string_view>;
 constexpr std::size_t LONGEST_SEARCH = 16;
 
 // A position in the files of the design.
-struct Place
+struct FilePosition
 {
     Index file = 0;
     Index line = 0;
@@ -27,7 +27,7 @@ struct Place
 // One statement or cover row. Continued lines are one statement, at the position of the first line.
 struct Statement
 {
-    Place place;
+    FilePosition place;
     Words words;
 };
 
@@ -35,7 +35,7 @@ struct Statement
 struct Reference
 {
     std::string_view name;
-    Place place;
+    FilePosition place;
 };
 
 // One of the files of the design, and the file whose .search line named it.
@@ -121,7 +121,7 @@ private:
 
     std::string_view m_text;
     std::size_t m_at = 0;
-    Place m_place;
+    FilePosition m_place;
 };
 
 class Reader
@@ -141,9 +141,9 @@ public:
     }
 
 private:
-    std::string const &file_name(Place place) const { return m_files[place.file].source.name; }
+    std::string const &file_name(FilePosition place) const { return m_files[place.file].source.name; }
 
-    [[noreturn]] void fail(Place place, std::string const &text) const
+    [[noreturn]] void fail(FilePosition place, std::string const &text) const
     {
         throw Error(file_name(place) + ":" + std::to_string(place.line) + ": " + text);
     }
@@ -207,7 +207,7 @@ private:
     }
 
     // "line 3" for a position in the same file as `from`, "lib.blif:3" for another file
-    std::string place_text(Place place, Place from) const
+    std::string place_text(FilePosition place, FilePosition from) const
     {
         std::string const line = std::to_string(place.line);
         return place.file == from.file ? "line " + line : file_name(place) + ":" + line;
@@ -476,8 +476,8 @@ private:
     std::unique_ptr<Netlist> m_owned_netlist = std::make_unique<Netlist>();
     Netlist &m_netlist = *m_owned_netlist;
     std::unordered_map<std::string_view, Index> m_net_of_name;
-    std::vector<Place> m_first_place;
-    std::vector<Place> m_driver_place;
+    std::vector<FilePosition> m_first_place;
+    std::vector<FilePosition> m_driver_place;
 };
 
 } // namespace

@@ -347,19 +347,19 @@ bool is_one_of(Index item, std::vector<Index> const &items)
 // Empty if the tree connects the driver's site with those of all other blocks; else the error.
 std::string check_tree(FabricNet const &net, Tree const &tree, Device const &device, Placement const &placement)
 {
-    auto const beside = [&](Index block) { return device.segments_beside(placement.site_of_block[block]); };
+    auto const segments_at = [&](Index block) { return device.segments_beside(placement.site_of_block[block]); };
     std::vector<Index> segments;
     for (std::size_t i = 0; i < tree.size(); ++i) {
         if (tree[i].segment >= device.segments() || is_one_of(tree[i].segment, segments))
             return "has a segment twice, or one that doesn't exist";
         segments.push_back(tree[i].segment);
-        if (tree[i].parent == NONE ? !is_one_of(tree[i].segment, beside(net.blocks.front()))
+        if (tree[i].parent == NONE ? !is_one_of(tree[i].segment, segments_at(net.blocks.front()))
                                    : tree[i].parent >= i || !is_one_of(tree[tree[i].parent].segment,
                                                                        device.segments_joined(tree[i].segment)))
             return "does not hang together";
     }
     for (std::size_t i = 1; i < net.blocks.size(); ++i) {
-        std::vector<Index> const ends = beside(net.blocks[i]);
+        std::vector<Index> const ends = segments_at(net.blocks[i]);
         if (std::none_of(ends.begin(), ends.end(), [&](Index segment) { return is_one_of(segment, segments); }))
             return "does not reach block " + std::to_string(net.blocks[i]);
     }

@@ -26,11 +26,11 @@ struct CloseDirectory
 {
     void operator()(DIR *directory) const { closedir(directory); }
 };
-using DIRECTORY_STREAM = std::unique_ptr<DIR, CloseDirectory>;
+using DirectoryStream = std::unique_ptr<DIR, CloseDirectory>;
 
-DIRECTORY_STREAM open_directory(char const *directory)
+DirectoryStream open_directory(char const *directory)
 {
-    return DIRECTORY_STREAM(opendir(*directory != '\0' ? directory : "."));
+    return DirectoryStream(opendir(*directory != '\0' ? directory : "."));
 }
 
 FIO_OS_KIND kind_of_link(int directory, char const *name)
@@ -164,7 +164,7 @@ bool fio_os_is_regular(char const *path)
 
 bool fio_os_list(char const *directory, std::vector<FIO_OS_ENTRY> &entries)
 {
-    DIRECTORY_STREAM const stream = open_directory(directory);
+    DirectoryStream const stream = open_directory(directory);
     if (!stream)
         return false;
     while (dirent const *entry = readdir(stream.get()))
@@ -209,7 +209,7 @@ std::intptr_t fio_os_findfirst(char const *pattern, struct _finddata64i32_t &dat
 
     auto scan = std::make_unique<Scan>();
     scan->directory.assign(pattern, name_pattern);
-    DIRECTORY_STREAM const stream = open_directory(scan->directory.c_str());
+    DirectoryStream const stream = open_directory(scan->directory.c_str());
     if (!stream)
         return -1;
     while (dirent const *entry = readdir(stream.get()))

@@ -21,10 +21,10 @@ inline std::uint64_t gen_argument_slot(double value)
     std::memcpy(&slot, &value, sizeof slot);
     return slot;
 }
-template <typename INTEGER>
-std::enable_if_t<std::is_integral_v<INTEGER>, std::uint64_t> gen_argument_slot(INTEGER value)
+template <typename Integer>
+std::enable_if_t<std::is_integral_v<Integer>, std::uint64_t> gen_argument_slot(Integer value)
 {
-    if constexpr (std::is_signed_v<INTEGER>)
+    if constexpr (std::is_signed_v<Integer>)
         return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
     else
         return value;
@@ -35,15 +35,15 @@ inline std::uint64_t gen_argument_slot(std::string const &text)
 }
 
 /// The packed arguments of one call. It holds pointers to texts, which must outlive it.
-template <typename... ARGUMENTS>
+template <typename... Arguments>
 class GEN_ARGUMENT_SLOTS
 {
 public:
-    explicit GEN_ARGUMENT_SLOTS(ARGUMENTS const &...arguments) : m_slots{gen_argument_slot(arguments)..., 0} {}
+    explicit GEN_ARGUMENT_SLOTS(Arguments const &...arguments) : m_slots{gen_argument_slot(arguments)..., 0} {}
     char *cursor() { return reinterpret_cast<char *>(m_slots); }
 
 private:
-    std::uint64_t m_slots[sizeof...(ARGUMENTS) + 1];
+    std::uint64_t m_slots[sizeof...(Arguments) + 1];
 };
 
 #endif

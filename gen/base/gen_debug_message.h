@@ -6,10 +6,10 @@
 #include "mem_sys.h"
 
 /// Writes a debug message under the module "GEN".
-template <typename... ARGUMENTS>
-void gen_debug_message(char const *format, ARGUMENTS const &...arguments)
+template <typename... Arguments>
+void gen_debug_message(char const *format, Arguments const &...arguments)
 {
-    mem_msg_local_vdebug("GEN", format, GEN_ARGUMENT_SLOTS<ARGUMENTS...>(arguments...).cursor());
+    mem_msg_local_vdebug("GEN", format, GEN_ARGUMENT_SLOTS<Arguments...>(arguments...).cursor());
 }
 
 #endif

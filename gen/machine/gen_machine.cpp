@@ -46,7 +46,7 @@ GEN_PKG const *gen_first_package()
 }
 
 // The flags of one kind of extension, from level 1 on.
-struct GEN_MACHINE_INFO::FEATURE_LEVELS
+struct GEN_MACHINE_INFO::FeatureLevels
 {
     int count;
     bool GEN_PKG::*flags[6];
@@ -135,7 +135,7 @@ bool GEN_MACHINE_INFO::get_non_smt_affinity_mask(unsigned long *affinity_mask, s
     return is_valid;
 }
 
-bool GEN_MACHINE_INFO::read_feature(FEATURE_LEVELS const &levels, int level, bool *supported)
+bool GEN_MACHINE_INFO::read_feature(FeatureLevels const &levels, int level, bool *supported)
 {
     GEN_ASSERT(supported != nullptr, "supported != 0");
     *supported = false;
@@ -148,33 +148,33 @@ bool GEN_MACHINE_INFO::read_feature(FEATURE_LEVELS const &levels, int level, boo
 
 bool GEN_MACHINE_INFO::sse_is_supported(int level, bool *supported)
 {
-    static constexpr FEATURE_LEVELS SSE = {6,
-                                           {&GEN_PKG::m_sse, &GEN_PKG::m_sse2, &GEN_PKG::m_sse3, &GEN_PKG::m_ssse3,
-                                            &GEN_PKG::m_sse4_1, &GEN_PKG::m_sse4_2}};
+    static constexpr FeatureLevels SSE = {6,
+                                          {&GEN_PKG::m_sse, &GEN_PKG::m_sse2, &GEN_PKG::m_sse3, &GEN_PKG::m_ssse3,
+                                           &GEN_PKG::m_sse4_1, &GEN_PKG::m_sse4_2}};
     return read_feature(SSE, level, supported);
 }
 
 bool GEN_MACHINE_INFO::avx_is_supported(int level, bool *supported)
 {
-    static constexpr FEATURE_LEVELS AVX = {2, {&GEN_PKG::m_avx, &GEN_PKG::m_avx2}};
+    static constexpr FeatureLevels AVX = {2, {&GEN_PKG::m_avx, &GEN_PKG::m_avx2}};
     return read_feature(AVX, level, supported);
 }
 
 bool GEN_MACHINE_INFO::bmi_is_supported(int level, bool *supported)
 {
-    static constexpr FEATURE_LEVELS BMI = {2, {&GEN_PKG::m_bmi1, &GEN_PKG::m_bmi2}};
+    static constexpr FeatureLevels BMI = {2, {&GEN_PKG::m_bmi1, &GEN_PKG::m_bmi2}};
     return read_feature(BMI, level, supported);
 }
 
 bool GEN_MACHINE_INFO::popcnt_is_supported(bool *supported)
 {
-    static constexpr FEATURE_LEVELS POPCNT = {1, {&GEN_PKG::m_popcnt}};
+    static constexpr FeatureLevels POPCNT = {1, {&GEN_PKG::m_popcnt}};
     return read_feature(POPCNT, 1, supported);
 }
 
 bool GEN_MACHINE_INFO::lzcnt_is_supported(bool *supported)
 {
-    static constexpr FEATURE_LEVELS LZCNT = {1, {&GEN_PKG::m_lzcnt}};
+    static constexpr FeatureLevels LZCNT = {1, {&GEN_PKG::m_lzcnt}};
     return read_feature(LZCNT, 1, supported);
 }
 

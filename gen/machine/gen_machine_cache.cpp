@@ -2,7 +2,7 @@
 
 #include "gen_machine_sys.h"
 
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/machine/gen_machine_cpuid.h"
 
 namespace {
@@ -133,7 +133,7 @@ void gen_read_caches(GEN_MACHINE_STATE &state, GEN_PKG &package, std::uint32_t l
         return;
     case GEN_VENDOR_UNSUPPORTED:
     case GEN_VENDOR_UNSET:
-        gen_say("Unable to query cache info from unsupported vendor");
+        gen_debug_message("Unable to query cache info from unsupported vendor");
         state.m_cpu_info_valid = false;
     }
 }

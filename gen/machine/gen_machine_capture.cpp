@@ -20,7 +20,7 @@
 // package of its own, and its number in the walk takes the place of the APIC id.
 #include "gen/machine/gen_machine_capture.h"
 
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/machine/gen_machine_cache.h"
 #include "gen/machine/gen_machine_cpuid.h"
 
@@ -96,7 +96,7 @@ GEN_VENDOR vendor_of(GEN_CPUID const &leaf_0)
         return GEN_VENDOR_AUTHENTIC_AMD;
     if (std::strcmp(name, "GenuineIntel") == 0)
         return GEN_VENDOR_GENUINE;
-    gen_say("CPU info not supported on this platform: %s", static_cast<char const *>(name));
+    gen_debug_message("CPU info not supported on this platform: %s", static_cast<char const *>(name));
     return GEN_VENDOR_UNSUPPORTED;
 }
 
@@ -109,13 +109,13 @@ Processor read_processor()
         processor.max_leaf = query.m_eax;
         processor.vendor = vendor_of(query);
     } else
-        gen_say("cpuid function is not supported");
+        gen_debug_message("cpuid function is not supported");
     query = {};
     query.m_eax = LEAF_EXTENDED;
     if (gen_os_cpuid(query))
         processor.max_extended_leaf = query.m_eax;
     else
-        gen_say("cpuid extended function is not supported");
+        gen_debug_message("cpuid extended function is not supported");
     if (processor.max_leaf >= LEAF_FEATURES)
         processor.leaf_1 = gen_read_cpuid(LEAF_FEATURES);
     return processor;
@@ -237,7 +237,7 @@ void gen_walk_processors(GEN_MACHINE_STATE &state)
         if (!gen_os_read_affinity(process_mask, system_mask))
             state.m_cpu_info_valid = false;
         else if (process_mask != system_mask)
-            gen_say("This process can not utilize all logical processors");
+            gen_debug_message("This process can not utilize all logical processors");
         visit_processors(state, system_mask);
     }
     gen_os_release_thread(process_mask); // has no effect if the masks were not read

@@ -39,7 +39,7 @@ char const *name_of(GEN_OS_VERSION const &version)
 }
 
 // A number of a version as text. Numbers from 2^31 on appear as negative ones.
-std::string text_of(std::uint32_t number)
+std::string version_text(std::uint32_t number)
 {
     return std::to_string(static_cast<std::int32_t>(number));
 }
@@ -52,7 +52,7 @@ bool read_system(GEN_HOST_DISTRIBUTION &system)
         return true;
     if (!gen_os_read_version(version))
         return false;
-    system = {name_of(version), text_of(version.m_major) + '.' + text_of(version.m_minor)};
+    system = {name_of(version), version_text(version.m_major) + '.' + version_text(version.m_minor)};
     return true;
 }
 

@@ -25,7 +25,7 @@ static_assert(std::size(SITE_NETWORKS) == 9, "ZEL_SITE_NETWORKS has nine prefixe
 // Addresses of this host; empty until a look-up has succeeded. Two threads must not fill it at the same time.
 std::string l_local_addresses;
 
-std::string text_of(std::vector<unsigned char> const &address)
+std::string address_text(std::vector<unsigned char> const &address)
 {
     std::string text;
     char const *separator = "";
@@ -36,14 +36,14 @@ std::string text_of(std::vector<unsigned char> const &address)
     return text;
 }
 
-std::string look_up(std::string const &host)
+std::string resolve_addresses(std::string const &host)
 {
     std::vector<std::vector<unsigned char>> addresses;
     gen_os_look_up_host(host.c_str(), addresses);
     std::string texts;
     char const *separator = "";
     for (std::vector<unsigned char> const &address : addresses) {
-        texts += separator + text_of(address);
+        texts += separator + address_text(address);
         separator = ",";
     }
     return texts;
@@ -66,9 +66,9 @@ std::string gen_get_host_name()
 std::string gen_get_ip_addr(char const *host)
 {
     if (host != nullptr)
-        return look_up(host);
+        return resolve_addresses(host);
     if (l_local_addresses.empty())
-        l_local_addresses = look_up(gen_get_host_name());
+        l_local_addresses = resolve_addresses(gen_get_host_name());
     return l_local_addresses;
 }
 

@@ -22,8 +22,8 @@ enum GEN_VENDOR : std::int32_t
 template <auto ID>
 struct GEN_ORDER_BY
 {
-    template <typename ELEMENT>
-    bool operator()(ELEMENT const &a, ELEMENT const &b) const
+    template <typename Element>
+    bool operator()(Element const &a, Element const &b) const
     {
         return a.*ID < b.*ID;
     }

@@ -17,15 +17,15 @@ class GEN_DEP_REGISTRY
 {
 public:
     using UID = GEN_DEP::UID;
-    using CALLBACK = std::function<void(unsigned int)>;
+    using Callback = std::function<void(unsigned int)>;
 
     /// @param next_uid  the first id to be given out
     explicit GEN_DEP_REGISTRY(UID next_uid = 1) : m_next_uid(next_uid) {}
 
-    UID create_dependency(void const *memory, CALLBACK const &callback)
+    UID create_dependency(void const *memory, Callback const &callback)
     {
         // Copied before anything is changed: copying the callback may throw, and may call back.
-        DEPENDENCY dependency{memory, callback, 0};
+        Dependency dependency{memory, callback, 0};
         // Checked before the increment: an exit handler that calls after this error gets the error again, and no id 0.
         GEN_ASSERT(m_next_uid < std::numeric_limits<UID>::max(), "my_uid< std::numeric_limits<UID>::max()");
         UID const my_uid = m_next_uid++;
@@ -49,24 +49,24 @@ public:
 
     void memory_is_being_invalidated(void const *memory) const
     {
-        for (DEPENDENCY const &dependency : live_dependencies(memory))
+        for (Dependency const &dependency : live_dependencies(memory))
             dependency.callback(dependency.uid);
     }
 
     bool memory_is_now_safe_to_invalidate(void const *memory) const { return live_dependencies(memory).empty(); }
 
 private:
-    struct DEPENDENCY
+    struct Dependency
     {
         void const *memory;
-        CALLBACK callback;
+        Callback callback;
         UID uid;
     };
 
     // Copies, in the order of creation, since callbacks may change the registry.
-    std::vector<DEPENDENCY> live_dependencies(void const *memory) const
+    std::vector<Dependency> live_dependencies(void const *memory) const
     {
-        std::vector<DEPENDENCY> live;
+        std::vector<Dependency> live;
         auto const entry = m_uids_of_memory.find(memory);
         if (entry == m_uids_of_memory.end())
             return live;
@@ -79,7 +79,7 @@ private:
     }
 
     UID m_next_uid;
-    std::unordered_map<UID, DEPENDENCY> m_dependencies;
+    std::unordered_map<UID, Dependency> m_dependencies;
     std::unordered_map<void const *, std::vector<UID>> m_uids_of_memory;
 };
 

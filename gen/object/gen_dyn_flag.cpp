@@ -26,8 +26,8 @@ std::unique_ptr<char[]> copy_of(char const *name)
     return copy;
 }
 
-template <typename... ARGUMENTS>
-std::string formatted(char const *format, ARGUMENTS... arguments)
+template <typename... Arguments>
+std::string formatted(char const *format, Arguments... arguments)
 {
     std::string text;
     stl_sprintf(&text, format, arguments...);

@@ -16,7 +16,7 @@ constexpr char REDO_HEADING[] = "\tRedo Commands";
 
 } // namespace
 
-void GEN_UNDO_REDO_MGR::COMMANDS::add(std::string const &command, std::string const &comment)
+void GEN_UNDO_REDO_MGR::Commands::add(std::string const &command, std::string const &comment)
 {
     if (command.empty())
         return;
@@ -28,7 +28,7 @@ void GEN_UNDO_REDO_MGR::COMMANDS::add(std::string const &command, std::string co
     lines.push_back(std::move(line));
 }
 
-void GEN_UNDO_REDO_MGR::COMMANDS::write(std::ostream &out, char const *heading) const
+void GEN_UNDO_REDO_MGR::Commands::write(std::ostream &out, char const *heading) const
 {
     if (count == 0)
         return;
@@ -37,7 +37,7 @@ void GEN_UNDO_REDO_MGR::COMMANDS::write(std::ostream &out, char const *heading) 
         out << line << '\n';
 }
 
-void GEN_UNDO_REDO_MGR::SECTION::write(std::ostream &out) const
+void GEN_UNDO_REDO_MGR::Section::write(std::ostream &out) const
 {
     out << name << '\n';
     if (!description.empty())
@@ -90,7 +90,7 @@ void GEN_UNDO_REDO_MGR::commit_file()
     std::brisel_ofstream out(m_path.fullpath().c_str(), std::ios::out, GEN_SHARE_ALL);
     if (!out.is_open())
         return;
-    for (SECTION const &finished : m_finished_sections) {
+    for (Section const &finished : m_finished_sections) {
         m_section = finished;
         m_section.write(out);
     }

@@ -18,14 +18,14 @@ constexpr std::size_t LAST_RECORD_SIZE = std::size_t{1024} * 1024;
 
 // Repeats a question with twice the room until the texts of the record fit. `ask` takes the room and returns the error
 // number of the system.
-template <typename ASK>
-bool ask_with_room(ASK ask)
+template <typename Query>
+bool query_with_growing_buffer(Query query)
 {
     std::vector<char> room(FIRST_RECORD_SIZE);
-    int error = ask(room);
+    int error = query(room);
     while (error == ERANGE && room.size() < LAST_RECORD_SIZE) {
         room.resize(room.size() * 2);
-        error = ask(room);
+        error = query(room);
     }
     return error == 0;
 }
@@ -74,7 +74,7 @@ bool gen_os_read_user_name(std::string &name)
 {
     passwd record;
     passwd *found = nullptr;
-    return ask_with_room([&](std::vector<char> &room) {
+    return query_with_growing_buffer([&](std::vector<char> &room) {
         int const error = getpwuid_r(geteuid(), &record, room.data(), room.size(), &found);
         if (found != nullptr)
             name = found->pw_name;
@@ -86,7 +86,7 @@ bool gen_os_look_up_host(char const *name, std::vector<std::vector<unsigned char
 {
     hostent record;
     hostent *found = nullptr;
-    return ask_with_room([&](std::vector<char> &room) {
+    return query_with_growing_buffer([&](std::vector<char> &room) {
         int lookup_error = 0;
         int const error = gethostbyname_r(name, &record, room.data(), room.size(), &found, &lookup_error);
         if (found == nullptr)

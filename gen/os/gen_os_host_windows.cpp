@@ -23,7 +23,7 @@ struct CloseKey
 };
 
 // The socket library is initialised only when a look-up reports that it isn't.
-hostent *look_up(char const *name)
+hostent *resolve_host_name(char const *name)
 {
     hostent *record = gethostbyname(name);
     if (WSAGetLastError() != WSANOTINITIALISED)
@@ -88,7 +88,7 @@ bool gen_os_read_user_name(std::string &name)
 
 bool gen_os_look_up_host(char const *name, std::vector<std::vector<unsigned char>> &addresses)
 {
-    hostent const *const record = look_up(name);
+    hostent const *const record = resolve_host_name(name);
     if (record == nullptr)
         return false;
     for (char **address = record->h_addr_list; *address != nullptr; ++address)

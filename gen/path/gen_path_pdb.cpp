@@ -9,12 +9,12 @@ namespace {
 std::string *alt_pdb_directory()
 {
     static bool l_is_released = false;
-    struct DIRECTORY
+    struct Directory
     {
         std::string m_text;
-        ~DIRECTORY() { l_is_released = true; }
+        ~Directory() { l_is_released = true; }
     };
-    static DIRECTORY l_directory;
+    static Directory l_directory;
     return l_is_released ? nullptr : &l_directory.m_text;
 }
 

@@ -39,8 +39,8 @@ void make_env_libs(GEN_PATH_STATE &state)
 }
 
 // Looks for a path by `search`, unless it is absolute or relative to a drive.
-template <typename SEARCH>
-FIO_PATH find(std::string const &name, SEARCH search)
+template <typename Search>
+FIO_PATH find(std::string const &name, Search search)
 {
     FIO_PATH const path(name);
     if (path.absolute())

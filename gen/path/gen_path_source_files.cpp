@@ -10,7 +10,7 @@
 
 namespace {
 
-using SOURCE_FILES = std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>>;
+using SourceFiles = std::vector<std::pair<GEN_LIBRARY_PATHS_ENUM, FIO_PATH>>;
 
 // The languages of source files, in the order in which their extensions are tried.
 constexpr FIO_FILE_TYPE SOURCE_FILE_TYPES[] = {
@@ -42,8 +42,8 @@ std::list<FIO_PATH> find_all(FIO_FIND &search, std::string const &name, std::vec
 }
 
 // Takes the first file of each extension that has none yet, and removes the extension.
-void take_first_of_each(GEN_LIBRARY_PATHS_ENUM tag, std::list<FIO_PATH> const &found, SOURCE_FILES &files,
-                        std::vector<std::string> &extensions)
+void add_first_file_of_each_extension(GEN_LIBRARY_PATHS_ENUM tag, std::list<FIO_PATH> const &found, SourceFiles &files,
+                                      std::vector<std::string> &extensions)
 {
     for (FIO_PATH const &path : found) {
         std::string const extension = path.extension();
@@ -59,7 +59,7 @@ void take_first_of_each(GEN_LIBRARY_PATHS_ENUM tag, std::list<FIO_PATH> const &f
 
 } // namespace
 
-bool gen_get_source_files(std::string const &name, SOURCE_FILES *files)
+bool gen_get_source_files(std::string const &name, SourceFiles *files)
 {
     GEN_PROFILER const bin("GEN", "gen_get_source_files", GEN_PB_FLAG_ALL);
     gen_with_path_state([&](GEN_PATH_STATE &state) {
@@ -74,13 +74,13 @@ bool gen_get_source_files(std::string const &name, SOURCE_FILES *files)
             FIO_FIND *const search = gen_search_of(state, place);
             bool const is_too_new = place.search == &GEN_PATH_STATE::project_ipblocks_libs && !has_project_ipblocks;
             if (search != nullptr && !is_too_new && !extensions.empty())
-                take_first_of_each(place.tag, find_all(*search, name, extensions), *files, extensions);
+                add_first_file_of_each_extension(place.tag, find_all(*search, name, extensions), *files, extensions);
         }
     });
     return !files->empty();
 }
 
-bool gen_get_source_files_from_kalvern_lib(std::string const &name, SOURCE_FILES *files)
+bool gen_get_source_files_from_kalvern_lib(std::string const &name, SourceFiles *files)
 {
     gen_with_path_state([&](GEN_PATH_STATE &state) {
         gen_make_kalvern_libs(state);
@@ -92,7 +92,7 @@ bool gen_get_source_files_from_kalvern_lib(std::string const &name, SOURCE_FILES
             for (FIO_PATH const &path : found)
                 files->emplace_back(GEN_LIBRARY_PATHS_KALVERN_LIBS, path);
         else
-            take_first_of_each(GEN_LIBRARY_PATHS_KALVERN_LIBS, found, *files, extensions);
+            add_first_file_of_each_extension(GEN_LIBRARY_PATHS_KALVERN_LIBS, found, *files, extensions);
     });
     return !files->empty();
 }

@@ -6,8 +6,8 @@
 
 namespace {
 
-template <typename STREAM>
-void open_stream(STREAM &stream, char const *path, int mode, std::ios_base::openmode direction)
+template <typename Stream>
+void open_stream(Stream &stream, char const *path, int mode, std::ios_base::openmode direction)
 {
     if (stream.is_open())
         return;

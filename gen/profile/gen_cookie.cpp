@@ -7,7 +7,7 @@
 //     b in X, a in X, c in Y, d in X   gives   a in X, b in X, c in Y, d in X
 #include "gen_cookie_sys.h"
 
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/profile/gen_cookie.h"
 #include "gen/profile/gen_profile_bins_bin.h"
 #include "gen/profile/gen_profile_bins_listener.h"
@@ -198,7 +198,7 @@ void gen_log_cookie(char const *description, std::uint64_t hash)
     if (description == nullptr)
         description = "";
     log->add({gen_pb_current_path(), description, hash});
-    gen_say("Cookie logged %s: %I64u", description, hash);
+    gen_debug_message("Cookie logged %s: %I64u", description, hash);
 }
 
 void gen_cookie_log_configure(bool primary, bool debug_messages)

@@ -2,7 +2,7 @@
 #include "gen_profile_bins_sys.h"
 
 #include "fio_sys.h"
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/os/gen_os.h"
 #include "gen_path_sys.h"
 #include "gen_time_sys.h"
@@ -40,7 +40,7 @@ void add_library(LibrarySizes &sizes, struct _finddata64i32_t const &record, boo
     }
     sizes.m_loaded += size;
     if (list_details)
-        gen_say("LOADED: %-12s  %9ld", static_cast<char const *>(record.name), size);
+        gen_debug_message("LOADED: %-12s  %9ld", static_cast<char const *>(record.name), size);
 }
 
 // Returns false if there is no library.
@@ -71,13 +71,14 @@ void gen_meminfo_report_dll_usage(char const *tool, char const *point)
     if (profile_dll_usage) {
         LibrarySizes sizes;
         if (scan_libraries(sizes, list_dll_details))
-            gen_say("%-10.10s %s DLL usage(bytes): Loaded %d Not Loaded %d", tool, point, sizes.m_loaded,
-                    sizes.m_not_loaded);
+            gen_debug_message("%-10.10s %s DLL usage(bytes): Loaded %d Not Loaded %d", tool, point, sizes.m_loaded,
+                              sizes.m_not_loaded);
         else
-            gen_say("No *.dll files found!");
+            gen_debug_message("No *.dll files found!");
     }
     if (report_modules_flow)
-        gen_say("%-10.10s %s at %s memory usage(bytes): transient %llu WS %llu WS Peak %llu", tool, point,
-                gen_get_current_date_and_time(), MEM_MANAGER::current_total_memory(),
-                mem_info_get_process_current_working_set_size(), mem_info_get_process_peak_working_set_size());
+        gen_debug_message("%-10.10s %s at %s memory usage(bytes): transient %llu WS %llu WS Peak %llu", tool, point,
+                          gen_get_current_date_and_time(), MEM_MANAGER::current_total_memory(),
+                          mem_info_get_process_current_working_set_size(),
+                          mem_info_get_process_peak_working_set_size());
 }

@@ -1,7 +1,7 @@
 #include "gen/profile/gen_profile_bins_events.h"
 
 #include "err_sys.h"
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/profile/gen_cookie.h"
 #include "gen/profile/gen_profile_bins_bin.h"
 #include "gen/profile/gen_profile_bins_estimate.h"
@@ -129,7 +129,7 @@ void read_configuration(bool primary)
     run.show_ignored = run.debug || mem_cfg_is_on("show_ignored_bin_warnings", false);
     bool const memory_is_tracked = mem_get_tbb_memory_tracking_enabled();
     if (memory_is_tracked)
-        gen_say("TBB profile-bin tracking is enabled");
+        gen_debug_message("TBB profile-bin tracking is enabled");
     run.print_log.store(is_log_wanted(primary, memory_is_tracked), std::memory_order_relaxed);
 }
 
@@ -157,19 +157,21 @@ void prepare(bool primary, bool debug_messages)
 }
 
 // Sends a message from which no bin can be opened or closed.
-void say_busy(char const *text)
+void report_busy(char const *text)
 {
     GEN_PB_BUSY const busy;
-    gen_say(text);
+    gen_debug_message(text);
 }
 
 void warn_of_many_bins()
 {
     if (gen_pb().intake.immediate_count <= IMMEDIATE_BIN_LIMIT || mem_cfg_is_on("gen_profile_bins_skip_limit", false))
         return;
-    gen_say("Error.  Executable opened %d profile bins.  Please fix this (check profile bin log file for culprit).\n",
-            gen_pb().intake.immediate_count);
-    gen_say("You can work around this temporarily by removing the INI that turns on the profile bin dump files.");
+    gen_debug_message(
+        "Error.  Executable opened %d profile bins.  Please fix this (check profile bin log file for culprit).\n",
+        gen_pb().intake.immediate_count);
+    gen_debug_message(
+        "You can work around this temporarily by removing the INI that turns on the profile bin dump files.");
 }
 
 // The part of finalize that needs the tree. Returns false if a fault has switched the bins off.
@@ -230,21 +232,21 @@ void GEN_PROFILE_BINS::close(char const *name)
 
 void GEN_PROFILE_BINS::close_recursively(GEN_PROFILE_BIN const *bin)
 {
-    if (!gen_pb_takes_calls())
+    if (!gen_pb_may_change_tree())
         return;
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
     gen_pb_flush();
-    say_busy("Closing bins recursively...");
+    report_busy("Closing bins recursively...");
     // During an abnormal exit, and once a fault has switched the bins off, a close has no effect.
     while (GEN_PB_IMPL::get_current_bin() != bin && gen_pb_is_own_thread() && !err_is_in_abnormal_exit())
         close(nullptr);
     close(nullptr);
-    say_busy("Finished closing bins recursively");
+    report_busy("Finished closing bins recursively");
 }
 
 void GEN_PROFILE_BINS::finalize(char const *name, bool close_root)
 {
-    if (!GEN_PB_CHECK(gen_pb_is_own_thread(), "l_gen_pb_thread == thr_thread_self()") || !gen_pb_takes_calls())
+    if (!GEN_PB_CHECK(gen_pb_is_own_thread(), "l_gen_pb_thread == thr_thread_self()") || !gen_pb_may_change_tree())
         return;
     if (close_root) {
         close(nullptr);
@@ -259,9 +261,9 @@ void GEN_PROFILE_BINS::finalize(char const *name, bool close_root)
     if (!report_and_delete_bins(name))
         return;
     gen_pb().run.thread.store(GEN_PB_NO_THREAD, std::memory_order_relaxed);
-    gen_say("Dumping bins took %.1fs", gen_get_sec_wallclock() - start);
-    gen_say("%d bins may have been ignored improperly (use show_ignored_bin_warnings=on for details)",
-            gen_pb().intake.ignored_count);
+    gen_debug_message("Dumping bins took %.1fs", gen_get_sec_wallclock() - start);
+    gen_debug_message("%d bins may have been ignored improperly (use show_ignored_bin_warnings=on for details)",
+                      gen_pb().intake.ignored_count);
     gen_pb().run.checks_names = false;
     gen_pb_notify_end(name);
 }

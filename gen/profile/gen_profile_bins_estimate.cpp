@@ -20,7 +20,7 @@
 //     Placer  9,749,900 - 1,950,000 (saved) = 7,799,900
 #include "gen/profile/gen_profile_bins_estimate.h"
 
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/base/gen_numeric.h"
 #include "gen_time_sys.h"
 
@@ -65,18 +65,19 @@ GEN_PB_METRICS overhead_of_pair(GEN_CLOCKS const &all_rounds)
     return overhead;
 }
 
-void say_overhead(GEN_PB_METRICS const &internal, GEN_PB_METRICS const &external)
+void report_overhead(GEN_PB_METRICS const &internal, GEN_PB_METRICS const &external)
 {
     // The formats of these lines cut the integers to 32 bits.
     auto const narrow = [](std::int64_t value) { return static_cast<std::int32_t>(value); };
     auto const scaled = [](std::int64_t value, double unit) { return static_cast<double>(value) / unit; };
     double const ticks_per_usec = static_cast<double>(gen_pb().estimate.wc_frequency) / 1e6;
-    gen_say("O/H CPU(int, ext)=(%.6f, %.6f); ticks=(%d, %d)", scaled(internal.m_values[GEN_PB_CPU], 1000.0),
-            scaled(external.m_values[GEN_PB_CPU], 1000.0), narrow(internal.m_values[GEN_PB_CPU]),
-            narrow(external.m_values[GEN_PB_CPU]));
-    gen_say("O/H  WC(int, ext)=(%.6f, %.6f); ticks=(%d, %d)", scaled(internal.m_values[GEN_PB_WC], ticks_per_usec),
-            scaled(external.m_values[GEN_PB_WC], ticks_per_usec), narrow(internal.m_values[GEN_PB_WC]),
-            narrow(external.m_values[GEN_PB_WC]));
+    gen_debug_message("O/H CPU(int, ext)=(%.6f, %.6f); ticks=(%d, %d)", scaled(internal.m_values[GEN_PB_CPU], 1000.0),
+                      scaled(external.m_values[GEN_PB_CPU], 1000.0), narrow(internal.m_values[GEN_PB_CPU]),
+                      narrow(external.m_values[GEN_PB_CPU]));
+    gen_debug_message("O/H  WC(int, ext)=(%.6f, %.6f); ticks=(%d, %d)",
+                      scaled(internal.m_values[GEN_PB_WC], ticks_per_usec),
+                      scaled(external.m_values[GEN_PB_WC], ticks_per_usec), narrow(internal.m_values[GEN_PB_WC]),
+                      narrow(external.m_values[GEN_PB_WC]));
 }
 
 // Whether the segments of a pattern match the names of a path. "*" matches any number of names, also none; at a
@@ -136,10 +137,10 @@ void gen_pb_calibrate(bool run)
 {
     auto &state = gen_pb().estimate;
     state.wc_frequency = static_cast<std::int64_t>(gen_get_hires_tick_frequency());
-    gen_say("WC frequency is %g", static_cast<double>(state.wc_frequency));
+    gen_debug_message("WC frequency is %g", static_cast<double>(state.wc_frequency));
     if (!run)
         return;
-    gen_say("Calibrating bins since debug messages are enabled");
+    gen_debug_message("Calibrating bins since debug messages are enabled");
     GEN_CLOCKS inside;
     GEN_CLOCKS const start = gen_read_clocks();
     for (std::int64_t i = 0; i < CALIBRATION_ROUNDS; ++i) {
@@ -149,10 +150,10 @@ void gen_pb_calibrate(bool run)
         inside.m_ticks += span.m_ticks;
     }
     GEN_CLOCKS const whole = gen_read_clocks() - start;
-    gen_say("O/H calibration time: %.6fs", gen_pb_seconds_of_ticks(whole.m_ticks));
+    gen_debug_message("O/H calibration time: %.6fs", gen_pb_seconds_of_ticks(whole.m_ticks));
     GEN_PB_METRICS const internal = overhead_of_pair(inside);
     GEN_PB_METRICS external = overhead_of_pair(whole);
-    say_overhead(internal, external);
+    report_overhead(internal, external);
     for (std::size_t i = 0; i < GEN_PB_CLOCK_COUNT; ++i)
         external.m_values[i] = std::max(external.m_values[i], internal.m_values[i]);
     state.internal_overhead = internal;
@@ -185,12 +186,12 @@ void gen_pb_apply_ratio_rules(GEN_PB_IMPL &bin)
             continue;
         }
         if (!is_conflicting) {
-            gen_say("WARNING: multiple CPU:WC ratios found for bin %s. Disabling CPU:WC.\n",
-                    gen_pb_path_text(path, "/"));
-            gen_say("  WARNING: first ratio: %.1f (%s)", first->m_ratio, first->m_pattern);
+            gen_debug_message("WARNING: multiple CPU:WC ratios found for bin %s. Disabling CPU:WC.\n",
+                              gen_pb_path_text(path, "/"));
+            gen_debug_message("  WARNING: first ratio: %.1f (%s)", first->m_ratio, first->m_pattern);
         }
         is_conflicting = true;
-        gen_say("  WARNING: additional ratio: %.1f (%s)", rule.m_ratio, rule.m_pattern);
+        gen_debug_message("  WARNING: additional ratio: %.1f (%s)", rule.m_ratio, rule.m_pattern);
     }
     if (first != nullptr)
         bin.m_wc_est_factor = is_conflicting ? CONFLICTING_FACTOR : 1 / first->m_ratio - 1;

@@ -19,7 +19,7 @@
 //     close       1              depth 0: the level is that of the current bin again
 #include "gen/profile/gen_profile_bins_events.h"
 
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/profile/gen_profile_bins_bin.h"
 #include "gen/profile/gen_profile_bins_messages.h"
 #include "gen/profile/gen_profile_bins_tree.h"
@@ -143,8 +143,8 @@ GEN_PROFILE_BIN const *gen_pb_ignore_with_warning(char const *name)
     {
         MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
         GEN_PB_BUSY const busy;
-        gen_say("Tried to open bin '%s' during ignored bin '%s'", gen_pb_text_or_empty(name),
-                gen_pb().intake.ignored_name);
+        gen_debug_message("Tried to open bin '%s' during ignored bin '%s'", gen_pb_text_or_empty(name),
+                          gen_pb().intake.ignored_name);
     }
     ++gen_pb().intake.ignored_depth;
     return nullptr;

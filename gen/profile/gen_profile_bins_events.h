@@ -48,7 +48,7 @@ inline GEN_PROFILE_BIN const *gen_pb_ignore_open(char const *name, std::uint32_t
 inline GEN_PROFILE_BIN const *gen_pb_open(char const *code_prefix, char const *name, std::uint32_t flags,
                                           char const *tag, char const *user_tag)
 {
-    if (!gen_pb_takes_calls())
+    if (!gen_pb_may_change_tree())
         return nullptr;
     auto &intake = gen_pb().intake;
     if (intake.level_flags == 0)
@@ -62,7 +62,7 @@ inline GEN_PROFILE_BIN const *gen_pb_open(char const *code_prefix, char const *n
 /// The public close.
 inline void gen_pb_close(char const *name)
 {
-    if (!gen_pb_takes_calls())
+    if (!gen_pb_may_change_tree())
         return;
     auto &intake = gen_pb().intake;
     std::uint32_t const flags = intake.level_flags;

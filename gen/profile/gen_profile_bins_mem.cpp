@@ -6,7 +6,7 @@
 #include "gen/profile/gen_profile_bins_mem.h"
 
 #include "err_sys.h"
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/profile/gen_profile_bins_bin.h"
 #include "gen/profile/gen_profile_bins_listener.h"
 #include "gen_fstream_sys.h"
@@ -109,7 +109,7 @@ void MemoryLogs::on_open(GEN_PB_IMPL const &bin, GEN_PB_EVENT const &event)
         check_flow_stage(gen_pb_path_text(gen_pb_path(bin, /*top=*/nullptr), "::"));
     if (is_selected(event)) {
         mem_enable_tracking(MEM_TRACKING_SELECTED_BIN);
-        gen_say("Enabling detailed memory tracking in bin %s", event.m_name);
+        gen_debug_message("Enabling detailed memory tracking in bin %s", event.m_name);
     }
 }
 
@@ -155,7 +155,7 @@ void MemoryLogs::dump_stage_logs() const
     if (m_stage == -1)
         return;
     std::string const stage = m_stages[static_cast<std::size_t>(m_stage)].name;
-    gen_say("Dumping detailed memory logs for the %s stage of the flow", stage);
+    gen_debug_message("Dumping detailed memory logs for the %s stage of the flow", stage);
     if (mem_tracking_is_enabled(MEM_TRACKING_SOURCES)) {
         LogFile lines("mem_tbb_fileline." + stage + ".log");
         mem_dump_tbb_fileline_tracking(lines);

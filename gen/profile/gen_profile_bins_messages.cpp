@@ -1,6 +1,6 @@
 #include "gen/profile/gen_profile_bins_messages.h"
 
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/profile/gen_profile_bins_estimate.h"
 #include "gen_time_sys.h"
 #include "mem_sys.h"

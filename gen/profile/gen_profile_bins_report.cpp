@@ -3,7 +3,7 @@
 #include "gen/profile/gen_profile_bins_report.h"
 
 #include "fio_sys.h"
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/profile/gen_profile_bins_estimate.h"
 #include "gen/profile/gen_profile_bins_tagged.h"
 #include "mem_sys.h"
@@ -184,7 +184,7 @@ void write_file_report(GEN_PB_IMPL &bin, char const *name, std::vector<GEN_PB_IM
         return;
     File file(FIO_FILE_SYSTEM::fopen(name, "w"));
     if (!file) {
-        gen_say("Error - couldn't print profile bins (disk probably full)");
+        gen_debug_message("Error - couldn't print profile bins (disk probably full)");
         return;
     }
     GEN_PB_SCOPED_FLAG const writing(writes_file);
@@ -216,15 +216,15 @@ void dump(GEN_PB_IMPL &bin, char const *file, std::vector<GEN_PB_IMPL *> *tagged
         return;
     GEN_PB_BUSY const busy;
     if (bin.m_open_count != 0) {
-        gen_say("Warning: bin still open (%d times), cannot dump: %s", bin.m_open_count,
-                gen_pb_path_text(gen_pb_path(bin, gen_pb().tree.root), "/"));
+        gen_debug_message("Warning: bin still open (%d times), cannot dump: %s", bin.m_open_count,
+                          gen_pb_path_text(gen_pb_path(bin, gen_pb().tree.root), "/"));
         return;
     }
     if (!gen_pb_compute_report(bin))
         return;
-    gen_say("Overhead for bin %s is %.1fs (%.1fs WC)", bin.m_name,
-            gen_pb_seconds_of_nsec(bin.m_report_overhead.m_values[GEN_PB_CPU]),
-            gen_pb_seconds_of_ticks(bin.m_report_overhead.m_values[GEN_PB_WC]));
+    gen_debug_message("Overhead for bin %s is %.1fs (%.1fs WC)", bin.m_name,
+                      gen_pb_seconds_of_nsec(bin.m_report_overhead.m_values[GEN_PB_CPU]),
+                      gen_pb_seconds_of_ticks(bin.m_report_overhead.m_values[GEN_PB_WC]));
     if (file != nullptr)
         write_file_report(bin, file, tagged_bins);
     else

@@ -156,7 +156,7 @@ inline bool gen_pb_is_own_thread()
 
 /// Whether an open, a close or a finalize may go on: on the thread that owns the bins, and not from inside a message of
 /// the bins, whose receiver must not change the tree.
-inline bool gen_pb_takes_calls()
+inline bool gen_pb_may_change_tree()
 {
     return gen_pb_is_own_thread() && !gen_pb().run.busy;
 }

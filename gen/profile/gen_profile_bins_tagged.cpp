@@ -21,7 +21,7 @@
 // The copies and the bin of the tag are not computed: they have the numbers of the bins that they were made for.
 #include "gen/profile/gen_profile_bins_tagged.h"
 
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "mem_sys.h"
 
 #include <algorithm>
@@ -74,7 +74,7 @@ void move_below(GEN_PB_IMPL &parent, GEN_PB_IMPL &bin)
 }
 
 // Makes the bin of a tag, with the tag's first bin.
-void place_first(GEN_PB_IMPL &bin)
+void add_below_root(GEN_PB_IMPL &bin)
 {
     GEN_PB_IMPL &root = *gen_pb().tree.root;
     std::unique_ptr<GEN_PB_IMPL> tag_bin = gen_pb_make_bin();
@@ -98,7 +98,7 @@ GEN_PB_IMPL *find_join_bin(GEN_PB_IMPL const &bin, GEN_PB_IMPL const &placed)
             return at->m_parent;
         above = above->m_parent;
     }
-    gen_say("GEN_BIN_TAGGED: the tagged bin report could be corrupt for tag: %s\n", bin.m_tag);
+    gen_debug_message("GEN_BIN_TAGGED: the tagged bin report could be corrupt for tag: %s\n", bin.m_tag);
     return nullptr;
 }
 
@@ -119,13 +119,13 @@ bool move(GEN_PB_IMPL &bin, PlacedBins &placed_bins)
     if (is_inside_its_tag(bin))
         return false;
     if (bin.m_parent == nullptr) {
-        gen_say("root bin should not be tagged\n");
+        gen_debug_message("root bin should not be tagged\n");
         return false;
     }
     for_each_below_root(bin.m_parent, [&bin](GEN_PB_IMPL &above) { above.m_report.subtract_clocks(bin.m_report); });
     GEN_PB_IMPL *&placed = placed_bins[bin.m_tag];
     if (placed == nullptr)
-        place_first(bin);
+        add_below_root(bin);
     else if (!place_after(*placed, bin))
         return false;
     placed = &bin;

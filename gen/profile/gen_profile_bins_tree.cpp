@@ -3,7 +3,7 @@
 #include "gen/profile/gen_profile_bins_tree.h"
 
 #include "err_sys.h"
-#include "gen/base/gen_message.h"
+#include "gen/base/gen_debug_message.h"
 #include "gen/profile/gen_profile_bins_estimate.h"
 #include "gen/profile/gen_profile_bins_listener.h"
 #include "gen/profile/gen_profile_bins_messages.h"
@@ -115,7 +115,7 @@ void process_open(GEN_PB_EVENT const &event)
         }
         bin = current->find_child(name);
         if (bin != nullptr && bin->m_open_count != 0) {
-            gen_say("Error: bin already open: %s", path_of(*bin));
+            gen_debug_message("Error: bin already open: %s", path_of(*bin));
             gen_pb_fail("Can't reopen bin", __FILE__, __LINE__);
             return;
         }
@@ -179,7 +179,7 @@ bool may_close(GEN_PB_EVENT const &event, GEN_PB_IMPL const &bin)
     std::string_view const name = normal_name(event.m_name, copy);
     if (name == bin.m_name)
         return true;
-    gen_say("Error: trying to close %s but open bin is %s", std::string(name), path_of(bin));
+    gen_debug_message("Error: trying to close %s but open bin is %s", std::string(name), path_of(bin));
     gen_pb_fail("Can't close bin", __FILE__, __LINE__);
     return false;
 }
@@ -246,6 +246,6 @@ bool gen_pb_delete_bins()
     for (GEN_PB_IMPL *bin : tree.strays)
         delete bin;
     tree.strays.clear();
-    gen_say("Deleted all bins; buffer was full %d times", gen_pb().intake.full_count);
+    gen_debug_message("Deleted all bins; buffer was full %d times", gen_pb().intake.full_count);
     return true;
 }

@@ -18,7 +18,7 @@ std::brisel_ofstream *l_gui_profile_stream = nullptr;
 } // namespace
 
 // The state that the profiler's own manager would use.
-struct GEN_TRACQ_MANAGER::STATE
+struct GEN_TRACQ_MANAGER::State
 {
     THR_MUTEX_OBJ m_mutex = thr_mutex_create();
     std::uintptr_t m_word = 0;
@@ -26,7 +26,7 @@ struct GEN_TRACQ_MANAGER::STATE
 
 GEN_TRACQ_MANAGER *GEN_TRACQ_MANAGER::s_instance = nullptr;
 
-GEN_TRACQ_MANAGER::GEN_TRACQ_MANAGER() : m_state(new STATE) {}
+GEN_TRACQ_MANAGER::GEN_TRACQ_MANAGER() : m_state(new State) {}
 
 GEN_TRACQ_MANAGER::~GEN_TRACQ_MANAGER()
 {

@@ -88,7 +88,7 @@ public:
     {
         rewrite_range(m_ranges.whole());
         while (!m_waiting.empty()) {
-            WAITING const waiting = m_waiting.back();
+            PendingRewrite const waiting = m_waiting.back();
             m_waiting.pop_back();
             if (waiting.is_right_side)
                 rewrite_right_side(waiting.range);
@@ -117,12 +117,12 @@ public:
 
 private:
     // A right side still to be rewritten, or a parenthesis still to be closed.
-    struct WAITING
+    struct PendingRewrite
     {
         bool is_right_side;
         BP_RANGE range;
     };
-    static constexpr WAITING CLOSE{false, {0, 0}};
+    static constexpr PendingRewrite CLOSE{false, {0, 0}};
     static constexpr BP_RANGE NOTHING{0, 0};
 
     // Each step returns the range that remains to be rewritten.
@@ -220,7 +220,7 @@ private:
     }
 
     BP_TOKEN_RANGES m_ranges;
-    std::vector<WAITING> m_waiting;
+    std::vector<PendingRewrite> m_waiting;
     std::string *m_output;
     std::string *m_errors;
 };
@@ -295,14 +295,14 @@ void GEN_BP_PARSER::add_token_to_list(BP_TOKEN_TYPE type, std::string const *con
     m_tokens.push_back(new_token);
 }
 
-bool GEN_BP_PARSER::parse_token_list(TOKEN_ITERATOR first, TOKEN_ITERATOR last)
+bool GEN_BP_PARSER::parse_token_list(TokenIterator first, TokenIterator last)
 {
     BP_REWRITER(first, last, &m_string, &m_error).rewrite();
     return true;
 }
 
-bool GEN_BP_PARSER::get_first_subexpression(TOKEN_ITERATOR first, TOKEN_ITERATOR last, TOKEN_ITERATOR *sub_begin,
-                                            TOKEN_ITERATOR *operator_position)
+bool GEN_BP_PARSER::get_first_subexpression(TokenIterator first, TokenIterator last, TokenIterator *sub_begin,
+                                            TokenIterator *operator_position)
 {
     *sub_begin = first;
     *operator_position = last;
@@ -315,7 +315,7 @@ bool GEN_BP_PARSER::get_first_subexpression(TOKEN_ITERATOR first, TOKEN_ITERATOR
     return is_balanced;
 }
 
-bool GEN_BP_PARSER::expression_has_multiple_terms(TOKEN_ITERATOR first, TOKEN_ITERATOR last)
+bool GEN_BP_PARSER::expression_has_multiple_terms(TokenIterator first, TokenIterator last)
 {
     BP_TOKEN_RANGES const ranges(first, last);
     return ranges.has_operator(ranges.whole());

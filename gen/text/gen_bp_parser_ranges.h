@@ -44,7 +44,7 @@ public:
     BP_TOKEN_RANGES(std::list<BP_TOKEN *>::const_iterator first, std::list<BP_TOKEN *>::const_iterator last)
     {
         m_places.reserve(static_cast<std::size_t>(std::distance(first, last)) + 1);
-        TOKEN_NOTES notes{};
+        TokenNotes notes{};
         for (; first != last; ++first) {
             GEN_ASSERT(*first != nullptr, "token != 0");
             notes.token = *first;
@@ -77,7 +77,7 @@ public:
     ///                  of the weakest kind, which ends the search
     std::size_t find_split(BP_RANGE range, bool *balanced) const
     {
-        TOKEN_NOTES const &start = m_places[range.first];
+        TokenNotes const &start = m_places[range.first];
         *balanced = true;
         if (start.next[0] < range.last)
             return start.next[0];
@@ -96,7 +96,7 @@ private:
     static constexpr std::size_t OPERATOR_COUNT = std::size(OPERATORS);
 
     // The number of tokens stands for "none".
-    struct TOKEN_NOTES
+    struct TokenNotes
     {
         BP_TOKEN const *token;
         std::ptrdiff_t depth;             // of parentheses before the token
@@ -141,7 +141,7 @@ private:
         std::copy_n(m_places[source].next, OPERATOR_COUNT, m_places[place].next);
     }
 
-    std::vector<TOKEN_NOTES> m_places; // also one after the last token
+    std::vector<TokenNotes> m_places; // also one after the last token
 };
 
 #endif

@@ -19,8 +19,8 @@ constexpr char const *C_LOCALE = "C";
 constexpr int MAX_BYTE = 255;
 
 // Returns the result of `call`, made with one category of the process's locale forced to "C".
-template <typename CALL>
-auto with_c_locale(int category, CALL call)
+template <typename Function>
+auto with_c_locale(int category, Function call)
 {
     // A copy: the next call of setlocale overwrites the text.
     std::string const name = std::setlocale(category, nullptr);

@@ -50,8 +50,8 @@ unsigned take_radix(char const *&text)
 
 // Reads digits up to one that would bring the value above `limit`. If there is one, returns false with the text at that
 // digit and the value at the limit.
-template <typename UNSIGNED>
-bool take_digits(char const *&text, unsigned radix, UNSIGNED limit, UNSIGNED &value)
+template <typename Unsigned>
+bool take_digits(char const *&text, unsigned radix, Unsigned limit, Unsigned &value)
 {
     value = 0;
     for (unsigned digit = digit_value(*text); digit < radix; digit = digit_value(*++text)) {
@@ -65,13 +65,13 @@ bool take_digits(char const *&text, unsigned radix, UNSIGNED limit, UNSIGNED &va
 }
 
 // The negative of a value. `fits` is false if the value is the limit because the digits exceeded it.
-template <typename NUMBER>
-NUMBER negated(std::make_unsigned_t<NUMBER> value, bool fits)
+template <typename Number>
+Number negated(std::make_unsigned_t<Number> value, bool fits)
 {
     // The unsigned forms wrap, even at the limit.
-    if (std::is_signed_v<NUMBER> && !fits)
-        return std::numeric_limits<NUMBER>::min();
-    return static_cast<NUMBER>(0 - value);
+    if (std::is_signed_v<Number> && !fits)
+        return std::numeric_limits<Number>::min();
+    return static_cast<Number>(0 - value);
 }
 
 void put_end(char **end, char const *position)
@@ -80,11 +80,11 @@ void put_end(char **end, char const *position)
         *end = const_cast<char *>(position);
 }
 
-template <typename NUMBER>
-NUMBER parse(char const *text, char **end, int base)
+template <typename Number>
+Number parse(char const *text, char **end, int base)
 {
-    using UNSIGNED = std::make_unsigned_t<NUMBER>;
-    constexpr UNSIGNED LIMIT = std::numeric_limits<NUMBER>::max();
+    using Unsigned = std::make_unsigned_t<Number>;
+    constexpr Unsigned LIMIT = std::numeric_limits<Number>::max();
 
     if (base != 0 && (base < LOWEST_RADIX || base > HIGHEST_RADIX)) {
         put_end(end, text);
@@ -98,11 +98,11 @@ NUMBER parse(char const *text, char **end, int base)
     // Also after the prefix that named the radix.
     if (radix == 16 && is_hex_prefix(position))
         position += 2;
-    UNSIGNED value = 0;
+    Unsigned value = 0;
     bool const fits = take_digits(position, radix, LIMIT, value);
 
     put_end(end, position == start ? sign : position);
-    return *sign == '-' ? negated<NUMBER>(value, fits) : static_cast<NUMBER>(value);
+    return *sign == '-' ? negated<Number>(value, fits) : static_cast<Number>(value);
 }
 
 } // namespace

@@ -41,7 +41,7 @@ int lower_case_code(int code)
 
 // The code of a character in the natural comparison, which reads it as a signed byte.
 template <bool FOLDS>
-int code_of(char c)
+int character_code(char c)
 {
     int const code = (unsigned_byte(c) ^ 0x80) - 0x80;
     return FOLDS ? lower_case_code(code) : code;
@@ -101,13 +101,13 @@ std::size_t common_length(char const *first, char const *second, std::size_t len
         Word const difference = difference_at<FOLDS>(first + at, second + at);
         return difference != 0 ? at + gen_os_first_byte_set(difference) : length;
     }
-    while (at < length && code_of<FOLDS>(first[at]) == code_of<FOLDS>(second[at]))
+    while (at < length && character_code<FOLDS>(first[at]) == character_code<FOLDS>(second[at]))
         ++at;
     return at;
 }
 
 // Moves both cursors to the first difference of two texts, or to the start of the number that contains it.
-void skip_common(gen_text_cursor &first, gen_text_cursor &second)
+void skip_common(GEN_TEXT_CURSOR &first, GEN_TEXT_CURSOR &second)
 {
     char const *const start = first.at;
     std::ptrdiff_t const length = std::min(first.end - first.at, second.end - second.at);
@@ -119,7 +119,7 @@ void skip_common(gen_text_cursor &first, gen_text_cursor &second)
 }
 
 // Compares two numbers that are written alike before the cursors and differ at the cursors.
-int compare_numbers_at(gen_text_cursor first, gen_text_cursor second, char const *first_start)
+int compare_numbers_at(GEN_TEXT_CURSOR first, GEN_TEXT_CURSOR second, char const *first_start)
 {
     if (!first.is_on('0') && !second.is_on('0'))
         return gen_compare_digits(first, second);
@@ -133,8 +133,8 @@ int compare_names(char const *first_text, std::size_t first_length, char const *
 {
     std::size_t const length = std::min(first_length, second_length);
     std::size_t const at = common_length<FOLDS>(first_text, second_text, length);
-    gen_text_cursor const first{first_text + at, first_text + first_length};
-    gen_text_cursor const second{second_text + at, second_text + second_length};
+    GEN_TEXT_CURSOR const first{first_text + at, first_text + first_length};
+    GEN_TEXT_CURSOR const second{second_text + at, second_text + second_length};
     bool const is_first_digit = first.is_on_digit();
     bool const is_second_digit = second.is_on_digit();
     if (is_first_digit || is_second_digit) {
@@ -144,7 +144,7 @@ int compare_names(char const *first_text, std::size_t first_length, char const *
     }
     if (at == length)
         return static_cast<int>(first_length - second_length);
-    return code_of<FOLDS>(*first.at) - code_of<FOLDS>(*second.at);
+    return character_code<FOLDS>(*first.at) - character_code<FOLDS>(*second.at);
 }
 
 std::size_t length_of(char const *text)
@@ -153,7 +153,7 @@ std::size_t length_of(char const *text)
 }
 
 // Reads a run of digits modulo 2^32, and negates it if it has a minus sign.
-std::uint32_t take_wrapped_number(gen_text_cursor &text, bool is_negative)
+std::uint32_t take_wrapped_number(GEN_TEXT_CURSOR &text, bool is_negative)
 {
     std::uint32_t value = 0;
     for (; text.is_on_digit(); ++text.at)
@@ -161,7 +161,7 @@ std::uint32_t take_wrapped_number(gen_text_cursor &text, bool is_negative)
     return is_negative ? 0 - value : value;
 }
 
-int compare_signed_numbers(gen_text_cursor &first, bool is_first_negative, gen_text_cursor &second,
+int compare_signed_numbers(GEN_TEXT_CURSOR &first, bool is_first_negative, GEN_TEXT_CURSOR &second,
                            bool is_second_negative)
 {
     char const *const first_start = first.at;
@@ -265,8 +265,8 @@ int gen_ilexcmp(char const *first, std::uint64_t first_length, char const *secon
 
 int gen_signed_lexcmp(std::string const &first_text, std::string const &second_text)
 {
-    gen_text_cursor first{first_text.data(), first_text.data() + first_text.size()};
-    gen_text_cursor second{second_text.data(), second_text.data() + second_text.size()};
+    GEN_TEXT_CURSOR first{first_text.data(), first_text.data() + first_text.size()};
+    GEN_TEXT_CURSOR second{second_text.data(), second_text.data() + second_text.size()};
     bool const is_first_negative = first.take_minus();
     bool const is_second_negative = second.take_minus();
     // Two numbers with different signs are different even if their digits are the same.
@@ -277,7 +277,7 @@ int gen_signed_lexcmp(std::string const &first_text, std::string const &second_t
             return first.is_on_digit() ? 1 : -1;
         int const result = first.is_on_digit()
                                ? compare_signed_numbers(first, is_first_negative, second, is_second_negative)
-                               : code_of<false>(*first.at++) - code_of<false>(*second.at++);
+                               : character_code<false>(*first.at++) - character_code<false>(*second.at++);
         if (result != 0)
             return result;
     }

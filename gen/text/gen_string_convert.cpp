@@ -19,8 +19,8 @@ unsigned digit_of(char c)
 }
 
 // Reads a number as gen_atoi() does, modulo the range of the unsigned type, and moves `at` to its end.
-template <typename UNSIGNED>
-std::make_signed_t<UNSIGNED> take_decimal(Iterator &at, Iterator end)
+template <typename Unsigned>
+std::make_signed_t<Unsigned> take_decimal(Iterator &at, Iterator end)
 {
     bool is_negative = false;
     if (at != end && digit_of(*at) > 9) {
@@ -29,10 +29,10 @@ std::make_signed_t<UNSIGNED> take_decimal(Iterator &at, Iterator end)
         if (at != end && (*at == '-' || *at == '+'))
             is_negative = *at++ == '-';
     }
-    UNSIGNED value = 0;
+    Unsigned value = 0;
     for (; at != end && digit_of(*at) <= 9; ++at)
         value = value * 10 + digit_of(*at);
-    return static_cast<std::make_signed_t<UNSIGNED>>(is_negative ? 0 - value : value);
+    return static_cast<std::make_signed_t<Unsigned>>(is_negative ? 0 - value : value);
 }
 
 // "00" to "99", one after the other.
@@ -65,8 +65,8 @@ std::size_t decimal_digit_count(std::uint64_t value)
     return (value | 1) >= POWERS[count] ? count + 1 : count;
 }
 
-template <typename UNSIGNED>
-std::size_t digit_count(UNSIGNED value, int radix)
+template <typename Unsigned>
+std::size_t digit_count(Unsigned value, int radix)
 {
     if (radix == 10)
         return decimal_digit_count(value);
@@ -75,13 +75,13 @@ std::size_t digit_count(UNSIGNED value, int radix)
     if (radix < 2)
         return 0;
     std::size_t count = 1;
-    for (; value >= static_cast<UNSIGNED>(radix); value /= static_cast<UNSIGNED>(radix))
+    for (; value >= static_cast<Unsigned>(radix); value /= static_cast<Unsigned>(radix))
         ++count;
     return count;
 }
 
-template <typename UNSIGNED>
-void write_decimal(char *end, UNSIGNED value)
+template <typename Unsigned>
+void write_decimal(char *end, Unsigned value)
 {
     for (; value >= 100; value /= 100)
         std::memcpy(end -= 2, &PAIRS[value % 100 * 2], 2);
@@ -91,29 +91,29 @@ void write_decimal(char *end, UNSIGNED value)
         end[-1] = static_cast<char>('0' + value);
 }
 
-template <typename UNSIGNED>
-void write_hexadecimal(char *end, std::size_t count, UNSIGNED value)
+template <typename Unsigned>
+void write_hexadecimal(char *end, std::size_t count, Unsigned value)
 {
     for (char *place = end; place != end - count; value >>= 4)
         *--place = "0123456789abcdef"[value & 15];
 }
 
-template <typename UNSIGNED>
-void write_in_radix(char *end, std::size_t count, UNSIGNED value, UNSIGNED radix)
+template <typename Unsigned>
+void write_in_radix(char *end, std::size_t count, Unsigned value, Unsigned radix)
 {
     for (char *place = end; place != end - count; value /= radix) {
-        UNSIGNED const digit = value % radix;
+        Unsigned const digit = value % radix;
         *--place = static_cast<char>(digit < 10 ? '0' + digit : 'a' + digit - 10);
     }
 }
 
 // The digits of a number and its sign. They are counted before the first one is written, so that the caller can make
 // room for exactly this many characters.
-template <typename UNSIGNED>
-class NUMBER_TEXT
+template <typename Unsigned>
+class NumberText
 {
 public:
-    NUMBER_TEXT(UNSIGNED magnitude, bool is_negative, int radix)
+    NumberText(Unsigned magnitude, bool is_negative, int radix)
         : m_magnitude(magnitude), m_radix(radix), m_digit_count(digit_count(magnitude, radix)),
           m_has_sign(is_negative && m_digit_count > 0)
     {
@@ -131,7 +131,7 @@ public:
         else if (m_radix == 16)
             write_hexadecimal(end, m_digit_count, m_magnitude);
         else
-            write_in_radix(end, m_digit_count, m_magnitude, static_cast<UNSIGNED>(m_radix));
+            write_in_radix(end, m_digit_count, m_magnitude, static_cast<Unsigned>(m_radix));
     }
 
     char *write_terminated(char *out) const
@@ -142,22 +142,22 @@ public:
     }
 
 private:
-    UNSIGNED m_magnitude;
+    Unsigned m_magnitude;
     int m_radix;
     std::size_t m_digit_count;
     bool m_has_sign;
 };
 
-template <typename SIGNED>
-NUMBER_TEXT<std::make_unsigned_t<SIGNED>> signed_text(SIGNED value, int radix)
+template <typename Signed>
+NumberText<std::make_unsigned_t<Signed>> signed_text(Signed value, int radix)
 {
-    using Unsigned = std::make_unsigned_t<SIGNED>;
+    using Unsigned = std::make_unsigned_t<Signed>;
     Unsigned const bits = static_cast<Unsigned>(value);
     return {value < 0 ? 0 - bits : bits, value < 0, radix};
 }
 
 // Only radix 10 has a sign; in the others a negative value is written as its unsigned bits.
-NUMBER_TEXT<unsigned> int_text(int value, int radix)
+NumberText<unsigned> int_text(int value, int radix)
 {
     if (radix == 10)
         return signed_text(value, radix);
@@ -198,7 +198,7 @@ std::uint32_t gen_atoui_s(std::string const &text, bool *ok)
 
 std::string gen_itoa(int value, int radix)
 {
-    NUMBER_TEXT<unsigned> const number = int_text(value, radix);
+    NumberText<unsigned> const number = int_text(value, radix);
     std::string text(number.size(), '\0');
     number.write(text.data());
     return text;
@@ -212,7 +212,7 @@ char *gen_itoa(int value, char *buffer, int radix)
 void gen_itoa(int value, std::string &out, int radix)
 {
     GEN_ASSERT(radix > 1, "radix > 1");
-    NUMBER_TEXT<unsigned> const number = int_text(value, radix);
+    NumberText<unsigned> const number = int_text(value, radix);
     out.resize(number.size());
     number.write(out.data());
 }
@@ -224,5 +224,5 @@ char *gen_ltoa(std::int64_t value, char *buffer, int radix)
 
 char *gen_ultoa(std::uint64_t value, char *buffer, int radix)
 {
-    return NUMBER_TEXT<std::uint64_t>(value, /*is_negative=*/false, radix).write_terminated(buffer);
+    return NumberText<std::uint64_t>(value, /*is_negative=*/false, radix).write_terminated(buffer);
 }

@@ -41,7 +41,7 @@ bool is_digit(char c)
 }
 
 // Which inserts are used, and their specifications; valid for numbers up to the highest one seen.
-class INSERT_TABLES
+class InsertTables
 {
 public:
     // Reads an insert after its per-cent sign and returns its end.
@@ -96,10 +96,10 @@ private:
 
 // The text under construction. It is collected in a buffer and appended to the caller's string in large pieces, so that
 // the string grows once for a message of ordinary length.
-class MESSAGE_TEXT
+class MessageText
 {
 public:
-    explicit MESSAGE_TEXT(std::string &out) : m_out(out) {}
+    explicit MessageText(std::string &out) : m_out(out) {}
 
     void append(char const *text, std::size_t size)
     {
@@ -156,12 +156,12 @@ char plain_conversion(char const *spec)
 }
 
 // The argument slots; the position is the number of the last one consumed.
-class ARGUMENTS
+class Arguments
 {
 public:
-    explicit ARGUMENTS(char *slots) : m_slots(slots), m_cursor(slots) {}
+    explicit Arguments(char *slots) : m_slots(slots), m_cursor(slots) {}
 
-    void print(MESSAGE_TEXT &out, int number, INSERT_TABLES const &tables)
+    void print(MessageText &out, int number, InsertTables const &tables)
     {
         if (number <= m_position) {
             m_cursor = m_slots;
@@ -185,24 +185,24 @@ public:
     }
 
 private:
-    template <typename VALUE>
-    VALUE next()
+    template <typename Value>
+    Value next()
     {
-        static_assert(sizeof(VALUE) == SLOT_BYTES, "a slot has 8 bytes");
-        VALUE value;
+        static_assert(sizeof(Value) == SLOT_BYTES, "a slot has 8 bytes");
+        Value value;
         std::memcpy(&value, m_cursor, sizeof value);
         m_cursor += SLOT_BYTES;
         return value;
     }
 
-    static void print_text(MESSAGE_TEXT &out, char const *text)
+    static void print_text(MessageText &out, char const *text)
     {
         if (text == nullptr)
             text = "(null)";
         out.append(text, std::strlen(text));
     }
 
-    static void print_number(MESSAGE_TEXT &out, std::int32_t number)
+    static void print_number(MessageText &out, std::int32_t number)
     {
         char digits[11];
         char *const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
@@ -210,7 +210,7 @@ private:
     }
 
     // The only way past an argument is to format it, unless its conversion is known to take one slot.
-    void step_over(MESSAGE_TEXT &out, INSERT_TABLES const &tables)
+    void step_over(MessageText &out, InsertTables const &tables)
     {
         if (!tables.is_used(m_position) || plain_conversion(tables.spec(m_position)) != '\0')
             m_cursor += SLOT_BYTES;
@@ -225,7 +225,7 @@ private:
 
 // Copies a text without inserts. "\n\r" is copied as "\r\n", unless a "\r" precedes the "\n"; all other line ends are
 // copied unchanged.
-void append_text(MESSAGE_TEXT &out, char const *text, char const *end)
+void append_text(MessageText &out, char const *text, char const *end)
 {
     char const *rest = text;
     while (void const *const found = std::memchr(rest, '\n', static_cast<std::size_t>(end - rest))) {
@@ -242,7 +242,7 @@ void append_text(MESSAGE_TEXT &out, char const *text, char const *end)
 }
 
 // The first pass.
-void collect_inserts(INSERT_TABLES &tables, char const *p)
+void collect_inserts(InsertTables &tables, char const *p)
 {
     tables.start_pass();
     while ((p = std::strchr(p, '%')) != nullptr) {
@@ -255,10 +255,10 @@ void collect_inserts(INSERT_TABLES &tables, char const *p)
 }
 
 // The second pass. False if an insert skips a number that was not seen before.
-bool expand(MESSAGE_TEXT &out, INSERT_TABLES &tables, char const *p, char *args)
+bool expand(MessageText &out, InsertTables &tables, char const *p, char *args)
 {
     tables.start_pass();
-    ARGUMENTS arguments(args);
+    Arguments arguments(args);
     bool const has_reversed_ends = std::strstr(p, "\n\r") != nullptr;
     for (;;) {
         char const *const percent = std::strchr(p, '%');
@@ -333,8 +333,8 @@ std::uint32_t store_in_buffer(std::string const &text, char *buffer, unsigned lo
 std::uint32_t gen_formatmessage(std::string &out, char const *format, char *args)
 {
     std::size_t const size = out.size();
-    INSERT_TABLES tables;
-    MESSAGE_TEXT text(out);
+    InsertTables tables;
+    MessageText text(out);
     if (!expand(text, tables, format, args)) {
         text.drop(size);
         collect_inserts(tables, format);

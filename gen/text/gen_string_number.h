@@ -13,7 +13,7 @@ inline bool gen_is_digit(char c)
 }
 
 /// A text that is being read: the next character, and the end.
-struct gen_text_cursor
+struct GEN_TEXT_CURSOR
 {
     char const *at;
     char const *end;
@@ -47,7 +47,7 @@ struct gen_text_cursor
 };
 
 /// Compares two runs of digits and moves the cursors to the ends of the runs.
-inline int gen_compare_digits(gen_text_cursor &first, gen_text_cursor &second)
+inline int gen_compare_digits(GEN_TEXT_CURSOR &first, GEN_TEXT_CURSOR &second)
 {
     char const *const first_start = first.at;
     char const *const second_start = second.at;
@@ -68,7 +68,7 @@ inline int gen_compare_digits(gen_text_cursor &first, gen_text_cursor &second)
 
 /// Same as gen_compare_digits(), but each number may begin with blanks and a minus sign. If only one of them is
 /// negative that one counts as larger, and the cursors stay after the signs.
-inline int gen_compare_numbers(gen_text_cursor &first, gen_text_cursor &second)
+inline int gen_compare_numbers(GEN_TEXT_CURSOR &first, GEN_TEXT_CURSOR &second)
 {
     first.skip(' ');
     second.skip(' ');

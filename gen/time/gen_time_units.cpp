@@ -22,26 +22,26 @@ constexpr GEN_TIME_FREQ_DATA FREQS[] = {
     {GEN_TIME_FREQ::FREQ_GIGAHERTZ, "GHz", "gigahertz", 9},
 };
 
-template <typename DATA, std::size_t COUNT>
-int append_rows(std::list<DATA> *out, DATA const (&table)[COUNT])
+template <typename Data, std::size_t COUNT>
+int append_rows(std::list<Data> *out, Data const (&table)[COUNT])
 {
     out->insert(out->end(), std::begin(table), std::end(table));
     return static_cast<int>(COUNT);
 }
 
-template <typename DATA, std::size_t COUNT>
-int append_column(std::list<std::string> *out, DATA const (&table)[COUNT], char const *DATA::*column)
+template <typename Data, std::size_t COUNT>
+int append_column(std::list<std::string> *out, Data const (&table)[COUNT], char const *Data::*column)
 {
-    for (DATA const &row : table)
+    for (Data const &row : table)
         out->emplace_back(row.*column);
     return static_cast<int>(COUNT);
 }
 
 // The position of the row with that key, or the number of rows.
-template <typename DATA, std::size_t COUNT, typename KEY>
-std::size_t find_row(DATA const (&table)[COUNT], KEY DATA::*key, KEY value)
+template <typename Data, std::size_t COUNT, typename Key>
+std::size_t find_row(Data const (&table)[COUNT], Key Data::*key, Key value)
 {
-    auto const has_key = [&](DATA const &row) { return row.*key == value; };
+    auto const has_key = [&](Data const &row) { return row.*key == value; };
     return static_cast<std::size_t>(std::find_if(std::begin(table), std::end(table), has_key) - std::begin(table));
 }
 

@@ -20,46 +20,46 @@
 #include <cstdlib>
 #include <utility>
 
-/// ENTRY is a plain structure with a member `key` of 64 bits, which is 0 in a free place. A new entry is all zeros
+/// Entry is a plain structure with a member `key` of 64 bits, which is 0 in a free place. A new entry is all zeros
 /// apart from its key. Growing copies entries.
-template <typename ENTRY>
+template <typename Entry>
 class MEM_HASH_TABLE
 {
 public:
     /// The entry of a key other than 0; null if there is none. Valid until the table changes.
-    ENTRY *find(std::uint64_t key) const
+    Entry *find(std::uint64_t key) const
     {
         if (m_entries == nullptr)
             return nullptr;
-        ENTRY &entry = m_entries[place_of(key)];
+        Entry &entry = m_entries[slot_of(key)];
         return entry.key == key ? &entry : nullptr;
     }
 
     /// The entry of a key other than 0, added if there is none; null if there is no memory.
-    ENTRY *find_or_add(std::uint64_t key)
+    Entry *find_or_add(std::uint64_t key)
     {
-        if (ENTRY *const entry = find(key))
+        if (Entry *const entry = find(key))
             return entry;
         if (m_count >= capacity() / 3 * 2 && !grow())
             return nullptr;
-        ENTRY &entry = m_entries[place_of(key)];
+        Entry &entry = m_entries[slot_of(key)];
         entry.key = key;
         ++m_count;
         return &entry;
     }
 
-    void remove(ENTRY *entry)
+    void remove(Entry *entry)
     {
         // The later entries of the run fill the hole, except those that would lie before their first place.
         std::size_t hole = static_cast<std::size_t>(entry - m_entries);
         for (std::size_t i = next(hole); m_entries[i].key != 0; i = next(i)) {
-            std::size_t const wanted = first_place_of(m_entries[i].key);
+            std::size_t const wanted = first_slot_of(m_entries[i].key);
             if (((i - wanted) & (capacity() - 1)) >= ((i - hole) & (capacity() - 1))) {
                 m_entries[hole] = m_entries[i];
                 hole = i;
             }
         }
-        m_entries[hole] = ENTRY();
+        m_entries[hole] = Entry();
         --m_count;
     }
 
@@ -76,16 +76,16 @@ private:
     std::size_t next(std::size_t place) const { return (place + 1) & (capacity() - 1); }
 
     // The high bits of the product, which depend on all bits of the key.
-    std::size_t first_place_of(std::uint64_t key) const
+    std::size_t first_slot_of(std::uint64_t key) const
     {
         constexpr std::uint64_t GOLDEN = 0x9e3779b97f4a7c15U; // 2^64 over the golden ratio
         return static_cast<std::size_t>((key * GOLDEN) >> (64 - m_bits));
     }
 
     // The place of the key, or the free place where it would be added.
-    std::size_t place_of(std::uint64_t key) const
+    std::size_t slot_of(std::uint64_t key) const
     {
-        std::size_t place = first_place_of(key);
+        std::size_t place = first_slot_of(key);
         while (m_entries[place].key != 0 && m_entries[place].key != key)
             place = next(place);
         return place;
@@ -96,19 +96,19 @@ private:
         constexpr unsigned FIRST_BITS = 10;
         MEM_HASH_TABLE larger;
         larger.m_bits = m_entries == nullptr ? FIRST_BITS : m_bits + 1;
-        larger.m_entries = static_cast<ENTRY *>(std::calloc(std::size_t{1} << larger.m_bits, sizeof(ENTRY)));
+        larger.m_entries = static_cast<Entry *>(std::calloc(std::size_t{1} << larger.m_bits, sizeof(Entry)));
         if (larger.m_entries == nullptr)
             return false;
         for (std::size_t i = 0; i < capacity(); ++i)
             if (m_entries[i].key != 0)
-                larger.m_entries[larger.place_of(m_entries[i].key)] = m_entries[i];
+                larger.m_entries[larger.slot_of(m_entries[i].key)] = m_entries[i];
         std::swap(m_entries, larger.m_entries);
         m_bits = larger.m_bits;
         std::free(larger.m_entries);
         return true;
     }
 
-    ENTRY *m_entries = nullptr;
+    Entry *m_entries = nullptr;
     unsigned m_bits = 0;
     std::size_t m_count = 0;
 };

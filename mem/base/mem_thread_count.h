@@ -35,13 +35,13 @@ struct MEM_THREAD_COUNT
 
     /// NEW: the thread has not counted yet. LISTED: other threads may fold the record. ENDED: the end of the thread was
     /// reported, or can't be reported, and each count folds. Written by its own thread, under the lock.
-    enum STATE : std::uint8_t
+    enum State : std::uint8_t
     {
         NEW,
         LISTED,
         ENDED
     };
-    STATE state = NEW;
+    State state = NEW;
     MEM_LOCK lock;
     /// The part of `bytes` that is in the total of the process.
     std::atomic<std::int64_t> folded_bytes{0};

@@ -13,7 +13,7 @@ constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 // Bytes of a user's text that a message quotes at most.
 constexpr std::size_t LONGEST_QUOTATION = 60;
 
-std::string_view trimmed(std::string_view text)
+std::string_view without_blanks(std::string_view text)
 {
     std::size_t const first = text.find_first_not_of(BLANKS);
     if (first == std::string_view::npos)
@@ -49,7 +49,7 @@ bool is_section(std::string_view line)
     if (line.front() != '[')
         return false;
     std::size_t const end = line.find(']');
-    return end != std::string_view::npos && is_empty_or_comment(trimmed(line.substr(end + 1)));
+    return end != std::string_view::npos && is_empty_or_comment(without_blanks(line.substr(end + 1)));
 }
 
 // Adds the value of a line; false if the line can't be read.
@@ -58,11 +58,11 @@ bool parse_line(std::string_view line, std::string const &origin, MEM_CFG_ENTRIE
     std::size_t const equals = line.find('=');
     if (equals == std::string_view::npos || line.find('\0') != std::string_view::npos)
         return false;
-    std::string_view const key = trimmed(line.substr(0, equals));
+    std::string_view const key = without_blanks(line.substr(0, equals));
     if (key.empty() || key.front() == '[')
         return false;
     auto entry = std::make_shared<MEM_CFG_ENTRY>();
-    entry->value = trimmed(line.substr(equals + 1));
+    entry->value = without_blanks(line.substr(equals + 1));
     entry->origin = origin;
     entries.insert_or_assign(std::string(key), std::move(entry));
     return true;
@@ -110,7 +110,7 @@ void mem_cfg_parse(std::string const &path, std::string_view text, MEM_CFG_ENTRI
     std::size_t unreadable = 0;
     for (std::size_t number = 1; !text.empty(); ++number) {
         std::size_t const end = text.find('\n');
-        std::string_view const line = trimmed(text.substr(0, end));
+        std::string_view const line = without_blanks(text.substr(0, end));
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
         if (is_empty_or_comment(line) || is_section(line))
             continue;
@@ -127,7 +127,7 @@ void mem_cfg_parse(std::string const &path, std::string_view text, MEM_CFG_ENTRI
 
 bool mem_cfg_parse_switch(std::string_view text, bool &answer)
 {
-    text = trimmed(text);
+    text = without_blanks(text);
     for (char const *const on : {"on", "true", "yes", "1"})
         if (equal_without_case(text, on)) {
             answer = true;
@@ -143,7 +143,7 @@ bool mem_cfg_parse_switch(std::string_view text, bool &answer)
 
 bool mem_cfg_parse_number(std::string_view text, int &answer)
 {
-    text = trimmed(text);
+    text = without_blanks(text);
     bool const negative = starts_with(text, "-");
     if (negative || starts_with(text, "+"))
         text.remove_prefix(1);

@@ -12,7 +12,7 @@
 namespace {
 
 // Addresses from the first up to the second.
-struct RANGE
+struct AddressRange
 {
     std::uintptr_t begin;
     std::uintptr_t end;
@@ -25,9 +25,9 @@ std::atomic<std::uintptr_t> l_cxx_runtime_begin{0};
 std::atomic<std::uintptr_t> l_cxx_runtime_end{0}; // stored last; 0 until then
 
 // The stack of the thread. Written by its own thread, at its first question; empty until then.
-__thread RANGE l_stack __attribute__((tls_model("initial-exec"))) = {};
+__thread AddressRange l_stack __attribute__((tls_model("initial-exec"))) = {};
 
-struct WALK
+struct FrameWalk
 {
     MEM_OS_FRAME *frames;
     std::size_t capacity;
@@ -38,9 +38,9 @@ struct WALK
 
 // The unwinder reports a frame's stack pointer and registers. The stack pointer of the next frame is the upper end of
 // this one.
-_Unwind_Reason_Code take_frame(_Unwind_Context *context, void *data)
+_Unwind_Reason_Code record_frame(_Unwind_Context *context, void *data)
 {
-    WALK &walk = *static_cast<WALK *>(data);
+    FrameWalk &walk = *static_cast<FrameWalk *>(data);
     std::uintptr_t const address = _Unwind_GetIP(context);
     std::uintptr_t const stack = _Unwind_GetCFA(context);
     if (walk.count != 0 && walk.frame_pointer_end == stack)
@@ -52,7 +52,7 @@ _Unwind_Reason_Code take_frame(_Unwind_Context *context, void *data)
     return _URC_NO_REASON;
 }
 
-struct MODULE_QUESTION
+struct ModuleQuery
 {
     std::uintptr_t address;
     char *name;
@@ -75,9 +75,9 @@ char const *file_name(char const *path)
     return slash == nullptr ? path : slash + 1;
 }
 
-int answer_module(dl_phdr_info *info, std::size_t, void *data)
+int find_module_name(dl_phdr_info *info, std::size_t, void *data)
 {
-    MODULE_QUESTION const &question = *static_cast<MODULE_QUESTION *>(data);
+    ModuleQuery const &question = *static_cast<ModuleQuery *>(data);
     if (!holds(*info, question.address))
         return 0;
     // The loader has no name for the executable.
@@ -86,12 +86,12 @@ int answer_module(dl_phdr_info *info, std::size_t, void *data)
     return 1;
 }
 
-int answer_cxx_runtime(dl_phdr_info *info, std::size_t, void *data)
+int find_cxx_runtime(dl_phdr_info *info, std::size_t, void *data)
 {
     constexpr char PREFIX[] = "libstdc++.so";
     if (std::strncmp(file_name(info->dlpi_name), PREFIX, sizeof PREFIX - 1) != 0)
         return 0;
-    RANGE &range = *static_cast<RANGE *>(data);
+    AddressRange &range = *static_cast<AddressRange *>(data);
     for (int i = 0; i < info->dlpi_phnum; ++i) {
         ElfW(Phdr) const &header = info->dlpi_phdr[i];
         if (header.p_type == PT_LOAD && (header.p_flags & PF_X) != 0)
@@ -100,27 +100,27 @@ int answer_cxx_runtime(dl_phdr_info *info, std::size_t, void *data)
     return 1;
 }
 
-RANGE find_cxx_runtime()
+AddressRange find_cxx_runtime()
 {
-    RANGE range{1, 1}; // empty, and different from a range that was never looked for
-    dl_iterate_phdr(answer_cxx_runtime, &range);
+    AddressRange range{1, 1}; // empty, and different from a range that was never looked for
+    dl_iterate_phdr(find_cxx_runtime, &range);
     return range;
 }
 
-RANGE cxx_runtime()
+AddressRange cxx_runtime()
 {
     std::uintptr_t const end = l_cxx_runtime_end.load(std::memory_order_acquire);
     if (end != 0)
         return {l_cxx_runtime_begin.load(std::memory_order_relaxed), end};
-    RANGE const range = find_cxx_runtime();
+    AddressRange const range = find_cxx_runtime();
     l_cxx_runtime_begin.store(range.begin, std::memory_order_relaxed);
     l_cxx_runtime_end.store(range.end, std::memory_order_release);
     return range;
 }
 
-RANGE stack_of_thread()
+AddressRange stack_of_thread()
 {
-    RANGE range{};
+    AddressRange range{};
     pthread_attr_t attributes;
     if (pthread_getattr_np(pthread_self(), &attributes) != 0)
         return range;
@@ -136,8 +136,8 @@ RANGE stack_of_thread()
 
 std::size_t mem_os_walk_stack(MEM_OS_FRAME *frames, std::size_t capacity)
 {
-    WALK walk{frames, capacity, 0, 0};
-    _Unwind_Backtrace(take_frame, &walk);
+    FrameWalk walk{frames, capacity, 0, 0};
+    _Unwind_Backtrace(record_frame, &walk);
     return walk.count;
 }
 
@@ -150,13 +150,13 @@ std::uintptr_t mem_os_stack_end(std::uintptr_t stack)
 
 bool mem_os_is_cxx_runtime(std::uintptr_t address)
 {
-    RANGE const range = cxx_runtime();
+    AddressRange const range = cxx_runtime();
     return range.begin <= address && address < range.end;
 }
 
 void mem_os_module_name(std::uintptr_t address, char *name, std::size_t size)
 {
     *name = '\0';
-    MODULE_QUESTION question{address, name, size};
-    dl_iterate_phdr(answer_module, &question);
+    ModuleQuery question{address, name, size};
+    dl_iterate_phdr(find_module_name, &question);
 }

@@ -33,7 +33,7 @@ bool read_statm(int descriptor, std::size_t *bytes)
     return true;
 }
 
-bool keep_statm(int descriptor)
+bool store_statm_descriptor(int descriptor)
 {
     // Set by the first thread that keeps the descriptor. Without the handler no descriptor is kept.
     static bool const FORGOTTEN_IN_CHILD = pthread_atfork(nullptr, nullptr, forget_statm) == 0;
@@ -47,7 +47,7 @@ bool open_and_read_statm(std::size_t *bytes)
     if (descriptor < 0)
         return false;
     bool const read = read_statm(descriptor, bytes);
-    if (!read || !keep_statm(descriptor))
+    if (!read || !store_statm_descriptor(descriptor))
         close(descriptor);
     return read;
 }

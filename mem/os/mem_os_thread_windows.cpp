@@ -26,7 +26,7 @@ struct Slots
 
 Slots const &slots();
 
-void WINAPI thread_ends(void *record)
+void WINAPI on_thread_exit(void *record)
 {
     MEM_THREAD_COUNT *const count = static_cast<MEM_THREAD_COUNT *>(record);
     if (void (*const ended)(MEM_THREAD_COUNT &) = l_ended.load(std::memory_order_relaxed))
@@ -37,7 +37,7 @@ void WINAPI thread_ends(void *record)
 
 Slots const &slots()
 {
-    static Slots const SLOTS = {TlsAlloc(), FlsAlloc(thread_ends)};
+    static Slots const SLOTS = {TlsAlloc(), FlsAlloc(on_thread_exit)};
     return SLOTS;
 }
 

@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::int64_t NO_PEAK = std::numeric_limits<std::int64_t>::min();
 
-struct OPEN_BIN
+struct OpenBin
 {
     std::int64_t open_bytes;
     std::int64_t peak_bytes;
@@ -35,10 +35,10 @@ struct OPEN_BIN
 
 // Written by the thread of the bins alone, which makes it with its first call. The exit keeps it, since bins may close
 // until the end.
-struct STATE
+struct BinsState
 {
     // The entries from `count` on are those of closed bins; they keep the memory of their texts for the next ones.
-    std::vector<OPEN_BIN> bins;
+    std::vector<OpenBin> bins;
     // Open bins. Larger than the number of entries if the heap gave no memory for the innermost ones.
     std::size_t count = 0;
     // The peak up to a flush, for the row of the next boundary.
@@ -51,24 +51,24 @@ struct STATE
     bool has_tag_labels = true;
 };
 
-STATE &state()
+BinsState &state()
 {
-    static STATE *s = nullptr; // a static object has a guard, which would be tested at each boundary
+    static BinsState *s = nullptr; // a static object has a guard, which would be tested at each boundary
     if (s == nullptr)
-        s = new STATE;
+        s = new BinsState;
     return *s;
 }
 
 // The entry of the innermost bin; null if no bin is open or if it has no entry.
-OPEN_BIN *innermost_bin()
+OpenBin *innermost_bin()
 {
-    STATE &s = state();
+    BinsState &s = state();
     return s.count == 0 || s.count > s.bins.size() ? nullptr : &s.bins[s.count - 1];
 }
 
 void raise_innermost(std::int64_t peak_bytes)
 {
-    OPEN_BIN *const bin = innermost_bin();
+    OpenBin *const bin = innermost_bin();
     if (bin != nullptr && bin->peak_bytes < peak_bytes)
         bin->peak_bytes = peak_bytes;
 }
@@ -77,7 +77,7 @@ void raise_innermost(std::int64_t peak_bytes)
 // last boundary, and so it is the peak since then.
 [[gnu::noinline]] MEM_BOUNDARY process_boundary()
 {
-    STATE &s = state();
+    BinsState &s = state();
     std::size_t const former_mark = s.working_set_mark;
     mem_os_working_set_and_mark(&s.working_set, &s.working_set_mark);
     std::size_t const peak = s.working_set_mark > former_mark ? s.working_set_mark : s.working_set;
@@ -94,7 +94,7 @@ MEM_BOUNDARY take_boundary()
 
 std::string path_of_innermost()
 {
-    STATE const &s = state();
+    BinsState const &s = state();
     std::string path;
     for (std::size_t i = 0; i < std::min(s.count, s.bins.size()); ++i)
         path += (i == 0 ? "" : "::") + s.bins[i].name;
@@ -104,7 +104,7 @@ std::string path_of_innermost()
 // The label of a row: the tag of the innermost bin that has one, if tags replace the label.
 std::string const &label_now()
 {
-    STATE const &s = state();
+    BinsState const &s = state();
     if (s.has_tag_labels)
         for (std::size_t i = std::min(s.count, s.bins.size()); i > 0; --i)
             if (!s.bins[i - 1].tag.empty())
@@ -121,19 +121,19 @@ void add_row(char const *event, MEM_BOUNDARY const &boundary)
 // The tag of the innermost bin; empty if a bin around it has the same tag.
 std::string const &outermost_tag()
 {
-    static std::string const &NONE = *new std::string; // the exit keeps it, as bins may close until the end
-    STATE const &s = state();
+    static std::string const &no_tag = *new std::string; // the exit keeps it, as bins may close until the end
+    BinsState const &s = state();
     std::string const &tag = s.bins[s.count - 1].tag;
     for (std::size_t i = 0; i + 1 < s.count; ++i)
         if (s.bins[i].tag == tag)
-            return NONE;
+            return no_tag;
     return tag;
 }
 
 // Runs an action that records something. False if there was no memory for the record: it is dropped, and the figures
 // stay right.
-template <typename ACTION>
-bool record(ACTION action)
+template <typename Action>
+bool record(Action action)
 {
     try {
         action();
@@ -151,11 +151,11 @@ void add_row_if_recorded(char const *event, MEM_BOUNDARY const &boundary)
 
 void push(std::string const &name, std::string const &tag, std::int64_t now_bytes)
 {
-    STATE &s = state();
+    BinsState &s = state();
     if (s.count == s.bins.size())
         record([&] { s.bins.emplace_back(); });
     ++s.count;
-    OPEN_BIN *const bin = innermost_bin();
+    OpenBin *const bin = innermost_bin();
     if (bin == nullptr)
         return;
     bin->open_bytes = bin->peak_bytes = now_bytes;
@@ -182,7 +182,7 @@ void mem_bins_open(std::string const &name, std::string const &tag)
 MEM_BIN_FIGURES mem_bins_close()
 {
     MEM_BOUNDARY const boundary = take_boundary();
-    OPEN_BIN const *const bin = innermost_bin();
+    OpenBin const *const bin = innermost_bin();
     MEM_BIN_FIGURES figures{boundary.now_bytes, boundary.now_bytes, boundary.now_bytes};
     if (bin != nullptr) {
         figures = {bin->open_bytes, boundary.now_bytes, bin->peak_bytes};

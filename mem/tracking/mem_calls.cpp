@@ -8,11 +8,11 @@
 namespace {
 
 // The facts about one return address: how to get from it to the next one.
-struct STEP
+struct Step
 {
     std::uint64_t key; // the return address
     std::uint32_t frame_bytes;
-    enum KIND : std::uint8_t
+    enum Kind : std::uint8_t
     {
         UNKNOWN, // the next one was not looked for yet
         FIXED,   // the frame always has `frame_bytes`
@@ -24,13 +24,13 @@ struct STEP
 
 // Written under the lock of the sites. It only grows, and the exit keeps it: a return address is valid as long as its
 // code is loaded.
-MEM_HASH_TABLE<STEP> l_steps;
+MEM_HASH_TABLE<Step> l_steps;
 
 // Collects the calls of one stack, without those of the C++ runtime.
-class COLLECTOR
+class CallCollector
 {
 public:
-    explicit COLLECTOR(MEM_CALLS *calls) : m_calls(calls) { *calls = {}; }
+    explicit CallCollector(MEM_CALLS *calls) : m_calls(calls) { *calls = {}; }
 
     // True if no more calls are wanted.
     bool take(std::uintptr_t return_address, bool is_cxx_runtime)
@@ -55,15 +55,15 @@ private:
 
 // The size of a frame is not fixed if it was another before. It is not known if the unwinder left out a call after it:
 // then the return address in memory is not that of the next frame.
-void learn(STEP *step, MEM_OS_FRAME const &frame, MEM_OS_FRAME const &caller)
+void learn(Step *step, MEM_OS_FRAME const &frame, MEM_OS_FRAME const &caller)
 {
     std::uintptr_t const size = caller.stack - frame.stack;
     bool const is_fixed = frame.is_of_fixed_size && caller.stack > frame.stack && size <= UINT32_MAX &&
                           mem_os_frame_return_address(caller.stack) == caller.return_address;
-    if (!is_fixed || (step->kind == STEP::FIXED && step->frame_bytes != size)) {
-        step->kind = STEP::VARYING;
-    } else if (step->kind != STEP::VARYING) {
-        step->kind = STEP::FIXED;
+    if (!is_fixed || (step->kind == Step::FIXED && step->frame_bytes != size)) {
+        step->kind = Step::VARYING;
+    } else if (step->kind != Step::VARYING) {
+        step->kind = Step::FIXED;
         step->frame_bytes = static_cast<std::uint32_t>(size);
     }
 }
@@ -76,20 +76,20 @@ bool mem_calls_read(MEM_CALL const &call, MEM_CALLS *calls)
     std::uintptr_t return_address = first;
     std::uintptr_t stack = reinterpret_cast<std::uintptr_t>(call.stack);
     std::uintptr_t end = 0; // found at the first step
-    COLLECTOR collector(calls);
+    CallCollector collector(calls);
     for (std::size_t i = 0; i < MEM_STACK::CAPACITY; ++i) {
-        STEP const *const step = return_address == 0 ? nullptr : l_steps.find(return_address);
+        Step const *const step = return_address == 0 ? nullptr : l_steps.find(return_address);
         if (step == nullptr)
             return false;
         if (collector.take(return_address, step->is_cxx_runtime))
             return true;
-        if (step->kind == STEP::LAST) {
+        if (step->kind == Step::LAST) {
             collector.end(first);
             return true;
         }
         if (end == 0)
             end = mem_os_stack_end(stack);
-        if (step->kind != STEP::FIXED || end == 0 || step->frame_bytes > end - stack)
+        if (step->kind != Step::FIXED || end == 0 || step->frame_bytes > end - stack)
             return false;
         stack += step->frame_bytes;
         return_address = mem_os_frame_return_address(stack);
@@ -118,19 +118,19 @@ void mem_calls_unwind(MEM_CALL const &call, MEM_STACK *stack)
 
 void mem_calls_learn(MEM_STACK const &stack, MEM_CALLS *calls)
 {
-    COLLECTOR collector(calls);
+    CallCollector collector(calls);
     bool is_done = false;
     for (std::size_t i = 0; i < stack.count; ++i) {
         MEM_OS_FRAME const &frame = stack.frames[i];
         is_done = is_done || collector.take(frame.return_address, stack.is_cxx_runtime[i]);
-        STEP *const step = l_steps.find_or_add(frame.return_address);
+        Step *const step = l_steps.find_or_add(frame.return_address);
         if (step == nullptr)
             continue;
         step->is_cxx_runtime = stack.is_cxx_runtime[i];
         if (i + 1 < stack.count)
             learn(step, frame, stack.frames[i + 1]);
-        else if (stack.is_whole && step->kind == STEP::UNKNOWN)
-            step->kind = STEP::LAST;
+        else if (stack.is_whole && step->kind == Step::UNKNOWN)
+            step->kind = Step::LAST;
     }
     collector.end(stack.frames[0].return_address);
 }

@@ -93,7 +93,7 @@ inline void fold_all()
         fold_listed();
 }
 
-void enter(MEM_THREAD_COUNT &count)
+void list_thread(MEM_THREAD_COUNT &count)
 {
     MEM_LOCK_SCOPE const lock(mem_threads_lock);
     count.next = l_threads;
@@ -103,7 +103,7 @@ void enter(MEM_THREAD_COUNT &count)
     l_thread_count.fetch_add(1, std::memory_order_relaxed);
 }
 
-void leave(MEM_THREAD_COUNT &count)
+void unlist_thread(MEM_THREAD_COUNT &count)
 {
     MEM_LOCK_SCOPE const lock(mem_threads_lock);
     (count.previous != nullptr ? count.previous->next : l_threads) = count.next;
@@ -112,16 +112,16 @@ void leave(MEM_THREAD_COUNT &count)
     l_thread_count.fetch_sub(1, std::memory_order_relaxed);
 }
 
-void set_state(MEM_THREAD_COUNT &count, MEM_THREAD_COUNT::STATE state)
+void set_state(MEM_THREAD_COUNT &count, MEM_THREAD_COUNT::State state)
 {
     MEM_LOCK_SCOPE const lock(count.lock);
     count.state = state;
     set_limits(count);
 }
 
-void thread_ends(MEM_THREAD_COUNT &count)
+void count_thread_end(MEM_THREAD_COUNT &count)
 {
-    leave(count);
+    unlist_thread(count);
     set_state(count, MEM_THREAD_COUNT::ENDED);
     fold(count);
 }
@@ -142,21 +142,21 @@ void forked()
         own->next = own->previous = nullptr;
 }
 
-void begin(MEM_THREAD_COUNT &count)
+void begin_counting(MEM_THREAD_COUNT &count)
 {
     mem_count_linked.store(true, std::memory_order_relaxed);
     mem_locks_watch_forks(forked);
-    if (!mem_os_watch_thread_end(thread_ends))
+    if (!mem_os_watch_thread_end(count_thread_end))
         return set_state(count, MEM_THREAD_COUNT::ENDED);
     // In this order: a simultaneous change of the switch either finds the record in the list or is seen by set_state().
-    enter(count);
+    list_thread(count);
     set_state(count, MEM_THREAD_COUNT::LISTED);
 }
 
 [[gnu::noinline, gnu::cold]] void fold_at_limit(MEM_THREAD_COUNT &count)
 {
     if (count.state == MEM_THREAD_COUNT::NEW)
-        begin(count);
+        begin_counting(count);
     std::int64_t const pending =
         count.bytes.load(std::memory_order_relaxed) - count.folded_bytes.load(std::memory_order_relaxed);
     if (count.state == MEM_THREAD_COUNT::ENDED || pending >= FOLD_BYTES || pending <= -FOLD_BYTES)

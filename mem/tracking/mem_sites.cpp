@@ -10,25 +10,25 @@
 namespace {
 
 // An array of plain values in memory of the plain heap.
-template <typename VALUE>
-struct ARRAY
+template <typename Value>
+struct PlainArray
 {
-    VALUE *values = nullptr;
+    Value *values = nullptr;
     std::size_t count = 0;
     std::size_t capacity = 0;
 
     // Adds a value of zeros at the end; null if there is no memory.
-    VALUE *add()
+    Value *add()
     {
         if (count == capacity) {
             std::size_t const larger = capacity == 0 ? 64 : 2 * capacity;
-            void *const memory = std::realloc(static_cast<void *>(values), larger * sizeof(VALUE));
+            void *const memory = std::realloc(static_cast<void *>(values), larger * sizeof(Value));
             if (memory == nullptr)
                 return nullptr;
-            values = static_cast<VALUE *>(memory);
+            values = static_cast<Value *>(memory);
             capacity = larger;
         }
-        values[count] = VALUE();
+        values[count] = Value();
         return &values[count++];
     }
 
@@ -37,7 +37,7 @@ struct ARRAY
     void clear()
     {
         std::free(static_cast<void *>(values));
-        *this = ARRAY();
+        *this = PlainArray();
     }
 };
 
@@ -45,41 +45,41 @@ constexpr unsigned SITE_BITS = 20;
 constexpr unsigned BYTES_BITS = 64 - SITE_BITS;
 constexpr std::size_t MAX_SITES = std::size_t{1} << SITE_BITS;
 
-struct BLOCK
+struct Allocation
 {
     std::uint64_t key; // the address
     std::uint64_t bytes : BYTES_BITS;
     std::uint64_t site : SITE_BITS;
 };
 
-struct PLACE
+struct SiteOfCalls
 {
     std::uint64_t key; // a hash of the calls
     std::size_t site;
 };
 
-struct RECORD
+struct SiteRecord
 {
     MEM_SITE site;
     std::uint64_t peak; // the number of the peak for which `site` has saved its bytes
 };
 
-using MODULE_NAME = char[128];
+using ModuleName = char[128];
 
-struct MODULE
+struct SiteModule
 {
-    MODULE_NAME name;
+    ModuleName name;
     std::uint64_t live_bytes;
 };
 
 // All of it is written under the lock of the sites. The exit keeps it, since blocks are released until the end.
-MEM_HASH_TABLE<BLOCK> l_blocks;
-MEM_HASH_TABLE<PLACE> l_places;
-ARRAY<RECORD> l_sites;
-ARRAY<MODULE> l_modules;        // mem_sites_reset() keeps it
-std::uint64_t l_live_bytes = 0; // the sum over all sites
-std::uint64_t l_peak_bytes = 0; // its largest value
-std::uint64_t l_peak = 0;       // the number of the peak
+MEM_HASH_TABLE<Allocation> l_blocks;
+MEM_HASH_TABLE<SiteOfCalls> l_sites_by_calls;
+PlainArray<SiteRecord> l_sites;
+PlainArray<SiteModule> l_modules; // mem_sites_reset() keeps it
+std::uint64_t l_live_bytes = 0;   // the sum over all sites
+std::uint64_t l_peak_bytes = 0;   // its largest value
+std::uint64_t l_peak = 0;         // the number of the peak
 std::uint64_t l_lost_blocks = 0;
 
 std::uint64_t hash_of(MEM_CALLS const &calls)
@@ -99,7 +99,7 @@ bool is_same(MEM_CALLS const &a, MEM_CALLS const &b)
 std::uint64_t key_of(MEM_CALLS const &calls)
 {
     std::uint64_t key = hash_of(calls);
-    while (PLACE const *const place = l_places.find(key)) {
+    while (SiteOfCalls const *const place = l_sites_by_calls.find(key)) {
         if (is_same(l_sites.values[place->site].site.calls, calls))
             break;
         key = key + 1 == 0 ? 1 : key + 1;
@@ -108,7 +108,7 @@ std::uint64_t key_of(MEM_CALLS const &calls)
 }
 
 // Saves the bytes at the latest peak. Called before each change of the record.
-void keep_peak(RECORD &record)
+void save_figure_of_peak(SiteRecord &record)
 {
     if (record.peak == l_peak)
         return;
@@ -116,11 +116,11 @@ void keep_peak(RECORD &record)
     record.site.figures.peak_bytes = record.site.figures.live_bytes;
 }
 
-void take_out(BLOCK *block)
+void erase_allocation(Allocation *block)
 {
-    RECORD &record = l_sites.values[block->site];
+    SiteRecord &record = l_sites.values[block->site];
     std::uint64_t const bytes = block->bytes;
-    keep_peak(record);
+    save_figure_of_peak(record);
     record.site.figures.live_bytes -= bytes;
     --record.site.figures.live_blocks;
     l_modules.values[record.site.module].live_bytes -= bytes;
@@ -128,19 +128,19 @@ void take_out(BLOCK *block)
     l_blocks.remove(block);
 }
 
-bool enter(void const *address, std::size_t bytes, std::size_t site)
+bool record_allocation(void const *address, std::size_t bytes, std::size_t site)
 {
     std::uint64_t const key = reinterpret_cast<std::uintptr_t>(address);
-    if (BLOCK *const stale = l_blocks.find(key))
-        take_out(stale);
-    BLOCK *const block = bytes >> BYTES_BITS != 0 ? nullptr : l_blocks.find_or_add(key);
+    if (Allocation *const stale = l_blocks.find(key))
+        erase_allocation(stale);
+    Allocation *const block = bytes >> BYTES_BITS != 0 ? nullptr : l_blocks.find_or_add(key);
     if (block == nullptr)
         return false;
     constexpr std::uint64_t BYTES_MASK = std::numeric_limits<std::uint64_t>::max() >> SITE_BITS;
     block->bytes = bytes & BYTES_MASK;
     block->site = site & (MAX_SITES - 1);
-    RECORD &record = l_sites.values[site];
-    keep_peak(record);
+    SiteRecord &record = l_sites.values[site];
+    save_figure_of_peak(record);
     record.site.figures.live_bytes += bytes;
     ++record.site.figures.live_blocks;
     record.site.figures.total_bytes += bytes;
@@ -157,15 +157,15 @@ bool enter(void const *address, std::size_t bytes, std::size_t site)
 // Enters the block if the site of these calls is known; false otherwise.
 bool enter_at_known_site(void const *address, std::size_t bytes, MEM_CALLS const &calls)
 {
-    PLACE const *const place = l_places.find(key_of(calls));
+    SiteOfCalls const *const place = l_sites_by_calls.find(key_of(calls));
     if (place == nullptr)
         return false;
-    if (!enter(address, bytes, place->site))
+    if (!record_allocation(address, bytes, place->site))
         ++l_lost_blocks;
     return true;
 }
 
-std::size_t module_of(MODULE_NAME const &name)
+std::size_t module_of(ModuleName const &name)
 {
     std::size_t module = 0;
     while (module < l_modules.count && std::strcmp(l_modules.values[module].name, name) != 0)
@@ -173,28 +173,28 @@ std::size_t module_of(MODULE_NAME const &name)
     return module;
 }
 
-bool find_or_add_module(MODULE_NAME const &name, std::size_t *place)
+bool find_or_add_module(ModuleName const &name, std::size_t *place)
 {
     *place = module_of(name);
     if (*place < l_modules.count)
         return true;
-    MODULE *const module = l_modules.add();
+    SiteModule *const module = l_modules.add();
     if (module != nullptr)
         std::memcpy(module->name, name, sizeof name);
     return module != nullptr;
 }
 
-bool add_site(MEM_CALLS const &calls, MODULE_NAME const &module_name)
+bool add_site(MEM_CALLS const &calls, ModuleName const &module_name)
 {
     std::size_t module = 0;
     if (l_sites.count == MAX_SITES || !find_or_add_module(module_name, &module))
         return false;
     std::size_t const site = l_sites.count;
     std::uint64_t const key = key_of(calls);
-    RECORD *const record = l_sites.add();
+    SiteRecord *const record = l_sites.add();
     if (record == nullptr)
         return false;
-    PLACE *const place = l_places.find_or_add(key);
+    SiteOfCalls *const place = l_sites_by_calls.find_or_add(key);
     if (place == nullptr) {
         l_sites.remove_last();
         return false;
@@ -224,7 +224,7 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
             return;
     }
     // Without the lock: a thread that holds the loader's lock may be waiting for it.
-    MODULE_NAME module_name = {};
+    ModuleName module_name = {};
     mem_os_module_name(calls.return_addresses[0], module_name, sizeof module_name);
     MEM_LOCK_SCOPE const lock(mem_sites_lock);
     if (!enter_at_known_site(block, bytes, calls) &&
@@ -235,15 +235,15 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
 void mem_sites_remove(void const *block)
 {
     MEM_LOCK_SCOPE const lock(mem_sites_lock);
-    if (BLOCK *const entry = l_blocks.find(reinterpret_cast<std::uintptr_t>(block)))
-        take_out(entry);
+    if (Allocation *const entry = l_blocks.find(reinterpret_cast<std::uintptr_t>(block)))
+        erase_allocation(entry);
 }
 
 void mem_sites_reset()
 {
     MEM_LOCK_SCOPE const lock(mem_sites_lock);
     l_blocks.clear();
-    l_places.clear();
+    l_sites_by_calls.clear();
     l_sites.clear();
     for (std::size_t i = 0; i < l_modules.count; ++i)
         l_modules.values[i].live_bytes = 0;
@@ -270,7 +270,7 @@ MEM_SITES mem_sites_copy()
             needed = l_sites.count;
             if (needed <= room) {
                 for (std::size_t i = 0; i < needed; ++i) {
-                    keep_peak(l_sites.values[i]);
+                    save_figure_of_peak(l_sites.values[i]);
                     copy.sites.push_back(l_sites.values[i].site);
                 }
                 copy.lost_blocks = l_lost_blocks;
@@ -288,7 +288,7 @@ std::vector<std::string> mem_sites_modules()
     std::size_t const count = mem_sites_module_bytes().size(); // modules are never removed
     names.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
-        MODULE_NAME name;
+        ModuleName name;
         {
             MEM_LOCK_SCOPE const lock(mem_sites_lock);
             std::memcpy(name, l_modules.values[i].name, sizeof name);

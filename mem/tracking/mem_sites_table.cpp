@@ -39,7 +39,7 @@ bool has_more(Rows::value_type const *a, Rows::value_type const *b)
            std::tie(g.peak_bytes, g.live_bytes, g.total_bytes, a->first);
 }
 
-std::string table(std::string const &heading, Rows const &rows, std::uint64_t lost_blocks)
+std::string format_table(std::string const &heading, Rows const &rows, std::uint64_t lost_blocks)
 {
     if (rows.empty() && lost_blocks == 0)
         return {};
@@ -87,7 +87,7 @@ std::string source_place(ERR_LINE const &line, std::uintptr_t return_address, ER
 }
 
 // The innermost place outside of the standard library; if there is none, the call of the operator itself.
-std::string place_of(MEM_CALLS const &calls, Places const &places)
+std::string source_location_of(MEM_CALLS const &calls, Places const &places)
 {
     for (std::uintptr_t const address : calls.return_addresses) {
         auto const found = places.find(address);
@@ -131,8 +131,8 @@ std::string mem_sites_table_by_line()
     Places const places = describe(recorded.sites);
     Rows rows;
     for (MEM_SITE const &site : recorded.sites)
-        add(&rows[place_of(site.calls, places)], site.figures);
-    return table("place", rows, recorded.lost_blocks);
+        add(&rows[source_location_of(site.calls, places)], site.figures);
+    return format_table("place", rows, recorded.lost_blocks);
 }
 
 std::string mem_sites_table_by_module()
@@ -144,5 +144,5 @@ std::string mem_sites_table_by_module()
         std::string const &module = modules[site.module];
         add(&rows[module.empty() ? "(none)" : module], site.figures);
     }
-    return table("module", rows, recorded.lost_blocks);
+    return format_table("module", rows, recorded.lost_blocks);
 }

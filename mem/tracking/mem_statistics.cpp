@@ -11,29 +11,29 @@
 
 namespace {
 
-struct SUM
+struct BinTotals
 {
     std::int64_t count = 0;
     std::int64_t growth_bytes = 0;
     std::int64_t rise_bytes = 0;
     std::int64_t peak_bytes = std::numeric_limits<std::int64_t>::min();
 };
-using SUMS = std::map<std::string, SUM>;
+using TotalsByName = std::map<std::string, BinTotals>;
 
-struct STATISTICS
+struct Statistics
 {
-    SUMS bins;
-    SUMS tags;
+    TotalsByName bins;
+    TotalsByName tags;
 };
 
 // Written under the lock of the bins. The exit keeps it, since bins may close until the end.
-STATISTICS &statistics()
+Statistics &statistics()
 {
-    static STATISTICS &state = *new STATISTICS;
+    static Statistics &state = *new Statistics;
     return state;
 }
 
-void add(SUM *sum, MEM_BIN_FIGURES const &figures)
+void add(BinTotals *sum, MEM_BIN_FIGURES const &figures)
 {
     ++sum->count;
     sum->growth_bytes += figures.close_bytes - figures.open_bytes;
@@ -41,13 +41,13 @@ void add(SUM *sum, MEM_BIN_FIGURES const &figures)
     sum->peak_bytes = std::max(sum->peak_bytes, figures.peak_bytes);
 }
 
-bool has_more(SUMS::value_type const &a, SUMS::value_type const &b)
+bool has_more(TotalsByName::value_type const &a, TotalsByName::value_type const &b)
 {
     return std::tie(a.second.rise_bytes, a.second.peak_bytes, b.first) >
            std::tie(b.second.rise_bytes, b.second.peak_bytes, a.first);
 }
 
-std::string table(std::string const &heading, SUMS const &sums)
+std::string format_table(std::string const &heading, TotalsByName const &sums)
 {
     if (sums.empty())
         return {};
@@ -55,7 +55,7 @@ std::string table(std::string const &heading, SUMS const &sums)
     for (char const *const column : {"count", "rise bytes", "peak bytes", "growth bytes"})
         text += mem_table_heading(column);
     text += heading + '\n';
-    std::vector<std::pair<std::string, SUM>> order(sums.begin(), sums.end());
+    std::vector<std::pair<std::string, BinTotals>> order(sums.begin(), sums.end());
     std::sort(order.begin(), order.end(), [](auto const &a, auto const &b) { return has_more(a, b); });
     for (auto const &[name, sum] : order) {
         // A total below 0 is shown as 0.
@@ -80,17 +80,17 @@ void mem_statistics_add(std::string const &path, std::string const &tag, MEM_BIN
 void mem_statistics_reset()
 {
     MEM_LOCK_SCOPE const lock(mem_bins_lock);
-    statistics() = STATISTICS();
+    statistics() = Statistics();
 }
 
 std::string mem_statistics_table_by_bin()
 {
     MEM_LOCK_SCOPE const lock(mem_bins_lock);
-    return table("bin", statistics().bins);
+    return format_table("bin", statistics().bins);
 }
 
 std::string mem_statistics_table_by_tag()
 {
     MEM_LOCK_SCOPE const lock(mem_bins_lock);
-    return table("tag", statistics().tags);
+    return format_table("tag", statistics().tags);
 }

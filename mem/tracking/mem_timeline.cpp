@@ -12,50 +12,50 @@
 
 namespace {
 
-using CLOCK = std::chrono::steady_clock;
+using Clock = std::chrono::steady_clock;
 
-struct ROW
+struct TimedRow
 {
-    CLOCK::time_point time;
+    Clock::time_point time;
     MEM_TIMELINE_ROW row;
     std::vector<std::uint64_t> modules; // bytes of each module; empty if they were not recorded
 };
 
 // Written under the lock of the bins. The exit keeps it, since bins may close until the end.
-std::vector<ROW> &rows()
+std::vector<TimedRow> &rows()
 {
-    static std::vector<ROW> &state = *new std::vector<ROW>;
+    static std::vector<TimedRow> &state = *new std::vector<TimedRow>;
     return state;
 }
 
 // The seconds since the first row.
-std::string seconds(ROW const &row, ROW const &first)
+std::string seconds(TimedRow const &row, TimedRow const &first)
 {
     std::string text;
     stl_sprintf(&text, "%.6f", std::chrono::duration<double>(row.time - first.time).count());
     return mem_table_heading(text);
 }
 
-std::string names(ROW const &row)
+std::string names(TimedRow const &row)
 {
     return mem_table_text(row.row.label) + '\t' + mem_table_text(row.row.bin) + '\n';
 }
 
-std::string table_of_rows(std::vector<ROW> const &all)
+std::string table_of_rows(std::vector<TimedRow> const &all)
 {
     std::string text = mem_table_heading("seconds") + mem_table_heading("bytes") + mem_table_heading("peak bytes") +
                        "event\tlabel\tbin\n";
-    for (ROW const &row : all)
+    for (TimedRow const &row : all)
         text += seconds(row, all.front()) + mem_table_number(std::max<std::int64_t>(row.row.now_bytes, 0)) +
                 mem_table_number(std::max<std::int64_t>(row.row.peak_bytes, 0)) + row.row.event + '\t' + names(row);
     return text;
 }
 
 // The modules that have bytes at any row, the one with the most first.
-std::vector<std::size_t> order_of_modules(std::vector<ROW> const &all)
+std::vector<std::size_t> order_of_modules(std::vector<TimedRow> const &all)
 {
     std::vector<std::pair<std::uint64_t, std::size_t>> largest;
-    for (ROW const &row : all) {
+    for (TimedRow const &row : all) {
         while (largest.size() < row.modules.size())
             largest.emplace_back(0, largest.size());
         for (std::size_t i = 0; i < row.modules.size(); ++i)
@@ -69,14 +69,14 @@ std::vector<std::size_t> order_of_modules(std::vector<ROW> const &all)
     return order;
 }
 
-std::string module_bytes(ROW const &row, std::size_t module)
+std::string module_bytes(TimedRow const &row, std::size_t module)
 {
     if (row.modules.empty())
         return mem_table_heading("-");
     return mem_table_number(module < row.modules.size() ? static_cast<std::int64_t>(row.modules[module]) : 0);
 }
 
-std::string table_of_modules(std::vector<ROW> const &all, std::vector<std::string> const &module_names)
+std::string table_of_modules(std::vector<TimedRow> const &all, std::vector<std::string> const &module_names)
 {
     std::vector<std::size_t> const order = order_of_modules(all);
     if (order.empty())
@@ -85,7 +85,7 @@ std::string table_of_modules(std::vector<ROW> const &all, std::vector<std::strin
     for (std::size_t const module : order)
         text += mem_table_heading(module_names[module].empty() ? "(none)" : mem_table_text(module_names[module]));
     text += "event\tlabel\tbin\n";
-    for (ROW const &row : all) {
+    for (TimedRow const &row : all) {
         text += seconds(row, all.front());
         for (std::size_t const module : order)
             text += module_bytes(row, module);
@@ -102,13 +102,13 @@ void mem_timeline_add(MEM_TIMELINE_ROW row, bool with_modules)
     if (with_modules)
         modules = mem_sites_module_bytes();
     MEM_LOCK_SCOPE const lock(mem_bins_lock);
-    rows().push_back({CLOCK::now(), std::move(row), std::move(modules)});
+    rows().push_back({Clock::now(), std::move(row), std::move(modules)});
 }
 
 void mem_timeline_reset()
 {
     MEM_LOCK_SCOPE const lock(mem_bins_lock);
-    rows() = std::vector<ROW>();
+    rows() = std::vector<TimedRow>();
 }
 
 MEM_TIMELINE_TABLES mem_timeline_tables()

@@ -37,20 +37,20 @@ std::size_t shown(std::int64_t bytes)
 
 // A text of this library, which isn't counted. The memory that a stream takes to hold it is the caller's and is
 // counted.
-class UNCOUNTED_TEXT
+class UncountedText
 {
 public:
-    UNCOUNTED_TEXT() = default;
-    ~UNCOUNTED_TEXT()
+    UncountedText() = default;
+    ~UncountedText()
     {
         MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
         std::string().swap(m_text);
     }
-    UNCOUNTED_TEXT(UNCOUNTED_TEXT const &) = delete;
-    UNCOUNTED_TEXT &operator=(UNCOUNTED_TEXT const &) = delete;
+    UncountedText(UncountedText const &) = delete;
+    UncountedText &operator=(UncountedText const &) = delete;
 
-    template <typename TABLE>
-    void set(TABLE table)
+    template <typename Table>
+    void set(Table table)
     {
         MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
         m_text = table();
@@ -62,11 +62,11 @@ private:
     std::string m_text;
 };
 
-template <typename TABLE>
-bool dump(std::ostream &out, TABLE table)
+template <typename Table>
+bool dump(std::ostream &out, Table table)
 {
     try {
-        UNCOUNTED_TEXT text;
+        UncountedText text;
         text.set(table);
         return !text.get().empty() && mem_table_write(out, text.get());
     } catch (std::exception const &) {
@@ -151,7 +151,7 @@ bool mem_dump_tbb_profile_bin_tag_stats_tracking(std::ostream &out)
 
 bool mem_dump_tbb_module_tracking(std::ostream &timeline, std::ostream &details)
 {
-    UNCOUNTED_TEXT modules;
+    UncountedText modules;
     bool const is_written = dump(timeline, [&modules] {
         MEM_TIMELINE_TABLES tables = mem_timeline_tables();
         modules.set([&tables] { return std::move(tables.modules); });

@@ -15,7 +15,7 @@ using testing::IsEmpty;
 
 namespace {
 
-enum class LEVEL : std::int8_t
+enum class Level : std::int8_t
 {
     LOWEST = -128,
     BELOW = -2,
@@ -24,11 +24,11 @@ enum class LEVEL : std::int8_t
     HIGHEST = 127,
 };
 
-template <typename ENUM>
-std::vector<int> values(ENUM first, ENUM end)
+template <typename Enum>
+std::vector<int> values(Enum first, Enum end)
 {
     std::vector<int> seen;
-    for (ENUM const value : GEN_ENUM_RANGE(first, end))
+    for (Enum const value : GEN_ENUM_RANGE(first, end))
         seen.push_back(static_cast<int>(value));
     return seen;
 }
@@ -37,9 +37,9 @@ std::vector<int> values(ENUM first, ENUM end)
 
 TEST(GenEnumRange, GivesTheValuesFromTheFirstUpToTheEnd)
 {
-    EXPECT_THAT(values(LEVEL::BELOW, LEVEL::ABOVE), ElementsAre(-2, -1, 0, 1));
+    EXPECT_THAT(values(Level::BELOW, Level::ABOVE), ElementsAre(-2, -1, 0, 1));
     EXPECT_THAT(values(GEN_LIB_VITAL, GEN_LIB_EDA_VIEWLOGIC), ElementsAre(19, 20, 21));
-    EXPECT_EQ(values(LEVEL::LOWEST, LEVEL::HIGHEST).size(), 255U);
+    EXPECT_EQ(values(Level::LOWEST, Level::HIGHEST).size(), 255U);
 }
 
 TEST(GenEnumRange, VisitsEveryLibraryTypeInOrder)
@@ -52,15 +52,15 @@ TEST(GenEnumRange, VisitsEveryLibraryTypeInOrder)
 
 TEST(GenEnumRange, IsEmptyWithoutAValueBelowTheEnd)
 {
-    EXPECT_THAT(values(LEVEL::NONE, LEVEL::NONE), IsEmpty());
-    EXPECT_THAT(values(LEVEL::ABOVE, LEVEL::BELOW), IsEmpty());
-    EXPECT_THAT(values(LEVEL::LOWEST, LEVEL::LOWEST), IsEmpty());
+    EXPECT_THAT(values(Level::NONE, Level::NONE), IsEmpty());
+    EXPECT_THAT(values(Level::ABOVE, Level::BELOW), IsEmpty());
+    EXPECT_THAT(values(Level::LOWEST, Level::LOWEST), IsEmpty());
 }
 
 TEST(GenEnumRange, IsReadAtCompileTime)
 {
-    constexpr GEN_ENUM_RANGE RANGE(LEVEL::BELOW, LEVEL::NONE);
-    static_assert(*RANGE.begin() == LEVEL::BELOW && *++RANGE.begin() == static_cast<LEVEL>(-1));
+    constexpr GEN_ENUM_RANGE RANGE(Level::BELOW, Level::NONE);
+    static_assert(*RANGE.begin() == Level::BELOW && *++RANGE.begin() == static_cast<Level>(-1));
     static_assert(++ ++RANGE.begin() == RANGE.end());
 }
 
@@ -77,12 +77,12 @@ TEST(GenEnumIterator, StepsAndCompares)
 
 TEST(GenEnumIterator, StaysAtTheEnd)
 {
-    GEN_ENUM_ITERATOR it(LEVEL::HIGHEST, LEVEL::HIGHEST);
+    GEN_ENUM_ITERATOR it(Level::HIGHEST, Level::HIGHEST);
     GEN_ENUM_ITERATOR const end = it;
     EXPECT_TRUE(++it == end);
     EXPECT_TRUE(it++ == end);
     EXPECT_TRUE(it == end);
-    EXPECT_TRUE(GEN_ENUM_ITERATOR(LEVEL::ABOVE, LEVEL::NONE) == GEN_ENUM_ITERATOR(LEVEL::NONE, LEVEL::NONE));
+    EXPECT_TRUE(GEN_ENUM_ITERATOR(Level::ABOVE, Level::NONE) == GEN_ENUM_ITERATOR(Level::NONE, Level::NONE));
 }
 
 TEST(GenEnumIterator, WorksWithTheAlgorithms)

@@ -20,20 +20,20 @@ using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::Not;
 
-enum class MEMORY
+enum class MemoryState
 {
     THERE,
     MISSING,
     REPORTED_MISSING, // the allocator itself reports an internal error
 };
 
-MEMORY l_memory = MEMORY::THERE;
+MemoryState l_memory = MemoryState::THERE;
 
 void *allocate(std::size_t size)
 {
-    if (l_memory == MEMORY::MISSING)
+    if (l_memory == MemoryState::MISSING)
         throw std::bad_alloc();
-    if (l_memory == MEMORY::REPORTED_MISSING)
+    if (l_memory == MemoryState::REPORTED_MISSING)
         err_report_internal_error("memory is there", "MEM", "mem/mem_new", 9);
     void *memory = std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr)
@@ -41,7 +41,7 @@ void *allocate(std::size_t size)
     return memory;
 }
 
-[[noreturn]] void fail_with(MEMORY memory, char const *expression)
+[[noreturn]] void fail_with(MemoryState memory, char const *expression)
 {
     l_memory = memory;
     err_report_internal_error(expression, "TST", "tests/err", 12);
@@ -66,21 +66,21 @@ protected:
 
 TEST_F(ErrReportWithoutMemoryDeathTest, LeavesTheStackOut)
 {
-    EXPECT_EXIT(fail_with(MEMORY::MISSING, "first"), ExitedWithCode(INTERNAL_ERROR_STATUS), is_short_block(FIRST));
-    EXPECT_EXIT(fail_with(MEMORY::MISSING, nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    EXPECT_EXIT(fail_with(MemoryState::MISSING, "first"), ExitedWithCode(INTERNAL_ERROR_STATUS), is_short_block(FIRST));
+    EXPECT_EXIT(fail_with(MemoryState::MISSING, nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 is_short_block("Internal error: (null)\n"));
 }
 
 TEST_F(ErrReportWithoutMemoryDeathTest, CutsALongText)
 {
     static std::string const expression(100000, 'x');
-    EXPECT_EXIT(fail_with(MEMORY::MISSING, expression.c_str()), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    EXPECT_EXIT(fail_with(MemoryState::MISSING, expression.c_str()), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 is_short_block("Internal error: " + expression.substr(0, 1000)));
 }
 
 TEST_F(ErrReportWithoutMemoryDeathTest, StillRunsExitHandlers)
 {
-    EXPECT_EXIT((std::atexit([] { std::fputs("[handler runs]\n", stderr); }), fail_with(MEMORY::MISSING, "first")),
+    EXPECT_EXIT((std::atexit([] { std::fputs("[handler runs]\n", stderr); }), fail_with(MemoryState::MISSING, "first")),
                 ExitedWithCode(INTERNAL_ERROR_STATUS), HasSubstr("[handler runs]\n"));
 }
 
@@ -90,9 +90,9 @@ TEST_F(ErrReportWithoutMemoryDeathTest, KeepsTheFormerModulePlace)
     EXPECT_EXIT(
         {
             err_set_module_fullpath("/former/");
-            l_memory = MEMORY::MISSING;
+            l_memory = MemoryState::MISSING;
             err_set_module_fullpath(place);
-            fail_with(MEMORY::THERE, "first");
+            fail_with(MemoryState::THERE, "first");
         },
         ExitedWithCode(INTERNAL_ERROR_STATUS), HasSubstr(ON_WINDOWS ? "\n  Module:  ppp" : "\n  Module:  /former/\n"));
 }
@@ -100,10 +100,10 @@ TEST_F(ErrReportWithoutMemoryDeathTest, KeepsTheFormerModulePlace)
 TEST_F(ErrReportWithoutMemoryDeathTest, AnErrorInsideTheReportLosesNeither)
 {
     if (ON_WINDOWS)
-        EXPECT_EXIT(fail_with(MEMORY::REPORTED_MISSING, "first"), ExitedWithCode(INTERNAL_ERROR_STATUS),
+        EXPECT_EXIT(fail_with(MemoryState::REPORTED_MISSING, "first"), ExitedWithCode(INTERNAL_ERROR_STATUS),
                     is_short_block(FIRST));
     else
-        EXPECT_EXIT(fail_with(MEMORY::REPORTED_MISSING, "first"), ExitedWithCode(INTERNAL_ERROR_STATUS),
+        EXPECT_EXIT(fail_with(MemoryState::REPORTED_MISSING, "first"), ExitedWithCode(INTERNAL_ERROR_STATUS),
                     AllOf(is_short_block(FIRST), is_short_block(SECOND)));
 }
 

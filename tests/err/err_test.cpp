@@ -295,14 +295,14 @@ TEST_F(ErrReportDeathTest, ErrorDeepInAHandlerOfAnOrdinaryExitEndsAtOnce)
 
 TEST_F(ErrReportDeathTest, ErrorInAStaticObjectsDestructorEndsAtOnce)
 {
-    struct FAILING_OBJECT
+    struct FailingObject
     {
-        ~FAILING_OBJECT() { fail("failed in a destructor"); }
+        ~FailingObject() { fail("failed in a destructor"); }
     };
     EXPECT_EXIT(
         {
             std::atexit(print_handler_runs);
-            static FAILING_OBJECT const object;
+            static FailingObject const object;
             std::exit(0);
         },
         ExitedWithCode(INTERNAL_ERROR_STATUS),

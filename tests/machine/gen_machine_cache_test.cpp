@@ -14,7 +14,7 @@ using testing::IsEmpty;
 namespace {
 
 // A cache as "2d 512/64": level and kind, size, bytes of a line.
-std::string text_of(GEN_CACHE const &cache)
+std::string cache_text(GEN_CACHE const &cache)
 {
     return std::to_string(cache.m_level) + (cache.m_type == GEN_CACHE_DATA ? "d " : "i ") +
            std::to_string(cache.m_size) + '/' + std::to_string(cache.m_line_size);
@@ -27,7 +27,7 @@ std::vector<std::string> captured_caches(MachineDump const &dump)
     EXPECT_TRUE(GEN_MACHINE_INFO::recapture_cpu_info());
     std::vector<std::string> texts;
     for (GEN_CACHE const &cache : machine.state().m_packages.begin()->m_caches)
-        texts.push_back(text_of(cache));
+        texts.push_back(cache_text(cache));
     return texts;
 }
 
@@ -162,7 +162,7 @@ TEST(GenCacheDescriptors, AreLookedUpInATableThatIsFilledAlready)
     EXPECT_EQ(table.size(), 3U);
     std::list<GEN_CACHE> const &caches = machine.state().m_packages.begin()->m_caches;
     ASSERT_EQ(caches.size(), 1U);
-    EXPECT_EQ(text_of(caches.front()), "1i 77/7");
+    EXPECT_EQ(cache_text(caches.front()), "1i 77/7");
 }
 
 TEST(GenCacheDescriptors, AreNotLookedUpForOthers)
@@ -246,7 +246,7 @@ TEST(GenCacheDescriptors, TheTableItselfKeepsItsLevel)
 {
     PlayedMachine machine(machine_with_descriptors({{1, 0x49, 0, 0}}, 0xf60));
     GEN_MACHINE_INFO::recapture_cpu_info();
-    EXPECT_EQ(text_of(machine.state().m_cache_lookup_table.at(0x49)), "2d 4096/64");
+    EXPECT_EQ(cache_text(machine.state().m_cache_lookup_table.at(0x49)), "2d 4096/64");
     EXPECT_EQ(ask(2, GEN_CACHE_DATA), (Answer{true, 0, 0}));
     EXPECT_EQ(ask(3, GEN_CACHE_DATA), (Answer{true, 4096, 64}));
 }
@@ -366,14 +366,14 @@ TEST(GenCacheSizeDeathTest, PreconditionsAreInternalErrors)
     PlayedMachine machine("amd_smt");
     unsigned size;
     unsigned line_size;
-    using INFO = GEN_MACHINE_INFO;
-    EXPECT_EXIT(INFO::get_cache_size(1, nullptr, &line_size, 1), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    using MachineInfo = GEN_MACHINE_INFO;
+    EXPECT_EXIT(MachineInfo::get_cache_size(1, nullptr, &line_size, 1), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 dies_with("size != 0", "gen_machine_cache"));
-    EXPECT_EXIT(INFO::get_cache_size(1, nullptr, nullptr, 3), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    EXPECT_EXIT(MachineInfo::get_cache_size(1, nullptr, nullptr, 3), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 dies_with("size != 0", "gen_machine_cache"));
-    EXPECT_EXIT(INFO::get_cache_size(1, &size, &line_size, 3), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    EXPECT_EXIT(MachineInfo::get_cache_size(1, &size, &line_size, 3), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 dies_with("type <= GEN_CACHE_INST", "gen_machine_cache"));
-    EXPECT_EXIT(INFO::get_cache_size(1, &size, nullptr, 255), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    EXPECT_EXIT(MachineInfo::get_cache_size(1, &size, nullptr, 255), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 dies_with("type <= GEN_CACHE_INST", "gen_machine_cache"));
     EXPECT_THAT(machine.calls(), IsEmpty());
 }

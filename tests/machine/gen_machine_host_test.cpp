@@ -58,7 +58,7 @@ TEST_F(GenMachineHost, JoinsAllAddresses)
 
 TEST_F(GenMachineHost, KeepsTheAddressesOfThisHostAlone)
 {
-    gen_os_host_fake_script &host = gen_os_host_fake();
+    GEN_OS_HOST_FAKE_SCRIPT &host = gen_os_host_fake();
     host.host_name = "here";
     EXPECT_EQ(gen_get_ip_addr(nullptr), "");
     EXPECT_EQ(gen_get_ip_addr(nullptr), ""); // a failed look-up is tried again
@@ -73,7 +73,7 @@ TEST_F(GenMachineHost, KeepsTheAddressesOfThisHostAlone)
 
 TEST_F(GenMachineHost, ComparesTheFirstAddressWithTheSitesNetworks)
 {
-    gen_os_host_fake_script &host = gen_os_host_fake();
+    GEN_OS_HOST_FAKE_SCRIPT &host = gen_os_host_fake();
     ASSERT_EQ(std::size(SITE_NETWORKS), 9u);
     for (std::string const network : SITE_NETWORKS) {
         std::size_t const point = network.find('.');

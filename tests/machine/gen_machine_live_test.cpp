@@ -63,14 +63,20 @@ TEST(GenMachineLive, CountsLogicalProcessorsLikeTheSystem)
 
 TEST(GenMachineLive, FindsTheFeaturesThatTheSystemReports)
 {
-    using INFO = GEN_MACHINE_INFO;
+    using MachineInfo = GEN_MACHINE_INFO;
     std::map<std::string, bool> const found{
-        {"sse", is_supported(INFO::sse_is_supported, 1)},    {"sse2", is_supported(INFO::sse_is_supported, 2)},
-        {"sse3", is_supported(INFO::sse_is_supported, 3)},   {"ssse3", is_supported(INFO::sse_is_supported, 4)},
-        {"sse4_1", is_supported(INFO::sse_is_supported, 5)}, {"sse4_2", is_supported(INFO::sse_is_supported, 6)},
-        {"popcnt", is_supported(INFO::popcnt_is_supported)}, {"avx", is_supported(INFO::avx_is_supported, 1)},
-        {"avx2", is_supported(INFO::avx_is_supported, 2)},   {"bmi1", is_supported(INFO::bmi_is_supported, 1)},
-        {"bmi2", is_supported(INFO::bmi_is_supported, 2)},   {"lzcnt", is_supported(INFO::lzcnt_is_supported)},
+        {"sse", is_supported(MachineInfo::sse_is_supported, 1)},
+        {"sse2", is_supported(MachineInfo::sse_is_supported, 2)},
+        {"sse3", is_supported(MachineInfo::sse_is_supported, 3)},
+        {"ssse3", is_supported(MachineInfo::sse_is_supported, 4)},
+        {"sse4_1", is_supported(MachineInfo::sse_is_supported, 5)},
+        {"sse4_2", is_supported(MachineInfo::sse_is_supported, 6)},
+        {"popcnt", is_supported(MachineInfo::popcnt_is_supported)},
+        {"avx", is_supported(MachineInfo::avx_is_supported, 1)},
+        {"avx2", is_supported(MachineInfo::avx_is_supported, 2)},
+        {"bmi1", is_supported(MachineInfo::bmi_is_supported, 1)},
+        {"bmi2", is_supported(MachineInfo::bmi_is_supported, 2)},
+        {"lzcnt", is_supported(MachineInfo::lzcnt_is_supported)},
     };
     std::map<std::string, bool> const reported = processors_features();
     EXPECT_GE(reported.size(), 3U);

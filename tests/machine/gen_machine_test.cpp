@@ -98,20 +98,20 @@ std::string features(bool result)
         char const *name;
         std::function<bool(bool *)> get;
     };
-    using INFO = GEN_MACHINE_INFO;
+    using MachineInfo = GEN_MACHINE_INFO;
     Getter const getters[] = {
-        {"sse", [](bool *b) { return INFO::sse_is_supported(1, b); }},
-        {"sse2", [](bool *b) { return INFO::sse_is_supported(2, b); }},
-        {"sse3", [](bool *b) { return INFO::sse_is_supported(3, b); }},
-        {"ssse3", [](bool *b) { return INFO::sse_is_supported(4, b); }},
-        {"sse4_1", [](bool *b) { return INFO::sse_is_supported(5, b); }},
-        {"sse4_2", [](bool *b) { return INFO::sse_is_supported(6, b); }},
-        {"popcnt", [](bool *b) { return INFO::popcnt_is_supported(b); }},
-        {"avx", [](bool *b) { return INFO::avx_is_supported(1, b); }},
-        {"avx2", [](bool *b) { return INFO::avx_is_supported(2, b); }},
-        {"bmi1", [](bool *b) { return INFO::bmi_is_supported(1, b); }},
-        {"bmi2", [](bool *b) { return INFO::bmi_is_supported(2, b); }},
-        {"lzcnt", [](bool *b) { return INFO::lzcnt_is_supported(b); }},
+        {"sse", [](bool *b) { return MachineInfo::sse_is_supported(1, b); }},
+        {"sse2", [](bool *b) { return MachineInfo::sse_is_supported(2, b); }},
+        {"sse3", [](bool *b) { return MachineInfo::sse_is_supported(3, b); }},
+        {"ssse3", [](bool *b) { return MachineInfo::sse_is_supported(4, b); }},
+        {"sse4_1", [](bool *b) { return MachineInfo::sse_is_supported(5, b); }},
+        {"sse4_2", [](bool *b) { return MachineInfo::sse_is_supported(6, b); }},
+        {"popcnt", [](bool *b) { return MachineInfo::popcnt_is_supported(b); }},
+        {"avx", [](bool *b) { return MachineInfo::avx_is_supported(1, b); }},
+        {"avx2", [](bool *b) { return MachineInfo::avx_is_supported(2, b); }},
+        {"bmi1", [](bool *b) { return MachineInfo::bmi_is_supported(1, b); }},
+        {"bmi2", [](bool *b) { return MachineInfo::bmi_is_supported(2, b); }},
+        {"lzcnt", [](bool *b) { return MachineInfo::lzcnt_is_supported(b); }},
     };
     std::string names;
     for (bool const preset : {false, true}) {
@@ -527,25 +527,25 @@ TEST(GenMachineSteps, AreTakenByEachOperationOfTheCaptureAndByNoOther)
         bool captures;
         std::function<void()> call;
     };
-    using INFO = GEN_MACHINE_INFO;
+    using MachineInfo = GEN_MACHINE_INFO;
     static int number;
     static bool flag;
     static unsigned size;
     OperationCase const cases[] = {
-        {"recapture", true, [] { INFO::recapture_cpu_info(); }},
-        {"logical", false, [] { INFO::get_logical_cpu_count(&number); }},
-        {"smt", false, [] { INFO::get_smt_cpu_count(&number); }},
-        {"physical", true, [] { INFO::get_physical_cpu_count(&number); }},
-        {"package", true, [] { INFO::get_package_cpu_count(&number); }},
-        {"core", true, [] { INFO::get_core_cpu_count(&number); }},
+        {"recapture", true, [] { MachineInfo::recapture_cpu_info(); }},
+        {"logical", false, [] { MachineInfo::get_logical_cpu_count(&number); }},
+        {"smt", false, [] { MachineInfo::get_smt_cpu_count(&number); }},
+        {"physical", true, [] { MachineInfo::get_physical_cpu_count(&number); }},
+        {"package", true, [] { MachineInfo::get_package_cpu_count(&number); }},
+        {"core", true, [] { MachineInfo::get_core_cpu_count(&number); }},
         {"mask", true, [] { non_smt_mask(); }},
-        {"sse", true, [] { INFO::sse_is_supported(0, &flag); }},
-        {"avx", true, [] { INFO::avx_is_supported(0, &flag); }},
-        {"bmi", true, [] { INFO::bmi_is_supported(0, &flag); }},
-        {"popcnt", true, [] { INFO::popcnt_is_supported(&flag); }},
-        {"lzcnt", true, [] { INFO::lzcnt_is_supported(&flag); }},
-        {"cache", true, [] { INFO::get_cache_size(1, &size, nullptr, GEN_CACHE_DATA); }},
-        {"frequency", false, [] { INFO::get_cpu_frequency(&number); }},
+        {"sse", true, [] { MachineInfo::sse_is_supported(0, &flag); }},
+        {"avx", true, [] { MachineInfo::avx_is_supported(0, &flag); }},
+        {"bmi", true, [] { MachineInfo::bmi_is_supported(0, &flag); }},
+        {"popcnt", true, [] { MachineInfo::popcnt_is_supported(&flag); }},
+        {"lzcnt", true, [] { MachineInfo::lzcnt_is_supported(&flag); }},
+        {"cache", true, [] { MachineInfo::get_cache_size(1, &size, nullptr, GEN_CACHE_DATA); }},
+        {"frequency", false, [] { MachineInfo::get_cpu_frequency(&number); }},
     };
     for (OperationCase const &c : cases) {
         PlayedMachine machine("amd_two_packages");
@@ -773,7 +773,7 @@ TEST(GenMachineFrequency, IsTheSystemsOrNone)
 
 TEST(GenMachineDeathTest, NullIsAnInternalError)
 {
-    using INFO = GEN_MACHINE_INFO;
+    using MachineInfo = GEN_MACHINE_INFO;
     unsigned long mask;
     std::uint64_t mask_qword;
     struct NullCase
@@ -782,25 +782,25 @@ TEST(GenMachineDeathTest, NullIsAnInternalError)
         char const *text;
     };
     NullCase const cases[] = {
-        {[] { INFO::get_logical_cpu_count(nullptr); }, "cpu_count != 0"},
-        {[] { INFO::get_smt_cpu_count(nullptr); }, "cpu_count != 0"},
-        {[] { INFO::get_physical_cpu_count(nullptr); }, "cpu_count != 0"},
-        {[] { INFO::get_package_cpu_count(nullptr); }, "cpu_count != 0"},
-        {[] { INFO::get_core_cpu_count(nullptr); }, "cpu_count != 0"},
-        {[&] { INFO::get_non_smt_affinity_mask(nullptr, &mask_qword); }, "affinity_mask != 0"},
-        {[&] { INFO::get_non_smt_affinity_mask(&mask, nullptr); }, "affinity_mask_qword != 0"},
-        {[] { INFO::get_non_smt_affinity_mask(nullptr, nullptr); }, "affinity_mask != 0"},
-        {[] { INFO::sse_is_supported(1, nullptr); }, "supported != 0"},
-        {[] { INFO::avx_is_supported(9, nullptr); }, "supported != 0"},
-        {[] { INFO::bmi_is_supported(1, nullptr); }, "supported != 0"},
-        {[] { INFO::popcnt_is_supported(nullptr); }, "supported != 0"},
-        {[] { INFO::lzcnt_is_supported(nullptr); }, "supported != 0"},
+        {[] { MachineInfo::get_logical_cpu_count(nullptr); }, "cpu_count != 0"},
+        {[] { MachineInfo::get_smt_cpu_count(nullptr); }, "cpu_count != 0"},
+        {[] { MachineInfo::get_physical_cpu_count(nullptr); }, "cpu_count != 0"},
+        {[] { MachineInfo::get_package_cpu_count(nullptr); }, "cpu_count != 0"},
+        {[] { MachineInfo::get_core_cpu_count(nullptr); }, "cpu_count != 0"},
+        {[&] { MachineInfo::get_non_smt_affinity_mask(nullptr, &mask_qword); }, "affinity_mask != 0"},
+        {[&] { MachineInfo::get_non_smt_affinity_mask(&mask, nullptr); }, "affinity_mask_qword != 0"},
+        {[] { MachineInfo::get_non_smt_affinity_mask(nullptr, nullptr); }, "affinity_mask != 0"},
+        {[] { MachineInfo::sse_is_supported(1, nullptr); }, "supported != 0"},
+        {[] { MachineInfo::avx_is_supported(9, nullptr); }, "supported != 0"},
+        {[] { MachineInfo::bmi_is_supported(1, nullptr); }, "supported != 0"},
+        {[] { MachineInfo::popcnt_is_supported(nullptr); }, "supported != 0"},
+        {[] { MachineInfo::lzcnt_is_supported(nullptr); }, "supported != 0"},
     };
     PlayedMachine machine("amd_smt");
     for (NullCase const &c : cases)
         EXPECT_EXIT(c.call(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(c.text, "gen_machine"));
     KeyOn const key(SYSCONF_KEY);
-    EXPECT_EXIT(INFO::get_core_cpu_count(nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
+    EXPECT_EXIT(MachineInfo::get_core_cpu_count(nullptr), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 dies_with("cpu_count != 0", "gen_machine"));
     EXPECT_THAT(machine.calls(), IsEmpty());
 }

@@ -75,7 +75,7 @@ struct FormatCase
 
 // The formats are data here, so the functions are called by types without the format attribute.
 using PrintFunction = void (*)(std::string *, char const *, ...);
-constexpr PrintFunction l_print = stl_sprintf;
+constexpr PrintFunction PRINT = stl_sprintf;
 
 template <typename Function, typename... Arguments>
 void with_value(Function const &function, Value const &value, Arguments... arguments)
@@ -111,7 +111,7 @@ void with_arguments(Function const &function, Stars const &stars, Value const &v
 std::string by_variable_arguments(char const *format, Stars const &stars, Value const &value)
 {
     std::string text = "replaced";
-    with_arguments([&](auto... arguments) { l_print(&text, format, arguments...); }, stars, value);
+    with_arguments([&](auto... arguments) { PRINT(&text, format, arguments...); }, stars, value);
     return text;
 }
 
@@ -153,13 +153,13 @@ std::string described(char const *format, Stars const &stars, Value const &value
 }
 
 #ifdef __GLIBC__
-constexpr int (*l_c_print)(char *, std::size_t, char const *, ...) = std::snprintf;
+constexpr int (*C_PRINT)(char *, std::size_t, char const *, ...) = std::snprintf;
 
 std::string by_c_library(char const *format, Stars const &stars, Value const &value)
 {
     char text[8192];
     int size = 0;
-    with_arguments([&](auto... arguments) { size = l_c_print(text, sizeof text, format, arguments...); }, stars, value);
+    with_arguments([&](auto... arguments) { size = C_PRINT(text, sizeof text, format, arguments...); }, stars, value);
     return std::string(text, static_cast<std::size_t>(size));
 }
 #endif
@@ -1225,7 +1225,7 @@ TEST(MemFormat, TakesNoArgumentWhereThereIsNoConversion)
         EXPECT_EQ(appended, "a" + expected) << format;
         EXPECT_EQ(cursor, nullptr) << format;
         std::string replaced = "a";
-        l_print(&replaced, format);
+        PRINT(&replaced, format);
         EXPECT_EQ(replaced, expected) << format;
     }
 }
@@ -1379,7 +1379,7 @@ TEST(MemFormat, TakesLongDoublesFromVariableArguments)
     };
     for (LongDoubleCase const &c : cases) {
         std::string text;
-        l_print(&text, c.format, c.value);
+        PRINT(&text, c.format, c.value);
         EXPECT_EQ(text, c.text) << c.format;
     }
     std::string text;
@@ -1474,7 +1474,7 @@ TEST(MemFormat, JoinsTextsOfEveryLength)
         stl_sprintf(&text, "%*d|%-*d|", static_cast<int>(size), 1, static_cast<int>(size), 2);
         std::string const blanks(size > 0 ? size - 1 : 0, ' ');
         EXPECT_EQ(text, blanks + "1|2" + blanks + "|") << size;
-        l_print(&text, (piece + "%d" + piece).c_str(), 5);
+        PRINT(&text, (piece + "%d" + piece).c_str(), 5);
         EXPECT_EQ(text, piece + "5" + piece) << size;
     }
 }
@@ -1631,9 +1631,9 @@ TEST(MemFormat, AgreesWithTheCLibraryOnRandomLongDoubles)
         long double const value =
             std::ldexp(static_cast<long double>(random.whole()), static_cast<int>(random.below(200)) - 100);
         char expected[8192];
-        l_c_print(expected, sizeof expected, format.c_str(), value);
+        C_PRINT(expected, sizeof expected, format.c_str(), value);
         std::string text;
-        l_print(&text, format.c_str(), value);
+        PRINT(&text, format.c_str(), value);
         ASSERT_EQ(text, expected) << format;
     }
 }

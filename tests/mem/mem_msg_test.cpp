@@ -325,7 +325,7 @@ constexpr int THREADS = 6;
 constexpr int ROUNDS = 200;
 
 // Lines of many lengths, each showing whether it is whole.
-std::string text_of(int thread, int round)
+std::string line_text(int thread, int round)
 {
     return std::to_string(thread) + "." + std::to_string(round) + " " +
            std::string(static_cast<std::size_t>(round % 97) * 11, static_cast<char>('a' + thread)) + "|";
@@ -337,7 +337,7 @@ void emit_from_threads()
     for (int thread = 0; thread < THREADS; ++thread)
         threads.emplace_back([thread] {
             for (int round = 0; round < ROUNDS; ++round)
-                EXPECT_TRUE(info("GEN", "%s", text_of(thread, round).c_str()));
+                EXPECT_TRUE(info("GEN", "%s", line_text(thread, round).c_str()));
         });
     for (std::thread &thread : threads)
         thread.join();
@@ -348,7 +348,7 @@ std::multiset<std::string> expected_lines()
     std::multiset<std::string> lines;
     for (int thread = 0; thread < THREADS; ++thread)
         for (int round = 0; round < ROUNDS; ++round)
-            lines.insert("Info (GEN): " + text_of(thread, round));
+            lines.insert("Info (GEN): " + line_text(thread, round));
     return lines;
 }
 

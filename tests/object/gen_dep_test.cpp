@@ -27,7 +27,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
 
-using UIDS = std::vector<unsigned>;
+using Uids = std::vector<unsigned>;
 
 static_assert(std::is_same_v<GEN_DEP::UID, unsigned>);
 
@@ -59,7 +59,7 @@ protected:
         m_uids.erase(std::find(m_uids.begin(), m_uids.end(), uid));
     }
     // The ids called back in one pass.
-    UIDS pass(void const *memory)
+    Uids pass(void const *memory)
     {
         m_called.clear();
         GEN_DEP::memory_is_being_invalidated(memory);
@@ -70,10 +70,10 @@ protected:
     char m_memory[3] = {};
     void const *const m_a = &m_memory[0];
     void const *const m_b = &m_memory[1];
-    UIDS m_called;
+    Uids m_called;
 
 private:
-    UIDS m_uids;
+    Uids m_uids;
 };
 
 } // namespace
@@ -193,7 +193,7 @@ TEST_F(GenDep, CopiesTheLiveCallbacksForEveryQuestion)
 
 TEST_F(GenDep, LetsCallbacksRemoveThemselves)
 {
-    UIDS called;
+    Uids called;
     auto const held = std::make_shared<int>(0);
     for (int i = 0; i < 3; ++i)
         GEN_DEP::create_dependency(m_a, [&called, held, values = std::vector<int>(100, 7)](unsigned uid) {
@@ -210,8 +210,8 @@ TEST_F(GenDep, LetsCallbacksRemoveThemselves)
 
 TEST_F(GenDep, CallsWhatAnEarlierCallbackRemoved)
 {
-    UIDS uids;
-    UIDS called;
+    Uids uids;
+    Uids called;
     uids.push_back(GEN_DEP::create_dependency(m_a, [&](unsigned uid) {
         called.push_back(uid);
         for (unsigned const each : uids)
@@ -262,7 +262,7 @@ TEST_F(GenDep, DoesNotCallWhatACallbackCreates)
 
 TEST_F(GenDep, LetsACallbackCreateSoManyThatTheTablesGrow)
 {
-    UIDS called;
+    Uids called;
     for (int i = 0; i < 2; ++i)
         create(m_a, [&](unsigned uid) {
             called.push_back(uid);
@@ -276,7 +276,7 @@ TEST_F(GenDep, LetsACallbackCreateSoManyThatTheTablesGrow)
 
 TEST_F(GenDep, LetsACallbackBeginAPassOfItsOwn)
 {
-    UIDS called;
+    Uids called;
     int depth = 0;
     unsigned first = 0, inner = 0;
     first = create(m_a, [&](unsigned uid) {
@@ -508,7 +508,7 @@ struct Opened
 };
 template struct Opened<&GEN_DEP_REGISTRY::m_next_uid>;
 
-using UidsOfMemory = std::unordered_map<void const *, UIDS>;
+using UidsOfMemory = std::unordered_map<void const *, Uids>;
 UidsOfMemory &uids_of_memory_of(GEN_DEP_REGISTRY &registry);
 template <auto UIDS_OF_MEMORY>
 struct OpenedUids

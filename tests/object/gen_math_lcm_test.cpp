@@ -27,10 +27,10 @@ struct OfInt64
     using Member = Number (*)(Number, Number, bool &);
     friend Member lcm_of(OfInt64);
 };
-template <typename TAG, typename TAG::Member MEMBER>
+template <typename Tag, typename Tag::Member MEMBER>
 struct Opened
 {
-    friend typename TAG::Member lcm_of(TAG) { return MEMBER; }
+    friend typename Tag::Member lcm_of(Tag) { return MEMBER; }
 };
 template struct Opened<OfInt, &GEN_MATH::lcm_of>;
 template struct Opened<OfInt64, &GEN_MATH::lcm_of>;
@@ -45,10 +45,10 @@ class GenMathLcmDeathTest : public testing::Test
 };
 struct TypeName
 {
-    template <typename TAG>
+    template <typename Tag>
     static std::string GetName(int)
     {
-        return sizeof(typename TAG::Number) == 4 ? "int" : "int64";
+        return sizeof(typename Tag::Number) == 4 ? "int" : "int64";
     }
 };
 using Types = testing::Types<OfInt, OfInt64>;

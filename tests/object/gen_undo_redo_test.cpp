@@ -14,15 +14,15 @@
 
 namespace {
 
-using MGR = GEN_UNDO_REDO_MGR;
+using Manager = GEN_UNDO_REDO_MGR;
 
 constexpr char FILE_NAME[] = "undo_redo.txt";
 
 // The bytes of the file after a script, and nothing else in its directory.
-std::string written_by(std::function<void(MGR &)> const &script)
+std::string written_by(std::function<void(Manager &)> const &script)
 {
     TempDir const dir;
-    MGR mgr;
+    Manager mgr;
     mgr.start_new_file(dir.text());
     script(mgr);
     mgr.commit_file();
@@ -31,7 +31,7 @@ std::string written_by(std::function<void(MGR &)> const &script)
 }
 
 // A section of one command.
-void add_section(MGR &mgr, std::string const &name)
+void add_section(Manager &mgr, std::string const &name)
 {
     mgr.begin_section(name);
     mgr.add_undo_command("undo " + name, "");
@@ -46,16 +46,16 @@ std::string text_of_section(std::string const &name)
 struct FileCase
 {
     char const *what;
-    std::function<void(MGR &)> script;
+    std::function<void(Manager &)> script;
     std::string text;
 };
 
 std::vector<FileCase> file_cases()
 {
     return {
-        {"no section", [](MGR &) {}, ""},
+        {"no section", [](Manager &) {}, ""},
         {"both kinds, mixed, with a description and a comment",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("section");
              mgr.add_description("what it is");
              mgr.add_redo_command("third command", "");
@@ -66,41 +66,41 @@ std::vector<FileCase> file_cases()
          "section\nwhat it is\n\n\tUndo Commands\n\t     1.\tfirst command\n\t\t\tits comment\n"
          "\t     2.\tsecond command\n\n\tRedo Commands\n\t     1.\tthird command\n\n\n"},
         {"undo commands only",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("s");
              mgr.add_undo_command("u", "");
              mgr.end_section();
          },
          "s\n\n\tUndo Commands\n\t     1.\tu\n\n\n"},
         {"redo commands only",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("s");
              mgr.add_redo_command("r", "comment");
              mgr.end_section();
          },
          "s\n\n\tRedo Commands\n\t     1.\tr\n\t\t\tcomment\n\n\n"},
         {"a description without commands",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("dropped");
              mgr.add_description("with a description");
              mgr.end_section();
          },
          ""},
         {"a name alone",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("dropped");
              mgr.end_section();
              add_section(mgr, "kept");
          },
          text_of_section("kept")},
         {"commands before any section",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.add_undo_command("u", "");
              mgr.end_section();
          },
          ""},
         {"a section with an empty name",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("");
              mgr.add_undo_command("u", "");
              mgr.add_redo_command("r", "");
@@ -108,7 +108,7 @@ std::vector<FileCase> file_cases()
          },
          ""},
         {"a section that wasn't ended",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("lost");
              mgr.add_description("lost too");
              mgr.add_undo_command("u", "");
@@ -119,20 +119,20 @@ std::vector<FileCase> file_cases()
          },
          text_of_section("kept")},
         {"sections in the order of their ends, each counted from 1",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              for (char const *name : {"b", "a", "c"})
                  add_section(mgr, name);
          },
          text_of_section("b") + text_of_section("a") + text_of_section("c")},
         {"a section ended twice, with more commands the second time",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              add_section(mgr, "s");
              mgr.add_undo_command("more", "");
              mgr.end_section();
          },
          text_of_section("s") + "s\n\n\tUndo Commands\n\t     1.\tundo s\n\t     2.\tmore\n\n\n"},
         {"a description replaced, and one made empty again",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("s");
              mgr.add_description("first");
              mgr.add_description("second");
@@ -143,7 +143,7 @@ std::vector<FileCase> file_cases()
          },
          "s\nsecond\n\n\tRedo Commands\n\t     1.\tr\n\n\ns\n\n\tRedo Commands\n\t     1.\tr\n\n\n"},
         {"empty commands, which use up no number",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("s");
              mgr.add_undo_command("", "dropped comment");
              mgr.add_undo_command("u", "");
@@ -156,7 +156,7 @@ std::vector<FileCase> file_cases()
          },
          "s\n\n\tUndo Commands\n\t     1.\tu\n\n\tRedo Commands\n\t     1.\tr\n\t     2.\tr\n\n\n"},
         {"empty commands alone",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("dropped");
              mgr.add_undo_command("", "comment");
              mgr.add_redo_command("", "comment");
@@ -164,7 +164,7 @@ std::vector<FileCase> file_cases()
          },
          ""},
         {"per-cent signs",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("100%n%s");
              mgr.add_description("%d%%");
              mgr.add_undo_command("%s%s%n 5%", "%s%n %");
@@ -172,21 +172,21 @@ std::vector<FileCase> file_cases()
          },
          "100%n%s\n%d%%\n\n\tUndo Commands\n\t     1.\t%s%s%n 5%\n\t\t\t%s%n %\n\n\n"},
         {"line ends inside texts",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("a\nb");
              mgr.add_redo_command("c\nd", "e\nf");
              mgr.end_section();
          },
          "a\nb\n\n\tRedo Commands\n\t     1.\tc\nd\n\t\t\te\nf\n\n\n"},
         {"characters 0, where commands and comments end",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("s");
              mgr.add_undo_command(std::string("u\0dropped", 9), std::string("c\0dropped", 9));
              mgr.end_section();
          },
          "s\n\n\tUndo Commands\n\t     1.\tu\n\t\t\tc\n\n\n"},
         {"long texts",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              mgr.begin_section("s");
              mgr.add_undo_command(std::string(100000, 'u'), std::string(100000, 'c'));
              mgr.end_section();
@@ -194,7 +194,7 @@ std::vector<FileCase> file_cases()
          "s\n\n\tUndo Commands\n\t     1.\t" + std::string(100000, 'u') + "\n\t\t\t" + std::string(100000, 'c') +
              "\n\n\n"},
         {"a second begin with the same name",
-         [](MGR &mgr) {
+         [](Manager &mgr) {
              add_section(mgr, "s");
              mgr.add_description("of the first");
              add_section(mgr, "s");
@@ -213,7 +213,7 @@ TEST(GenUndoRedoMgr, WritesItsSectionsByteByByte)
 
 TEST(GenUndoRedoMgr, PadsNumbersToSixColumnsAtLeast)
 {
-    std::string const text = written_by([](MGR &mgr) {
+    std::string const text = written_by([](Manager &mgr) {
         mgr.begin_section("s");
         for (int i = 0; i < 1000000; ++i)
             mgr.add_undo_command("u", "");
@@ -230,14 +230,14 @@ TEST(GenUndoRedoMgr, TouchesTheDiskAtACommitOnly)
     TempDir const dir;
     dir.write(FILE_NAME, "former");
     {
-        MGR mgr;
+        Manager mgr;
         mgr.start_new_file(dir.text());
         add_section(mgr, "s");
         EXPECT_EQ(dir.read(FILE_NAME), "former");
     }
     EXPECT_EQ(dir.read(FILE_NAME), "former") << "what isn't committed is lost";
 
-    MGR mgr;
+    Manager mgr;
     mgr.start_new_file(dir.text());
     mgr.commit_file();
     EXPECT_TRUE(std::filesystem::exists(dir.path() / FILE_NAME));
@@ -247,7 +247,7 @@ TEST(GenUndoRedoMgr, TouchesTheDiskAtACommitOnly)
 TEST(GenUndoRedoMgr, RewritesTheWholeFileAtEachCommit)
 {
     TempDir const dir;
-    MGR mgr;
+    Manager mgr;
     mgr.start_new_file(dir.text() + "/"); // a separator at the end makes no difference
     add_section(mgr, "a");
     add_section(mgr, "b");
@@ -262,7 +262,7 @@ TEST(GenUndoRedoMgr, RewritesTheWholeFileAtEachCommit)
 TEST(GenUndoRedoMgr, ForgetsFinishedSectionsForANewFile)
 {
     TempDir const first, second;
-    MGR mgr;
+    Manager mgr;
     mgr.start_new_file(first.text());
     add_section(mgr, "a");
     mgr.commit_file();
@@ -276,7 +276,7 @@ TEST(GenUndoRedoMgr, ForgetsFinishedSectionsForANewFile)
 TEST(GenUndoRedoMgr, KeepsTheCurrentSectionForANewFile)
 {
     TempDir const dir;
-    MGR mgr;
+    Manager mgr;
     mgr.begin_section("current");
     mgr.add_undo_command("undo current", "");
     mgr.start_new_file(dir.text());
@@ -288,7 +288,7 @@ TEST(GenUndoRedoMgr, KeepsTheCurrentSectionForANewFile)
 TEST(GenUndoRedoMgr, MakesTheLastFinishedSectionCurrentAtACommit)
 {
     TempDir const dir;
-    MGR mgr;
+    Manager mgr;
     mgr.start_new_file(dir.text());
     add_section(mgr, "a");
     add_section(mgr, "b");
@@ -306,7 +306,7 @@ TEST(GenUndoRedoMgr, MakesTheLastFinishedSectionCurrentAtACommit)
 TEST(GenUndoRedoMgr, KeepsTheCurrentSectionWhenNothingIsFinished)
 {
     TempDir const dir;
-    MGR mgr;
+    Manager mgr;
     mgr.start_new_file(dir.text());
     mgr.begin_section("s");
     mgr.add_undo_command("undo s", "");
@@ -321,7 +321,7 @@ TEST(GenUndoRedoMgr, TakesAnEmptyDirectoryForTheCurrentOne)
 {
     TempDir const dir;
     CurrentDirectory const current(dir.path());
-    MGR mgr;
+    Manager mgr;
     mgr.start_new_file("");
     add_section(mgr, "s");
     mgr.commit_file();
@@ -331,10 +331,10 @@ TEST(GenUndoRedoMgr, TakesAnEmptyDirectoryForTheCurrentOne)
 TEST(GenUndoRedoMgr, CopiesShareNothing)
 {
     TempDir const dir;
-    MGR mgr;
+    Manager mgr;
     mgr.start_new_file(dir.text());
     add_section(mgr, "a");
-    MGR const copy(mgr);
+    Manager const copy(mgr);
     add_section(mgr, "b");
     mgr = copy;
     mgr.commit_file();
@@ -372,7 +372,7 @@ protected:
 
     TempDir const m_dir;
     CurrentDirectory const m_current;
-    MGR m_mgr;
+    Manager m_mgr;
 };
 
 } // namespace

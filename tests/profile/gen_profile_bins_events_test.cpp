@@ -90,7 +90,7 @@ TEST_F(GenProfileBinsClocks, AreReadAlikeInEveryStateOfTheSystem)
     };
     start();
     for (ClockCase const &c : CASES) {
-        gen_os_fake_answers answers;
+        GEN_OS_FAKE_ANSWERS answers;
         answers.cpu_sum_and_counter = c.at_once;
         answers.job_cpu = c.job;
         gen_os_fake_set_answers(answers);
@@ -1122,8 +1122,8 @@ class GenProfileBinsTrace : public ProfileBinsTest
 protected:
     GenProfileBinsTrace() { mem_cfg_set("debug_gen_bins", "on"); }
 
-    template <typename ACTION>
-    static std::string trace_of(ACTION action)
+    template <typename Action>
+    static std::string trace_of(Action action)
     {
         return output_to(StandardStream::ERROR_OUTPUT, action);
     }

@@ -18,7 +18,7 @@ struct Script
     std::uint64_t tick_step = 0;
     std::uint64_t reading_count = 0;
     std::uint64_t frequency = 10000000;
-    gen_os_fake_answers answers;
+    GEN_OS_FAKE_ANSWERS answers;
     std::uint64_t job_user = 0;
     std::uint64_t job_kernel = 0;
     std::uint64_t process_user = 0;
@@ -30,7 +30,7 @@ struct Script
     bool case_matters = true;
     std::size_t reservation_limit = std::numeric_limits<std::size_t>::max();
     std::size_t reservation_count = 0;
-    gen_os_fake_profile_call profile_call;
+    GEN_OS_FAKE_PROFILE_CALL profile_call;
     int profile_result = 0;
     std::string file_text;
     std::string file_calls;
@@ -83,7 +83,7 @@ void gen_os_fake_set_frequency(std::uint64_t ticks_per_second)
 {
     script().frequency = ticks_per_second;
 }
-void gen_os_fake_set_answers(gen_os_fake_answers const &answers)
+void gen_os_fake_set_answers(GEN_OS_FAKE_ANSWERS const &answers)
 {
     script().answers = answers;
 }
@@ -142,7 +142,7 @@ std::size_t gen_os_fake_reservation_count()
 {
     return script().reservation_count;
 }
-gen_os_fake_profile_call gen_os_fake_last_profile_call()
+GEN_OS_FAKE_PROFILE_CALL gen_os_fake_last_profile_call()
 {
     return script().profile_call;
 }
@@ -221,7 +221,7 @@ bool gen_os_read_process_cpu_sum(std::uint64_t &sum)
 
 bool gen_os_read_cpu_sum_and_counter(std::uint64_t &sum, std::uint64_t &ticks)
 {
-    gen_os_fake_answers const &answers = script().answers;
+    GEN_OS_FAKE_ANSWERS const &answers = script().answers;
     if (!answers.cpu_sum_and_counter || answers.job_cpu || !answers.process_cpu_sum || !answers.counter)
         return false;
     return gen_os_read_process_cpu_sum(sum) && gen_os_read_counter(ticks);

@@ -18,7 +18,7 @@ GEN_API std::uint64_t gen_os_fake_reading_count();
 GEN_API void gen_os_fake_set_frequency(std::uint64_t ticks_per_second);
 
 /// The queries that succeed; at start all but the job's.
-struct gen_os_fake_answers
+struct GEN_OS_FAKE_ANSWERS
 {
     bool counter = true;
     bool frequency = true;
@@ -33,7 +33,7 @@ struct gen_os_fake_answers
     bool read_file = true;
     bool replace_file = true;
 };
-GEN_API void gen_os_fake_set_answers(gen_os_fake_answers const &answers);
+GEN_API void gen_os_fake_set_answers(GEN_OS_FAKE_ANSWERS const &answers);
 
 /// The split figures of the job and of the process, in units of 100 ns.
 GEN_API void gen_os_fake_set_job_cpu(std::uint64_t user, std::uint64_t kernel);
@@ -55,14 +55,14 @@ GEN_API void gen_os_fake_set_reservation_limit(std::size_t count);
 GEN_API std::size_t gen_os_fake_reservation_count();
 
 /// The last write of a private profile string, by the pointers that came, and what the next ones give; 0 at start.
-struct gen_os_fake_profile_call
+struct GEN_OS_FAKE_PROFILE_CALL
 {
     char const *section = nullptr;
     char const *key = nullptr;
     char const *value = nullptr;
     char const *file = nullptr;
 };
-GEN_API gen_os_fake_profile_call gen_os_fake_last_profile_call();
+GEN_API GEN_OS_FAKE_PROFILE_CALL gen_os_fake_last_profile_call();
 GEN_API void gen_os_fake_set_profile_result(int result);
 /// The text of the one file there is, under every path; empty at start. The calls to read and to replace it since then,
 /// "read path" or "replace path" and a line end each. The results are valid until the next call.

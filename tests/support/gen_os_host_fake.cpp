@@ -4,8 +4,8 @@
 
 namespace {
 
-template <typename VALUE>
-bool answer(std::optional<VALUE> const &value, VALUE &out)
+template <typename Value>
+bool answer(std::optional<Value> const &value, Value &out)
 {
     if (value)
         out = *value;
@@ -14,9 +14,9 @@ bool answer(std::optional<VALUE> const &value, VALUE &out)
 
 } // namespace
 
-gen_os_host_fake_script &gen_os_host_fake()
+GEN_OS_HOST_FAKE_SCRIPT &gen_os_host_fake()
 {
-    static gen_os_host_fake_script script;
+    static GEN_OS_HOST_FAKE_SCRIPT script;
     return script;
 }
 
@@ -61,7 +61,7 @@ bool gen_os_read_user_name(std::string &name)
 
 bool gen_os_look_up_host(char const *name, std::vector<std::vector<unsigned char>> &addresses)
 {
-    gen_os_host_fake_script &script = gen_os_host_fake();
+    GEN_OS_HOST_FAKE_SCRIPT &script = gen_os_host_fake();
     script.look_ups.emplace_back(name);
     auto const host = script.hosts.find(name);
     if (host == script.hosts.end())

@@ -11,29 +11,29 @@
 #include <vector>
 
 /// The values of the system; a query without a value fails. No query has one at start.
-struct gen_os_host_fake_script
+struct GEN_OS_HOST_FAKE_SCRIPT
 {
-    struct memory_facts
+    struct MemoryFacts
     {
         std::uint64_t physical;
         std::uint64_t total;
         std::uint64_t available;
     };
-    struct system_version
+    struct SystemVersion
     {
         std::uint32_t major;
         std::uint32_t minor;
         bool is_workstation;
     };
-    struct distribution_facts
+    struct DistributionFacts
     {
         std::string name;
         std::string version;
     };
 
-    std::optional<memory_facts> memory;
-    std::optional<system_version> version;
-    std::optional<distribution_facts> distribution;
+    std::optional<MemoryFacts> memory;
+    std::optional<SystemVersion> version;
+    std::optional<DistributionFacts> distribution;
     std::optional<std::string> host_name;
     std::optional<std::string> user_name;
     std::map<std::string, std::vector<std::vector<unsigned char>>> hosts; ///< addresses by name
@@ -44,6 +44,6 @@ struct gen_os_host_fake_script
 };
 
 /// The script, to be written to.
-GEN_API gen_os_host_fake_script &gen_os_host_fake();
+GEN_API GEN_OS_HOST_FAKE_SCRIPT &gen_os_host_fake();
 
 #endif

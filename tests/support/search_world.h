@@ -141,7 +141,7 @@ public:
 private:
     static inline SearchWorld const *s_world = nullptr;
 };
-inline testing::Environment *const search_world_environment =
+inline testing::Environment *const l_search_world_environment =
     testing::AddGlobalTestEnvironment(new SearchWorldEnvironment);
 
 /// A test that finds the project of the world open. No search prints anything.

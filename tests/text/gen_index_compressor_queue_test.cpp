@@ -16,82 +16,83 @@ using testing::ExitedWithCode;
 
 namespace {
 
-using QUEUE = GEN_INDEX_COMPRESSOR_QUEUE;
-using NAMES = std::vector<std::string>;
+using Queue = GEN_INDEX_COMPRESSOR_QUEUE;
+using Names = std::vector<std::string>;
 
 // The private members of a queue: an explicit instantiation may name private members.
-auto head_of(QUEUE const &queue);
-auto ready_count_of(QUEUE const &queue);
-bool merge_texts(QUEUE &queue, std::string &existing, std::string const &incoming, bool &compatible);
-bool scan_one_int(QUEUE const &queue, char &ch, char const *&cursor, int &value);
-bool scan_one_index(QUEUE const &queue, char &ch, char const *&cursor, int *range);
+auto head_of(Queue const &queue);
+auto ready_count_of(Queue const &queue);
+bool merge_texts(Queue &queue, std::string &existing, std::string const &incoming, bool &compatible);
+bool scan_one_int(Queue const &queue, char &ch, char const *&cursor, int &value);
+bool scan_one_index(Queue const &queue, char &ch, char const *&cursor, int *range);
 
 template <auto HEAD, auto READY_COUNT, auto MERGE, auto SCAN_INT, auto SCAN_INDEX>
-struct OPENED
+struct PrivateMembers
 {
-    friend auto head_of(QUEUE const &queue) { return queue.*HEAD; }
-    friend auto ready_count_of(QUEUE const &queue) { return queue.*READY_COUNT; }
-    friend bool merge_texts(QUEUE &queue, std::string &existing, std::string const &incoming, bool &compatible)
+    friend auto head_of(Queue const &queue) { return queue.*HEAD; }
+    friend auto ready_count_of(Queue const &queue) { return queue.*READY_COUNT; }
+    friend bool merge_texts(Queue &queue, std::string &existing, std::string const &incoming, bool &compatible)
     {
         return (queue.*MERGE)(existing, incoming, compatible);
     }
-    friend bool scan_one_int(QUEUE const &queue, char &ch, char const *&cursor, int &value)
+    friend bool scan_one_int(Queue const &queue, char &ch, char const *&cursor, int &value)
     {
         return (queue.*SCAN_INT)(ch, cursor, value);
     }
-    friend bool scan_one_index(QUEUE const &queue, char &ch, char const *&cursor, int *range)
+    friend bool scan_one_index(Queue const &queue, char &ch, char const *&cursor, int *range)
     {
         return (queue.*SCAN_INDEX)(ch, cursor, range);
     }
 };
-template struct OPENED<&QUEUE::m_head, &QUEUE::m_ready_count, &QUEUE::merge, &QUEUE::scan_int, &QUEUE::scan_index>;
+template struct PrivateMembers<&Queue::m_head, &Queue::m_ready_count, &Queue::merge, &Queue::scan_int,
+                               &Queue::scan_index>;
 
 // The entries from front to back; an asterisk after one that is ready.
-NAMES entries_of(QUEUE const &queue)
+Names entries_of(Queue const &queue)
 {
-    NAMES entries;
+    Names entries;
     for (auto node = head_of(queue); node != nullptr; node = node->m_next)
         entries.push_back(node->m_name + (node->m_ready ? "*" : ""));
     return entries;
 }
 
 // Empties itself, as a queue under error check wants it.
-struct FILLED_QUEUE : QUEUE
+struct FilledQueue : Queue
 {
-    explicit FILLED_QUEUE(NAMES const &names, BRACKET_TYPE type = BRACKET_REQUIRED) : QUEUE(true, type)
+    explicit FilledQueue(Names const &names, BRACKET_TYPE type = BRACKET_REQUIRED) : Queue(true, type)
     {
         for (std::string const &name : names)
             push_back(name);
     }
-    FILLED_QUEUE(FILLED_QUEUE const &) = delete;
-    FILLED_QUEUE &operator=(FILLED_QUEUE const &) = delete;
-    ~FILLED_QUEUE() { clear(); }
+    FilledQueue(FilledQueue const &) = delete;
+    FilledQueue &operator=(FilledQueue const &) = delete;
+    ~FilledQueue() { clear(); }
 };
 
-NAMES fold(NAMES const &names, QUEUE::BRACKET_TYPE type)
+Names fold(Names const &names, Queue::BRACKET_TYPE type)
 {
-    return entries_of(FILLED_QUEUE(names, type));
+    return entries_of(FilledQueue(names, type));
 }
 
 // All entries of a queue, expanded.
-NAMES expand(QUEUE &queue)
+Names expand(Queue &queue)
 {
-    NAMES names;
+    Names names;
     for (; !queue.empty(); queue.pop_front())
         names.push_back(queue.expand_front());
     return names;
 }
 
-constexpr QUEUE::BRACKET_TYPE REQUIRED = QUEUE::BRACKET_REQUIRED;
-constexpr QUEUE::BRACKET_TYPE OPTIONAL_BARE = QUEUE::BRACKET_OPTIONAL;
-constexpr QUEUE::BRACKET_TYPE AFTER_TILDE = QUEUE::BRACKET_OPTIONAL_AFTER_TILDE;
-constexpr QUEUE::BRACKET_TYPE ALL_TYPES[] = {REQUIRED, OPTIONAL_BARE, AFTER_TILDE};
+constexpr Queue::BRACKET_TYPE REQUIRED = Queue::BRACKET_REQUIRED;
+constexpr Queue::BRACKET_TYPE OPTIONAL_BARE = Queue::BRACKET_OPTIONAL;
+constexpr Queue::BRACKET_TYPE AFTER_TILDE = Queue::BRACKET_OPTIONAL_AFTER_TILDE;
+constexpr Queue::BRACKET_TYPE ALL_TYPES[] = {REQUIRED, OPTIONAL_BARE, AFTER_TILDE};
 
 struct FoldCase
 {
-    QUEUE::BRACKET_TYPE type;
-    NAMES pushed;
-    NAMES entries;
+    Queue::BRACKET_TYPE type;
+    Names pushed;
+    Names entries;
 };
 
 void expect_folds(std::vector<FoldCase> const &cases)
@@ -105,9 +106,9 @@ void expect_folds(std::vector<FoldCase> const &cases)
 
 TEST(GenIndexCompressorQueue, CountsTheBracketTypes)
 {
-    EXPECT_EQ(static_cast<int>(QUEUE::BRACKET_REQUIRED), 0);
-    EXPECT_EQ(static_cast<int>(QUEUE::BRACKET_OPTIONAL), 1);
-    EXPECT_EQ(static_cast<int>(QUEUE::BRACKET_OPTIONAL_AFTER_TILDE), 2);
+    EXPECT_EQ(static_cast<int>(Queue::BRACKET_REQUIRED), 0);
+    EXPECT_EQ(static_cast<int>(Queue::BRACKET_OPTIONAL), 1);
+    EXPECT_EQ(static_cast<int>(Queue::BRACKET_OPTIONAL_AFTER_TILDE), 2);
 }
 
 TEST(GenIndexCompressorQueueFold, FoldsIndicesThatFollowOneAnother)
@@ -163,14 +164,14 @@ TEST(GenIndexCompressorQueueFold, FoldsFurtherDimensions)
 // A ready row that takes the last one in goes on into the entry before it, and is counted once.
 TEST(GenIndexCompressorQueueFold, CountsAReadyEntryOnceWhenItFoldsOn)
 {
-    NAMES const fronts[] = {
+    Names const fronts[] = {
         {"a[0][0:1][0:1]"},               // ready itself
         {"a[0][0][0:1]", "a[0][1][0:1]"}, // folded, and open
     };
-    for (NAMES names : fronts) {
+    for (Names names : fronts) {
         SCOPED_TRACE(testing::PrintToString(names));
         names.insert(names.end(), {"a[1][0][0:1]", "a[1][1][0]", "a[1][1][1]"});
-        FILLED_QUEUE queue(names);
+        FilledQueue queue(names);
         EXPECT_THAT(entries_of(queue), ElementsAre("a[0:1][0:1][0:1]*"));
         EXPECT_EQ(ready_count_of(queue), 1);
         queue.pop_front();
@@ -186,7 +187,7 @@ TEST(GenIndexCompressorQueueFold, KeepsAFoldedEntryOpenForNamesOfItsShape)
         {REQUIRED, {"d[0]", "d[1]", "q", "d[2]"}, {"d[0:1]*", "q*", "d[2]"}},
         {REQUIRED, {"a[0]", "a[1]", "a[3]", "b"}, {"a[0:1]", "a[3]*", "b"}},
     });
-    EXPECT_FALSE(FILLED_QUEUE({"a[0]", "a[1]", "a[3]", "a[4]"}).ready());
+    EXPECT_FALSE(FilledQueue({"a[0]", "a[1]", "a[3]", "a[4]"}).ready());
 }
 
 TEST(GenIndexCompressorQueueFold, EndsTheComparisonWithTheShorterName)
@@ -316,12 +317,12 @@ TEST(GenIndexCompressorQueueFold, LeavesPairsSeparateOnWhichTheComparisonCannotA
 TEST(GenIndexCompressorQueueFold, EndsANameAtANullCharacter)
 {
     std::string const nul(1, '\0');
-    for (QUEUE::BRACKET_TYPE const type : ALL_TYPES) {
-        EXPECT_EQ(fold({"a[0]" + nul + "x", "a[1]" + nul + "y"}, type), NAMES{"a[0:1]" + nul + "y"});
+    for (Queue::BRACKET_TYPE const type : ALL_TYPES) {
+        EXPECT_EQ(fold({"a[0]" + nul + "x", "a[1]" + nul + "y"}, type), Names{"a[0:1]" + nul + "y"});
         EXPECT_EQ(fold({"a[0" + nul + "]", "a[1" + nul + "]"}, type).size(), type == OPTIONAL_BARE ? 1U : 2U);
-        EXPECT_EQ(fold({"a", nul}, type), (NAMES{"a*", nul}));
-        EXPECT_EQ(fold({nul, nul}, type), (NAMES{nul + "*", nul}));
-        EXPECT_EQ(fold({nul + "[0]", nul + "[1]"}, type), (NAMES{nul + "[0]*", nul + "[1]"}));
+        EXPECT_EQ(fold({"a", nul}, type), (Names{"a*", nul}));
+        EXPECT_EQ(fold({nul, nul}, type), (Names{nul + "*", nul}));
+        EXPECT_EQ(fold({nul + "[0]", nul + "[1]"}, type), (Names{nul + "[0]*", nul + "[1]"}));
     }
 }
 
@@ -335,10 +336,10 @@ TEST(GenIndexCompressorQueueFold, ComparesBytesAboveTheAsciiRange)
 
 TEST(GenIndexCompressorQueueFold, TakesANameOfItsOwn)
 {
-    FILLED_QUEUE queue({"a[0]", "b"});
+    FilledQueue queue({"a[0]", "b"});
     queue.push_back(queue.front());
     EXPECT_THAT(entries_of(queue), ElementsAre("a[0]*", "b*", "a[0]"));
-    FILLED_QUEUE single({"a[0]"});
+    FilledQueue single({"a[0]"});
     single.push_back(single.front());
     EXPECT_THAT(entries_of(single), ElementsAre("a[0]*", "a[0]"));
 }
@@ -347,7 +348,7 @@ TEST(GenIndexCompressorQueueMerge, DistinguishesShapeAndIndex)
 {
     struct MergeCase
     {
-        QUEUE::BRACKET_TYPE type;
+        Queue::BRACKET_TYPE type;
         char const *existing;
         char const *incoming;
         bool merged;
@@ -371,7 +372,7 @@ TEST(GenIndexCompressorQueueMerge, DistinguishesShapeAndIndex)
         {OPTIONAL_BARE, "a1:", "a1:", false, true, "a1:"},
     };
     for (MergeCase const &c : cases) {
-        QUEUE queue(true, c.type);
+        Queue queue(true, c.type);
         std::string existing = c.existing;
         bool compatible = !c.compatible;
         EXPECT_EQ(merge_texts(queue, existing, c.incoming, compatible), c.merged) << c.existing << ", " << c.incoming;
@@ -407,7 +408,7 @@ TEST(GenIndexCompressorQueueScan, ReadsOneInteger)
         {"2147483640x", false, INT_MIN, 10}, // passed over all the same
         {"-99999999999x", false, INT_MIN, 12},
     };
-    QUEUE const queue;
+    Queue const queue;
     for (IntCase const &c : CASES) {
         char const *cursor = c.text;
         char ch = *cursor++;
@@ -450,7 +451,7 @@ TEST(GenIndexCompressorQueueScan, ReadsOneIndex)
         {"]", false, 0, 0},
         {"", false, 0, 0},
     };
-    QUEUE const queue;
+    Queue const queue;
     for (IndexCase const &c : CASES) {
         char const *cursor = c.text;
         char ch = *cursor++;
@@ -469,9 +470,9 @@ TEST(GenIndexCompressorQueueExpand, ExpandsTheFront)
 {
     struct ExpandCase
     {
-        NAMES pushed;
+        Names pushed;
         char const *returned;
-        NAMES entries;
+        Names entries;
     };
     ExpandCase const cases[] = {
         {{"a[0:2]"}, "a[0]", {"a[0]", "a[1]", "a[2]"}},
@@ -495,8 +496,8 @@ TEST(GenIndexCompressorQueueExpand, ExpandsTheFront)
         {{"a[0:1]", "b[0:1]"}, "a[0]", {"a[0]", "a[1]", "b[0:1]"}}, // the front alone; what was ready is so no more
     };
     for (ExpandCase const &c : cases)
-        for (QUEUE::BRACKET_TYPE const type : ALL_TYPES) {
-            FILLED_QUEUE queue(c.pushed, type);
+        for (Queue::BRACKET_TYPE const type : ALL_TYPES) {
+            FilledQueue queue(c.pushed, type);
             EXPECT_EQ(queue.expand_front(), c.returned) << testing::PrintToString(c.pushed);
             EXPECT_EQ(queue.front(), c.returned) << testing::PrintToString(c.pushed);
             EXPECT_EQ(entries_of(queue), c.entries) << testing::PrintToString(c.pushed);
@@ -505,13 +506,13 @@ TEST(GenIndexCompressorQueueExpand, ExpandsTheFront)
 
 TEST(GenIndexCompressorQueueExpand, WritesBracketsForBareIndices)
 {
-    FILLED_QUEUE queue({"a1", "a2"}, OPTIONAL_BARE);
+    FilledQueue queue({"a1", "a2"}, OPTIONAL_BARE);
     EXPECT_THAT(expand(queue), ElementsAre("a[1]", "a[2]"));
 }
 
 TEST(GenIndexCompressorQueueExpand, LinksTheEntriesBothWays)
 {
-    FILLED_QUEUE queue({"a[0:1]"});
+    FilledQueue queue({"a[0:1]"});
     queue.expand_front();
     queue.push_back("a[2]"); // folds with the last of them, and that with the first
     EXPECT_THAT(entries_of(queue), ElementsAre("a[0:2]"));
@@ -521,12 +522,12 @@ TEST(GenIndexCompressorQueueExpand, LinksTheEntriesBothWays)
 
 TEST(GenIndexCompressorQueueExpand, MakesEntriesThatHaveNotFolded)
 {
-    FILLED_QUEUE queue({"a[0]", "a[1]"});
+    FilledQueue queue({"a[0]", "a[1]"});
     queue.expand_front();
     queue.push_back("a[3]"); // an entry that has folded would stay open
     EXPECT_THAT(entries_of(queue), ElementsAre("a[0]", "a[1]*", "a[3]"));
     // Only the entry that takes a pushed name in counts as folded, and it goes into the one before it.
-    FILLED_QUEUE refolded({"a[0:1]"});
+    FilledQueue refolded({"a[0:1]"});
     refolded.expand_front();
     refolded.push_back("a[2]");
     refolded.push_back("a[4]");
@@ -535,7 +536,7 @@ TEST(GenIndexCompressorQueueExpand, MakesEntriesThatHaveNotFolded)
 
 TEST(GenIndexCompressorQueueExpand, LeavesTheQueueReadyForGoodAfterAReadyFront)
 {
-    QUEUE queue;
+    Queue queue;
     for (char const *const name : {"a[0:1]", "b"})
         queue.push_back(name);
     EXPECT_TRUE(queue.ready());
@@ -553,14 +554,14 @@ TEST(GenIndexCompressorQueueExpand, LeavesTheQueueReadyForGoodAfterAReadyFront)
 
 TEST(GenIndexCompressorQueueExpand, LeavesAnOpenFrontUncounted)
 {
-    FILLED_QUEUE queue({"a[0:1]"});
+    FilledQueue queue({"a[0:1]"});
     queue.expand_front();
     EXPECT_FALSE(queue.ready());
 }
 
 TEST(GenIndexCompressorQueueState, StartsEmpty)
 {
-    QUEUE queue;
+    Queue queue;
     EXPECT_TRUE(queue.empty());
     EXPECT_FALSE(queue.ready());
     queue.pop_front();
@@ -571,7 +572,7 @@ TEST(GenIndexCompressorQueueState, StartsEmpty)
 
 TEST(GenIndexCompressorQueueState, RequiresBracketsByDefault)
 {
-    QUEUE queue;
+    Queue queue;
     for (char const *const name : {"a1", "a2", "a~1", "a~2", "a[1]", "a[2]"})
         queue.push_back(name);
     EXPECT_THAT(entries_of(queue), ElementsAre("a1*", "a2*", "a~1*", "a~2*", "a[1:2]"));
@@ -580,7 +581,7 @@ TEST(GenIndexCompressorQueueState, RequiresBracketsByDefault)
 
 TEST(GenIndexCompressorQueueState, CountsReadyEntriesDownAsTheyLeave)
 {
-    QUEUE queue;
+    Queue queue;
     queue.push_back("a[0]");
     EXPECT_FALSE(queue.ready());
     queue.push_back("b");
@@ -605,7 +606,7 @@ TEST(GenIndexCompressorQueueState, CountsReadyEntriesDownAsTheyLeave)
 // A consumer that takes what is ready holds a bounded number of entries.
 TEST(GenIndexCompressorQueueState, StaysShortWhenReadyEntriesAreTaken)
 {
-    FILLED_QUEUE queue({});
+    FilledQueue queue({});
     std::size_t taken = 0;
     for (int i = 0; i < 10000; ++i) {
         queue.push_back("a[" + std::to_string(i % 100) + "]." + std::to_string(i / 100));
@@ -619,12 +620,12 @@ TEST(GenIndexCompressorQueueState, StaysShortWhenReadyEntriesAreTaken)
 
 TEST(GenIndexCompressorQueueState, SharesTheEntriesOfACopy)
 {
-    FILLED_QUEUE original({"a[0]", "b"});
-    QUEUE copy(false);
+    FilledQueue original({"a[0]", "b"});
+    Queue copy(false);
     copy = original;
     EXPECT_EQ(&copy.front(), &original.front());
     EXPECT_TRUE(copy.ready());
-    QUEUE second(copy);
+    Queue second(copy);
     EXPECT_EQ(&second.front(), &original.front());
     EXPECT_EQ(entries_of(second), entries_of(original));
 
@@ -636,11 +637,11 @@ TEST(GenIndexCompressorQueueState, SharesTheEntriesOfACopy)
 
 TEST(GenIndexCompressorQueueState, FreesNothingWithoutErrorCheck)
 {
-    FILLED_QUEUE keeper({});
+    FilledQueue keeper({});
     {
-        QUEUE queue(false);
+        Queue queue(false);
         queue.push_back("a[0]");
-        static_cast<QUEUE &>(keeper) = queue;
+        static_cast<Queue &>(keeper) = queue;
     }
     EXPECT_THAT(entries_of(keeper), ElementsAre("a[0]"));
 }
@@ -651,7 +652,7 @@ constexpr char const *QUEUE_HEADER = "h/gen_index_compressor_queue_sys.h";
 
 void destroy_filled()
 {
-    QUEUE queue;
+    Queue queue;
     queue.push_back("a");
 }
 
@@ -667,13 +668,13 @@ TEST(GenIndexCompressorQueueDeathTest, TheFrontOfAnEmptyQueueIsAnInternalError)
 {
     EXPECT_EXIT(
         {
-            QUEUE const queue;
+            Queue const queue;
             queue.front();
         },
         ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_source("m_head != NULL", QUEUE_HEADER));
     EXPECT_EXIT(
         {
-            QUEUE queue;
+            Queue queue;
             queue.expand_front();
         },
         ExitedWithCode(INTERNAL_ERROR_STATUS), dies_in_source("m_head != NULL", QUEUE_HEADER));
@@ -682,8 +683,8 @@ TEST(GenIndexCompressorQueueDeathTest, TheFrontOfAnEmptyQueueIsAnInternalError)
 namespace {
 
 // Calls `check` with each sequence of up to `length` of the names.
-template <class CHECK>
-void for_each_sequence(NAMES const &world, std::size_t length, NAMES &sequence, CHECK const &check)
+template <class Check>
+void for_each_sequence(Names const &world, std::size_t length, Names &sequence, Check const &check)
 {
     check(sequence);
     if (sequence.size() == length)
@@ -695,17 +696,17 @@ void for_each_sequence(NAMES const &world, std::size_t length, NAMES &sequence, 
     }
 }
 
-NAMES sorted(NAMES names)
+Names sorted(Names names)
 {
     std::sort(names.begin(), names.end());
     return names;
 }
 
 // The queue as a list of texts, without links or flags of a walk: the same steps, written a second time.
-class MODEL
+class Model
 {
 public:
-    explicit MODEL(QUEUE::BRACKET_TYPE type) : m_type(type) {}
+    explicit Model(Queue::BRACKET_TYPE type) : m_type(type) {}
 
     void push_back(std::string const &name)
     {
@@ -713,7 +714,7 @@ public:
         if (!m_entries.empty() && merge(m_entries.back().name, name, compatible)) {
             m_entries.back().merged = true;
             while (m_entries.size() > 1) {
-                ENTRY &before = m_entries[m_entries.size() - 2];
+                Entry &before = m_entries[m_entries.size() - 2];
                 if (!merge(before.name, m_entries.back().name, compatible))
                     break;
                 before.ready = before.ready || m_entries.back().ready;
@@ -726,10 +727,10 @@ public:
         m_entries.push_back({name, false, false});
     }
 
-    NAMES entries() const
+    Names entries() const
     {
-        NAMES texts;
-        for (ENTRY const &entry : m_entries)
+        Names texts;
+        for (Entry const &entry : m_entries)
             texts.push_back(entry.name + (entry.ready ? "*" : ""));
         return texts;
     }
@@ -737,7 +738,7 @@ public:
     int ready_count() const
     {
         return static_cast<int>(
-            std::count_if(m_entries.begin(), m_entries.end(), [](ENTRY const &entry) { return entry.ready; }));
+            std::count_if(m_entries.begin(), m_entries.end(), [](Entry const &entry) { return entry.ready; }));
     }
 
     bool merge(std::string &existing, std::string const &incoming, bool &compatible) const
@@ -764,8 +765,8 @@ public:
                 ++at2;
                 continue;
             }
-            INDEX const index1 = index_at(incoming, at1, allowed);
-            INDEX const index2 = index_at(existing, at2, allowed);
+            Index const index1 = index_at(incoming, at1, allowed);
+            Index const index2 = index_at(existing, at2, allowed);
             if (index1.length != 0 && index2.length != 0) {
                 if (index1.low != index2.low || index1.high != index2.high) {
                     // Two more for a difference that can't be joined.
@@ -792,13 +793,13 @@ public:
     }
 
 private:
-    struct ENTRY
+    struct Entry
     {
         std::string name;
         bool merged;
         bool ready;
     };
-    struct INDEX
+    struct Index
     {
         std::size_t length; // 0: none
         int low;
@@ -813,9 +814,9 @@ private:
         return digits == 0 ? 0 : sign + digits;
     }
 
-    static INDEX index_at(std::string const &text, std::size_t begin, bool bare_allowed)
+    static Index index_at(std::string const &text, std::size_t begin, bool bare_allowed)
     {
-        INDEX const none{0, 0, 0};
+        Index const none{0, 0, 0};
         bool const bracketed = text[begin] == '[';
         if (!bracketed && !bare_allowed)
             return none;
@@ -840,8 +841,8 @@ private:
         return {at + (closed ? 1 : 0) - begin, std::min(first, second), std::max(first, second)};
     }
 
-    QUEUE::BRACKET_TYPE m_type;
-    std::vector<ENTRY> m_entries;
+    Queue::BRACKET_TYPE m_type;
+    std::vector<Entry> m_entries;
 };
 
 } // namespace
@@ -851,7 +852,7 @@ TEST(GenIndexCompressorQueueRoundTrip, GivesBackTheNamesOfASmallWorld)
 {
     struct RoundTrip
     {
-        NAMES world;
+        Names world;
         std::size_t length;
     };
     RoundTrip const cases[] = {
@@ -860,9 +861,9 @@ TEST(GenIndexCompressorQueueRoundTrip, GivesBackTheNamesOfASmallWorld)
         {{"m[0].x", "m[1].x", "m[0].y", "m[1].y", "q", "m[-1].x"}, 5},
     };
     for (RoundTrip const &c : cases) {
-        NAMES sequence;
-        for_each_sequence(c.world, c.length, sequence, [](NAMES const &pushed) {
-            FILLED_QUEUE queue(pushed);
+        Names sequence;
+        for_each_sequence(c.world, c.length, sequence, [](Names const &pushed) {
+            FilledQueue queue(pushed);
             ASSERT_EQ(sorted(expand(queue)), sorted(pushed)) << testing::PrintToString(pushed);
         });
     }
@@ -870,9 +871,9 @@ TEST(GenIndexCompressorQueueRoundTrip, GivesBackTheNamesOfASmallWorld)
 
 TEST(GenIndexCompressorQueueRoundTrip, KeepsTheOrderOfOneDimension)
 {
-    NAMES sequence;
-    for_each_sequence({"a[-1]", "a[0]", "a[1]", "a[2]", "b[0]", "q"}, 6, sequence, [](NAMES const &pushed) {
-        FILLED_QUEUE queue(pushed);
+    Names sequence;
+    for_each_sequence({"a[-1]", "a[0]", "a[1]", "a[2]", "b[0]", "q"}, 6, sequence, [](Names const &pushed) {
+        FilledQueue queue(pushed);
         ASSERT_EQ(expand(queue), pushed) << testing::PrintToString(pushed);
     });
 }
@@ -882,13 +883,13 @@ TEST(GenIndexCompressorQueueRoundTrip, KeepsTheOrderOfRows)
     for (int const depth : {1, 2, 3})
         for (int const rows : {1, 2, 3, 10})
             for (int const columns : {1, 2, 3, 10}) {
-                NAMES pushed;
+                Names pushed;
                 for (int i = 0; i < depth; ++i)
                     for (int j = 0; j < rows; ++j)
                         for (int k = 0; k < columns; ++k)
                             pushed.push_back("a[" + std::to_string(i) + "][" + std::to_string(j - 1) + "][" +
                                              std::to_string(k) + "]");
-                FILLED_QUEUE queue(pushed);
+                FilledQueue queue(pushed);
                 EXPECT_EQ(entries_of(queue).size(), 1U) << depth << " " << rows << " " << columns;
                 EXPECT_EQ(expand(queue), pushed) << depth << " " << rows << " " << columns;
             }
@@ -896,7 +897,7 @@ TEST(GenIndexCompressorQueueRoundTrip, KeepsTheOrderOfRows)
 
 TEST(GenIndexCompressorQueueModel, AgreesOnEachPairOfShortNames)
 {
-    NAMES names;
+    Names names;
     std::string const alphabet = "a01[]:-~|";
     for (std::size_t begin = 0, length = 0; length <= 3; ++length) {
         std::size_t const end = names.size();
@@ -907,9 +908,9 @@ TEST(GenIndexCompressorQueueModel, AgreesOnEachPairOfShortNames)
                 names.push_back(names[begin] + ch);
     }
     ASSERT_EQ(names.size(), 1U + 9 + 81 + 729);
-    for (QUEUE::BRACKET_TYPE const type : ALL_TYPES) {
-        QUEUE queue(true, type);
-        MODEL const model(type);
+    for (Queue::BRACKET_TYPE const type : ALL_TYPES) {
+        Queue queue(true, type);
+        Model const model(type);
         for (std::string const &first : names)
             for (std::string const &second : names)
                 // Before and after a place at which the pair may fold.
@@ -930,18 +931,18 @@ TEST(GenIndexCompressorQueueModel, AgreesOnEachPairOfShortNames)
 
 TEST(GenIndexCompressorQueueModel, AgreesOnEachSequenceOfASmallWorld)
 {
-    NAMES const worlds[] = {
+    Names const worlds[] = {
         {"a[0]", "a[1]", "a[0][0]", "a[0][1]", "a[1][0]", "a[1][1]", "b"},
         {"a[0][0:1]", "a[1][0]", "a[1][1]", "a[2:3][0:1]", "a[0][2]", "a[1][2]"},
         {"a0", "a1", "a[2]", "a~0", "a~1", "a~1|2", "a~1|3"},
         {"a[0", "a[1]", "a[0]x", "a[1]x", "ax", "a[2]"},
     };
-    for (QUEUE::BRACKET_TYPE const type : ALL_TYPES)
-        for (NAMES const &world : worlds) {
-            NAMES sequence;
-            for_each_sequence(world, 5, sequence, [type](NAMES const &pushed) {
-                FILLED_QUEUE queue(pushed, type);
-                MODEL model(type);
+    for (Queue::BRACKET_TYPE const type : ALL_TYPES)
+        for (Names const &world : worlds) {
+            Names sequence;
+            for_each_sequence(world, 5, sequence, [type](Names const &pushed) {
+                FilledQueue queue(pushed, type);
+                Model model(type);
                 for (std::string const &name : pushed)
                     model.push_back(name);
                 ASSERT_EQ(entries_of(queue), model.entries())

@@ -20,7 +20,7 @@ TEST(GenWriteprivateprofilestring, IsTheCallOfASystemThatHasOne)
                           Case{"section", nullptr, nullptr, "x", 1}, Case{nullptr, nullptr, nullptr, nullptr, 0}}) {
         gen_os_fake_set_profile_result(c.result);
         EXPECT_EQ(gen_writeprivateprofilestring(c.section, c.key, c.value, c.file), c.result);
-        gen_os_fake_profile_call const call = gen_os_fake_last_profile_call();
+        GEN_OS_FAKE_PROFILE_CALL const call = gen_os_fake_last_profile_call();
         EXPECT_EQ(call.section, c.section);
         EXPECT_EQ(call.key, c.key);
         EXPECT_EQ(call.value, c.value);
@@ -33,7 +33,7 @@ TEST(GenWriteprivateprofilestring, ReadsAndReplacesTheFileOfASystemWithoutACall)
     struct Case
     {
         char const *name;
-        gen_os_fake_answers answers;
+        GEN_OS_FAKE_ANSWERS answers;
         char const *section;
         char const *value;
         char const *file;
@@ -41,11 +41,11 @@ TEST(GenWriteprivateprofilestring, ReadsAndReplacesTheFileOfASystemWithoutACall)
         char const *calls;
         char const *text;
     };
-    gen_os_fake_answers system;
+    GEN_OS_FAKE_ANSWERS system;
     system.private_profile_string = false;
-    gen_os_fake_answers unreadable = system;
+    GEN_OS_FAKE_ANSWERS unreadable = system;
     unreadable.read_file = false;
-    gen_os_fake_answers unwritable = system;
+    GEN_OS_FAKE_ANSWERS unwritable = system;
     unwritable.replace_file = false;
     constexpr char const *FORMER = "[a]\nx=1\n";
     for (Case const &c : {

@@ -63,8 +63,8 @@ private:
 };
 
 // The result of a call, after which the process's locale is what it was before.
-template <typename CALL>
-auto kept(CALL call)
+template <typename Function>
+auto kept(Function call)
 {
     std::string const before = present_locale();
     auto result = call();
@@ -628,8 +628,8 @@ struct ParseCase
     std::ptrdiff_t end;
 };
 
-template <typename NUMBER>
-void expect_parsed(NUMBER (*parse)(char const *, char **, int), char const *text, int base, NUMBER value,
+template <typename Number>
+void expect_parsed(Number (*parse)(char const *, char **, int), char const *text, int base, Number value,
                    std::ptrdiff_t end)
 {
     char *stop = nullptr;
@@ -743,8 +743,8 @@ TEST(GenLocalParsers, StopOnTheDigitThatIsTooMuch)
 }
 
 // Calls `visit` with every text of up to `length` characters of the alphabet.
-template <typename VISIT>
-void for_each_text(std::string const &alphabet, std::size_t length, std::string &text, VISIT visit)
+template <typename Visit>
+void for_each_text(std::string const &alphabet, std::size_t length, std::string &text, Visit visit)
 {
     visit(text);
     if (text.size() == length)

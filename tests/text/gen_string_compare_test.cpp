@@ -479,8 +479,8 @@ std::vector<NumberCase> const NUMBER_CASES = {
 TEST(GenCompareNumbers, TakesBlanksAndASignOnEitherSide)
 {
     for (NumberCase const &c : NUMBER_CASES) {
-        gen_text_cursor first{c.first.data(), c.first.data() + c.first.size()};
-        gen_text_cursor second{c.second.data(), c.second.data() + c.second.size()};
+        GEN_TEXT_CURSOR first{c.first.data(), c.first.data() + c.first.size()};
+        GEN_TEXT_CURSOR second{c.second.data(), c.second.data() + c.second.size()};
         EXPECT_EQ(gen_compare_numbers(first, second), c.result) << shown(c.first) << ", " << shown(c.second);
         EXPECT_EQ(first.at - c.first.data(), static_cast<std::ptrdiff_t>(c.first_consumed)) << shown(c.first);
         EXPECT_EQ(second.at - c.second.data(), static_cast<std::ptrdiff_t>(c.second_consumed)) << shown(c.second);
@@ -489,8 +489,8 @@ TEST(GenCompareNumbers, TakesBlanksAndASignOnEitherSide)
 
 void compare_numbers(std::string const &first_text, std::string const &second_text)
 {
-    gen_text_cursor first{first_text.data(), first_text.data() + first_text.size()};
-    gen_text_cursor second{second_text.data(), second_text.data() + second_text.size()};
+    GEN_TEXT_CURSOR first{first_text.data(), first_text.data() + first_text.size()};
+    GEN_TEXT_CURSOR second{second_text.data(), second_text.data() + second_text.size()};
     gen_compare_numbers(first, second);
 }
 

@@ -22,15 +22,15 @@ namespace {
 constexpr std::size_t NAME_SIZE = 260;
 
 // Works from the construction of static objects to their release.
-class STATIC_USER
+class StaticUser
 {
 public:
-    STATIC_USER() : m_mutex(thr_mutex_create())
+    StaticUser() : m_mutex(thr_mutex_create())
     {
         THR_SCOPED_MUTEX const lock(m_mutex);
         m_is_built = m_mutex != nullptr;
     }
-    ~STATIC_USER()
+    ~StaticUser()
     {
         {
             THR_SCOPED_MUTEX const lock(m_mutex);
@@ -42,7 +42,7 @@ public:
     bool m_is_built = false;
 };
 
-STATIC_USER l_static_user;
+StaticUser l_static_user;
 
 std::string library_name(char const *stem)
 {

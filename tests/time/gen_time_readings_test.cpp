@@ -31,9 +31,9 @@ UserAndKernel read_user_and_kernel()
     return read;
 }
 
-void set_answers(void (*change)(gen_os_fake_answers &))
+void set_answers(void (*change)(GEN_OS_FAKE_ANSWERS &))
 {
-    gen_os_fake_answers answers;
+    GEN_OS_FAKE_ANSWERS answers;
     change(answers);
     gen_os_fake_set_answers(answers);
 }
@@ -44,7 +44,7 @@ void set_answers(void (*change)(gen_os_fake_answers &))
 
 TEST(GenWallClockReadings, KeepThePresetWithoutReadings)
 {
-    set_answers([](gen_os_fake_answers &a) { a.counter = a.frequency = false; });
+    set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.counter = a.frequency = false; });
     EXPECT_EQ(gen_get_hires_ticks(), NO_READING);
     EXPECT_EQ(gen_get_hires_tick_frequency(), NO_READING);
     EXPECT_EQ(gen_get_usec_wallclock(), 1000000U); // 10^12 times 10^6 through 10^12
@@ -53,7 +53,7 @@ TEST(GenWallClockReadings, KeepThePresetWithoutReadings)
 
 TEST(GenWallClockReadings, KeepThePresetOfTheCounterAlone)
 {
-    set_answers([](gen_os_fake_answers &a) { a.counter = false; });
+    set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.counter = false; });
     gen_os_fake_set_frequency(10000000);
     EXPECT_EQ(gen_get_usec_wallclock(), 100000000000U); // 10^12 times 10^6 through 10^7
     EXPECT_EQ(gen_get_sec_wallclock(), 100000.0);
@@ -61,10 +61,10 @@ TEST(GenWallClockReadings, KeepThePresetOfTheCounterAlone)
 
 TEST(GenWallClockReadings, KeepThePresetFrequencyOnceItIsCached)
 {
-    set_answers([](gen_os_fake_answers &a) { a.frequency = false; });
+    set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.frequency = false; });
     gen_os_fake_set_clocks(0, 3000000);
     EXPECT_EQ(gen_get_usec_wallclock(), 3U); // 3 * 10^12 through 10^12
-    set_answers([](gen_os_fake_answers &) {});
+    set_answers([](GEN_OS_FAKE_ANSWERS &) {});
     gen_os_fake_set_frequency(10000000);
     EXPECT_EQ(gen_get_usec_wallclock(), 3U);
     EXPECT_EQ(gen_get_hires_tick_frequency(), 10000000U);
@@ -127,7 +127,7 @@ TEST(GenWallClockReadings, CacheTheFrequencyAtTheFirstReading)
     EXPECT_EQ(gen_get_usec_wallclock(), 1000000U);
     EXPECT_EQ(gen_get_sec_wallclock(), 1.0);
     EXPECT_EQ(gen_get_hires_tick_frequency(), 10U); // read again each time
-    set_answers([](gen_os_fake_answers &a) { a.frequency = false; });
+    set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.frequency = false; });
     EXPECT_EQ(gen_get_hires_tick_frequency(), NO_READING);
     EXPECT_EQ(gen_get_usec_wallclock(), 1000000U);
 }
@@ -154,7 +154,7 @@ TEST(GenWallClockReadings, AskTheCounterOnceEach)
 
 TEST(GenCpuReadings, TakeTheJobFirst)
 {
-    set_answers([](gen_os_fake_answers &a) { a.job_cpu = true; });
+    set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.job_cpu = true; });
     gen_os_fake_set_job_cpu(1239, 4569);
     gen_os_fake_set_process_cpu(77770, 88880);
     gen_os_fake_set_clocks(99999, 0);
@@ -167,7 +167,7 @@ TEST(GenCpuReadings, TakeTheJobFirst)
 
 TEST(GenCpuReadings, LeaveTheJobForGoodOnRequest)
 {
-    set_answers([](gen_os_fake_answers &a) { a.job_cpu = true; });
+    set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.job_cpu = true; });
     gen_os_fake_set_job_cpu(10, 20);
     gen_os_fake_set_process_cpu(30, 40);
     gen_os_fake_set_clocks(7, 0);
@@ -191,7 +191,7 @@ TEST(GenCpuReadings, TakeTheProcessWhereThereIsNoJob)
 
 TEST(GenCpuReadings, AddTheSplitWhereTheSystemHasNoSum)
 {
-    set_answers([](gen_os_fake_answers &a) { a.process_cpu_sum = false; });
+    set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.process_cpu_sum = false; });
     gen_os_fake_set_process_cpu(19, 19);
     EXPECT_EQ(gen_get_usec_cpu(), 2U); // each is cut before they are added
     EXPECT_EQ(gen_get_sec_cpu(), 2 / 1e6);
@@ -199,7 +199,7 @@ TEST(GenCpuReadings, AddTheSplitWhereTheSystemHasNoSum)
 
 TEST(GenCpuReadings, AreZeroWithoutAnyAnswer)
 {
-    set_answers([](gen_os_fake_answers &a) { a.process_cpu = a.process_cpu_sum = false; });
+    set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.process_cpu = a.process_cpu_sum = false; });
     gen_os_fake_set_job_cpu(1000, 1000);
     gen_os_fake_set_process_cpu(1000, 1000);
     gen_os_fake_set_clocks(1000, 0);
@@ -270,7 +270,7 @@ TEST(GenCalendarReadings, PresentTimeHasFieldsOfTwoDigits)
 
 TEST(GenCalendarReadings, RenderNothingWithoutALocalTime)
 {
-    set_answers([](gen_os_fake_answers &a) { a.local_time = false; });
+    set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.local_time = false; });
     gen_os_fake_set_calendar_msec(1794683027123);
     EXPECT_EQ(gen_get_date_and_time(1794683027), "");
     EXPECT_EQ(gen_get_current_date_and_time(), "");

@@ -30,8 +30,8 @@ struct UserAndKernel
     std::uint64_t kernel = 0;
 };
 
-template <typename CONDITION>
-bool burn_cpu_until(CONDITION condition)
+template <typename Condition>
+bool burn_cpu_until(Condition condition)
 {
     auto const start = std::chrono::steady_clock::now();
     while (!condition()) {

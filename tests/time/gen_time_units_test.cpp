@@ -91,20 +91,20 @@ struct FreqTable
     static constexpr char const *FAULT = "Could not find index for time freq enum.";
 };
 
-template <typename TABLE>
+template <typename Table>
 class GenTimeTable : public testing::Test
 {
 };
-template <typename TABLE>
+template <typename Table>
 class GenTimeTableDeathTest : public testing::Test
 {
 };
 struct TableName
 {
-    template <typename TABLE>
+    template <typename Table>
     static std::string GetName(int)
     {
-        return TABLE::NAME;
+        return Table::NAME;
     }
 };
 using Tables = testing::Types<UnitTable, FreqTable>;
