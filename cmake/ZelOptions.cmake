@@ -57,9 +57,9 @@ target_compile_options(zel_options INTERFACE
   "-fdebug-prefix-map=${PROJECT_SOURCE_DIR}/=" "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 # An internal error names its source without the room. Of several options that match, g++ takes the last and clang the
 # longest.
-file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/rooms.txt" rooms REGEX "^room ")
-list(TRANSFORM rooms REPLACE "^room *[|] *([a-z/]+) .*" "\\1")
-foreach(room IN LISTS rooms)
+file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/rooms.txt" ZEL_ROOMS REGEX "^room ")
+list(TRANSFORM ZEL_ROOMS REPLACE "^room *[|] *([a-z/]+) .*" "\\1")
+foreach(room IN LISTS ZEL_ROOMS)
   get_filename_component(library "${room}" DIRECTORY)
   target_compile_options(zel_options INTERFACE "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/${room}/=${library}/")
 endforeach()

@@ -368,12 +368,12 @@ TEST(GenCacheSizeDeathTest, PreconditionsAreInternalErrors)
     unsigned line_size;
     using MachineInfo = GEN_MACHINE_INFO;
     EXPECT_EXIT(MachineInfo::get_cache_size(1, nullptr, &line_size, 1), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                dies_with("size != 0", "gen_machine_cache"));
+                dies_with("size != 0", "gen_machine"));
     EXPECT_EXIT(MachineInfo::get_cache_size(1, nullptr, nullptr, 3), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                dies_with("size != 0", "gen_machine_cache"));
+                dies_with("size != 0", "gen_machine"));
     EXPECT_EXIT(MachineInfo::get_cache_size(1, &size, &line_size, 3), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                dies_with("type <= GEN_CACHE_INST", "gen_machine_cache"));
+                dies_with("type <= GEN_CACHE_INST", "gen_machine"));
     EXPECT_EXIT(MachineInfo::get_cache_size(1, &size, nullptr, 255), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                dies_with("type <= GEN_CACHE_INST", "gen_machine_cache"));
+                dies_with("type <= GEN_CACHE_INST", "gen_machine"));
     EXPECT_THAT(machine.calls(), IsEmpty());
 }

@@ -8,9 +8,10 @@
 #   COMPILER      the compiler
 #   OPTIONS_FILE  the options of the project, one on a line
 #   SOURCE_DIR    the root of the sources
+#   ROOMS         the folders of the rooms, separated by blanks
 #   WORK_DIR      where to write
 file(STRINGS "${OPTIONS_FILE}" options)
-file(STRINGS "${SOURCE_DIR}/cmake/rooms.txt" rooms REGEX "^[^#]")
+separate_arguments(rooms UNIX_COMMAND "${ROOMS}")
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(MAKE_DIRECTORY "${WORK_DIR}")
 set(faults 0)
