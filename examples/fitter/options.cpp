@@ -84,14 +84,14 @@ char const *const USAGE = "usage: fitter [option]... design.blif\n"
                           "  --out DIR           where the results go; made if missing (the project)\n"
                           "  --project DIR       the project's directory (the current one)\n"
                           "  --library DIR       a library directory, relative to the project; may be repeated\n"
-                          "  --version           tell the version\n"
-                          "  --help              tell this\n"
+                          "  --version           print the version\n"
+                          "  --help              print this help\n"
                           "\n"
                           "The design is looked for in the project, its libraries and the installation.\n"
                           "Results are <design>.fit.txt and undo_redo.txt.\n"
                           "The status is 0 if the design fits, 1 if it doesn't or if something fails.\n"
                           "With gen_print_profile_bins = on in kalvern.ini, profile_bins_Fitter.log in the\n"
-                          "current directory tells where the time went.\n";
+                          "current directory shows where the time went.\n";
 
 Options parse_options(std::vector<std::string> const &words)
 {
