@@ -2,8 +2,6 @@
 
 #include "error.h"
 
-#include <algorithm>
-
 namespace fitter {
 
 Device Device::for_packing(Packing const &packing)

@@ -240,7 +240,7 @@ private:
             Source const &includer = m_files[file].source;
             way.insert(0, includer.name + " -> ");
             if (includer.path == searched.path)
-                fail(statement.place, ".search goes round in a circle: " + way);
+                fail(statement.place, ".search lines form a circle: " + way);
             ++length;
         }
         if (length > LONGEST_SEARCH)

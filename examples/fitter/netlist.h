@@ -31,7 +31,7 @@ enum class CellKind
 struct Cell
 {
     CellKind kind = CellKind::LUT;
-    std::string name; // that of its first output net; for an output pad that of the net it reads
+    std::string name; // that of its first output net; without one that of the net (pad) or of the model (macro)
     std::vector<Index> inputs;
     std::vector<Index> outputs;
     Index clock = NONE;

@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <queue>
 #include <unordered_map>
+#include <utility>
 
 namespace fitter {
 namespace {

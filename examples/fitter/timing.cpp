@@ -3,6 +3,7 @@
 #include "stage.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace fitter {
 namespace {

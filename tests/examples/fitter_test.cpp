@@ -386,8 +386,8 @@ TEST(FitterSource, ReportsWhereASearchFails)
                   box("m" + std::to_string(i)) + ".search deep" + std::to_string(i + 1) + ".blif\n");
     dir.write("p/deep17.blif", box("m17"));
     for (ErrorCase const &c : std::initializer_list<ErrorCase>{
-             {"itself.blif", "itself.blif:4: .search goes round in a circle: itself.blif -> itself.blif"},
-             {"one.blif", "sub/three.blif:1: .search goes round in a circle: "
+             {"itself.blif", "itself.blif:4: .search lines form a circle: itself.blif -> itself.blif"},
+             {"one.blif", "sub/three.blif:1: .search lines form a circle: "
                           "one.blif -> sub/two.blif -> sub/three.blif -> one.blif"},
              {"missing.blif", "missing.blif:4: cannot find \"sub/gone.blif\""},
              {"unnamed.blif", "unnamed.blif:4: .search needs one file"},
@@ -701,7 +701,7 @@ TEST(FitterRoute, ConnectsEveryNetWithinTheChannels)
         EXPECT_EQ(check(fit), "") << "width " << width;
         EXPECT_TRUE(fit.routing.is_legal()) << "width " << width;
         EXPECT_LE(fit.routing.peak_use, width);
-        EXPECT_EQ(fit.routing.iterations > 1, width < 60) << "width " << width; // narrow ones take several
+        EXPECT_EQ(fit.routing.iterations > 1, width < 60) << "width " << width; // narrow ones need several
         EXPECT_LE(fit.routing.wire_length, fit.routing.converged_length) << "width " << width;
         for (std::size_t i = 0; i < fit.packing.nets.size(); ++i)
             EXPECT_FALSE(fit.routing.trees[i].empty()) << "width " << width << " net " << i;
