@@ -2,8 +2,6 @@
 
 #include "error.h"
 
-#include <algorithm>
-
 namespace fitter {
 
 Device Device::for_packing(Packing const &packing)
@@ -38,10 +36,10 @@ Point Device::position(Index site) const
 
 Point Device::segment_place(Index segment) const
 {
-    bool const lies = is_horizontal(segment);
-    int const length = lies ? m_size : m_size + 1;
-    int const number = static_cast<int>(lies ? segment : segment - horizontal_segments());
-    return {number % length, number / length};
+    bool const is_in_row = is_horizontal(segment);
+    int const row_length = is_in_row ? m_size : m_size + 1;
+    int const number = static_cast<int>(is_in_row ? segment : segment - horizontal_segments());
+    return {number % row_length, number / row_length};
 }
 
 std::string Device::segment_name(Index segment) const
@@ -50,7 +48,7 @@ std::string Device::segment_name(Index segment) const
     return (is_horizontal(segment) ? "h(" : "v(") + std::to_string(place.x) + "," + std::to_string(place.y) + ")";
 }
 
-std::vector<Index> Device::segments_beside(Index site) const
+std::vector<Index> Device::segments_at_site(Index site) const
 {
     auto const [x, y] = position(site);
     if (y == -1)
@@ -64,7 +62,8 @@ std::vector<Index> Device::segments_beside(Index site) const
     return {horizontal(x, y), horizontal(x, y + 1), vertical(x, y), vertical(x + 1, y)};
 }
 
-// Switch (x,y) is at the lower left corner of site (x,y).
+// Appends the segments that meet at switch (x,y), without `except`. Switch (x,y) is at the lower left corner of site
+// (x,y).
 void Device::append_at_switch(int x, int y, Index except, std::vector<Index> &out) const
 {
     auto const append = [&](bool exists, Index segment) {

@@ -4,7 +4,7 @@
 // which consist of segments with the length of one site. Segment h(x,y) runs below site (x,y),
 // v(x,y) on its left; h(x,size) runs above the top row. At each corner of a site a switch joins the
 // up to four segments that meet there, any track to any track. A block reaches every track of the
-// segments beside it: four segments for a cluster, one for a pad. The channel width is the number of
+// segments next to it: four segments for a cluster, one for a pad. The channel width is the number of
 // tracks of a channel.
 //
 //            h(0,2)   h(1,2)
@@ -26,7 +26,7 @@ namespace fitter {
 
 /// Number of pads that share one place at the edge.
 constexpr int PADS_PER_PLACE = 4;
-/// Columns of the largest device, and its rows.
+/// Number of columns, and of rows, of the largest device.
 constexpr int LARGEST_DEVICE = 500;
 
 struct Point
@@ -40,8 +40,8 @@ class Device
 public:
     explicit Device(int size) : m_size(size) {}
 
-    /// The smallest device on which a packed design leaves a tenth of the cluster sites free. Throws an Error if there
-    /// is no such device.
+    /// The smallest device that has enough pads for a packed design and on which the design leaves a tenth of the
+    /// cluster sites free. Throws an Error if there is no such device.
     static Device for_packing(Packing const &packing);
 
     int size() const { return m_size; }
@@ -77,7 +77,7 @@ public:
     std::string segment_name(Index segment) const;
 
     /// The segments that a block on this site reaches.
-    std::vector<Index> segments_beside(Index site) const;
+    std::vector<Index> segments_at_site(Index site) const;
     /// The segments that meet this one at its two switches.
     std::vector<Index> segments_joined(Index segment) const;
 

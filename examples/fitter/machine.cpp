@@ -32,7 +32,7 @@ std::string operating_system()
 
 std::string machine_facts()
 {
-    // The results are ignored: after a failed capture the counts are either 0 or right.
+    // The results are ignored: after a failed capture a count is 0, and then left out, or the best known value.
     int processors = 0;
     int cores = 0;
     std::uint64_t memory = 0;

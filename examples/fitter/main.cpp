@@ -37,7 +37,7 @@ void set_command_line(std::vector<char const *> const &arguments)
     gen_set_command_line(text.c_str());
 }
 
-void tell_project(Options const &options)
+void set_project(Options const &options)
 {
     std::string const &given = options.project_directory;
     std::error_code error;
@@ -53,8 +53,8 @@ void tell_project(Options const &options)
         gen_set_project_output_directory(options.output_directory.c_str());
 }
 
-// The library creates the output directory, or silently uses the project directory instead. A tool whose user has named
-// a directory reports an error.
+// The library creates the output directory. If it can't, it silently uses the project directory instead; this tool
+// reports an error, because the user named another directory.
 std::string result_path(Options const &options)
 {
     std::string const directory = gen_get_project_output_directory();
@@ -65,7 +65,7 @@ std::string result_path(Options const &options)
     return directory + std::filesystem::path(options.design).stem().string() + ".fit.txt";
 }
 
-void tell_design(Source const &design)
+void print_design(Source const &design)
 {
     std::string sources;
     for (std::string const &source : list_sources(design))
@@ -76,14 +76,14 @@ void tell_design(Source const &design)
     std::cout.flush();
 }
 
-// The stages of the flow. At bins named fit2_* and at two more the library starts a new memory log. Each stage ends by
-// recording a fingerprint of the results so far.
+// The stages of the flow. The library starts a new memory log at bins named fit2_*, "LSC Clustering" and "Placer". Each
+// stage ends by recording a fingerprint of the results so far.
 
 void read_netlist(Fit &fit, Options const &options)
 {
     Stage const stage("fit2_fit_plan", "Netlist Reader", "netlist");
     Source design = read_design(options.design);
-    tell_design(design);
+    print_design(design);
     {
         Work const work("Netlist Reader");
         fit.netlist = read_blif(std::move(design));
@@ -167,7 +167,7 @@ void run_flow(Options const &options)
         throw Error("not routable with channel width " + std::to_string(options.channel_width));
 }
 
-// Closes the bins in whatever way the flow ends, so that the report of a failed flow is written too.
+// Closes the bins also if the flow throws, so that the report of a failed flow is written too.
 void run_profiled(Options const &options)
 {
     struct Bins
@@ -196,7 +196,7 @@ void run(std::vector<char const *> const &arguments)
     else if (options.version)
         std::cout << "fitter " << ver_get_version_string() << "\n";
     else {
-        tell_project(options);
+        set_project(options);
         std::cout << line("machine", machine_facts()) << std::flush;
         run_profiled(options);
     }

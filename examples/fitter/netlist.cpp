@@ -14,10 +14,10 @@ namespace {
 
 using Words = std::vector<std::string_view>;
 
-// Largest number of files in a chain of .search lines, with the file of the design.
+// Largest number of files in a chain of .search lines, including the file of the design.
 constexpr std::size_t LONGEST_SEARCH = 16;
 
-// A position in the files of the design.
+// A position in the files of the design; lines count from 1.
 struct FilePosition
 {
     Index file = 0;
@@ -148,7 +148,7 @@ private:
         throw Error(file_name(place) + ":" + std::to_string(place.line) + ": " + text);
     }
 
-    // The text, as models and statements.
+    // First pass: the texts become models and statements.
 
     void read_models(Index file)
     {
@@ -198,7 +198,7 @@ private:
         Reference const title{statement.words[1], statement.place};
         auto const [former, is_new] = m_model_of_name.emplace(title.name, m_models.size());
         if (!is_new)
-            fail(title.place, "model " + quoted(title.name) + " already stands at " +
+            fail(title.place, "model " + quoted(title.name) + " is already defined at " +
                                   place_text(m_models[former->second].title.place, title.place));
         m_models.emplace_back();
         m_models.back().title = title;
@@ -230,7 +230,8 @@ private:
         m_files.push_back({std::move(source), statement.place.file});
     }
 
-    // The chain leads from the file of a .search line back to the design's.
+    // Fails if the chain of .search lines that leads from the file of the design to `searched` is a circle or too long.
+    // The loop follows it backwards.
     void check_chain(Statement const &statement, Source const &searched) const
     {
         std::size_t length = 1;
@@ -239,7 +240,7 @@ private:
             Source const &includer = m_files[file].source;
             way.insert(0, includer.name + " -> ");
             if (includer.path == searched.path)
-                fail(statement.place, ".search goes round in a circle: " + way);
+                fail(statement.place, ".search lines form a circle: " + way);
             ++length;
         }
         if (length > LONGEST_SEARCH)
@@ -286,7 +287,7 @@ private:
         m_cover_value = value.front();
     }
 
-    // The first model, as cells and nets.
+    // Second pass: the first model becomes cells and nets.
 
     void build()
     {
@@ -294,11 +295,11 @@ private:
         if (top.black_box)
             fail(top.title.place, "model " + quoted(top.title.name) + " is a black box, there is nothing to fit");
         for (Reference const &input : top.inputs)
-            drive(input, add_cell(CellKind::INPUT_PAD, input.name));
+            connect_output(input, add_cell(CellKind::INPUT_PAD, input.name));
         for (Statement const &statement : top.cells)
             build_cell(statement);
         for (Reference const &output : top.outputs)
-            read_net(output, add_cell(CellKind::OUTPUT_PAD, output.name));
+            connect_input(output, add_cell(CellKind::OUTPUT_PAD, output.name));
         if (m_netlist.cells.empty())
             fail(top.title.place, "model " + quoted(top.title.name) + " has no cells, there is nothing to fit");
     }
@@ -319,8 +320,8 @@ private:
         Words const &words = statement.words;
         Index const cell = add_cell(CellKind::LUT, words.back());
         for (std::size_t i = 1; i + 1 < words.size(); ++i)
-            read_net({words[i], statement.place}, cell);
-        drive({words.back(), statement.place}, cell);
+            connect_input({words[i], statement.place}, cell);
+        connect_output({words.back(), statement.place}, cell);
     }
 
     // .latch input output [type control] [initial value]
@@ -330,8 +331,8 @@ private:
         if (words.size() < 3 || words.size() > 6)
             fail(statement.place, ".latch with " + std::to_string(words.size() - 1) + " operands, expected 2 to 5");
         Index const cell = add_cell(CellKind::FLOP, words[2]);
-        read_net({words[1], statement.place}, cell);
-        drive({words[2], statement.place}, cell);
+        connect_input({words[1], statement.place}, cell);
+        connect_output({words[2], statement.place}, cell);
         bool const has_control = words.size() >= 5;
         if (has_control)
             build_clock(statement, cell);
@@ -374,12 +375,12 @@ private:
             auto const actual = actuals.find(formal.name);
             if (actual == actuals.end())
                 fail(statement.place, "input " + quoted(formal.name) + " of " + quoted(words[1]) + " is not connected");
-            read_net({actual->second, statement.place}, cell);
+            connect_input({actual->second, statement.place}, cell);
             ++connected;
         }
         for (Reference const &formal : model.outputs)
             if (auto const actual = actuals.find(formal.name); actual != actuals.end()) {
-                drive({actual->second, statement.place}, cell);
+                connect_output({actual->second, statement.place}, cell);
                 ++connected;
             }
         if (connected != actuals.size())
@@ -423,7 +424,7 @@ private:
         return static_cast<Index>(m_netlist.cells.size() - 1);
     }
 
-    // The net with a name. The position of its first mention is stored for messages.
+    // The net with a name; it is created at the first mention, whose position is stored for messages.
     Index net_of(Reference const &reference)
     {
         auto const [found, is_new] = m_net_of_name.emplace(reference.name, static_cast<Index>(m_netlist.nets.size()));
@@ -436,14 +437,14 @@ private:
         return found->second;
     }
 
-    void read_net(Reference const &reference, Index cell)
+    void connect_input(Reference const &reference, Index cell)
     {
         Index const net = net_of(reference);
         m_netlist.nets[net].sinks.push_back(cell);
         m_netlist.cells[cell].inputs.push_back(net);
     }
 
-    void drive(Reference const &reference, Index cell)
+    void connect_output(Reference const &reference, Index cell)
     {
         Index const net = net_of(reference);
         if (m_netlist.nets[net].driver != NONE)
@@ -468,16 +469,16 @@ private:
 
     std::deque<File> m_files; // a deque, so that texts keep their address when files are appended
     bool m_in_model = false;
-    Index m_cover_inputs = NONE; // inputs of the last .names, if rows of its cover may follow
-    char m_cover_value = '\0';
+    Index m_cover_inputs = NONE; // number of inputs of the last .names; NONE if no row of its cover may follow
+    char m_cover_value = '\0';   // value of the rows of that cover; '\0' before its first row
     std::vector<Model> m_models;
     std::unordered_map<std::string_view, std::size_t> m_model_of_name;
 
     std::unique_ptr<Netlist> m_owned_netlist = std::make_unique<Netlist>();
     Netlist &m_netlist = *m_owned_netlist;
     std::unordered_map<std::string_view, Index> m_net_of_name;
-    std::vector<FilePosition> m_first_place;
-    std::vector<FilePosition> m_driver_place;
+    std::vector<FilePosition> m_first_place;  // by net: its first mention in the order of build()
+    std::vector<FilePosition> m_driver_place; // by net: where its driver is
 };
 
 } // namespace

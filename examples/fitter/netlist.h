@@ -31,7 +31,7 @@ enum class CellKind
 struct Cell
 {
     CellKind kind = CellKind::LUT;
-    std::string name; // that of its first output net; for an output pad that of the net it reads
+    std::string name; // that of its first output net; without one that of the net (pad) or of the model (macro)
     std::vector<Index> inputs;
     std::vector<Index> outputs;
     Index clock = NONE;
@@ -43,8 +43,8 @@ struct Net
 {
     std::string name;
     Index driver = NONE;
-    std::vector<Index> sinks;   // one entry for each data pin
-    std::vector<Index> clocked; // one entry for each clock pin; these are on the device's clock network
+    std::vector<Index> sinks;   // cells, one entry for each data pin
+    std::vector<Index> clocked; // cells, one entry for each clock pin, which the device's clock network connects
 };
 
 /// Removes marks from all cells of a netlist, for the manager of the marks.
@@ -58,7 +58,8 @@ private:
     std::vector<Cell> const &m_cells;
 };
 
-/// A netlist keeps its address. Its destructor calls back all code that depends on that address.
+/// A netlist can't be copied or moved, so other objects may depend on its address. Its destructor notifies them, see
+/// NetlistLink.
 struct Netlist
 {
     Netlist() : m_clearer(cells), m_marks(&m_clearer) {}
@@ -79,8 +80,8 @@ private:
     mutable GEN_DYN_FLAG_MANAGER m_marks; // scratch, like the marks themselves
 };
 
-/// A mark on cells, for one walk over a netlist. No cell has the mark when it is created. Creating a mark is usually
-/// cheap: the cells are visited only when no clean bit is left.
+/// A mark on cells, for one walk over a netlist. A new mark is on no cell. Creating one is usually cheap: the cells are
+/// visited only when no clean bit is left.
 class CellMark
 {
 public:

@@ -7,8 +7,8 @@
 
 namespace fitter {
 
-/// Becomes null when its netlist is destroyed: the destructor of the netlist calls back all code that depends on its
-/// address.
+/// Registers a dependency on the netlist's address. The destructor of the netlist calls its callback, which makes the
+/// link null.
 class NetlistLink
 {
 public:

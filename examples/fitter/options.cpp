@@ -7,17 +7,17 @@
 namespace fitter {
 namespace {
 
-constexpr std::uint64_t WIDEST_CHANNEL = 100000;
+constexpr std::uint64_t LARGEST_CHANNEL_WIDTH = 100000;
 
 template <class Number>
-Number number_option(std::string const &option, std::string const &value, std::uint64_t lowest, std::uint64_t highest)
+Number number_option(std::string const &option, std::string const &value, std::uint64_t smallest, std::uint64_t largest)
 {
     std::uint64_t number = 0;
     char const *const end = value.data() + value.size();
     auto const [stop, error] = std::from_chars(value.data(), end, number);
-    if (error != std::errc() || stop != end || number < lowest || number > highest)
-        throw Error(option + " \"" + value + "\", expected a number from " + std::to_string(lowest) + " to " +
-                    std::to_string(highest));
+    if (error != std::errc() || stop != end || number < smallest || number > largest)
+        throw Error(option + " \"" + value + "\", expected a number from " + std::to_string(smallest) + " to " +
+                    std::to_string(largest));
     return static_cast<Number>(number);
 }
 
@@ -46,7 +46,7 @@ void take_value(Options &options, std::string const &option, std::string const &
     if (option == "--seed")
         options.seed = number_option<std::uint32_t>(option, value, 0, UINT32_MAX);
     else if (option == "--channel-width")
-        options.channel_width = number_option<Index>(option, value, 1, WIDEST_CHANNEL);
+        options.channel_width = number_option<Index>(option, value, 1, LARGEST_CHANNEL_WIDTH);
     else if (option == "--effort")
         options.effort = effort_option(value);
     else if (option == "--out")
@@ -84,14 +84,14 @@ char const *const USAGE = "usage: fitter [option]... design.blif\n"
                           "  --out DIR           where the results go; made if missing (the project)\n"
                           "  --project DIR       the project's directory (the current one)\n"
                           "  --library DIR       a library directory, relative to the project; may be repeated\n"
-                          "  --version           tell the version\n"
-                          "  --help              tell this\n"
+                          "  --version           print the version\n"
+                          "  --help              print this help\n"
                           "\n"
                           "The design is looked for in the project, its libraries and the installation.\n"
                           "Results are <design>.fit.txt and undo_redo.txt.\n"
                           "The status is 0 if the design fits, 1 if it doesn't or if something fails.\n"
                           "With gen_print_profile_bins = on in kalvern.ini, profile_bins_Fitter.log in the\n"
-                          "current directory tells where the time went.\n";
+                          "current directory shows where the time went.\n";
 
 Options parse_options(std::vector<std::string> const &words)
 {

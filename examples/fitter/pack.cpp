@@ -9,7 +9,7 @@
 namespace fitter {
 namespace {
 
-// Nets with more elements than this are ignored: they don't show which elements belong together.
+// Nets of more elements than this don't attract: they don't show which elements belong together.
 constexpr std::size_t ATTRACTIVE_FANOUT = 32;
 
 bool contains(std::vector<Index> const &items, Index item)
@@ -29,7 +29,7 @@ void remove(std::vector<Index> &items, Index item)
 }
 
 // The flip-flop that is the only reader of a LUT's output; NONE if there is none.
-Index only_flop_behind(Netlist const &netlist, Cell const &lut)
+Index only_reading_flop(Netlist const &netlist, Cell const &lut)
 {
     Net const &net = netlist.nets[lut.outputs.front()];
     if (net.sinks.size() != 1 || !net.clocked.empty())
@@ -186,6 +186,7 @@ private:
     std::vector<bool> m_is_packed;
 };
 
+// Adds the elements of `from` to `into`. False, without a change, if they don't fit.
 bool take_all(OpenCluster &into, OpenCluster const &from, std::vector<LogicElement> const &elements)
 {
     OpenCluster merged = into;
@@ -246,7 +247,7 @@ void add_blocks(Packing &packing, Netlist const &netlist)
 void add_fabric_nets(Packing &packing, Netlist const &netlist)
 {
     packing.fabric_of_net.assign(netlist.nets.size(), NONE);
-    std::vector<Index> seen_in(packing.blocks.size(), NONE); // the last net that had the block
+    std::vector<Index> seen_in(packing.blocks.size(), NONE); // by block: the last net that contained it
     for (Index i = 0; i < netlist.nets.size(); ++i) {
         FabricNet net;
         net.net = i;
@@ -283,7 +284,7 @@ std::vector<LogicElement> make_elements(Netlist const &netlist)
         element.output = cell.outputs.front();
         for (Index const net : cell.inputs)
             add_once(element.inputs, net);
-        if (Index const flop = only_flop_behind(netlist, cell); flop != NONE) {
+        if (Index const flop = only_reading_flop(netlist, cell); flop != NONE) {
             add_flop(element, netlist, flop);
             paired.put_on(flop);
         }

@@ -10,7 +10,7 @@ namespace fitter {
 
 /// Largest number of logic elements of a cluster.
 constexpr std::size_t CLUSTER_ELEMENTS = 8;
-/// Largest number of nets that enter a cluster from outside, without the clock.
+/// Largest number of nets that enter a cluster from outside, not counting the clock.
 constexpr std::size_t CLUSTER_INPUTS = 18;
 
 /// A LUT, a flip-flop, or a LUT together with the flip-flop that is its only reader. It has one output.
@@ -24,7 +24,7 @@ struct LogicElement
     bool falling = false;
 };
 
-/// Logic elements that share inputs and one clock, or a single macro.
+/// Logic elements with at most one clock among them, or a single macro.
 struct Cluster
 {
     std::vector<Index> elements;
@@ -39,7 +39,7 @@ struct Block
     std::vector<Index> nets; // fabric nets, each once
 };
 
-/// A net between different blocks. Nets on the clock network and nets within one cluster are not fabric nets.
+/// A net that connects data pins of different blocks. The clock network connects the clock pins.
 struct FabricNet
 {
     Index net = NONE;
@@ -61,8 +61,9 @@ std::vector<LogicElement> make_elements(Netlist const &netlist);
 
 /// Packs the logic elements of a design. The same design always gives the same packing.
 ///
-/// One cluster is filled at a time: it starts with the unpacked element that has most inputs, and each step adds the
-/// element that shares most nets with the cluster. At the end clusters that aren't full are merged where they fit.
+/// One cluster is filled at a time: it starts with the unpacked element that has the most inputs, and each step adds
+/// the element that shares the most nets with the cluster. At the end clusters that aren't full are merged where they
+/// fit.
 Packing pack(Netlist const &netlist, std::vector<LogicElement> elements);
 
 } // namespace fitter

@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 namespace fitter {
 namespace {
@@ -221,7 +222,8 @@ private:
         return static_cast<double>(m_cost.value()) / static_cast<double>(m_packing.nets.size());
     }
 
-    // The temperature at which nearly all moves are accepted: twenty times their mean change of cost.
+    // The temperature at which nearly all moves are accepted: twenty times the mean change of cost of a number of trial
+    // moves, which are kept.
     double start_temperature()
     {
         Work const work("Start Temperature");
@@ -244,7 +246,7 @@ private:
         return acceptance > 0.15 ? 0.95 : 0.8;
     }
 
-    // The share of moves that were accepted.
+    // Makes all moves of a temperature; returns the share that was accepted.
     double perform_temperature(double temperature)
     {
         Work const work("Perform Temperature");
@@ -271,7 +273,8 @@ private:
         return temperature > 0.0 && m_draws.fraction() < exp_of_minus(static_cast<double>(m_change) / temperature);
     }
 
-    // Makes a move on the map and computes the change of cost. False if the drawn site is that of the block itself.
+    // Draws a move, carries it out and computes the change of cost. False, without a move, if the drawn site is that of
+    // the block itself.
     bool propose()
     {
         Index const block = m_draws.below(static_cast<Index>(m_packing.blocks.size()));
@@ -326,7 +329,8 @@ private:
         m_change = 0;
         m_changed_nets.clear();
         ++m_stamp;
-        // The box of a net on both blocks doesn't change.
+        // The box of a net on both blocks doesn't change. The nets of the second block get a stamp, and those that are
+        // also on the first block lose it.
         if (m_step_count == 2)
             for (Index const net : m_packing.blocks[m_steps[1].block].nets)
                 m_stamp_of_net[net] = m_stamp;
@@ -353,6 +357,7 @@ private:
         m_changed_nets.push_back(net);
     }
 
+    // False if the box has to be computed again.
     static bool move_in(Box &box, Point from, Point to)
     {
         box.x.add(to.x);
@@ -402,7 +407,7 @@ private:
     int m_step_count = 0;
     std::int64_t m_change = 0;
     std::vector<Index> m_changed_nets;
-    std::vector<Box> m_new_boxes;
+    std::vector<Box> m_new_boxes; // by net; valid for the changed nets
     std::vector<std::uint64_t> m_stamp_of_net;
     std::uint64_t m_stamp = 0;
 };
@@ -439,7 +444,7 @@ std::uint64_t half_perimeter_wire_length(Packing const &packing, Device const &d
 ExpectedUse analyse_congestion(Packing const &packing, Device const &device, std::vector<Index> const &site_of_block)
 {
     Work const work("Placement Congestion Analysis");
-    // In millionths of a track, so that rounding in the divisions has no effect.
+    // In millionths of a track, so that rounding in the divisions is negligible.
     constexpr std::uint64_t TRACK = 1000000;
     int const size = device.size();
     int const last = size - 1;

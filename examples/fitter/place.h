@@ -17,7 +17,7 @@ struct PlaceOptions
     unsigned effort = 5; // scales the moves at each temperature, 1 to 100
 };
 
-/// A block that moved to another site; a block that was there moved to the site of the first.
+/// A move of a block to another site. If a block was there, the two blocks changed places.
 struct Move
 {
     Index block = NONE;

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -91,7 +90,7 @@ std::string content(Fit const &fit, Block const &block)
 
 std::string placement_rows(Fit const &fit)
 {
-    std::string out = "\nplacement (column, row, slot of a pad, content; a flip-flop stands behind \">\")\n";
+    std::string out = "\nplacement (column, row, slot of a pad, content; a flip-flop follows \">\")\n";
     for (Index block = 0; block < fit.packing.blocks.size(); ++block) {
         Index const site = fit.placement.site_of_block[block];
         Point const at = fit.device.position(site);
@@ -104,7 +103,8 @@ std::string placement_rows(Fit const &fit)
 
 std::string routing_rows(Fit const &fit)
 {
-    std::string out = "\nrouting (net, blocks, segments; \"<\" begins at the driver, \"^n\" behind the n-th segment)\n";
+    std::string out =
+        "\nrouting (net, blocks, segments; \"<\" begins at the driver, \"^n\" continues the n-th segment)\n";
     for (std::size_t i = 0; i < fit.packing.nets.size(); ++i) {
         FabricNet const &net = fit.packing.nets[i];
         Tree const &tree = fit.routing.trees[i];
@@ -174,7 +174,7 @@ std::string summary(Fit const &fit)
         line("legal", routing.is_legal() ? "yes" : "no, " + number(routing.overused_segments) + " segments overused");
     out += line("slowest path", path_summary(fit));
     if (fit.timing.untimed_luts != 0)
-        out += line("not timed", number(fit.timing.untimed_luts) + " LUTs on or behind combinational loops, from " +
+        out += line("not timed", number(fit.timing.untimed_luts) + " LUTs on or after combinational loops, from " +
                                      described(fit, fit.timing.first_untimed) + " on");
     return out;
 }

@@ -24,10 +24,10 @@ struct Fit
 /// A summary of a few lines. The tool prints it, and the result file contains it.
 std::string summary(Fit const &fit);
 
-/// The text of the result file. The same fit gives the same text: it contains no times and no paths of this machine.
+/// The text of the result file. The same fit gives the same text: it contains no clock readings and no directories.
 std::string result_text(Fit const &fit);
 
-/// Throws an Error if no file can be created in the directory of `path`. The file of the test is removed.
+/// Throws an Error if no file can be created in the directory of `path`. The test creates a file and removes it again.
 void check_writable(std::string const &path);
 
 /// Writes a file completely or not at all: on failure an existing file stays unchanged and an Error is thrown.

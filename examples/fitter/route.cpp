@@ -8,7 +8,7 @@
 // A net is routed block by block, nearest first, each by a search that starts at the whole tree so
 // far. The search continues where the cost so far plus the least possible cost to the target is
 // lowest. Distances are in half sides of a site: the middle of a segment is 1 away from the sites
-// beside it and at most 2 away from the next middle. So at least (distance - 1) / 2 further segments
+// next to it and at most 2 away from the next middle. So at least (distance - 1) / 2 further segments
 // are needed, each with a cost of 1 or more. From a middle at distance 7, for example, it is 3.
 #include "route.h"
 
@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <queue>
 #include <unordered_map>
+#include <utility>
 
 namespace fitter {
 namespace {
@@ -148,12 +149,12 @@ private:
             is_shorter = false;
             for (Index const net : m_order) {
                 Tree const former = m_routing.trees[net];
-                take_up(net);
+                release_tracks(net);
                 if (build_tree(net) && m_tree.size() < former.size())
                     is_shorter = true;
                 else
                     m_tree = former;
-                put_down(net);
+                store_tree(net);
             }
             ++m_routing.refinements;
         }
@@ -169,25 +170,26 @@ private:
 
     void reroute(Index net)
     {
-        take_up(net);
+        release_tracks(net);
         build_tree(net);
-        put_down(net);
+        store_tree(net);
     }
 
-    void take_up(Index net)
+    void release_tracks(Index net)
     {
         for (Branch const &branch : m_routing.trees[net])
             --m_routing.use[branch.segment];
     }
 
-    void put_down(Index net)
+    // Makes m_tree the tree of the net.
+    void store_tree(Index net)
     {
         m_routing.trees[net] = m_tree;
         for (Branch const &branch : m_tree)
             ++m_routing.use[branch.segment];
     }
 
-    // Makes m_tree. False if a block can't be reached, which happens only if just free tracks are allowed.
+    // Makes m_tree. False if a block can't be reached, which happens only while m_only_free_tracks is set.
     bool build_tree(Index net)
     {
         std::vector<Index> const &blocks = m_packing.nets[net].blocks;
@@ -217,10 +219,10 @@ private:
         return ordered;
     }
 
-    // Extends the tree to a site.
+    // Extends the tree to a site. False if the site can't be reached.
     bool connect(Index driver_site, Index site)
     {
-        std::vector<Index> const targets = m_device.segments_beside(site);
+        std::vector<Index> const targets = m_device.segments_at_site(site);
         for (Index const target : targets)
             if (m_position_in_tree[target] != NONE)
                 return true;
@@ -235,14 +237,14 @@ private:
         return end != NONE;
     }
 
-    // The segment of the cheapest target; NONE if none can be reached.
+    // The target segment that is cheapest to reach; NONE if none can be reached.
     Index search(Index driver_site)
     {
         ++m_search;
         m_queue = {};
         for (Branch const &branch : m_tree)
             reach(branch.segment, NONE, 0.0);
-        for (Index const segment : m_device.segments_beside(driver_site))
+        for (Index const segment : m_device.segments_at_site(driver_site))
             if (is_open(segment))
                 reach(segment, NONE, cost(segment));
         while (!m_queue.empty()) {
@@ -286,7 +288,7 @@ private:
         return base * (1.0 + m_crowding_factor * (m_routing.use[segment] + 1 - m_options.channel_width));
     }
 
-    // The path back from `end` ends at a segment of the tree or at one beside the driver.
+    // The path back from `end` ends at a segment of the tree or at one next to the driver.
     void add_path(Index end)
     {
         std::vector<Index> path;
@@ -347,7 +349,7 @@ bool is_one_of(Index item, std::vector<Index> const &items)
 // Empty if the tree connects the driver's site with those of all other blocks; else the error.
 std::string check_tree(FabricNet const &net, Tree const &tree, Device const &device, Placement const &placement)
 {
-    auto const segments_at = [&](Index block) { return device.segments_beside(placement.site_of_block[block]); };
+    auto const segments_at = [&](Index block) { return device.segments_at_site(placement.site_of_block[block]); };
     std::vector<Index> segments;
     for (std::size_t i = 0; i < tree.size(); ++i) {
         if (tree[i].segment >= device.segments() || is_one_of(tree[i].segment, segments))
@@ -356,7 +358,7 @@ std::string check_tree(FabricNet const &net, Tree const &tree, Device const &dev
         if (tree[i].parent == NONE ? !is_one_of(tree[i].segment, segments_at(net.blocks.front()))
                                    : tree[i].parent >= i || !is_one_of(tree[tree[i].parent].segment,
                                                                        device.segments_joined(tree[i].segment)))
-            return "does not hang together";
+            return "is not connected";
     }
     for (std::size_t i = 1; i < net.blocks.size(); ++i) {
         std::vector<Index> const ends = segments_at(net.blocks[i]);
@@ -404,7 +406,7 @@ std::vector<Index> segments_to_blocks(FabricNet const &net, Tree const &tree, De
     std::vector<Index> segments{0};
     for (std::size_t i = 1; i < net.blocks.size(); ++i) {
         Index least = NONE;
-        for (Index const segment : device.segments_beside(placement.site_of_block[net.blocks[i]]))
+        for (Index const segment : device.segments_at_site(placement.site_of_block[net.blocks[i]]))
             if (auto const found = depth_of_segment.find(segment); found != depth_of_segment.end())
                 least = std::min(least, found->second);
         segments.push_back(least);

@@ -1,5 +1,5 @@
 // Routing: a tree of channel segments for each net. Segments that too many nets use get more
-// expensive until each net has found its way.
+// expensive until no segment has more nets than tracks.
 #ifndef FITTER_ROUTE_H
 #define FITTER_ROUTE_H
 
@@ -23,7 +23,7 @@ struct RouteOptions
 struct Branch
 {
     Index segment = NONE;
-    Index parent = NONE; // position of the branch that it continues; NONE if it begins beside the driver
+    Index parent = NONE; // position of the branch that it continues; NONE if it begins at the driver
 };
 
 /// The tree of a net; each branch comes after the one that it continues.
@@ -54,7 +54,7 @@ Routing route(Packing const &packing, Device const &device, Placement const &pla
 std::string check_routing(Packing const &packing, Device const &device, Placement const &placement,
                           Routing const &routing);
 
-/// Segments from the driver to each block of a fabric net, 0 to the driver itself.
+/// The number of segments from the driver to each block of a fabric net; 0 for the block of the driver.
 std::vector<Index> segments_to_blocks(FabricNet const &net, Tree const &tree, Device const &device,
                                       Placement const &placement);
 

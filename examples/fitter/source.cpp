@@ -47,7 +47,8 @@ Source read_design(std::string const &name)
 Source find_searched(std::string const &name, Source const &includer)
 {
     Source source;
-    std::string name_from_includer; // the name in the directory of the includer's name
+    // Includer "sub/a.blif", name "b.blif": "sub/b.blif", if that file is found next to the includer; else empty.
+    std::string name_from_includer;
     gen_find_include_file(name.c_str(), includer.path.c_str(), includer.name.c_str(), &source.path,
                           &name_from_includer);
     source.name = name_from_includer.empty() ? name_in_project(source.path) : name_from_includer;

@@ -18,8 +18,8 @@ struct Source
 /// and the installation. Throws an Error if it isn't found or can't be read.
 Source read_design(std::string const &name);
 
-/// Finds the file that a .search line names, without reading it: like a design, then in the directory of the file with
-/// that line. The path is empty if it isn't found.
+/// Finds the file that a .search line names, without reading it. It is looked for like a design, then in the directory
+/// of the file with that line. The path is empty if it isn't found.
 Source find_searched(std::string const &name, Source const &includer);
 
 /// The source files of a design in all languages, each with the kind of directory in which it was found:

@@ -3,11 +3,12 @@
 #include "stage.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace fitter {
 namespace {
 
-// Visits cells when all their inputs are known, so that each is visited once.
+// Visits a cell when the arrival times at all its inputs are known, so that each cell is visited once.
 class Analyser
 {
 public:
@@ -78,7 +79,7 @@ private:
             return;
         m_timing.delay = arrives;
         m_end = end;
-        m_last = driver;
+        m_before_end = driver;
     }
 
     void count_untimed()
@@ -95,7 +96,7 @@ private:
         if (m_end == NONE)
             return;
         m_timing.path.push_back({m_end, m_timing.delay});
-        for (Index cell = m_last; cell != NONE; cell = m_slowest_input[cell])
+        for (Index cell = m_before_end; cell != NONE; cell = m_slowest_input[cell])
             m_timing.path.push_back({cell, m_arrival[cell] + (is_lut(cell) ? LUT_DELAY : 0)});
         std::reverse(m_timing.path.begin(), m_timing.path.end());
     }
@@ -107,13 +108,13 @@ private:
     Routing const &m_routing;
     std::vector<Index> m_arrival;           // at the slowest input of a LUT, 0 for other cells
     std::vector<Index> m_slowest_input;     // the cell that drives it
-    std::vector<Index> m_open_inputs;       // number of a LUT's inputs that are not known yet
-    std::vector<Index> m_segments_to_block; // of the current net
-    std::vector<Index> m_ready;             // cells whose inputs are known, in the order of their visits
+    std::vector<Index> m_open_inputs;       // number of a LUT's inputs whose arrival time is not known yet
+    std::vector<Index> m_segments_to_block; // by block, for the current net
+    std::vector<Index> m_ready;             // cells whose arrival times are known, in the order of their visits
     CellMark m_timed;                       // on cells that were visited
     Timing m_timing;
-    Index m_end = NONE;  // of the slowest path
-    Index m_last = NONE; // the cell before it
+    Index m_end = NONE;        // the last cell of the slowest path
+    Index m_before_end = NONE; // the cell before it
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// Timing in unit delays: the delay of the slowest path between two registers.
+// Timing in unit delays: the slowest path of a design.
 #ifndef FITTER_TIMING_H
 #define FITTER_TIMING_H
 

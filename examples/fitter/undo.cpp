@@ -54,7 +54,7 @@ void write_undo_file(std::string const &directory, Packing const &packing, Devic
     commands.start_new_file(directory);
     commands.begin_section("Last pass of the placement");
     commands.add_description(netlist->name + ": " + number(moves.size()) + " moves");
-    // A swap is its own inverse; the undo commands begin with the last one.
+    // A swap is its own inverse; the undo commands begin with the last move.
     for (auto move = moves.rbegin(); move != moves.rend(); ++move)
         commands.add_undo_command(command(*move), comment(*move));
     for (Move const &move : moves)

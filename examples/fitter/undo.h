@@ -8,7 +8,7 @@
 
 namespace fitter {
 
-/// Writes "undo_redo.txt" to a directory and replaces an existing one. Throws an Error if it can't be written, or if
+/// Writes "undo_redo.txt" to a directory and replaces an existing file. Throws an Error if it can't be written, or if
 /// the netlist of the placement was destroyed.
 ///
 /// A command is "swap A B": the blocks on the sites A and B change places; one of the sites may be empty. A site is

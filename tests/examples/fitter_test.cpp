@@ -88,14 +88,14 @@ std::string error_of(std::string const &text)
 
 // --- The small helpers.
 
-TEST(FitterCheckedSum, ReportsThatItNoLongerFits)
+TEST(FitterCheckedSum, ReportsAnOverflow)
 {
     constexpr std::int64_t MOST = std::numeric_limits<std::int64_t>::max();
     fitter::CheckedSum sum("cost of it");
     sum.add(MOST);
     EXPECT_EQ(sum.value(), MOST);
     sum.add(1);
-    sum.add(-2); // comes back to what would fit, but by a way that didn't
+    sum.add(-2); // the final sum would fit, but the one before it didn't
     EXPECT_EQ(error_in([&] { sum.value(); }), "the cost of it is beyond 64 bits");
 }
 
@@ -149,7 +149,7 @@ TEST(FitterNetlist, ReadsCellsAndNets)
     }
 }
 
-// All mean the same: an AND of a and b.
+// All describe the same design: one LUT that reads a and b.
 constexpr char const *SAME_DESIGNS[] = {
     ".model t\n.inputs a b\n.outputs y\n.names a b y\n11 1\n.end\n",
     ".model t\r\n.inputs a b\r\n.outputs y\r\n.names a b y\r\n11 1\r\n.end\r\n",
@@ -204,7 +204,7 @@ constexpr ErrorCase ERROR_CASES[] = {
     {".model\n", "t.blif:1: .model needs one name"},
     {".model a b\n", "t.blif:1: .model needs one name"},
     {".model t\n.end\n.inputs a\n", "t.blif:3: expected .model, found \".inputs\""},
-    {".model t\n.end\n\n.model t\n.end\n", "t.blif:4: model \"t\" already stands at line 1"},
+    {".model t\n.end\n\n.model t\n.end\n", "t.blif:4: model \"t\" is already defined at line 1"},
     {".model t\n.gate nand2 a=b\n", "t.blif:2: cannot read \".gate\""},
     {".model t\n.inputs a\n11 1\n", "t.blif:3: expected a statement, found \"11\""},
     {".model t\n.end\n", "t.blif:1: model \"t\" has no cells, there is nothing to fit"},
@@ -293,7 +293,7 @@ TEST(FitterNetlist, NamesAFileThatCannotBeRead)
 
 // --- The design's files.
 
-// A project with a library; zel_gen knows both as long as it lives.
+// A project with a library. The paths of zel_gen contain both during the lifetime of the object.
 class Project
 {
 public:
@@ -386,24 +386,24 @@ TEST(FitterSource, ReportsWhereASearchFails)
                   box("m" + std::to_string(i)) + ".search deep" + std::to_string(i + 1) + ".blif\n");
     dir.write("p/deep17.blif", box("m17"));
     for (ErrorCase const &c : std::initializer_list<ErrorCase>{
-             {"itself.blif", "itself.blif:4: .search goes round in a circle: itself.blif -> itself.blif"},
-             {"one.blif", "sub/three.blif:1: .search goes round in a circle: "
+             {"itself.blif", "itself.blif:4: .search lines form a circle: itself.blif -> itself.blif"},
+             {"one.blif", "sub/three.blif:1: .search lines form a circle: "
                           "one.blif -> sub/two.blif -> sub/three.blif -> one.blif"},
              {"missing.blif", "missing.blif:4: cannot find \"sub/gone.blif\""},
              {"unnamed.blif", "unnamed.blif:4: .search needs one file"},
-             {"again.blif", "sub/top.blif:2: model \"top\" already stands at again.blif:1"},
+             {"again.blif", "sub/top.blif:2: model \"top\" is already defined at again.blif:1"},
              {"faulty.blif", "sub/fault.blif:1: expected .model, found \".inputs\""},
              {"deep1.blif", "deep16.blif:5: .search leads through more than 16 files"},
          })
         EXPECT_EQ(error_in([&] { fitter::read_blif(fitter::read_design(c.text)); }), c.message) << c.text;
-    // One file less is not too many: what fails is that the first model is a black box.
+    // One file less is not too many: the only error is that the first model is a black box.
     EXPECT_EQ(error_in([] { fitter::read_blif(fitter::read_design("deep2.blif")); }),
               "deep2.blif:1: model \"m2\" is a black box, there is nothing to fit");
 }
 
-// --- What hangs on a netlist.
+// --- Objects that depend on a netlist.
 
-TEST(FitterCellMark, IsOnNoCellWhenItIsMade)
+TEST(FitterCellMark, IsOnNoCellAtFirst)
 {
     auto const netlist = read(make_design(20));
     fitter::CellMark kept(*netlist, "kept");
@@ -420,7 +420,7 @@ TEST(FitterCellMark, IsOnNoCellWhenItIsMade)
     }
 }
 
-TEST(FitterNetlistLink, IsNullOnceItsNetlistIsGone)
+TEST(FitterNetlistLink, IsNullAfterItsNetlistIsDestroyed)
 {
     auto first = read(make_design(20));
     auto const second = read(make_design(20));
@@ -479,16 +479,16 @@ TEST(FitterPack, PutsEachCellIntoOneLegalBlock)
     }
 }
 
-TEST(FitterPack, PairsALutWithTheFlopThatAloneReadsIt)
+TEST(FitterPack, PairsALutWithTheFlopThatIsItsOnlyReader)
 {
     fitter::Packing const paired = pack(*read(".model t\n.inputs a c\n.outputs q\n.names a n\n1 1\n"
                                               ".latch n q re c 0\n"));
     ASSERT_EQ(paired.elements.size(), 1u);
     EXPECT_NE(paired.elements[0].lut, NONE);
     EXPECT_NE(paired.elements[0].flop, NONE);
-    fitter::Packing const apart = pack(*read(".model t\n.inputs a c\n.outputs q n\n.names a n\n1 1\n"
-                                             ".latch n q re c 0\n"));
-    EXPECT_EQ(apart.elements.size(), 2u);
+    fitter::Packing const unpaired = pack(*read(".model t\n.inputs a c\n.outputs q n\n.names a n\n1 1\n"
+                                                ".latch n q re c 0\n"));
+    EXPECT_EQ(unpaired.elements.size(), 2u);
 }
 
 TEST(FitterPack, KeepsClocksAndEdgesSeparate)
@@ -552,7 +552,7 @@ TEST(FitterPlace, GivesEachBlockASiteOfItsKind)
     }
 }
 
-// The numbers are those of the first run anywhere: every platform must find them.
+// The expected numbers were recorded once; every platform must compute the same ones.
 TEST(FitterPlace, IsTheSameForTheSameSeedOnEveryPlatform)
 {
     struct Golden
@@ -605,7 +605,7 @@ std::vector<std::string> commands_of(std::string const &file, std::string const 
     return commands;
 }
 
-TEST(FitterPlace, LeavesTheMovesOfItsLastPassToUndo)
+TEST(FitterPlace, WritesTheMovesOfItsLastPassForUndo)
 {
     TempDir const dir;
     fitter::Fit const fit = make_fit(make_design(200));
@@ -673,9 +673,9 @@ TEST(FitterDevice, JoinsSegmentsBothWays)
     }
     EXPECT_EQ(names.size(), 24u);
     EXPECT_THAT(
-        device.segments_beside(device.cluster_site(1, 2)),
+        device.segments_at_site(device.cluster_site(1, 2)),
         ElementsAre(device.horizontal(1, 2), device.horizontal(1, 3), device.vertical(1, 2), device.vertical(2, 2)));
-    EXPECT_THAT(device.segments_beside(device.pad_site(4, 0)), ElementsAre(device.vertical(3, 1)));
+    EXPECT_THAT(device.segments_at_site(device.pad_site(4, 0)), ElementsAre(device.vertical(3, 1)));
 }
 
 TEST(FitterDevice, HasALargestSize)
@@ -701,14 +701,14 @@ TEST(FitterRoute, ConnectsEveryNetWithinTheChannels)
         EXPECT_EQ(check(fit), "") << "width " << width;
         EXPECT_TRUE(fit.routing.is_legal()) << "width " << width;
         EXPECT_LE(fit.routing.peak_use, width);
-        EXPECT_EQ(fit.routing.iterations > 1, width < 60) << "width " << width; // narrow ones must be negotiated
+        EXPECT_EQ(fit.routing.iterations > 1, width < 60) << "width " << width; // narrow ones need several
         EXPECT_LE(fit.routing.wire_length, fit.routing.converged_length) << "width " << width;
         for (std::size_t i = 0; i < fit.packing.nets.size(); ++i)
             EXPECT_FALSE(fit.routing.trees[i].empty()) << "width " << width << " net " << i;
     }
 }
 
-TEST(FitterRoute, SaysWhenTheChannelsAreTooNarrow)
+TEST(FitterRoute, ReportsThatTheChannelsAreTooNarrow)
 {
     fitter::Fit const fit = make_fit(make_design(300), 1, 1);
     EXPECT_EQ(check(fit), "");
@@ -718,7 +718,7 @@ TEST(FitterRoute, SaysWhenTheChannelsAreTooNarrow)
     EXPECT_THAT(fitter::summary(fit), HasSubstr("legal         no, "));
 }
 
-TEST(FitterRoute, IsCheckedFromScratch)
+TEST(FitterRoute, IsCheckedIndependently)
 {
     fitter::Fit const good = make_fit(make_design(100));
     fitter::Routing const &routing = good.routing;
@@ -773,12 +773,12 @@ TEST(FitterTiming, ReportsLutsOnLoops)
     fitter::Fit const fit = make_fit(".model t\n.inputs a\n.outputs y\n.names a n m\n11 1\n.names m n\n1 1\n"
                                      ".names n y\n1 1\n");
     EXPECT_EQ(fit.timing.untimed_luts, 3u);
-    EXPECT_THAT(fitter::summary(fit), HasSubstr("3 LUTs on or behind combinational loops, from lut m on"));
+    EXPECT_THAT(fitter::summary(fit), HasSubstr("3 LUTs on or after combinational loops, from lut m on"));
 }
 
 // --- Options.
 
-TEST(FitterOptions, ReadsThem)
+TEST(FitterOptions, AreReadFromTheCommandLine)
 {
     fitter::Options const options =
         fitter::parse_options({"--seed", "4294967295", "--channel-width", "9", "--out", "o", "--project", "p",
@@ -797,7 +797,7 @@ struct OptionErrorCase
     std::vector<std::string> words;
     char const *message;
 };
-TEST(FitterOptions, RefusesWhatHasNoMeaning)
+TEST(FitterOptions, RejectsInvalidWords)
 {
     for (OptionErrorCase const &c : std::vector<OptionErrorCase>{
              {{}, "no netlist given, see fitter --help"},
@@ -835,7 +835,7 @@ TEST(FitterResult, ReplacesTheFileWhole)
     }
 }
 
-TEST(FitterResult, KeepsWhatIsThereIfItCannotBeReplaced)
+TEST(FitterResult, KeepsTheOldFileIfItCannotBeReplaced)
 {
     TempDir const dir;
     dir.write("r.txt/inside", "kept"); // a directory where the file should go
@@ -875,7 +875,7 @@ ToolRun run_fitter(TempDir const &dir, std::string const &arguments)
     CurrentDirectory const there(dir.path());
     std::filesystem::path const tool = std::filesystem::path(gen_get_module_path() + "fitter").make_preferred();
     std::string command = "\"" + tool.string() + "\" " + arguments + " >out.txt 2>err.txt";
-    // The shell of Windows takes the outermost quotes off.
+    // The shell of Windows removes the outermost quotes.
     if (std::filesystem::path::preferred_separator == '\\')
         command = "\"" + command + "\"";
     int const status = std::system(command.c_str());
@@ -964,7 +964,7 @@ TEST(FitterTool, FitsADesignAndAccountsForIt)
                     "Fitter::Report Writer::OTHER", "Fitter::OTHER"));
     std::vector<double> const &temperatures = values["Fitter::Placer::Cluster Annealing::Perform Temperature"];
     EXPECT_THAT(result, HasSubstr(" " + std::to_string(static_cast<int>(temperatures[0])) + " temperatures"));
-    // This stage is known to run on 2.85 processors.
+    // The library estimates that this stage runs on 2.85 processors.
     EXPECT_GT(temperatures[1], 0.0);
     EXPECT_NEAR(temperatures[4], temperatures[1] / 2.85, 0.011);
     EXPECT_GE(values["Fitter"][1], temperatures[1]);
@@ -995,7 +995,7 @@ std::set<std::string> files_in(TempDir const &dir, std::string const &below)
     return names;
 }
 
-TEST(FitterTool, GivesTheSameForTheSameSeedAndLeavesEveryLog)
+TEST(FitterTool, GivesTheSameForTheSameSeedAndWritesEveryLog)
 {
     TempDir const dir;
     dir.write("small.blif", make_design(100));
@@ -1016,7 +1016,7 @@ TEST(FitterTool, GivesTheSameForTheSameSeedAndLeavesEveryLog)
         EXPECT_NE(dir.read(std::string("a") + file), dir.read(std::string("c") + file));
     }
 
-    // One cookie for each stage, run after run. The seed shows from the placer on.
+    // One cookie for each stage of each run. From the placer on the hashes depend on the seed.
     auto const cookies = cookies_of(dir.read("cookie_db_Fitter.log"));
     char const *const stages[] = {"fit2_fit_plan", "fit2_fit_early_place_init", "LSC Clustering", "Placer",
                                   "Router",        "TDC Timing Analysis",       "Report Writer"};
@@ -1074,10 +1074,10 @@ TEST(FitterTool, FindsItsFilesAndWritesIntoTheProject)
     EXPECT_THAT(run.out, HasSubstr("\nsources       "));
     EXPECT_THAT(dir.read("p/small.fit.txt"), HasSubstr("legal         yes"));
     EXPECT_EQ(files_in(dir, "p"), (std::set<std::string>{"lib", "small.fit.txt", "small.v", "undo_redo.txt"}));
-    EXPECT_EQ(files_in(dir, "."), (std::set<std::string>{"err.txt", "out.txt", "p"})); // no log was asked for
+    EXPECT_EQ(files_in(dir, "."), (std::set<std::string>{"err.txt", "out.txt", "p"})); // no log was requested
 }
 
-TEST(FitterTool, EndsWithStatusOneAndSaysWhy)
+TEST(FitterTool, EndsWithStatusOneAndReportsTheReason)
 {
     TempDir const dir;
     dir.write("good.blif", make_design(100));
