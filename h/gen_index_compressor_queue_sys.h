@@ -189,7 +189,7 @@ private:
                                        Index const &existing);
     inline static void write_merged(std::string &existing, std::string const &incoming, MergePoint const &point);
 
-    inline void fold_back();
+    inline void merge_last_entries();
     inline void append(std::string const &name);
     inline void unlink(Node *node);
     inline bool find_range(std::string const &name, RangeText &found) const;
@@ -275,7 +275,7 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::push_back(std::string const &name)
     bool compatible;
     if (merge(m_tail->m_name, name, compatible)) {
         m_tail->m_merged = true;
-        fold_back();
+        merge_last_entries();
         return;
     }
     if (!m_tail->m_ready && (!m_tail->m_merged || !compatible)) {
@@ -506,7 +506,7 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_number(char const *&at, int &value,
 }
 
 // Merges the last entry into the one before it, as long as that is possible; this merges further dimensions.
-inline void GEN_INDEX_COMPRESSOR_QUEUE::fold_back()
+inline void GEN_INDEX_COMPRESSOR_QUEUE::merge_last_entries()
 {
     bool compatible;
     while (m_tail->m_prev != nullptr && merge(m_tail->m_prev->m_name, m_tail->m_name, compatible)) {

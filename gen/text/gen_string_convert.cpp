@@ -95,16 +95,16 @@ void write_decimal(char *end, Unsigned value)
 template <typename Unsigned>
 void write_hexadecimal(char *end, std::size_t count, Unsigned value)
 {
-    for (char *place = end; place != end - count; value >>= 4)
-        *--place = "0123456789abcdef"[value & 15];
+    for (char *at = end; at != end - count; value >>= 4)
+        *--at = "0123456789abcdef"[value & 15];
 }
 
 template <typename Unsigned>
 void write_in_radix(char *end, std::size_t count, Unsigned value, Unsigned radix)
 {
-    for (char *place = end; place != end - count; value /= radix) {
+    for (char *at = end; at != end - count; value /= radix) {
         Unsigned const digit = value % radix;
-        *--place = static_cast<char>(digit < 10 ? '0' + digit : 'a' + digit - 10);
+        *--at = static_cast<char>(digit < 10 ? '0' + digit : 'a' + digit - 10);
     }
 }
 
