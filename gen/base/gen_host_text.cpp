@@ -4,7 +4,7 @@
 
 namespace {
 
-// The value of a line "MemTotal:  24576000 kB".
+// Reads the value of a line such as "MemTotal:  24576000 kB".
 bool read_kib(std::string_view text, std::string_view key, std::uint64_t &bytes)
 {
     std::uint64_t kib;

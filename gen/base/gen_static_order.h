@@ -2,8 +2,9 @@
 //
 //     [[gnu::init_priority(GEN_STATIC_ORDER_PATH_STATE)]] GEN_STATIC_STATE<GEN_PATH_STATE> l_state;
 //
-// The lowest number is built first, whatever the link order is, and all of them before the ordinary static objects.
-// They are released in exact reverse. The command line is built between two parts of the path state, as required.
+// They are built in the order of their numbers, whatever the link order is, and before the ordinary static objects.
+// They are released in exactly the reverse order. The command line is built between two parts of the path state, as
+// required.
 #ifndef GEN_STATIC_ORDER_H
 #define GEN_STATIC_ORDER_H
 
@@ -16,8 +17,8 @@ constexpr int GEN_STATIC_ORDER_COMMAND_LINE = 103;
 constexpr int GEN_STATIC_ORDER_PATH_STATE = 104;
 constexpr int GEN_STATIC_ORDER_MACHINE_STATE = 105;
 
-/// The holder of a static state, which other static objects and callbacks may ask for before it is built and after its
-/// release. There is one holder for each type of state.
+/// The holder of a static state. get() may be called at any time, even by static objects and callbacks that run before
+/// the state is built or after its release. There is one holder for each type of state.
 template <typename State>
 class GEN_STATIC_STATE
 {
@@ -31,7 +32,7 @@ public:
     GEN_STATIC_STATE(GEN_STATIC_STATE const &) = delete;
     GEN_STATIC_STATE &operator=(GEN_STATIC_STATE const &) = delete;
 
-    /// The state; null before it is built and from the start of its release. Any thread may ask.
+    /// The state; null before it is built and from the start of its release. Any thread may call it.
     static State *get() { return s_state.load(std::memory_order_relaxed); }
 
 private:

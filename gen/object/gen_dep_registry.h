@@ -26,10 +26,10 @@ public:
     {
         // Copied before anything is changed: copying the callback may throw, and may call back.
         Dependency dependency{memory, callback, 0};
-        // Checked before the increment: an exit handler that calls after this error gets the error again, and no id 0.
+        // Checked before the increment: an exit handler that calls after this error gets the error again, never id 0.
         GEN_ASSERT(m_next_uid < std::numeric_limits<UID>::max(), "my_uid< std::numeric_limits<UID>::max()");
         UID const my_uid = m_next_uid++;
-        // In this order a lack of memory leaves no dependency that no address leads to.
+        // In this order a lack of memory leaves at most an id without a dependency, which readers skip.
         m_uids_of_memory[memory].push_back(my_uid);
         dependency.uid = my_uid;
         bool const is_new = m_dependencies.try_emplace(my_uid, std::move(dependency)).second;

@@ -133,7 +133,7 @@ void GEN_DYN_FLAG_MANAGER::get_usage_stats(int *used, int *dirty, int *clean) co
     *used = *dirty = *clean = 0;
     for (std::uint64_t slot = 0; slot < m_slot_count; ++slot) {
         if (m_names[slot] == nullptr)
-            ++*clean; // a destroyed flag's too
+            ++*clean; // also the slot of a destroyed flag
         else if (m_is_dirty[slot] != 0)
             ++*dirty;
         else

@@ -25,10 +25,10 @@ namespace {
 // The platform's longest path: 260 on Windows.
 constexpr std::size_t PATH_LIMIT = FILENAME_MAX;
 
-// The module's full path; empty until the first question, on the main thread, and never changed after it.
+// The module's full path; set by the first function that needs it, on the main thread, and never changed afterwards.
 char l_module_fullpath_cache[PATH_LIMIT + 1];
 
-// The value of GEN_PATH_DEBUG; read once, on the main thread.
+// The value of GEN_PATH_DEBUG, null if it is not set; read once, on the main thread.
 char const *l_path_debug_value = nullptr;
 bool l_path_debug_read = false;
 
@@ -92,7 +92,7 @@ FIO_PATH find_executable()
     return gen_os_read_executable_path(path) ? path_from_system(std::move(path)) : FIO_PATH();
 }
 
-// A loaded library; empty if it isn't loaded.
+// The file of a loaded library; empty if the library isn't loaded.
 FIO_PATH find_library(char const *stem)
 {
     char name[PATH_LIMIT + 1] = {};

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The same for all texts that gen_stricmp() takes for equal.
+// The same for all paths that gen_stricmp() reports as equal.
 std::string comparison_key(FIO_PATH const &path)
 {
     std::string text(static_cast<char const *>(path));
@@ -30,7 +30,7 @@ std::list<FIO_PATH> parsed(std::string const &paths)
     return std::move(*find.get_paths());
 }
 
-// Makes this list the project's. It may be the live list itself: it is read before the setter rebuilds it.
+// Sets the project's library paths. `paths` may be the list that the setter rebuilds: it is read before that.
 void store(std::list<FIO_PATH> const &paths)
 {
     std::string text;

@@ -4,8 +4,8 @@
 
 namespace {
 
-// The directory last given to gen_generate_pdb_filename(). Made by the first call; null after exit has released it,
-// since exit handlers may still call.
+// The directory last given to gen_generate_pdb_filename(). It is made by the first call and released at exit; for exit
+// handlers that call later the result is null.
 std::string *alt_pdb_directory()
 {
     static bool l_is_released = false;

@@ -17,7 +17,7 @@ namespace {
 // gen_get_incr_db_dir_path_string() removes this many characters from the database directory: "db/".
 constexpr std::size_t DB_DIR_SUFFIX_LENGTH = 3;
 
-// A search that exists keeps its address, so that lists handed out stay valid.
+// A search that exists keeps its address, so that pointers to its list of paths stay valid.
 void rebuild(std::unique_ptr<FIO_FIND> &search, std::string const &paths)
 {
     if (search == nullptr)
@@ -51,7 +51,7 @@ void set_project_ipblocks(GEN_PATH_STATE &state, std::string directory)
     rebuild(state.project_ipblocks_libs, directory);
 }
 
-// Whether the output directory exists or could be made. The system is asked without the slash at its end.
+// Whether the output directory exists or could be created. Its status is read without the slash at the end.
 bool is_output_directory_usable(std::string const &directory)
 {
     if (directory.empty())

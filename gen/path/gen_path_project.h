@@ -1,4 +1,4 @@
-// Steps on the project's paths that the searches share.
+// A step that the project's paths and the searches share.
 #ifndef GEN_PATH_PROJECT_H
 #define GEN_PATH_PROJECT_H
 

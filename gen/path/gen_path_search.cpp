@@ -38,7 +38,8 @@ void make_env_libs(GEN_PATH_STATE &state)
         state.env_libs = std::make_unique<FIO_FIND>(std::string(value));
 }
 
-// Looks for a path by `search`, unless it is absolute or relative to a drive.
+// The result for an absolute path is the path itself if it exists. A relative path or a bare name is looked for by
+// `search`, and so is a path relative to a drive if it contains no directory.
 template <typename Search>
 FIO_PATH find(std::string const &name, Search search)
 {
@@ -163,7 +164,7 @@ bool gen_find_include_file(char const *name, char const *includer, char const *p
     }
     if (!is_found(hit))
         return false;
-    // The names may be the texts of the outputs: both are read before an output is stored.
+    // `name` and `parent` may point into an output, so both are read before an output receives its text.
     if (is_next_to_includer && relative != nullptr)
         *relative = path_next_to(parent, name).fullpath();
     if (full != nullptr)

@@ -23,11 +23,11 @@ constexpr GEN_SEARCH_PLACE GEN_SEARCH_PLACES[] = {
     {&GEN_PATH_STATE::kalvern_libs, false, GEN_LIBRARY_PATHS_KALVERN_LIBS},
 };
 
-/// The search of a place, ready to be used; null if the place was never set. The first question for the place of the
-/// environment reads the environment.
+/// The search of a place, ready to be used; null if the place was never set. The first call for the place of the
+/// environment reads KALVERN_LIBRARY_PATHS.
 FIO_FIND *gen_search_of(GEN_PATH_STATE &state, GEN_SEARCH_PLACE const &place);
 
-/// Makes the searches over the installation's libraries if they don't exist yet.
+/// Creates the searches over the installation's libraries if they don't exist yet.
 void gen_make_kalvern_libs(GEN_PATH_STATE &state);
 
 #endif

@@ -41,19 +41,19 @@ std::list<FIO_PATH> find_all(FIO_FIND &search, std::string const &name, std::vec
     return found;
 }
 
-// Takes the first file of each extension that has none yet, and removes the extension.
+// Appends the first file with each of the extensions, and removes the extensions for which there is one.
 void add_first_file_of_each_extension(GEN_LIBRARY_PATHS_ENUM tag, std::list<FIO_PATH> const &found, SourceFiles &files,
                                       std::vector<std::string> &extensions)
 {
     for (FIO_PATH const &path : found) {
         std::string const extension = path.extension();
-        auto const answered = std::remove_if(extensions.begin(), extensions.end(), [&](std::string const &wanted) {
+        auto const removed = std::remove_if(extensions.begin(), extensions.end(), [&](std::string const &wanted) {
             return is_same_extension(wanted, extension);
         });
-        if (answered == extensions.end())
+        if (removed == extensions.end())
             continue;
         files.emplace_back(tag, path);
-        extensions.erase(answered, extensions.end());
+        extensions.erase(removed, extensions.end());
     }
 }
 

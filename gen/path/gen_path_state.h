@@ -1,5 +1,5 @@
-// The paths of the project and the searches over them. The state exists from before the library's other static objects
-// are built until after they are released.
+// The paths of the project and the searches over them. The state is built before the library's ordinary static objects
+// and released after them.
 #ifndef GEN_PATH_STATE_H
 #define GEN_PATH_STATE_H
 
@@ -18,9 +18,9 @@ struct GEN_PROJECT_TEXTS
     std::string project_output_directory; // empty if there is none
 };
 
-/// Written by the setters alone, on the thread that drives the flow. The members are in the reverse of the order in
-/// which they are released. Objects held by pointer are made when they are first needed; a search keeps its address
-/// once it exists, and searches the text or path of its name.
+/// Written by the setters and the searches, on the thread that drives the flow. The members are released in the reverse
+/// of their order here. Objects held by pointer are made when they are first needed, and a search keeps its address
+/// once it exists. A search covers the text or path of the same name: db_dir_libs covers db_dir_path.
 struct GEN_PATH_STATE
 {
     explicit GEN_PATH_STATE(GEN_PROJECT_TEXTS &project_texts) : texts(project_texts) {}
@@ -49,7 +49,7 @@ struct GEN_PATH_STATE
     std::unique_ptr<FIO_FIND> kalvern_libs;
 };
 
-/// The state; null before it is built and after its release, which callbacks of zel_mem may outlive.
+/// The state; null before it is built and after its release, when callbacks of zel_mem may still come.
 GEN_PATH_STATE *gen_path_state();
 
 /// The result of `call` with the state, or `otherwise` if there is no state.

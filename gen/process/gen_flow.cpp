@@ -8,9 +8,9 @@
 
 namespace {
 
-// Set by the top of the process before other threads ask.
+// Set when the process starts, before other threads read them.
 bool l_btcl_load = false;
-bool l_kmap_legacy_bridge_set = false; // whether the next one has been given
+bool l_kmap_legacy_bridge_set = false; // whether l_kmap_legacy_bridge has a value
 bool l_kmap_legacy_bridge = false;
 bool l_utst_mode = false;
 

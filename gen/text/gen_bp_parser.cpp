@@ -9,7 +9,7 @@
 
 namespace {
 
-// The token of a character that ends an operand; BP_TOKEN_VALUE for one that doesn't.
+// The token type of a character that ends an operand; BP_TOKEN_VALUE for all other characters.
 BP_TOKEN_TYPE type_of_character(char c)
 {
     switch (c) {
@@ -73,8 +73,9 @@ char const *opening_of_time_test(BP_TOKEN_TYPE type)
     }
 }
 
-// The grammar. It uses a stack of its own instead of recursion, so that the depth of an expression is limited only by
-// memory. The stack holds the right sides and the closing parentheses that follow when the current range is finished.
+// Rewrites the tokens of a condition in prefix form. It uses a stack of its own instead of recursion, so that the depth
+// of an expression is limited only by memory. The stack holds the right sides and the closing parentheses that are to
+// be written after the current range.
 class BP_REWRITER
 {
 public:
@@ -99,7 +100,8 @@ public:
 
     BP_RANGE whole() const { return m_ranges.whole(); }
 
-    /// The operator that splits a range that isn't empty; the end of the range if there is none or it comes first.
+    /// The operator that splits a range that isn't empty; the end of the range if there is no operator or if it is the
+    /// first token.
     ///
     /// @return false, with an error recorded, if the range leaves a parenthesis open
     bool find_split(BP_RANGE range, std::size_t *split)
@@ -125,7 +127,7 @@ private:
     static constexpr PendingRewrite CLOSE{false, {0, 0}};
     static constexpr BP_RANGE NOTHING{0, 0};
 
-    // Each step returns the range that remains to be rewritten.
+    // Each step rewrites a part of the range and returns the part that remains.
     void rewrite_range(BP_RANGE range)
     {
         while (!range.is_empty())
@@ -230,7 +232,7 @@ private:
 GEN_BP_PARSER::GEN_BP_PARSER() = default;
 GEN_BP_PARSER::GEN_BP_PARSER(GEN_BP_PARSER const &other) = default;
 GEN_BP_PARSER &GEN_BP_PARSER::operator=(GEN_BP_PARSER const &other) = default;
-GEN_BP_PARSER::~GEN_BP_PARSER() = default; // the parse has deleted the tokens
+GEN_BP_PARSER::~GEN_BP_PARSER() = default; // parse_string() has deleted the tokens
 
 bool GEN_BP_PARSER::parse_string(std::string *text)
 {
@@ -264,7 +266,7 @@ void GEN_BP_PARSER::tokenize_string()
             continue;
         }
         current += c;
-        // Only at the start of an operand: paths may contain these characters.
+        // Operators only at the start of an operand, since paths may contain these characters.
         if ((c == '&' && current == "&&") || (c == '|' && current == "||"))
             process_token_contents(&current);
     }

@@ -1,12 +1,13 @@
-// The tokens of a condition, and the answers to the questions that a parse asks about ranges of them. A parse looks at
-// one range after another, each within the one before. If each answer needed a walk over its range, a row of operators
-// or a nest of parentheses would cost the square of its length. So all answers are noted once, in one walk from the
-// last token to the first, and each question then takes constant time.
+// The tokens of a condition, and the facts that a parse needs about ranges of them: which operator splits a range, and
+// whether its parentheses match. A parse looks at one range after another, each within the one before. If each fact
+// needed a walk over its range, a row of operators or a nest of parentheses would cost the square of its length. So one
+// walk from the last token to the first takes notes at each place, from which has_operator() and find_split() give
+// their results in constant time.
 //
-// The notes of a place describe the tokens from that place to the end of its own group, that is, to the parenthesis
-// that closes the parentheses around it. A "(" opens an inner group, which is stepped over: its place gets the notes
-// of the place after the end of the inner group. For the tokens of "(a = 1) || b)", of which the last parenthesis
-// closes one that opens before them:
+// The notes of a place describe the tokens from that place to the end of its group: the ")" that closes the parentheses
+// around it. A "(" opens an inner group, which is stepped over: its place gets the notes of the place after the end of
+// the inner group. Below are the notes for the tokens of "(a = 1) || b)". The "(" that the last ")" closes lies before
+// them:
 //
 //     place         0  1  2  3  4  5  6  7
 //     token         (  a  =  1  )  || b  )     8 means "none"
@@ -15,7 +16,8 @@
 //     closer        7  4  4  4  4  7  7  7     the parenthesis that ends the group of the place
 //
 // At place 0 the "=" is not noted, since it lies in the inner group, but the "||" at 5 is. A range contains an operator
-// at its outer depth if the place that its first token notes lies before the end of the range: 0 to 5 has none.
+// at its outer depth if the place in the notes of its first token lies before the end of the range. So the range of the
+// places 0 to 4 contains none.
 #ifndef GEN_BP_PARSER_RANGES_H
 #define GEN_BP_PARSER_RANGES_H
 
@@ -73,8 +75,8 @@ public:
     /// The operator at the outer depth of the range that binds weakest, and the first of its kind; the first place of
     /// the range if there is none.
     ///
-    /// @param balanced  receives whether the range closes all parentheses that it opens; true if there is an operator
-    ///                  of the weakest kind, which ends the search
+    /// @param balanced  receives whether the range closes all parentheses that it opens; always true if the operator is
+    ///                  of the weakest kind, since it is returned without a check of the parentheses
     std::size_t find_split(BP_RANGE range, bool *balanced) const
     {
         TokenNotes const &start = m_places[range.first];
@@ -95,7 +97,7 @@ private:
                                                   BP_TOKEN_LESS};
     static constexpr std::size_t OPERATOR_COUNT = std::size(OPERATORS);
 
-    // The number of tokens stands for "none".
+    // The number of tokens means "none".
     struct TokenNotes
     {
         BP_TOKEN const *token;

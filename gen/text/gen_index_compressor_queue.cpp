@@ -1,3 +1,3 @@
-// The exported copy of the queue, which is written in its header. Nothing here uses the members: CMakeLists.txt has
-// them kept.
+// The exported copy of the queue, whose members are written in its header. The library does not call them, so
+// CMakeLists.txt sets compiler options that emit them nevertheless.
 #include "gen_index_compressor_queue_sys.h"

@@ -42,7 +42,7 @@ int classify(int (*classifier)(int), int code)
     return with_c_locale(LC_CTYPE, [=] { return class_of(classifier, code); });
 }
 
-// EOF is returned unchanged too, since not every runtime library accepts it.
+// A code that is not a byte is returned unchanged, even EOF, which not every runtime library accepts.
 int fold(int (*folder)(int), int code)
 {
     return with_c_locale(LC_CTYPE, [=] { return code >= 0 && code <= MAX_BYTE ? folder(code) : code; });

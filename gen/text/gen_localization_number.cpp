@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr int LOWEST_RADIX = 2;
-constexpr int HIGHEST_RADIX = 36;
-constexpr unsigned NO_DIGIT = HIGHEST_RADIX; // not below any radix
+constexpr int SMALLEST_RADIX = 2;
+constexpr int LARGEST_RADIX = 36;
+constexpr unsigned NO_DIGIT = LARGEST_RADIX; // not below any radix
 
 char const *skip_blanks(char const *text)
 {
@@ -48,8 +48,8 @@ unsigned take_radix(char const *&text)
     return 8;
 }
 
-// Reads digits up to one that would bring the value above `limit`. If there is one, returns false with the text at that
-// digit and the value at the limit.
+// Reads digits. At a digit that would bring the value above `limit` it returns false, with the text at that digit and
+// the value at the limit.
 template <typename Unsigned>
 bool take_digits(char const *&text, unsigned radix, Unsigned limit, Unsigned &value)
 {
@@ -86,7 +86,7 @@ Number parse(char const *text, char **end, int base)
     using Unsigned = std::make_unsigned_t<Number>;
     constexpr Unsigned LIMIT = std::numeric_limits<Number>::max();
 
-    if (base != 0 && (base < LOWEST_RADIX || base > HIGHEST_RADIX)) {
+    if (base != 0 && (base < SMALLEST_RADIX || base > LARGEST_RADIX)) {
         put_end(end, text);
         return 0;
     }
@@ -95,7 +95,7 @@ Number parse(char const *text, char **end, int base)
 
     char const *position = start;
     unsigned const radix = base != 0 ? static_cast<unsigned>(base) : take_radix(position);
-    // Also after the prefix that named the radix.
+    // Even a second prefix, after the one that named the radix: "0x0x1f" is 31.
     if (radix == 16 && is_hex_prefix(position))
         position += 2;
     Unsigned value = 0;

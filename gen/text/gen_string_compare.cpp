@@ -1,5 +1,5 @@
 // The natural comparison of names, in which numbers count by their value: sum[9] comes before sum[13]. Two names of a
-// netlist mostly begin alike, so it first looks for the first character that differs, eight bytes at a time:
+// netlist mostly begin alike, so the comparison looks for the first character that differs, eight bytes at a time:
 //
 //     top|cpu|alu|sum[129]
 //     top|cpu|alu|sum[13]

@@ -60,7 +60,8 @@ constexpr std::array<std::uint64_t, 20> POWERS = make_powers();
 
 std::size_t decimal_digit_count(std::uint64_t value)
 {
-    // 1233 / 4096 is the decimal logarithm of 2, exactly enough for 64 bits: the result is the count, or one less.
+    // 1233 / 4096 is close to the decimal logarithm of 2: for every count of bits up to 64, `count` is the number of
+    // digits, or one less.
     std::size_t const count = gen_os_bit_count(value) * 1233 / 4096;
     return (value | 1) >= POWERS[count] ? count + 1 : count;
 }
@@ -94,16 +95,16 @@ void write_decimal(char *end, Unsigned value)
 template <typename Unsigned>
 void write_hexadecimal(char *end, std::size_t count, Unsigned value)
 {
-    for (char *place = end; place != end - count; value >>= 4)
-        *--place = "0123456789abcdef"[value & 15];
+    for (char *at = end; at != end - count; value >>= 4)
+        *--at = "0123456789abcdef"[value & 15];
 }
 
 template <typename Unsigned>
 void write_in_radix(char *end, std::size_t count, Unsigned value, Unsigned radix)
 {
-    for (char *place = end; place != end - count; value /= radix) {
+    for (char *at = end; at != end - count; value /= radix) {
         Unsigned const digit = value % radix;
-        *--place = static_cast<char>(digit < 10 ? '0' + digit : 'a' + digit - 10);
+        *--at = static_cast<char>(digit < 10 ? '0' + digit : 'a' + digit - 10);
     }
 }
 

@@ -40,7 +40,7 @@ bool is_digit(char c)
     return c >= '0' && c <= '9';
 }
 
-// Which inserts are used, and their specifications; valid for numbers up to the highest one seen.
+// Which inserts are used, and their specifications; valid for numbers up to the largest one seen.
 class InsertTables
 {
 public:
@@ -50,8 +50,8 @@ public:
         number = *p++ - '0';
         if (is_digit(*p))
             number = number * 10 + (*p++ - '0');
-        for (; m_highest < number; ++m_highest)
-            m_used[m_highest + 1] = false;
+        for (; m_largest < number; ++m_largest)
+            m_used[m_largest + 1] = false;
         m_used[number] = true;
         m_spec[number] = m_filled;
         return read_spec(p);
@@ -59,7 +59,7 @@ public:
 
     void start_pass() { m_filled = 0; }
 
-    int highest() const { return m_highest; }
+    int largest() const { return m_largest; }
     bool is_used(int number) const { return m_used[number]; }
     char const *spec(int number) const { return m_spec_text + m_spec[number]; }
 
@@ -80,14 +80,14 @@ private:
         return p;
     }
 
-    // The last byte is reserved: a specification that begins when the area is full is the empty text there.
+    // The last byte is reserved for a terminator: a specification that begins when the area is full is the empty text.
     void put(char c)
     {
         if (m_filled < SPEC_TEXT_SIZE - 1)
             m_spec_text[m_filled++] = c;
     }
 
-    int m_highest = 0;
+    int m_largest = 0;
     std::int32_t m_filled = 0;
     bool m_used[INSERT_NUMBERS];
     std::int32_t m_spec[INSERT_NUMBERS];
@@ -209,7 +209,7 @@ private:
         out.append(digits, static_cast<std::size_t>(end - digits));
     }
 
-    // The only way past an argument is to format it, unless its conversion is known to take one slot.
+    // An argument is formatted to pass it, unless its conversion is known to take one slot.
     void step_over(MessageText &out, InsertTables const &tables)
     {
         if (!tables.is_used(m_position) || plain_conversion(tables.spec(m_position)) != '\0')
@@ -272,10 +272,10 @@ bool expand(MessageText &out, InsertTables &tables, char const *p, char *args)
 
         p = percent + 1;
         if (is_digit(*p)) {
-            int const highest = tables.highest();
+            int const largest = tables.largest();
             int number;
             p = tables.read(p, number);
-            if (number > highest + 1)
+            if (number > largest + 1)
                 return false;
             arguments.print(out, number, tables);
             continue;

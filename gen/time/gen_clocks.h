@@ -18,7 +18,7 @@ inline GEN_CLOCKS operator-(GEN_CLOCKS const &a, GEN_CLOCKS const &b)
 /// Reads gen_get_usec_cpu() and gen_get_hires_ticks().
 GEN_CLOCKS gen_read_clocks_one_by_one();
 
-/// Same as gen_read_clocks_one_by_one(), with one question where the system has it.
+/// Same as gen_read_clocks_one_by_one(), with one query for both clocks if the system has such a query.
 inline GEN_CLOCKS gen_read_clocks()
 {
     std::uint64_t cpu_units, ticks;

@@ -55,7 +55,7 @@ void append_field(std::string &out, std::int64_t field)
 
 std::uint64_t gen_get_usec_wallclock()
 {
-    // The multiplication comes first, for its precision, and wraps.
+    // The multiplication comes before the division for the sake of precision; it may wrap.
     std::uint64_t const frequency = tick_frequency();
     return gen_get_hires_ticks() * USEC_PER_SEC / frequency;
 }
@@ -102,7 +102,7 @@ std::uint64_t gen_get_usec_cpu()
     std::uint64_t sum = 0;
     if (gen_os_read_process_cpu_sum(sum))
         return sum / UNITS_PER_USEC;
-    // If there is no answer both stay 0.
+    // Both stay 0 if the system gives no figures.
     gen_os_read_process_cpu(user, kernel);
     return user / UNITS_PER_USEC + kernel / UNITS_PER_USEC;
 }

@@ -154,7 +154,7 @@ void GEN_STOPWATCH::resume()
     m_start_kernel = times[2];
 }
 
-// Reads the selected clocks into three elements: wall clock, user, kernel. One question gives both CPU clocks.
+// Reads the selected clocks into three elements: wall clock, user, kernel. One query gives both CPU clocks.
 void GEN_STOPWATCH::load_times(std::uint64_t *times) const
 {
     if ((m_types & GEN_STOPWATCH_WALLCLOCK) != 0)
