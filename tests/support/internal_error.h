@@ -1,6 +1,6 @@
 // Expectations on a process that ends by an internal error:
 //
-//     EXPECT_EXIT(gen_itoa(5, out, 1), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with("radix > 1", "gen_string_convert"));
+//     EXPECT_EXIT(gen_itoa(5, out, 1), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with("radix > 1", "gen_string*"));
 #ifndef TESTS_SUPPORT_INTERNAL_ERROR_H
 #define TESTS_SUPPORT_INTERNAL_ERROR_H
 
