@@ -54,11 +54,11 @@ GEN_API void gen_exe_fini();
 ///
 /// @param text  not null
 ///
-/// Nothing in the library reads it. The call does nothing after the exit handlers have released the path state.
+/// Nothing in the library reads it. The call does nothing after the exit handlers have released the text.
 GEN_API void gen_set_command_line(char const *text);
 
 /// The text last given to gen_set_command_line(). Empty before the first such call, and after the exit handlers have
-/// released the path state.
+/// released the text.
 GEN_API std::string gen_get_command_line();
 
 /// Whether the process runs a graphical user interface; false at start.

@@ -184,12 +184,12 @@ private:
     inline void update_bare_index_allowed(char ch);
     inline std::string::size_type walk_start(std::string const &existing, std::string const &incoming) const;
     inline static std::string::size_type first_difference(std::string const &existing, std::string const &incoming);
-    inline bool step_index(char const *&at1, char const *&at2, MergePoint &seam) const;
-    inline static void note_difference(MergePoint &seam, char const *begin, Index const &incoming,
+    inline bool step_index(char const *&at1, char const *&at2, MergePoint &point) const;
+    inline static void note_difference(MergePoint &point, char const *begin, Index const &incoming,
                                        Index const &existing);
-    inline static void write_merged(std::string &existing, std::string const &incoming, MergePoint const &seam);
+    inline static void write_merged(std::string &existing, std::string const &incoming, MergePoint const &point);
 
-    inline void fold_back();
+    inline void merge_back();
     inline void append(std::string const &name);
     inline void unlink(Node *node);
     inline bool find_range(std::string const &name, RangeText &found) const;
@@ -246,13 +246,13 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::merge(std::string &existing, std::string
         return false;
 
     std::string::size_type const start = walk_start(existing, incoming);
-    MergePoint seam = {true, false, start, nullptr, {}, {}};
+    MergePoint point = {true, false, start, nullptr, {}, {}};
     char const *at1 = incoming.c_str() + start;
     char const *at2 = existing.c_str() + start;
     while (*at1 != '\0' && *at2 != '\0') {
         update_bare_index_allowed(*at2);
         if (starts_index(*at1)) {
-            if (!step_index(at1, at2, seam))
+            if (!step_index(at1, at2, point))
                 return false;
         } else {
             compatible = *at1++ == *at2++;
@@ -260,9 +260,9 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::merge(std::string &existing, std::string
                 return false;
         }
     }
-    if (!seam.m_ok || !seam.m_merged)
+    if (!point.m_ok || !point.m_merged)
         return false;
-    write_merged(existing, incoming, seam);
+    write_merged(existing, incoming, point);
     return true;
 }
 
@@ -275,7 +275,7 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::push_back(std::string const &name)
     bool compatible;
     if (merge(m_tail->m_name, name, compatible)) {
         m_tail->m_merged = true;
-        fold_back();
+        merge_back();
         return;
     }
     if (!m_tail->m_ready && (!m_tail->m_merged || !compatible)) {
@@ -318,8 +318,8 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::clear()
 }
 
 // The position at which the comparison may start, because the texts before it are equal and the comparison from the
-// beginning would reach it without a finding. If only numbers in brackets count, it is the last opening bracket up to
-// the first difference, or the difference itself if there is no bracket: no step over equal text skips a bracket.
+// beginning would get there without a difference. If only numbers in brackets count, it is the last opening bracket up
+// to the first difference, or the difference itself if there is no bracket: no step over equal text skips a bracket.
 inline std::string::size_type GEN_INDEX_COMPRESSOR_QUEUE::walk_start(std::string const &existing,
                                                                      std::string const &incoming) const
 {
@@ -371,13 +371,13 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::update_bare_index_allowed(char ch)
 // Moves past an index in both texts, or past an opening bracket that begins no index in one of them, together with
 // the digits after it that are equal. False if the comparison can't go on: an index or an opening bracket in one text
 // only, or a number without brackets that is out of range or lacks its second number.
-inline bool GEN_INDEX_COMPRESSOR_QUEUE::step_index(char const *&at1, char const *&at2, MergePoint &seam) const
+inline bool GEN_INDEX_COMPRESSOR_QUEUE::step_index(char const *&at1, char const *&at2, MergePoint &point) const
 {
     Index index1;
     Index index2;
     if (read_index(at1, index1) && read_index(at2, index2)) {
         if (index1.m_low != index2.m_low || index1.m_high != index2.m_high)
-            note_difference(seam, at1, index1, index2);
+            note_difference(point, at1, index1, index2);
         at1 = index1.m_end;
         at2 = index2.m_end;
         return true;
@@ -392,31 +392,31 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::step_index(char const *&at1, char const 
 }
 
 // Records that the indices at a position differ; `begin` is the position of the incoming one.
-inline void GEN_INDEX_COMPRESSOR_QUEUE::note_difference(MergePoint &seam, char const *begin, Index const &incoming,
+inline void GEN_INDEX_COMPRESSOR_QUEUE::note_difference(MergePoint &point, char const *begin, Index const &incoming,
                                                         Index const &existing)
 {
-    if (seam.m_merged || existing.m_high + 1 != incoming.m_low) {
-        seam.m_ok = false;
-        seam.m_merged = false;
+    if (point.m_merged || existing.m_high + 1 != incoming.m_low) {
+        point.m_ok = false;
+        point.m_merged = false;
         return;
     }
-    seam.m_merged = true;
-    seam.m_begin = begin;
-    seam.m_incoming = incoming;
-    seam.m_existing = existing;
+    point.m_merged = true;
+    point.m_begin = begin;
+    point.m_incoming = incoming;
+    point.m_existing = existing;
 }
 
 // Writes the incoming text, with the merged range in place of its index, to `existing`.
 inline void GEN_INDEX_COMPRESSOR_QUEUE::write_merged(std::string &existing, std::string const &incoming,
-                                                     MergePoint const &seam)
+                                                     MergePoint const &point)
 {
     char const *const begin = incoming.c_str();
     char const *const end = begin + incoming.size();
     // Fast path for long runs: only the high number of `existing` has to be replaced.
-    if (seam.m_begin == begin + seam.m_equal && seam.m_existing.m_plain && seam.m_incoming.m_plain) {
-        char const *const high = seam.m_incoming.m_high_begin;
+    if (point.m_begin == begin + point.m_equal && point.m_existing.m_plain && point.m_incoming.m_plain) {
+        char const *const high = point.m_incoming.m_high_begin;
         std::string::size_type const low_size =
-            static_cast<std::string::size_type>(seam.m_existing.m_low_end - existing.c_str());
+            static_cast<std::string::size_type>(point.m_existing.m_low_end - existing.c_str());
         std::string::size_type const high_size = static_cast<std::string::size_type>(end - high);
         existing.resize(low_size + 1 + high_size);
         existing[low_size] = ':';
@@ -424,10 +424,10 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::write_merged(std::string &existing, std:
         return;
     }
     std::string const range =
-        '[' + std::to_string(seam.m_existing.m_low) + ':' + std::to_string(seam.m_incoming.m_high) + ']';
-    existing.assign(begin, seam.m_begin);
+        '[' + std::to_string(point.m_existing.m_low) + ':' + std::to_string(point.m_incoming.m_high) + ']';
+    existing.assign(begin, point.m_begin);
     existing.append(range);
-    existing.append(seam.m_incoming.m_end, end);
+    existing.append(point.m_incoming.m_end, end);
 }
 
 inline bool GEN_INDEX_COMPRESSOR_QUEUE::scan_index(char &ch, char const *&cursor, int *const range) const
@@ -505,7 +505,7 @@ inline bool GEN_INDEX_COMPRESSOR_QUEUE::read_number(char const *&at, int &value,
 }
 
 // Merges the last entry into the one before it, as long as that is possible; this merges further dimensions.
-inline void GEN_INDEX_COMPRESSOR_QUEUE::fold_back()
+inline void GEN_INDEX_COMPRESSOR_QUEUE::merge_back()
 {
     bool compatible;
     while (m_tail->m_prev != nullptr && merge(m_tail->m_prev->m_name, m_tail->m_name, compatible)) {
@@ -558,10 +558,10 @@ inline void GEN_INDEX_COMPRESSOR_QUEUE::split_front(RangeText const &at)
 {
     Node *const whole = m_head;
     std::string const ahead = whole->m_name.substr(0, at.m_begin + 1);
-    std::string const behind = whole->m_name.substr(at.m_end - 1);
+    std::string const rest = whole->m_name.substr(at.m_end - 1);
     for (int value = at.m_range[1]; value >= at.m_range[0]; --value) {
         Node *const node = new Node{m_head, nullptr, ahead, false, false};
-        node->m_name.append(std::to_string(value)).append(behind);
+        node->m_name.append(std::to_string(value)).append(rest);
         m_head->m_prev = node;
         m_head = node;
     }
