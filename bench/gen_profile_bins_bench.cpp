@@ -149,9 +149,9 @@ BENCHMARK(walk<true>)->Name("walk")->Arg(10)->Arg(1000)->Arg(100000);
 
 BenchGoals const GOALS{
     {"buffered bin / 2.4 readings of both clocks", "buffered/0", "floor/clocks/12/0", 1.06},
-    {"  beside 1 sleeping thread", "buffered/1", "floor/clocks/12/1", 1.06},
-    {"  beside 8 sleeping threads", "buffered/8", "floor/clocks/12/8", 1.06},
-    {"  beside 64 sleeping threads", "buffered/64", "floor/clocks/12/64", 1.06},
+    {"  with 1 sleeping thread", "buffered/1", "floor/clocks/12/1", 1.06},
+    {"  with 8 sleeping threads", "buffered/8", "floor/clocks/12/8", 1.06},
+    {"  with 64 sleeping threads", "buffered/64", "floor/clocks/12/64", 1.06},
     {"buffered bin / LLVM TimeRegion", "buffered/0", "peer/llvm_time_region", 0.95},
     {"five pairs on a foreign thread, ns", "foreign/iterations:20/manual_time", "", 25},
     {"five pairs while ignoring, ns", "ignored", "", 25},

@@ -203,32 +203,33 @@ public:
     MEM_INITIALIZER &operator=(MEM_INITIALIZER const &) = delete;
 };
 
-// Callbacks: functions of zel_gen that this library calls, because it must not depend on zel_gen. gen_exe_init() sets
-// them. Null means no callback. Once set, a callback may be called on any thread; no lock of this library is held then.
+// Callbacks: functions of zel_gen, which this library must not call directly. gen_exe_init() passes all five. This
+// library uses the first one alone; the other four setters accept a function or null, and neither keep nor call it.
 
-/// Sets the function that returns the installation root.
+/// Sets the function that returns the installation root. Null means no callback.
 ///
 /// @param callback  returns the root, with or without a "/" at its end, or the empty text if there is none. It may read
-///                  configuration keys and emit messages. It is called at the next look-up of a configuration key,
-///                  once; if several threads look a key up at that moment, once for each
+///                  configuration keys and emit messages. It is called at the next look-up of a configuration key, on
+///                  the thread of that look-up and without a lock of this library, once; if several threads look a key
+///                  up at that moment, once for each
 MEM_API void mem_set_gen_get_kalvern_path_callback(std::string (*callback)());
 
-/// Sets the function that returns the project's database directory.
+/// Accepts the function that returns the project's database directory; no effect.
 ///
 /// @param callback  returns the directory; empty as long as no project is open
 MEM_API void mem_set_gen_get_db_dir_path_string_callback(std::string (*callback)());
 
-/// Sets the function that reports whether the process has a graphical user interface.
+/// Accepts the function that reports whether the process has a graphical user interface; no effect.
 ///
 /// @param callback  returns true if it has one
 MEM_API void mem_set_gen_get_is_ui_process_callback(bool (*callback)());
 
-/// Sets the function that returns the file name of the process's module.
+/// Accepts the function that returns the file name of the process's module; no effect.
 ///
 /// @param callback  returns the name without directory
 MEM_API void mem_set_gen_get_module_filename_callback(std::string (*callback)());
 
-/// Sets the function that returns the project's output directory.
+/// Accepts the function that returns the project's output directory; no effect.
 ///
 /// @param callback  returns the directory; the text stays valid until the project changes
 MEM_API void mem_set_gen_get_project_output_directory_callback(char const *(*callback)());

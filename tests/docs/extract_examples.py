@@ -1,6 +1,9 @@
 """Writes a program for each block of C++ in the documents, and prints their names as a list for CMake.
 
 usage: extract_examples.py <folder of the frames> <folder for the programs> <page>...
+
+A page is a document (.md) or a public header (.h). The example of a header is the block in its first comment; it has
+the name of the header without its end, "gen_exe" for gen_exe_sys.h.
 """
 
 import os
@@ -30,6 +33,24 @@ def blocks_of(page):
     return found
 
 
+def blocks_of_header(header):
+    """The same for the first comment of a header: each line of a block begins with the mark of a comment."""
+    name = os.path.basename(header)[:-len("_sys.h")]
+    found, start, lines = [], 0, []
+    with open(header, encoding="utf-8") as text:
+        for number, line in enumerate(text, 1):
+            if not line.startswith("//"):
+                break
+            if start and line == "// ```\n":
+                found.append((name, start, "".join(lines)))
+                start, lines = 0, []
+            elif start:
+                lines.append(line[len("// "):] if line.startswith("// ") else "\n")
+            elif line == "// ```cpp\n":
+                start = number + 1
+    return found
+
+
 def write_if_changed(path, text):
     if os.path.exists(path):
         with open(path, encoding="utf-8") as old:
@@ -43,7 +64,10 @@ def main():
     frames, folder, pages = sys.argv[1], sys.argv[2], sys.argv[3:]
     names, problems = [], []
     for page in pages:
-        for name, number, text in blocks_of(page):
+        blocks = blocks_of_header(page) if page.endswith(".h") else blocks_of(page)
+        if page.endswith(".h") and not blocks:
+            problems.append(f"{os.path.basename(page)} has no example")
+        for name, number, text in blocks:
             shown = os.path.relpath(page, os.path.join(frames, "..", "..", ".."))
             if name is None:
                 problems.append(f"{shown}:{number}: a block of C++ without a name: <!-- example: name -->")
