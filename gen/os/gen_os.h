@@ -5,7 +5,6 @@
 //     gen_os_host.h       the host, its user, the version of the system
 //     gen_os_machine.h    the processors: affinity, CPUID, frequency
 //     gen_os_text.h       text functions of the Windows runtime
-//     gen_os_thread.h     the identity of a thread, inline
 //
 // The first three are questions that a test answers by a fake. A question with outputs returns false, and leaves the
 // outputs alone, if the system has no answer; the caller decides what to do then. The sources contain system calls

@@ -20,9 +20,6 @@ bool mem_os_peak_virtual(std::size_t *bytes);
 /// means nothing: the first may be higher than the memory that this process ever had.
 bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes);
 
-/// True while the system ends the process and has already ended every other thread, even inside a lock.
-bool mem_os_is_last_thread_of_exit();
-
 /// Makes the system call the functions around each fork of the process from now on. False if it can't; true also if the
 /// platform has no forks.
 bool mem_os_watch_forks(void (*before)(), void (*in_parent)(), void (*in_child)());

@@ -1,12 +1,12 @@
 #include "mem/os/mem_os_call.h"
 
 #include "mem/os/mem_os_frame.h"
+#include "sys/sys_module.h"
 
 #include <atomic>
-#include <cerrno>
-#include <cstring>
 #include <link.h>
 #include <pthread.h>
+#include <string_view>
 #include <unwind.h>
 
 namespace {
@@ -52,44 +52,10 @@ _Unwind_Reason_Code record_frame(_Unwind_Context *context, void *data)
     return _URC_NO_REASON;
 }
 
-struct ModuleQuery
-{
-    std::uintptr_t address;
-    char *name;
-    std::size_t size;
-};
-
-bool holds(dl_phdr_info const &info, std::uintptr_t address)
-{
-    for (int i = 0; i < info.dlpi_phnum; ++i) {
-        ElfW(Phdr) const &header = info.dlpi_phdr[i];
-        if (header.p_type == PT_LOAD && address - info.dlpi_addr - header.p_vaddr < header.p_memsz)
-            return true;
-    }
-    return false;
-}
-
-char const *file_name(char const *path)
-{
-    char const *const slash = std::strrchr(path, '/');
-    return slash == nullptr ? path : slash + 1;
-}
-
-int find_module_name(dl_phdr_info *info, std::size_t, void *data)
-{
-    ModuleQuery const &question = *static_cast<ModuleQuery *>(data);
-    if (!holds(*info, question.address))
-        return 0;
-    // The loader has no name for the executable.
-    char const *const name = *info->dlpi_name == '\0' ? program_invocation_short_name : file_name(info->dlpi_name);
-    std::strncat(question.name, name, question.size - 1);
-    return 1;
-}
-
 int find_cxx_runtime(dl_phdr_info *info, std::size_t, void *data)
 {
-    constexpr char PREFIX[] = "libstdc++.so";
-    if (std::strncmp(file_name(info->dlpi_name), PREFIX, sizeof PREFIX - 1) != 0)
+    constexpr std::string_view PREFIX = "libstdc++.so";
+    if (sys_file_name(info->dlpi_name).substr(0, PREFIX.size()) != PREFIX)
         return 0;
     AddressRange &range = *static_cast<AddressRange *>(data);
     for (int i = 0; i < info->dlpi_phnum; ++i) {
@@ -152,11 +118,4 @@ bool mem_os_is_cxx_runtime(std::uintptr_t address)
 {
     AddressRange const range = cxx_runtime();
     return range.begin <= address && address < range.end;
-}
-
-void mem_os_module_name(std::uintptr_t address, char *name, std::size_t size)
-{
-    *name = '\0';
-    ModuleQuery question{address, name, size};
-    dl_iterate_phdr(find_module_name, &question);
 }
