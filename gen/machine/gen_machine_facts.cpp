@@ -1,11 +1,11 @@
-// Facts of GEN_MACHINE_INFO for which one question to the system is enough.
+// Facts of GEN_MACHINE_INFO that take one query to the system.
 #include "gen_machine_sys.h"
 
 #include "gen/os/gen_os_host.h"
 
 namespace {
 
-// All 0 if the system has no answer.
+// All 0 if the system gives no figures.
 GEN_HOST_MEMORY read_memory()
 {
     GEN_HOST_MEMORY memory;

@@ -1,5 +1,5 @@
-// Queries to the platform about the memory, the threads and the forks of the process. A query without an answer returns
-// false and leaves the results alone. Any thread. Sizes are in bytes.
+// Queries to the platform about the memory, the threads and the forks of the process. A query returns false and leaves
+// its outputs alone if the system gives no result. Any thread. Sizes are in bytes.
 #ifndef MEM_OS_H
 #define MEM_OS_H
 

@@ -18,13 +18,13 @@ struct AddressRange
     std::uintptr_t end;
 };
 
-// The code of the C++ runtime. Written by every thread that asks before the end is stored, always with the same values.
-// The threads don't wait for each other, as they would for the guard of a static: one of them may hold the loader's
-// lock, which the search takes. The exit leaves it.
+// The code of the C++ runtime. Written by every thread that finds no end stored yet, always with the same values. The
+// threads don't wait for each other, as they would for the guard of a static: one of them may hold the loader's lock,
+// which the search takes. The exit leaves it.
 std::atomic<std::uintptr_t> l_cxx_runtime_begin{0};
 std::atomic<std::uintptr_t> l_cxx_runtime_end{0}; // stored last; 0 until then
 
-// The stack of the thread. Written by its own thread, at its first question; empty until then.
+// The stack of the thread. Written by its own thread, at its first query; empty until then.
 __thread AddressRange l_stack __attribute__((tls_model("initial-exec"))) = {};
 
 struct FrameWalk
