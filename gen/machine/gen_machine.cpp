@@ -8,12 +8,12 @@
 
 namespace {
 
-// The state while it is there.
+// Null before l_machine_state is constructed and after it is released.
 std::atomic<GEN_MACHINE_STATE *> l_state{nullptr};
 
 [[gnu::init_priority(GEN_STATIC_ORDER_MACHINE_STATE)]] GEN_MACHINE_STATE l_machine_state;
 
-// Whether the number of processors of the system is the result for packages and for cores.
+// Whether the system's number of processors is reported as the number of packages and of cores.
 bool has_system_count()
 {
     return mem_cfg_is_on("cpu_core_count_using_sysconf", false);
@@ -96,7 +96,7 @@ bool GEN_MACHINE_INFO::get_physical_cpu_count(int *cpu_count)
     bool const is_valid = capture_cpu_info();
     GEN_MACHINE_STATE const *const state = gen_machine_state();
     *cpu_count = state == nullptr ? 0 : static_cast<int>(state->m_packages.size());
-    // After the capture, and not before it as for cores.
+    // The processors are captured even if the count of the system replaces the result; for cores they are not.
     return has_system_count() ? get_logical_cpu_count(cpu_count) : is_valid;
 }
 

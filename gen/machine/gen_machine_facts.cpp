@@ -13,8 +13,8 @@ GEN_HOST_MEMORY read_memory()
     return memory;
 }
 
-// Names of systems that are identified by their version. The first row whose version is not exceeded gives the name.
-// So a server after 2012 has the name of a desktop system.
+// Names of systems that are named by their version. The name is in the first row whose last version is not older than
+// the version of the system. So a server after 2012 has the name of a desktop system.
 struct SystemName
 {
     std::uint32_t m_last_major;

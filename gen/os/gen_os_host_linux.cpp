@@ -2,6 +2,8 @@
 
 #include "sys/os/sys_os_text_file_linux.h"
 
+#include <cerrno>
+
 #include <netdb.h>
 #include <pwd.h>
 #include <sys/sysinfo.h>
