@@ -6,7 +6,7 @@
 //     3  A  claims the end of the process for the reporter, and calls exit(3).
 //     4  A  runs the exit handlers. A second error in one of them is written as a second block, and the process ends at
 //           once with status 3, because A is the reporter already.
-//     5  A  comes to the last handler, which ends the process with status 3.
+//     5  A  reaches the last handler, which ends the process with status 3.
 //
 // An ordinary exit of the process may come in between:
 //
@@ -15,7 +15,7 @@
 //     B calls exit(0) before stage 3     B claims the end first, in at_exit(), and waits there if a reporter is known.
 //                                        A finds the end claimed after its block, and ends the process at once.
 //     B calls exit(0) after stage 3      B must not wait, since some systems let only one thread into exit(). B goes on
-//                                        beside A, and its last handler ends the process with A's status.
+//                                        while A does, and its last handler ends the process with A's status.
 //
 // at_exit() is registered in the first lines of main, so it runs before the static objects of the libraries are
 // released. LastHandler is a static object of this library, which is released after everything that is built on it.
@@ -39,7 +39,7 @@ namespace {
 
 constexpr int STATUS = 3;
 
-// A place that err_set_module_fullpath() was given. Former ones are kept, because a report on another thread may be
+// A path that err_set_module_fullpath() was given. Former ones are kept, because a report on another thread may be
 // reading them.
 struct ModulePath
 {
@@ -47,14 +47,14 @@ struct ModulePath
     ModulePath const *former;
 };
 
-// The latest place; null before the first. It is never released, because an internal error may be reported until the
+// The latest path; null before the first. It is never released, because an internal error may be reported until the
 // very end of the process.
 std::atomic<ModulePath const *> l_module_path{nullptr};
 
 // The thread that reports; 0 before the first internal error. Written once.
 std::atomic<std::int64_t> l_reporter{0};
 
-// The owner of the end of the process. Written once.
+// Which kind of exit ends the process. Written once.
 enum class ExitPhase
 {
     OPEN,
@@ -119,7 +119,7 @@ void append_stack(std::string &block, ERR_OS_STACK const &stack, void const *cal
 
 std::string block_of(Failure const &failure, ERR_OS_STACK const &stack, void const *caller)
 {
-    ModulePath const *place = l_module_path.load(std::memory_order_acquire);
+    ModulePath const *const module_path = l_module_path.load(std::memory_order_acquire);
     std::string const executable = err_os_executable();
     std::string block;
     block += std::string("Internal error: ") + text_or_null(failure.expression) + "\n";
@@ -128,7 +128,8 @@ std::string block_of(Failure const &failure, ERR_OS_STACK const &stack, void con
     block += "  Version: " ZEL_VERSION_TEXT "\n";
     block += "  Process: " + std::to_string(err_os_process_id()) + ", " +
              (executable.empty() ? "(unknown)" : executable) + "\n";
-    block += "  Module:  " + (place == nullptr || place->text.empty() ? "(not set)" : place->text) + "\n";
+    block +=
+        "  Module:  " + (module_path == nullptr || module_path->text.empty() ? "(not set)" : module_path->text) + "\n";
     append_stack(block, stack, caller);
     return block;
 }
@@ -165,7 +166,7 @@ void write_block(Failure const &failure, ERR_OS_STACK const &stack, void const *
     l_unwritten = nullptr;
 }
 
-// True if the end belongs to the claimant now, whether it did before or not.
+// True if the claimant owns the end of the process now, also if it did before.
 bool claim_end(ExitPhase claimant)
 {
     ExitPhase claimed = ExitPhase::OPEN;
@@ -203,8 +204,8 @@ public:
     }
 };
 
-// Two of them, because the reporter and an ordinary exit beside it may each run one. An exit that finds no handler left
-// would end the process with its own status.
+// Two of them, because the reporter and an ordinary exit at the same time may each run one. An exit that finds no
+// handler left would end the process with its own status.
 LastHandler l_last_handler;
 LastHandler l_handler_before_the_last;
 
@@ -230,13 +231,13 @@ void err_set_module_fullpath(std::string const &path)
 {
     static std::once_flag is_registered;
     std::call_once(is_registered, err_os_call_at_exit, at_exit);
-    ModulePath *place = nullptr;
+    ModulePath *latest = nullptr;
     try {
-        place = new ModulePath{path, l_module_path.load()};
+        latest = new ModulePath{path, l_module_path.load()};
     } catch (std::bad_alloc const &) {
-        return; // reports show the former place
+        return; // reports show the former path
     }
-    while (!l_module_path.compare_exchange_weak(place->former, place))
+    while (!l_module_path.compare_exchange_weak(latest->former, latest))
         ;
 }
 

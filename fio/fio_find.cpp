@@ -164,7 +164,7 @@ FIO_PATH FIO_FIND::find_first_relative_path(FIO_PATH const &path)
         if (!fio_os_exists(m_buffer.c_str()))
             continue;
         FIO_PATH hit(m_buffer);
-        // A relative directory that was set counts from the current one.
+        // The directory for results may itself be relative; it is then below the current one.
         return directory.relative() ? hit.become_absolute(std::string()) : hit;
     }
     return {};

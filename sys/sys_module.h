@@ -1,5 +1,5 @@
 // The modules of this process: the executable and the libraries that are loaded. No function loads a library or takes a
-// reference to one. Any thread may call any of them; the questions to the loader take one of its locks.
+// reference to one. Any thread may call any of them; the last three take a lock of the loader.
 #ifndef SYS_MODULE_H
 #define SYS_MODULE_H
 
@@ -15,9 +15,9 @@ std::string_view sys_file_name(std::string_view path);
 ///     "libx.so", "libx.so.1.2" -> true    "libx.so", "libx.so" -> false    "libx.so", "libx.so.old" -> false
 bool sys_is_version_of(std::string_view name, std::string_view text);
 
-/// Whether a name that a caller asks for means a library that the loader of Linux has loaded from `loaded`. Links are
-/// not resolved. A name without a "/" is compared with the file name alone, and a name that ends in ".so" also means
-/// that name followed by a version.
+/// Whether `asked`, a name or a path, means the library that the loader of Linux has loaded from the path `loaded`.
+/// Links are not resolved. A name without a "/" is compared with the file name alone, and a name that ends in ".so"
+/// also means that name followed by a version.
 ///
 ///     asked      loaded                asked            loaded
 ///     libx.so    /a/libx.so    yes     libx.so          /a/libx.so.1.0    yes
@@ -26,10 +26,11 @@ bool sys_library_names(std::string_view asked, std::string_view loaded);
 
 /// Whether a library of that name is in the process.
 ///
-/// @param name  file name, or a path, which means the library as loaded from there; not null. The empty name is none.
+/// @param name  file name, or a path, which means the library as loaded from there; not null. The empty name means no
+///              library.
 ///
-/// On Linux: as sys_library_names(), and a name with a version also means the file to which the loader came by a link
-/// with a part of that version: "libx.so.1.0" if "libx.so.1" was loaded and is a link to it. On Windows names are
+/// On Linux sys_library_names() compares. A name with a version also means the target of a link with a part of that
+/// version: "libx.so.1.0" is loaded if the loader has loaded "libx.so.1", which is a link to it. On Windows names are
 /// compared without regard to case, both slashes separate, and ".dll" may be left out.
 bool sys_is_library_loaded(char const *name);
 

@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-// The loaders of both platforms need no preparation: the questions below work before and after these two.
+// The loaders of both platforms need no preparation: the functions below work before and after these two.
 void thr_drl_init(char const *) {}
 
 void thr_drl_fini() {}

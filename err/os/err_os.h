@@ -1,4 +1,4 @@
-// The questions of zel_err to the operating system.
+// Queries of zel_err to the operating system.
 #ifndef ERR_OS_H
 #define ERR_OS_H
 
@@ -38,7 +38,7 @@ struct ERR_OS_FRAME
     std::string file;
     int line = 0;
     /// The functions that the compiler has inlined at the address, innermost first, and last the function above with
-    /// the line at which it would call them. Empty if there are none, or if they were not asked for.
+    /// the line at which it would call them. Empty if there are none, or if they were not wanted.
     std::vector<ERR_OS_LINE> inlined;
 };
 

@@ -1,4 +1,4 @@
-// The questions of zel_fio to the operating system. Paths are never null.
+// Calls of zel_fio to the operating system. Paths are never null.
 #ifndef FIO_OS_H
 #define FIO_OS_H
 

@@ -185,11 +185,11 @@ bool fio_os_status(char const *path, struct _stat64i32 &record)
         record.st_mode = SYS_MODE_DEVICE | SYS_MODE_MAY_READ | SYS_MODE_MAY_WRITE;
         return true;
     }
-    bool const asks_for_directory = drop_last_separator(full);
+    bool const must_be_directory = drop_last_separator(full);
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (GetFileAttributesExW(full.c_str(), GetFileExInfoStandard, &data) == 0)
         return false;
-    if (asks_for_directory && !is_directory(data.dwFileAttributes))
+    if (must_be_directory && !is_directory(data.dwFileAttributes))
         return false;
     record = {};
     record.st_mode = static_cast<unsigned short>(mode_word(data.dwFileAttributes, full));

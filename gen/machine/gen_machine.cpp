@@ -6,16 +6,14 @@
 #include "gen/os/gen_os_machine.h"
 #include "mem_sys.h"
 
-#include <algorithm>
-
 namespace {
 
-// The state while it is there.
+// Null before l_machine_state is constructed and after it is released.
 std::atomic<GEN_MACHINE_STATE *> l_state{nullptr};
 
 [[gnu::init_priority(GEN_STATIC_ORDER_MACHINE_STATE)]] GEN_MACHINE_STATE l_machine_state;
 
-// Whether the number of processors of the system is the result for packages and for cores.
+// Whether the system's number of processors is reported as the number of packages and of cores.
 bool has_system_count()
 {
     return mem_cfg_is_on("cpu_core_count_using_sysconf", false);
@@ -98,7 +96,7 @@ bool GEN_MACHINE_INFO::get_physical_cpu_count(int *cpu_count)
     bool const is_valid = capture_cpu_info();
     GEN_MACHINE_STATE const *const state = gen_machine_state();
     *cpu_count = state == nullptr ? 0 : static_cast<int>(state->m_packages.size());
-    // After the capture, and not before it as for cores.
+    // The processors are captured even if the count of the system replaces the result; for cores they are not.
     return has_system_count() ? get_logical_cpu_count(cpu_count) : is_valid;
 }
 
@@ -176,29 +174,6 @@ bool GEN_MACHINE_INFO::lzcnt_is_supported(bool *supported)
 {
     static constexpr FeatureLevels LZCNT = {1, {&GEN_PKG::m_lzcnt}};
     return read_feature(LZCNT, 1, supported);
-}
-
-bool GEN_MACHINE_INFO::get_cache_size(int level, unsigned *size, unsigned *line_size, unsigned char type)
-{
-    GEN_ASSERT(size != nullptr, "size != 0");
-    GEN_ASSERT(type <= GEN_CACHE_INST, "type <= GEN_CACHE_INST");
-    *size = 0;
-    if (line_size != nullptr)
-        *line_size = 0;
-    bool const is_valid = capture_cpu_info();
-    GEN_PKG const *const package = gen_first_package();
-    if (package == nullptr)
-        return is_valid;
-    std::list<GEN_CACHE> const caches = package->m_caches;
-    auto const found = std::find_if(caches.begin(), caches.end(), [&](GEN_CACHE const &cache) {
-        return cache.m_level == level && cache.m_type == type;
-    });
-    if (found == caches.end())
-        return is_valid;
-    *size = found->m_size;
-    if (line_size != nullptr)
-        *line_size = found->m_line_size;
-    return is_valid;
 }
 
 bool GEN_MACHINE_INFO::get_cpu_frequency(int *mhz)

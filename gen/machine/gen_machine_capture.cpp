@@ -1,5 +1,5 @@
 // The CPUID instruction describes the processor that executes it. So one thread visits all processors, by its affinity,
-// and asks on each. The walk on a system with processors 0 to 2, where the process may run on 0 and 2 only:
+// and executes it on each. The walk on a system with processors 0 to 2, where the process may run on 0 and 2 only:
 //
 //     read the masks      process 101, system 111: they differ, which is a debug message
 //     bit 001  move, CPUID      number 0, bit 001
@@ -21,7 +21,7 @@
 #include "gen/machine/gen_machine_capture.h"
 
 #include "gen/base/gen_debug_message.h"
-#include "gen/machine/gen_machine_cache.h"
+#include "gen/machine/gen_machine_cache_leaves.h"
 #include "gen/machine/gen_machine_cpuid.h"
 
 #include <cstring>
@@ -150,7 +150,8 @@ unsigned width_of(std::uint32_t count)
     return width;
 }
 
-// Adds a core, or the logical processors of a core that the package has. One that the core has is not replaced.
+// Adds a core, or the logical processors of a core that the package already has. A logical processor that this core
+// already has is not replaced.
 void add_core(GEN_PKG &package, GEN_CORE &&core)
 {
     auto const known = package.m_cores.find(core);

@@ -1,11 +1,11 @@
-// Facts of GEN_MACHINE_INFO for which one question to the system is enough.
+// Facts of GEN_MACHINE_INFO that take one query to the system.
 #include "gen_machine_sys.h"
 
 #include "gen/os/gen_os_host.h"
 
 namespace {
 
-// All 0 if the system has no answer.
+// All 0 if the system gives no figures.
 GEN_HOST_MEMORY read_memory()
 {
     GEN_HOST_MEMORY memory;
@@ -13,8 +13,8 @@ GEN_HOST_MEMORY read_memory()
     return memory;
 }
 
-// Names of systems that are identified by their version. The first row whose version is not exceeded gives the name.
-// So a server after 2012 has the name of a desktop system.
+// Names of systems that are named by their version. The name is in the first row whose last version is not older than
+// the version of the system. So a server after 2012 has the name of a desktop system.
 struct SystemName
 {
     std::uint32_t m_last_major;

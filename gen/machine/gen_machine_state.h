@@ -86,8 +86,8 @@ struct GEN_MACHINE_STATE
 
     std::atomic<bool> m_cpu_info_captured{false};
     std::atomic<bool> m_cpu_info_valid{true}; ///< once false, it stays false
-    std::atomic<std::int64_t> m_capturing_thread{
-        0}; ///< 0 for none; a message of the capture may lead to a question on its thread
+    /// 0 if no thread captures. The receiver of a debug message of the capture may query the state on this thread.
+    std::atomic<std::int64_t> m_capturing_thread{0};
     GEN_PACKAGES m_packages;
     std::map<std::uint8_t, GEN_CACHE> m_cache_lookup_table; ///< by descriptor of CPUID leaf 2; empty until it is needed
     THR_MUTEX_OBJ m_capture_mutex;

@@ -1,16 +1,15 @@
-// The questions of the library to the operating system. For each header there is one source for each platform, which
-// implements the questions in the same order:
+// The queries of the library to the operating system. For each header there is one source for each platform, which
+// implements the queries in the same order:
 //
 //     gen_os.h            clocks, modules, files, the process
 //     gen_os_host.h       the host, its user, the version of the system
 //     gen_os_machine.h    the processors: affinity, CPUID, frequency
 //     gen_os_text.h       text functions of the Windows runtime
-//     gen_os_thread.h     the identity of a thread, inline
 //
-// The first three are questions that a test answers by a fake. A question with outputs returns false, and leaves the
-// outputs alone, if the system has no answer; the caller decides what to do then. The sources contain system calls
-// alone: a text that the system gives is read by the pure functions of gen/base, and what zel_gen asks for in common
-// with the other libraries is in sys/.
+// A test may link a fake in place of the first three. A query with outputs returns false, and leaves the outputs alone,
+// if the system gives no result; the caller decides what to do then. The sources contain system calls alone: a text
+// that the system gives is read by the pure functions of gen/base, and the queries that zel_gen has in common with the
+// other libraries are in sys/.
 #ifndef GEN_OS_H
 #define GEN_OS_H
 
@@ -30,11 +29,10 @@ bool gen_os_read_counter_frequency(std::uint64_t &ticks_per_second);
 bool gen_os_read_job_cpu(std::uint64_t &user, std::uint64_t &kernel);
 bool gen_os_read_process_cpu(std::uint64_t &user, std::uint64_t &kernel);
 
-/// The sum of user and kernel time of this process, in 100 ns units. Answered if it is cheaper than the two values.
+/// The sum of user and kernel time of this process, in 100 ns units. False if it is not cheaper than the two values.
 bool gen_os_read_process_cpu_sum(std::uint64_t &sum);
 
-/// The same sum, and the counter right after it. Answered only on systems without jobs, where the time of a job can't
-/// be preferred to it.
+/// The same sum, and the counter right after it. False on systems with jobs, where the time of the job comes first.
 bool gen_os_read_cpu_sum_and_counter(std::uint64_t &sum, std::uint64_t &ticks);
 
 /// Milliseconds since the Unix epoch.
@@ -68,20 +66,21 @@ bool gen_os_library_links_count();
 /// Opens a file buffer through the system's long-path form; it has no file yet. Other processes may open the file too.
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode);
 
-/// Sets a key in a section of an initialisation file by the system's own call, whose result it stores. Answered on
-/// Windows alone; elsewhere the rules of these files are the library's, over the next two.
+/// Sets a key in a section of an initialisation file by the system's own call, whose result it stores. False except on
+/// Windows; elsewhere gen/text implements the rules of these files and uses the next two functions.
 bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,
                                          int &result);
 
-/// The text of a regular file; the empty text if the file is missing. Not answered on Windows.
+/// The text of a regular file; the empty text if the file is missing. False on Windows.
 bool gen_os_read_file(char const *path, std::string &text);
 
 /// Replaces the text of a regular file in one step, so that no reader ever sees a part of it, or creates the file. A
-/// link stays a link, and the file keeps its permissions. Not answered on Windows.
+/// link stays a link, and the file keeps its permissions. False on Windows.
 bool gen_os_replace_file(char const *path, std::string const &text);
 
-/// Creates an empty file of a name that is free in the directory, which begins with the first three characters of the
-/// prefix; safe between processes. The directory is not empty and in the system's separators, and so is the path.
+/// Creates an empty file in a directory. Its name was free, and begins with the first three characters of the prefix.
+/// Processes that call it at the same time get different files. The directory is not empty; it and the path have the
+/// separators of the system.
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path);
 
 /// The directory for temporary files as the system gives it, with or without a separator at its end.

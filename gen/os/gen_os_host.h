@@ -1,5 +1,5 @@
-// Questions about the host, its user and the system itself. As in gen_os.h, a question without an answer returns false
-// and leaves its outputs alone.
+// Queries about the host, its user and the system itself. As in gen_os.h, a query without a result returns false and
+// leaves its outputs alone.
 #ifndef GEN_OS_HOST_H
 #define GEN_OS_HOST_H
 
@@ -12,7 +12,8 @@
 /// Memory of the machine.
 bool gen_os_read_memory(GEN_HOST_MEMORY &memory);
 
-/// The version of a system that is identified by it, and whether the system is one for workstations.
+/// The version of the system, and whether the system is one for workstations. Only on systems that are named by their
+/// version.
 struct GEN_OS_VERSION
 {
     std::uint32_t m_major = 0;
@@ -21,7 +22,7 @@ struct GEN_OS_VERSION
 };
 bool gen_os_read_version(GEN_OS_VERSION &version);
 
-/// Name and version of the distribution, for a system that is identified by it.
+/// Name and version of the distribution. Only on systems that are named by their distribution.
 bool gen_os_read_distribution(GEN_HOST_DISTRIBUTION &distribution);
 
 /// The name that the suite uses for the platform.

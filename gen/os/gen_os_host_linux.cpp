@@ -2,6 +2,8 @@
 
 #include "sys/os/sys_os_text_file_linux.h"
 
+#include <cerrno>
+
 #include <netdb.h>
 #include <pwd.h>
 #include <sys/sysinfo.h>
@@ -16,7 +18,7 @@ constexpr std::size_t NAME_SIZE = 512;
 constexpr std::size_t FIRST_RECORD_SIZE = 1024;
 constexpr std::size_t LAST_RECORD_SIZE = std::size_t{1024} * 1024;
 
-// Repeats a question with twice the room until the texts of the record fit. `ask` takes the room and returns the error
+// Repeats a query with twice the room until the texts of the record fit. `query` takes the room and returns the error
 // number of the system.
 template <typename Query>
 bool query_with_growing_buffer(Query query)

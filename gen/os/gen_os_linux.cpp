@@ -58,7 +58,8 @@ bool read_real_path(char const *path, std::string &real_path)
 class File
 {
 public:
-    File(char const *path, int flags, mode_t mode = 0) : m_descriptor(open(path, flags | O_CLOEXEC, mode)) {}
+    explicit File(int descriptor) : m_descriptor(descriptor) {}
+    File(char const *path, int flags, mode_t mode = 0) : File(open(path, flags | O_CLOEXEC, mode)) {}
     ~File()
     {
         if (is_open())
@@ -119,7 +120,7 @@ bool read_permissions(std::string const &path, mode_t &permissions)
     return S_ISREG(status.st_mode);
 }
 
-// The front of a text, where bytes of the form 10xxxxxx go on with a character of UTF-8.
+// The first characters of a text in UTF-8, in which a byte of the form 10xxxxxx continues a character.
 std::string first_characters(char const *text, std::size_t count)
 {
     char const *end = text;
@@ -270,10 +271,9 @@ bool gen_os_create_temp_file(char const *directory, char const *prefix, std::str
     if (start.find_first_of("/\\") != std::string::npos) // the file would not be in the directory
         return false;
     std::string name = std::string(directory) + '/' + start + "XXXXXX" + SUFFIX;
-    int const descriptor = mkostemps(name.data(), sizeof SUFFIX - 1, O_CLOEXEC);
-    if (descriptor < 0)
+    File const file(mkostemps(name.data(), sizeof SUFFIX - 1, O_CLOEXEC));
+    if (!file.is_open())
         return false;
-    close(descriptor);
     path = std::move(name);
     return true;
 }

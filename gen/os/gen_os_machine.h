@@ -1,5 +1,5 @@
-// Questions about the processors, to the system and to the processor itself. As in gen_os.h, a question without an
-// answer returns false and leaves its outputs alone.
+// Queries about the processors, to the system and to the processor itself. As in gen_os.h, a query without a result
+// returns false and leaves its outputs alone.
 //
 // An affinity mask has one bit for each of the first 64 processors; on Windows, of the group of the process.
 #ifndef GEN_OS_MACHINE_H

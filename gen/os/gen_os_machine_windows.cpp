@@ -4,7 +4,7 @@
 
 namespace {
 
-// The registry key of the first processor; null if it can't be opened. It stays open, because every question reads it.
+// The registry key of the first processor; null if it can't be opened. It stays open, because every query reads it.
 HKEY processor_key()
 {
     static HKEY const key = [] {

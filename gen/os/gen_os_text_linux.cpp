@@ -30,9 +30,9 @@ std::int64_t gen_os_atoi64(char const *text)
 
 int gen_os_wtoi(wchar_t const *text)
 {
-    constexpr long LOWEST = std::numeric_limits<int>::min();
-    constexpr long HIGHEST = std::numeric_limits<int>::max();
-    return static_cast<int>(std::clamp(std::wcstol(text, nullptr, 10), LOWEST, HIGHEST));
+    constexpr long SMALLEST = std::numeric_limits<int>::min();
+    constexpr long LARGEST = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(std::wcstol(text, nullptr, 10), SMALLEST, LARGEST));
 }
 
 long gen_os_wtol(wchar_t const *text)

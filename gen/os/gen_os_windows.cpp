@@ -155,7 +155,8 @@ bool gen_os_replace_file(char const *, std::string const &)
 
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
 {
-    // The call takes a directory that is 14 characters shorter than the longest path. Not every system checks that.
+    // The call takes a directory that is at least 14 characters shorter than the longest path. Not every system checks
+    // that.
     char buffer[PATH_BUFFER_SIZE] = {};
     if (std::strlen(directory) > MAX_PATH - 14 || GetTempFileNameA(directory, prefix, 0, buffer) == 0)
         return false;

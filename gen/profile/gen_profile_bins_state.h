@@ -18,9 +18,9 @@
 #ifndef GEN_PROFILE_BINS_STATE_H
 #define GEN_PROFILE_BINS_STATE_H
 
-#include "gen/os/gen_os_thread.h"
 #include "gen/profile/gen_profile_bins_metrics.h"
 #include "gen_profile_bins_sys.h"
+#include "sys/os/sys_os_thread.h"
 
 #include <array>
 #include <atomic>
@@ -151,7 +151,7 @@ inline GEN_PB_STATE &gen_pb()
 /// Whether the calling thread owns the bins.
 inline bool gen_pb_is_own_thread()
 {
-    return gen_pb().run.thread.load(std::memory_order_relaxed) == gen_os_thread_self();
+    return gen_pb().run.thread.load(std::memory_order_relaxed) == sys_thread_self();
 }
 
 /// Whether an open, a close or a finalize may go on: on the thread that owns the bins, and not from inside a message of

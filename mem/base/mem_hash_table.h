@@ -20,8 +20,8 @@
 #include <cstdlib>
 #include <utility>
 
-/// Entry is a plain structure with a member `key` of 64 bits, which is 0 in a free place. A new entry is all zeros
-/// apart from its key. Growing copies entries.
+/// Entry is a plain structure with a member `key` of 64 bits, which is 0 in a free place. All other members of a new
+/// entry are 0. Growing copies entries.
 template <typename Entry>
 class MEM_HASH_TABLE
 {

@@ -1,5 +1,5 @@
 // A lock that can be taken inside operators new and delete, at any time of the process: it needs neither construction
-// nor memory. Threads that find it held wait by MEM_LOCK_SCOPE of mem_locks.h, which asks the system.
+// nor memory. A thread that finds it held waits in mem_lock_wait() of mem_locks.h, which makes system calls.
 #ifndef MEM_LOCK_H
 #define MEM_LOCK_H
 

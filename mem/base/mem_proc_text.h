@@ -9,8 +9,8 @@
 /// The resident pages: the second of the seven numbers of a "statm" text, the only line, which ends in a line feed.
 bool mem_proc_statm_resident_pages(std::string_view text, std::uint64_t *pages);
 
-/// A size of a "status" text in bytes: the field "VmPeak" of the line "VmPeak:\t    6240 kB\n" gives 6389760. A last
+/// A size of a "status" text in bytes: with the key "VmPeak:", the line "VmPeak:\t    6240 kB\n" gives 6389760. A last
 /// line without a line feed may be cut short and is not read.
-bool mem_proc_status_bytes(std::string_view text, std::string_view field, std::uint64_t *bytes);
+bool mem_proc_status_bytes(std::string_view text, std::string_view key, std::uint64_t *bytes);
 
 #endif

@@ -2,8 +2,8 @@
 
 #include "mem/config/mem_cfg.h"
 
-// The suite hands over five of its functions when a process starts. The configuration asks the first one for the
-// installation root. Nothing in this library depends on the other four facts, so those functions are not kept.
+// The suite hands over five of its functions when a process starts. The configuration gets the installation root from
+// the first one. Nothing in this library depends on the results of the other four, so those functions are not kept.
 
 void mem_set_gen_get_kalvern_path_callback(std::string (*callback)())
 {

@@ -1,12 +1,12 @@
-// Files are read at the first question. A thread may ask again while it reads: from the function that returns the
+// Files are read at the first query. A thread may query again while it reads: from the function that returns the
 // installation root, or from an operator new of the tool. Two locks and a mark on the thread keep that safe:
 //
 //     thread A                                           thread B
-//     asks for "verbose"; no file was read yet
+//     queries "verbose"; no file was read yet
 //     marks itself as reading, locks `reading`
-//     reads "kalvern.ini", which allocates;              asks for "verbose", waits for `reading`
-//       its operator new asks for "trace": A is marked,
-//       so the answer comes from the tables as they are
+//     reads "kalvern.ini", which allocates;              queries "verbose", waits for `reading`
+//       its operator new queries "trace": A is marked,
+//       so the value comes from the tables as they are
 //     locks `tables`, adds the values, unlocks `tables`
 //     unlocks `reading`                                  finds that the files were read
 //     locks `tables`, looks "verbose" up                 locks `tables`, looks "verbose" up
@@ -29,7 +29,7 @@ namespace {
 constexpr char FILE_NAME[] = "kalvern.ini";
 constexpr char FILE_VARIABLE[] = "KALVERN_INI";
 
-// Kinds of questions, as bits of MEM_CFG_ENTRY::reported.
+// Kinds of queries, as bits of MEM_CFG_ENTRY::reported.
 constexpr unsigned AS_SWITCH = 1;
 constexpr unsigned AS_NUMBER = 2;
 
@@ -37,7 +37,7 @@ using Problems = std::vector<std::string>;
 
 struct Configuration
 {
-    // The next three are written under `reading`, by the question that reads the files.
+    // The next three are written under `reading`, by the query that reads the files.
     std::mutex reading;
     // Set after the values of these files are in the tables. Any thread reads them without the lock.
     std::atomic<bool> has_start_files{false};
@@ -46,21 +46,22 @@ struct Configuration
     // is one source however it is reached.
     std::vector<std::string> texts;
 
-    // Guards the values, which mem_cfg_set() and the question that reads the files write.
+    // Guards the values, which mem_cfg_set() and the query that reads the files write.
     std::mutex tables;
     MEM_CFG_ENTRIES set_values;
     MEM_CFG_ENTRIES file_values;
 };
 
-// All state of the configuration. The exit destroys none of it, since exit handlers of other libraries still ask.
+// All state of the configuration. The exit destroys none of it, since exit handlers of other libraries still query it.
 
-// Written by each event that may change an answer; never 0.
+// Written by each event that may change a result; never 0.
 std::atomic<std::uint64_t> l_generation{1};
 
 // Null until the process sets it, which it does when it starts.
 std::atomic<std::string (*)()> l_root_function{nullptr};
 
-// True while the thread reads configuration files or asks for the place of one. Written by its own thread.
+// True while the thread reads configuration files or calls the function of the installation root. Written by its own
+// thread.
 thread_local bool l_is_reading = false;
 
 // Made by the first caller.
@@ -168,7 +169,7 @@ std::shared_ptr<MEM_CFG_ENTRY> find_entry(char const *key)
     return nullptr;
 }
 
-// Reports a value that can't be read, once for each kind of question.
+// Reports a value that can't be read, once for each kind of query.
 void report_value(MEM_CFG_ENTRY &entry, char const *key, unsigned kind, char const *expected)
 {
     if ((entry.reported.fetch_or(kind) & kind) != 0)
@@ -197,20 +198,20 @@ std::uint64_t mem_cfg_generation()
 
 bool mem_cfg_is_on(char const *key, bool default_value)
 {
-    bool answer = default_value;
+    bool result = default_value;
     std::shared_ptr<MEM_CFG_ENTRY> const entry = find_entry(key);
-    if (entry != nullptr && !mem_cfg_parse_switch(entry->value, answer))
+    if (entry != nullptr && !mem_cfg_parse_switch(entry->value, result))
         report_value(*entry, key, AS_SWITCH, "on, off, true, false, yes, no, 1 or 0");
-    return answer;
+    return result;
 }
 
 int mem_cfg_get_int_value(char const *key, int default_value)
 {
-    int answer = default_value;
+    int result = default_value;
     std::shared_ptr<MEM_CFG_ENTRY> const entry = find_entry(key);
-    if (entry != nullptr && !mem_cfg_parse_number(entry->value, answer))
+    if (entry != nullptr && !mem_cfg_parse_number(entry->value, result))
         report_value(*entry, key, AS_NUMBER, "a whole number from -2147483648 to 2147483647");
-    return answer;
+    return result;
 }
 
 std::string mem_cfg_get_value(char const *key)

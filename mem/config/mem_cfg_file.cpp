@@ -125,23 +125,23 @@ void mem_cfg_parse(std::string const &path, std::string_view text, MEM_CFG_ENTRI
                            " more lines can't be read");
 }
 
-bool mem_cfg_parse_switch(std::string_view text, bool &answer)
+bool mem_cfg_parse_switch(std::string_view text, bool &is_on)
 {
     text = without_blanks(text);
     for (char const *const on : {"on", "true", "yes", "1"})
         if (equal_without_case(text, on)) {
-            answer = true;
+            is_on = true;
             return true;
         }
     for (char const *const off : {"off", "false", "no", "0"})
         if (equal_without_case(text, off)) {
-            answer = false;
+            is_on = false;
             return true;
         }
     return false;
 }
 
-bool mem_cfg_parse_number(std::string_view text, int &answer)
+bool mem_cfg_parse_number(std::string_view text, int &number)
 {
     text = without_blanks(text);
     bool const negative = starts_with(text, "-");
@@ -159,7 +159,7 @@ bool mem_cfg_parse_number(std::string_view text, int &answer)
     if (result.ec != std::errc() || result.ptr != end || magnitude > largest)
         return false;
     auto const value = static_cast<std::int64_t>(magnitude);
-    answer = static_cast<int>(negative ? -value : value);
+    number = static_cast<int>(negative ? -value : value);
     return true;
 }
 

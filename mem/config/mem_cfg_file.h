@@ -14,7 +14,7 @@ struct MEM_CFG_ENTRY
 {
     std::string value;
     std::string origin; // "<file>:<line>" or the call that set it
-    // The kinds of questions for which its value was reported as unreadable, as bits.
+    // The kinds of queries for which its value was reported as unreadable, as bits.
     std::atomic<unsigned> reported{0};
 };
 
@@ -34,9 +34,9 @@ bool mem_cfg_read_file(std::string const &path, std::string &text, std::vector<s
 void mem_cfg_parse(std::string const &path, std::string_view text, MEM_CFG_ENTRIES &entries,
                    std::vector<std::string> &problems);
 
-/// Return false, and leave `answer` as it was, if the text is no switch, or no number of 32 bits with sign.
-bool mem_cfg_parse_switch(std::string_view text, bool &answer);
-bool mem_cfg_parse_number(std::string_view text, int &answer);
+/// Return false, and leave the output alone, if the text is not a switch, or not a signed number of 32 bits.
+bool mem_cfg_parse_switch(std::string_view text, bool &is_on);
+bool mem_cfg_parse_number(std::string_view text, int &number);
 
 /// The text in double quotes, for a message: "?" for each control character, and cut to a readable length.
 std::string mem_cfg_quoted(std::string_view text);

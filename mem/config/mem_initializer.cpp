@@ -8,5 +8,5 @@ MEM_INITIALIZER::MEM_INITIALIZER(char const *)
     mem_cfg_prepare();
 }
 
-// Exit handlers of other libraries may still ask for keys and emit messages, so nothing is destroyed.
+// Exit handlers of other libraries may still query keys and emit messages, so nothing is destroyed.
 MEM_INITIALIZER::~MEM_INITIALIZER() = default;

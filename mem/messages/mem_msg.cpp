@@ -33,17 +33,17 @@ std::atomic<bool> l_has_sink{false};
 
 // The value of the debug key, written by every thread that finds it outdated: twice the generation of the
 // configuration for which it is valid, plus 1 for on. Initially 0, which is valid for no generation.
-std::atomic<std::uint64_t> l_debug_answer{0};
+std::atomic<std::uint64_t> l_debug_value{0};
 
 bool is_debug_on()
 {
     std::uint64_t const generation = mem_cfg_generation();
-    std::uint64_t answer = l_debug_answer.load(std::memory_order_relaxed);
-    if (answer >> 1 != generation) {
-        answer = generation << 1 | (mem_cfg_is_on(DEBUG_KEY, false) ? 1U : 0U);
-        l_debug_answer.store(answer, std::memory_order_relaxed);
+    std::uint64_t value = l_debug_value.load(std::memory_order_relaxed);
+    if (value >> 1 != generation) {
+        value = generation << 1 | (mem_cfg_is_on(DEBUG_KEY, false) ? 1U : 0U);
+        l_debug_value.store(value, std::memory_order_relaxed);
     }
-    return (answer & 1) != 0;
+    return (value & 1) != 0;
 }
 
 // Closes the former file.

@@ -33,8 +33,4 @@ std::uintptr_t mem_os_stack_end(std::uintptr_t stack);
 /// True if the address is in the shared library of the C++ runtime.
 bool mem_os_is_cxx_runtime(std::uintptr_t address);
 
-/// The file name of the executable or library in which the address lies, cut to `size`; the empty text if there is
-/// none. Takes a lock of the loader.
-void mem_os_module_name(std::uintptr_t address, char *name, std::size_t size);
-
 #endif

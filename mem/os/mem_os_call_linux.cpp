@@ -1,12 +1,12 @@
 #include "mem/os/mem_os_call.h"
 
 #include "mem/os/mem_os_frame.h"
+#include "sys/sys_module.h"
 
 #include <atomic>
-#include <cerrno>
-#include <cstring>
 #include <link.h>
 #include <pthread.h>
+#include <string_view>
 #include <unwind.h>
 
 namespace {
@@ -18,13 +18,13 @@ struct AddressRange
     std::uintptr_t end;
 };
 
-// The code of the C++ runtime. Written by every thread that asks before the end is stored, always with the same values.
-// The threads don't wait for each other, as they would for the guard of a static: one of them may hold the loader's
-// lock, which the search takes. The exit leaves it.
+// The code of the C++ runtime. Written by every thread that finds no end stored yet, always with the same values. The
+// threads don't wait for each other, as they would for the guard of a static: one of them may hold the loader's lock,
+// which the search takes. The exit leaves it.
 std::atomic<std::uintptr_t> l_cxx_runtime_begin{0};
 std::atomic<std::uintptr_t> l_cxx_runtime_end{0}; // stored last; 0 until then
 
-// The stack of the thread. Written by its own thread, at its first question; empty until then.
+// The stack of the thread. Written by its own thread, at its first query; empty until then.
 __thread AddressRange l_stack __attribute__((tls_model("initial-exec"))) = {};
 
 struct FrameWalk
@@ -52,44 +52,10 @@ _Unwind_Reason_Code record_frame(_Unwind_Context *context, void *data)
     return _URC_NO_REASON;
 }
 
-struct ModuleQuery
-{
-    std::uintptr_t address;
-    char *name;
-    std::size_t size;
-};
-
-bool holds(dl_phdr_info const &info, std::uintptr_t address)
-{
-    for (int i = 0; i < info.dlpi_phnum; ++i) {
-        ElfW(Phdr) const &header = info.dlpi_phdr[i];
-        if (header.p_type == PT_LOAD && address - info.dlpi_addr - header.p_vaddr < header.p_memsz)
-            return true;
-    }
-    return false;
-}
-
-char const *file_name(char const *path)
-{
-    char const *const slash = std::strrchr(path, '/');
-    return slash == nullptr ? path : slash + 1;
-}
-
-int find_module_name(dl_phdr_info *info, std::size_t, void *data)
-{
-    ModuleQuery const &question = *static_cast<ModuleQuery *>(data);
-    if (!holds(*info, question.address))
-        return 0;
-    // The loader has no name for the executable.
-    char const *const name = *info->dlpi_name == '\0' ? program_invocation_short_name : file_name(info->dlpi_name);
-    std::strncat(question.name, name, question.size - 1);
-    return 1;
-}
-
 int find_cxx_runtime(dl_phdr_info *info, std::size_t, void *data)
 {
-    constexpr char PREFIX[] = "libstdc++.so";
-    if (std::strncmp(file_name(info->dlpi_name), PREFIX, sizeof PREFIX - 1) != 0)
+    constexpr std::string_view PREFIX = "libstdc++.so";
+    if (sys_file_name(info->dlpi_name).substr(0, PREFIX.size()) != PREFIX)
         return 0;
     AddressRange &range = *static_cast<AddressRange *>(data);
     for (int i = 0; i < info->dlpi_phnum; ++i) {
@@ -152,11 +118,4 @@ bool mem_os_is_cxx_runtime(std::uintptr_t address)
 {
     AddressRange const range = cxx_runtime();
     return range.begin <= address && address < range.end;
-}
-
-void mem_os_module_name(std::uintptr_t address, char *name, std::size_t size)
-{
-    *name = '\0';
-    ModuleQuery question{address, name, size};
-    dl_iterate_phdr(find_module_name, &question);
 }

@@ -1,6 +1,7 @@
 #include "mem/os/mem_os.h"
 
 #include "mem/base/mem_proc_text.h"
+#include "sys/os/sys_os_text_file_linux.h"
 
 #include <atomic>
 #include <fcntl.h>
@@ -52,16 +53,11 @@ bool open_and_read_statm(std::size_t *bytes)
     return read;
 }
 
-bool read_status(char const *field, std::size_t *bytes)
+bool read_status(char const *key, std::size_t *bytes)
 {
-    int const descriptor = open("/proc/self/status", O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-        return false;
-    char text[8192]; // the memory lines follow the user's groups, mostly within the first kilobyte
-    ssize_t const length = read(descriptor, text, sizeof text);
-    close(descriptor);
     std::uint64_t value = 0;
-    if (length < 0 || !mem_proc_status_bytes({text, static_cast<std::size_t>(length)}, field, &value))
+    // The memory lines follow the user's groups, mostly within the first kilobyte.
+    if (!mem_proc_status_bytes(SYS_OS_TEXT_FILE("/proc/self/status").text(), key, &value))
         return false;
     *bytes = value;
     return true;
@@ -92,12 +88,12 @@ bool mem_os_working_set(std::size_t *bytes)
 
 bool mem_os_peak_working_set(std::size_t *bytes)
 {
-    return read_status("VmHWM", bytes) || read_resource_mark(bytes);
+    return read_status("VmHWM:", bytes) || read_resource_mark(bytes);
 }
 
 bool mem_os_peak_virtual(std::size_t *bytes)
 {
-    return read_status("VmPeak", bytes);
+    return read_status("VmPeak:", bytes);
 }
 
 bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes)
@@ -105,11 +101,6 @@ bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes)
     // The figure of the resource usage is cheap. It is a mark and not the peak, since it survives the start of a new
     // program: it begins at the figure of the program that the process ran before, often the parent's.
     return mem_os_working_set(bytes) && read_resource_mark(mark_bytes);
-}
-
-bool mem_os_is_last_thread_of_exit()
-{
-    return false;
 }
 
 bool mem_os_watch_forks(void (*before)(), void (*in_parent)(), void (*in_child)())

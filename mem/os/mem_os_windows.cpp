@@ -50,15 +50,6 @@ bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes)
     return true;
 }
 
-bool mem_os_is_last_thread_of_exit()
-{
-    using ShutdownQuery = BOOLEAN(NTAPI *)();
-    HMODULE const library = GetModuleHandleA("ntdll.dll");
-    FARPROC const function = library == nullptr ? nullptr : GetProcAddress(library, "RtlDllShutdownInProgress");
-    auto const question = reinterpret_cast<ShutdownQuery>(reinterpret_cast<void *>(function));
-    return question != nullptr && question() != FALSE;
-}
-
 bool mem_os_watch_forks(void (*)(), void (*)(), void (*)())
 {
     return true;

@@ -16,16 +16,16 @@ alignas(64) std::atomic<bool> mem_count_linked{false};
 namespace {
 
 constexpr std::int64_t FOLD_BYTES = 65536;
-constexpr std::int64_t LOWEST = std::numeric_limits<std::int64_t>::min();
-constexpr std::int64_t HIGHEST = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t SMALLEST = std::numeric_limits<std::int64_t>::min();
+constexpr std::int64_t LARGEST = std::numeric_limits<std::int64_t>::max();
 
 // Written by every fold, in this order, and read in the opposite order. So if a reader finds a fold in the peak, it
 // finds the fold in the total too. On a cache line of their own.
 struct alignas(64) Totals
 {
     std::atomic<std::int64_t> bytes{0};
-    // The largest sample since a boundary last took it; LOWEST if there was none.
-    std::atomic<std::int64_t> peak_bytes{LOWEST};
+    // The largest sample since a boundary last took it; SMALLEST if there was none.
+    std::atomic<std::int64_t> peak_bytes{SMALLEST};
 };
 Totals l_totals;
 
@@ -51,8 +51,8 @@ void set_limits(MEM_THREAD_COUNT &count)
 {
     bool const all = count.state != MEM_THREAD_COUNT::LISTED || l_blocks_are_watched.load(std::memory_order_relaxed);
     std::int64_t const folded = count.folded_bytes.load(std::memory_order_relaxed);
-    count.high_bytes.store(all ? LOWEST : folded + FOLD_BYTES, std::memory_order_relaxed);
-    count.low_bytes.store(all ? HIGHEST : folded - FOLD_BYTES, std::memory_order_relaxed);
+    count.high_bytes.store(all ? SMALLEST : folded + FOLD_BYTES, std::memory_order_relaxed);
+    count.low_bytes.store(all ? LARGEST : folded - FOLD_BYTES, std::memory_order_relaxed);
 }
 
 [[gnu::noinline]] void fold(MEM_THREAD_COUNT &count)
@@ -170,7 +170,7 @@ void begin_counting(MEM_THREAD_COUNT &count)
     add_to_total(bytes, 0);
 }
 
-// Asked after every count, since a change of the switch may not have reached the record of this thread yet.
+// Checked after every count, since a change of the switch may not have reached the record of this thread yet.
 bool is_watched(void const *block)
 {
     return block != nullptr && l_blocks_are_watched.load(std::memory_order_relaxed);
@@ -236,7 +236,7 @@ MEM_BOUNDARY mem_count_boundary()
     // A peak that isn't above the total now needn't be reset, since the next peak starts at that total. This saves most
     // boundaries the exchange.
     if (peak > now) {
-        peak = l_totals.peak_bytes.exchange(LOWEST, std::memory_order_acq_rel);
+        peak = l_totals.peak_bytes.exchange(SMALLEST, std::memory_order_acq_rel);
         now = l_totals.bytes.load(std::memory_order_acquire);
     }
     return {now, std::max(peak, now)};

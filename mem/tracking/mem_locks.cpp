@@ -1,6 +1,7 @@
 #include "mem/tracking/mem_locks.h"
 
 #include "mem/os/mem_os.h"
+#include "sys/sys_process.h"
 #include "thr_sys.h"
 
 MEM_LOCK mem_switch_lock;
@@ -40,7 +41,7 @@ void unlock_all_in_child()
 void mem_lock_wait(MEM_LOCK &lock)
 {
     do {
-        if (mem_os_is_last_thread_of_exit())
+        if (sys_is_last_thread_of_exit())
             return;
         thr_sleep(0);
     } while (!lock.try_lock());

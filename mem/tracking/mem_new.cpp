@@ -14,7 +14,7 @@
 
 #include <new>
 
-// The linker is told to look for this name, so that it takes this source into a tool even if the tool has found other
+// The linker gets this name as an undefined one, so that it takes this source into a tool even if it has found other
 // operators. Set when the process starts; counting 0 bytes makes the process one that counts. The exit keeps it.
 extern bool const mem_new_linked;
 bool const mem_new_linked = (mem_count_allocation(nullptr, 0, nullptr, nullptr), true);

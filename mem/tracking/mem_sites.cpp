@@ -2,10 +2,12 @@
 
 #include "mem/base/mem_hash_table.h"
 #include "mem/tracking/mem_locks.h"
+#include "sys/sys_module.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string_view>
 
 namespace {
 
@@ -64,7 +66,7 @@ struct SiteRecord
     std::uint64_t peak; // the number of the peak for which `site` has saved its bytes
 };
 
-using ModuleName = char[128];
+using ModuleName = char[128]; // cut if it is longer
 
 struct SiteModule
 {
@@ -225,7 +227,9 @@ void mem_sites_add(void const *block, std::size_t bytes, MEM_CALL const &call)
     }
     // Without the lock: a thread that holds the loader's lock may be waiting for it.
     ModuleName module_name = {};
-    mem_os_module_name(calls.return_addresses[0], module_name, sizeof module_name);
+    SYS_MODULE module;
+    if (sys_find_module(calls.return_addresses[0], module))
+        std::string_view(module.name).copy(module_name, sizeof module_name - 1);
     MEM_LOCK_SCOPE const lock(mem_sites_lock);
     if (!enter_at_known_site(block, bytes, calls) &&
         !(add_site(calls, module_name) && enter_at_known_site(block, bytes, calls)))

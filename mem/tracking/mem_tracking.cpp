@@ -22,7 +22,8 @@ void start(int bits)
         mem_bins_start_timeline();
 }
 
-// The word of the switches. The first question reads the key; of several first questions, one sets the word.
+// The word of the switches. The first call reads the key. If several threads make the first call at once, one of them
+// sets the word.
 int tracking()
 {
     if (mem_switches_word.load(std::memory_order_relaxed) == 0)

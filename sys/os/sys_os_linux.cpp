@@ -6,13 +6,12 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <link.h>
 
 namespace {
 
-// Whether a library that was loaded by way of a version link is the file of that name: "libx.so.1.0" is asked for, and
-// the loader found it by way of "libx.so.1".
+// Whether `loaded` is a link with a part of the version of `asked`, and leads to it: "libx.so.1.0" is asked for, and
+// the loader has loaded "libx.so.1", a link to that file.
 bool is_target_of_version_link(std::string_view asked, char const *loaded)
 {
     if (!sys_is_version_of(sys_file_name(loaded), sys_file_name(asked)))
@@ -21,7 +20,7 @@ bool is_target_of_version_link(std::string_view asked, char const *loaded)
     return realpath(loaded, target) != nullptr && sys_library_names(asked, target);
 }
 
-struct LibraryQuestion
+struct LibraryQuery
 {
     std::string_view asked;
     char const *loaded; // the loader's own text, which is valid while the library is loaded; null until it is found
@@ -29,24 +28,24 @@ struct LibraryQuestion
 
 int compare_library(dl_phdr_info *info, std::size_t, void *data)
 {
-    LibraryQuestion &question = *static_cast<LibraryQuestion *>(data);
+    LibraryQuery &query = *static_cast<LibraryQuery *>(data);
     char const *const loaded = info->dlpi_name;
     if (loaded == nullptr ||
-        (!sys_library_names(question.asked, loaded) && !is_target_of_version_link(question.asked, loaded)))
+        (!sys_library_names(query.asked, loaded) && !is_target_of_version_link(query.asked, loaded)))
         return 0;
-    question.loaded = loaded;
+    query.loaded = loaded;
     return 1;
 }
 
 // Null if the library is not loaded.
 char const *find_loaded(char const *name)
 {
-    LibraryQuestion question{name, nullptr};
-    dl_iterate_phdr(compare_library, &question);
-    return question.loaded;
+    LibraryQuery query{name, nullptr};
+    dl_iterate_phdr(compare_library, &query);
+    return query.loaded;
 }
 
-struct ModuleQuestion
+struct ModuleQuery
 {
     std::uintptr_t address;
     SYS_MODULE &module;
@@ -75,15 +74,15 @@ std::uintptr_t begin_of(dl_phdr_info const &info)
 
 int compare_module(dl_phdr_info *info, std::size_t, void *data)
 {
-    ModuleQuestion const &question = *static_cast<ModuleQuestion *>(data);
-    if (!contains(*info, question.address))
+    ModuleQuery const &query = *static_cast<ModuleQuery *>(data);
+    if (!contains(*info, query.address))
         return 0;
     // The executable has the empty name in the loader's list.
     std::string_view const name =
         *info->dlpi_name == '\0' ? program_invocation_short_name : sys_file_name(info->dlpi_name).data();
-    std::size_t const length = name.copy(question.module.name, sizeof question.module.name - 1);
-    question.module.name[length] = '\0';
-    question.module.begin = begin_of(*info);
+    std::size_t const length = name.copy(query.module.name, sizeof query.module.name - 1);
+    query.module.name[length] = '\0';
+    query.module.begin = begin_of(*info);
     return 1;
 }
 
@@ -105,8 +104,8 @@ bool sys_find_library(char const *name, std::string &path)
 
 bool sys_find_module(std::uintptr_t address, SYS_MODULE &module)
 {
-    ModuleQuestion question{address, module};
-    return dl_iterate_phdr(compare_module, &question) != 0;
+    ModuleQuery query{address, module};
+    return dl_iterate_phdr(compare_module, &query) != 0;
 }
 
 bool sys_is_debugged()

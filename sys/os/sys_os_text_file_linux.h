@@ -9,8 +9,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-/// The first 8 KiB of a file of the system. That is the whole file, or contains the lines that are looked for. Empty if
-/// the file can't be read. Allocates nothing.
+/// The first 8 KiB of a file of the system, which is the whole file or at least contains the lines that its readers
+/// look for. Empty if the file can't be read. Allocates nothing.
 class SYS_OS_TEXT_FILE
 {
 public:

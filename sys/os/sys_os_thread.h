@@ -1,5 +1,5 @@
-// The identity of the calling thread, as cheap as the platform allows: every open and close of a profile bin asks for
-// it.
+// The identity of the calling thread, as cheap as the platform allows, since every open and close of a profile bin
+// reads it.
 #ifndef SYS_OS_THREAD_H
 #define SYS_OS_THREAD_H
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-using ShutdownQuestion = BOOLEAN(NTAPI *)();
+using ShutdownQuery = BOOLEAN(NTAPI *)();
 
 // The text of the module table, which is cut at 260 characters.
 bool read_module_path(HMODULE module, char (&path)[MAX_PATH + 1])
@@ -54,7 +54,7 @@ bool sys_find_module(std::uintptr_t address, SYS_MODULE &module)
     constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     HMODULE handle = nullptr;
     char path[MAX_PATH + 1];
-    // For a null address the system would answer with the executable.
+    // For a null address the system would give the executable.
     if (address == 0 || !GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(address), &handle) ||
         !read_module_path(handle, path))
         return false;
@@ -72,8 +72,8 @@ bool sys_is_debugged()
 
 bool sys_is_last_thread_of_exit()
 {
-    auto const question = sys_os_find_function<ShutdownQuestion>("ntdll.dll", "RtlDllShutdownInProgress");
-    return question != nullptr && question() != FALSE;
+    auto const query = sys_os_find_function<ShutdownQuery>("ntdll.dll", "RtlDllShutdownInProgress");
+    return query != nullptr && query() != FALSE;
 }
 
 std::int64_t sys_thread_self()

@@ -44,28 +44,28 @@ constexpr StatmCase STATM_CASES[] = {
 struct StatusCase
 {
     char const *text;
-    char const *field;
+    char const *key;
     bool parsed;
     std::uint64_t bytes;
 };
 constexpr StatusCase STATUS_CASES[] = {
-    {"Name:\tcat\nVmPeak:\t    6240 kB\nVmHWM:\t    1820 kB\n", "VmPeak", true, 6389760},
-    {"Name:\tcat\nVmPeak:\t    6240 kB\nVmHWM:\t    1820 kB\n", "VmHWM", true, 1863680},
-    {"VmPeak: 0 kB\n", "VmPeak", true, 0},
-    {"VmPeak:18014398509481983 kB\n", "VmPeak", true, 18446744073709550592U},
-    // a field's name is whole, and its line begins with it
-    {"VmPeakX:\t1 kB\nVmPeak:\t2 kB\n", "VmPeak", true, 2048},
-    {"Name:\tVmPeak:\t1 kB\nVmPeak:\t2 kB\n", "VmPeak", true, 2048},
-    {"VmPea:\t1 kB\n", "VmPeak", false, UNTOUCHED},
+    {"Name:\tcat\nVmPeak:\t    6240 kB\nVmHWM:\t    1820 kB\n", "VmPeak:", true, 6389760},
+    {"Name:\tcat\nVmPeak:\t    6240 kB\nVmHWM:\t    1820 kB\n", "VmHWM:", true, 1863680},
+    {"VmPeak: 0 kB\n", "VmPeak:", true, 0},
+    {"VmPeak:18014398509481983 kB\n", "VmPeak:", true, 18446744073709550592U},
+    // the line begins with the whole key
+    {"VmPeakX:\t1 kB\nVmPeak:\t2 kB\n", "VmPeak:", true, 2048},
+    {"Name:\tVmPeak:\t1 kB\nVmPeak:\t2 kB\n", "VmPeak:", true, 2048},
+    {"VmPea:\t1 kB\n", "VmPeak:", false, UNTOUCHED},
     // cut, or of another kind
-    {"", "VmPeak", false, UNTOUCHED},
-    {"VmPeak:\t    6240 kB", "VmPeak", false, UNTOUCHED},
-    {"VmPeak:\t    6240\n", "VmPeak", false, UNTOUCHED},
-    {"VmPeak:\t    6240 MB\n", "VmPeak", false, UNTOUCHED},
-    {"VmPeak:\t    6240 kB more\n", "VmPeak", false, UNTOUCHED},
-    {"VmPeak:\tkB\n", "VmPeak", false, UNTOUCHED},
-    {"VmPeak:\t-1 kB\n", "VmPeak", false, UNTOUCHED},
-    {"VmPeak:\t18014398509481984 kB\n", "VmPeak", false, UNTOUCHED},
+    {"", "VmPeak:", false, UNTOUCHED},
+    {"VmPeak:\t    6240 kB", "VmPeak:", false, UNTOUCHED},
+    {"VmPeak:\t    6240\n", "VmPeak:", false, UNTOUCHED},
+    {"VmPeak:\t    6240 MB\n", "VmPeak:", false, UNTOUCHED},
+    {"VmPeak:\t    6240 kB more\n", "VmPeak:", false, UNTOUCHED},
+    {"VmPeak:\tkB\n", "VmPeak:", false, UNTOUCHED},
+    {"VmPeak:\t-1 kB\n", "VmPeak:", false, UNTOUCHED},
+    {"VmPeak:\t18014398509481984 kB\n", "VmPeak:", false, UNTOUCHED},
 };
 
 } // namespace
@@ -79,11 +79,11 @@ TEST(MemProcText, StatmGivesTheResidentPages)
     }
 }
 
-TEST(MemProcText, StatusGivesAFieldInBytes)
+TEST(MemProcText, StatusGivesASizeInBytes)
 {
     for (StatusCase const &c : STATUS_CASES) {
         std::uint64_t bytes = UNTOUCHED;
-        EXPECT_EQ(mem_proc_status_bytes(c.text, c.field, &bytes), c.parsed) << '"' << c.text << '"';
+        EXPECT_EQ(mem_proc_status_bytes(c.text, c.key, &bytes), c.parsed) << '"' << c.text << '"';
         EXPECT_EQ(bytes, c.bytes) << '"' << c.text << '"';
     }
 }

@@ -1,5 +1,6 @@
 # Installs a build, moves the installed tree, builds a consumer against it by the CMake package and
-# by pkg-config, and runs both: the root they find must be the moved prefix.
+# by pkg-config, and runs both: the root they find must be the moved prefix. A second one links the
+# operators of zel::mem_new from there and checks that they count.
 #
 # Given: BUILD_DIR, SOURCE_DIR (of the consumer), WORK_DIR, CXX, TOOLCHAIN_FILE, EMULATOR, IS_WINDOWS.
 
@@ -7,17 +8,23 @@ function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ECHO STDOUT COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# expect_root(<executable>)
-function(expect_root executable)
+# run_installed(<executable> <variable>): with the installed libraries; the variable receives its output.
+function(run_installed executable variable)
   if(IS_WINDOWS)
     set(ENV{WINEPATH} "Z:${prefix}/bin")
     set(ENV{WINEDEBUG} -all)
   else()
     set(ENV{LD_LIBRARY_PATH} "${prefix}/lib")
   endif()
-  execute_process(COMMAND ${EMULATOR} "${executable}" OUTPUT_VARIABLE root OUTPUT_STRIP_TRAILING_WHITESPACE
-                  COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${EMULATOR} "${executable}" OUTPUT_VARIABLE output ECHO_OUTPUT_VARIABLE
+                  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   unset(ENV{LD_LIBRARY_PATH})
+  set(${variable} "${output}" PARENT_SCOPE)
+endfunction()
+
+# expect_root(<executable>)
+function(expect_root executable)
+  run_installed("${executable}" root)
   # Paths are lower case on Windows, and begin with a drive.
   string(TOLOWER "${prefix}/" expected)
   string(TOLOWER "${root}" found)
@@ -43,6 +50,7 @@ if(IS_WINDOWS)
   set(suffix .exe)
 endif()
 expect_root("${WORK_DIR}/by-package/consumer${suffix}")
+run_installed("${WORK_DIR}/by-package/counting${suffix}" output)
 
 set(ENV{PKG_CONFIG_PATH} "${prefix}/lib/pkgconfig")
 execute_process(COMMAND pkg-config --cflags --libs zel OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE

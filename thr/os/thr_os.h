@@ -1,4 +1,4 @@
-// The questions of zel_thr to the operating system.
+// Calls of zel_thr to the operating system.
 #ifndef THR_OS_H
 #define THR_OS_H
 
