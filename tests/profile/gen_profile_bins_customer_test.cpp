@@ -1,5 +1,5 @@
 // Every fault of the profile bins, in a development build and, over the version library of a release branch, in a
-// customer build: there the bins fall silent for good and the flow goes on.
+// customer build: there the bins are switched off for the rest of the process, and the flow continues.
 #include "gen/profile/gen_profile_bins_bin.h"
 
 #include "err_sys.h"

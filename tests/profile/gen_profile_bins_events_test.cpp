@@ -1,5 +1,5 @@
-// How opens and closes reach the tree: the buffer, ignoring, and the processing of an event. What
-// has reached the tree shows in the calls of the memory tracker, which are made when an event is processed.
+// How opens and closes reach the tree: the buffer, ignoring, and the processing of an event. An event that reaches the
+// tree calls the memory tracker; these calls are recorded.
 #include "err_sys.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/profile_bins.h"

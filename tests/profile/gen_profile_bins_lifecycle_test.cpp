@@ -565,8 +565,8 @@ TEST_F(GenProfileBinsAgain, MayBelongToAnotherThread)
     EXPECT_THAT(memory_calls(), IsEmpty());
 }
 
-// A tool that measures its own showing of messages. Its bins would come before the root, after the last bin, between
-// the closes of many, or bring a message that brings a bin.
+// A tool that opens a bin whenever it shows a message. Without protection these bins would come before the root, after
+// the last bin or between the closes of close_recursively(), or cause a message that causes a bin.
 TEST_F(GenProfileBinsAgain, MessagesOfTheBinsOpenNone)
 {
     mem_cfg_set("show_ignored_bin_warnings", "on");
