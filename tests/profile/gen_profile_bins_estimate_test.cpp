@@ -253,7 +253,8 @@ struct RaisedCase
     double cpu; // of a parent with one child, opened once each, that took 10 s on both clocks
     double wc;
 };
-// The bins' own costs are -1 s or 1 s each; the difference of outside and inside counts only if it is not negative.
+// The internal cost of each of the two openings is -1 s or 1 s. The external cost less the internal one is 1 s, or 0 if
+// the external one had to be raised.
 RaisedCase const RAISED_CASES[] = {
     {backward(CPU_SEC), backward(TICK_SEC), 12, 12},
     {backward(CPU_SEC), TICK_SEC, 12, 7},
