@@ -1,5 +1,5 @@
 // Listeners: an object that follows the bins of a run registers here, and the files below it don't know its name. All
-// calls are made on the thread that owns the bins.
+// calls are made on the thread that owns the bins, or that owned them until the end of the run.
 //
 //     class Log final : public GEN_PB_LISTENER
 //     {
@@ -27,10 +27,10 @@ public:
     virtual void on_close(GEN_PB_IMPL const & /*bin*/, GEN_PB_EVENT const & /*event*/) {}
     /// The bin that was opened or closed has a step label; called after on_open() or on_close().
     virtual void on_step(GEN_PB_IMPL const & /*bin*/, GEN_PB_EVENT const & /*event*/) {}
-    /// The bins are closed, and finalize(name) is about to write the reports and to delete the bins. The tree is still
-    /// as the opens and closes left it: the tagged report moves bins. Events that are still buffered are not in it.
+    /// The bins are closed, and finalize(name) is about to write the reports and to delete the bins. The tagged report
+    /// has not moved any bin yet. Events that are still buffered are not in the tree.
     virtual void on_complete(GEN_PB_IMPL const & /*root*/, char const * /*name*/) {}
-    /// A run has ended by finalize(name), and its bins are deleted.
+    /// A run has ended by finalize(name): its bins are deleted, and the thread doesn't own the bins any more.
     virtual void on_end(char const * /*name*/) {}
 
 protected:
