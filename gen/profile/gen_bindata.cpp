@@ -41,8 +41,8 @@ std::uint64_t GEN_BINDATA::bin(double item) const
 {
     GEN_ASSERT(item >= m_low && item <= m_high, "item >= m_low && item <= m_high");
     double const position = (item - m_low) / m_bin_width;
-    // The upper bound belongs to the last bin. So does a position that is infinite or not a number, which a range gives
-    // that is too wide or too narrow for its bins.
+    // The upper bound belongs to the last bin. If the range is too wide or too narrow for its bins, a position can be
+    // infinite or not a number; that belongs to the last bin, too.
     return position < static_cast<double>(m_num_bins) ? static_cast<std::uint64_t>(position) : m_num_bins - 1;
 }
 

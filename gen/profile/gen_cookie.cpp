@@ -1,8 +1,8 @@
 // The cookie log: values that a tool records by name, with the path of the bin that was current.
 //
-// Cookies under one path wait until the path changes or the log is written, and are then sorted by name. So those of
-// one place of the flow are in order whatever order its threads logged them in, and the places are in order of the
-// flow:
+// Cookies under one path wait until the path changes or the log is written, and are then sorted by name and value. So
+// the cookies of one place of the flow are in the same order whichever of its threads was first, and the places are in
+// the order of the flow:
 //
 //     b in X, a in X, c in Y, d in X   gives   a in X, b in X, c in Y, d in X
 #include "gen_cookie_sys.h"
@@ -42,7 +42,7 @@ struct Cookie
 
 bool operator<(Cookie const &a, Cookie const &b)
 {
-    return std::tie(a.m_description, a.m_path) < std::tie(b.m_description, b.m_path);
+    return std::tie(a.m_description, a.m_path, a.m_hash) < std::tie(b.m_description, b.m_path, b.m_hash);
 }
 
 // All cookies of the process. Any thread changes them, under the mutex; the owner of the bins writes them at the end.

@@ -23,7 +23,7 @@ constexpr std::uint32_t IMMEDIATE_BIN_LIMIT = 5000000;
 // A process that is not the flow's main one writes its reports at this granularity alone.
 constexpr int SECONDARY_REPORT_GRANULARITY = 3;
 
-// Room of the text for a bad regular expression, terminator included.
+// Size of the text that reports a bad regular expression, terminator included.
 constexpr std::size_t REGEX_ERROR_SIZE = 4096;
 
 // The one class of the bins: it adds their public operations.
@@ -133,7 +133,7 @@ void read_configuration(bool primary)
     run.print_log.store(is_log_wanted(primary, memory_is_tracked), std::memory_order_relaxed);
 }
 
-// There are no hooks for the first two keys: any value of them is a fault.
+// The keys name hooks that don't exist: any value of one of them is a fault.
 void check_hook_keys()
 {
     std::unique_ptr<boost::regex> const bins = compile_key("gen_tracq_profile_bin");
@@ -142,7 +142,8 @@ void check_hook_keys()
         GEN_PROFILE_BINS::check_make_tracq_equal_1_performed();
 }
 
-// The steps before the root is opened. A bin that a receiver of these messages opens would take the root's place.
+// The steps before the root is opened. Opens have no effect during them: a bin that a receiver of their messages opens
+// would become the root.
 void prepare(bool primary, bool debug_messages)
 {
     GEN_PB_BUSY const busy;
@@ -178,6 +179,7 @@ void warn_of_many_bins()
 bool report_and_delete_bins(char const *name)
 {
     GEN_PB_BUSY const busy;
+    gen_pb_notify_complete(*gen_pb().tree.root, name);
     if (gen_pb().run.print_log.load(std::memory_order_relaxed)) {
         gen_pb_write_reports(name);
         warn_of_many_bins();

@@ -17,7 +17,7 @@
 
 namespace {
 
-// Room of the text for a bad regular expression, terminator included.
+// Size of the text that reports a bad regular expression, terminator included.
 constexpr std::size_t REGEX_ERROR_SIZE = 4096;
 
 struct Stage

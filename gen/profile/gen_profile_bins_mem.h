@@ -8,8 +8,7 @@
 
 /// Prepares the logs of a run, before its root is opened.
 ///
-/// @param selected  of the names of the bins that have logs of their own, as the caller gives them; null if there are
-///                  none
+/// @param selected  matches the names of the bins that have logs of their own, as given to an open; null for no bin
 void gen_pb_start_memory_logs(std::unique_ptr<boost::regex> selected);
 
 /// Builds the table of the flow's stages, if the key of the stage logs is on.

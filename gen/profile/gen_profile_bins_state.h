@@ -106,7 +106,7 @@ struct GEN_PB_STATE
     struct Listeners
     {
         std::vector<GEN_PB_LISTENER *> at_bins; ///< at opens, closes and steps
-        std::vector<GEN_PB_LISTENER *> at_end;
+        std::vector<GEN_PB_LISTENER *> at_end;  ///< at the end of a run, before and after the bins are deleted
     } listeners;
 
     /// The results of the calibration, and the ratio rules: _estimate.

@@ -1,7 +1,7 @@
 // Tag joins: how the bins of one tag come together in the tagged report.
 //
 // Each bin with a tag moves out of its place into a subtree of its tag, below copies of the bins that were above it.
-// The copies have its share of their numbers. Take three bins with the tag "netlist":
+// Take three bins with the tag "netlist":
 //
 //     Fitter                        Fitter
 //       Plan                          Plan          less by the numbers of Read
@@ -18,7 +18,8 @@
 // the second, Read and Read are equal, Plan and Route differ, and above Plan is the bin of the tag. For the third, Read
 // and Wires differ at once, and above Read is the copy of Route, which needs no second copy.
 //
-// The copies and the bin of the tag are not computed: they have the numbers of the bins that they were made for.
+// The figures of the copies and of the bin of the tag are not computed as those of other bins. They are those of the
+// first tagged bin below, and the times of each later one are added.
 #include "gen/profile/gen_profile_bins_tagged.h"
 
 #include "gen/base/gen_debug_message.h"

@@ -1,5 +1,5 @@
-// A full disk: nothing is reported, nothing is thrown, and the process continues. Over Linux's device that is always
-// full, which Windows has no like of.
+// A full disk: nothing is reported, nothing is thrown, and the process continues. Linux has a device that is always
+// full; Windows has none.
 #include "gen_cookie_sys.h"
 #include "gen_profile_bins_sys.h"
 #include "gen_undo_redo_sys.h"
@@ -46,7 +46,7 @@ protected:
 
 } // namespace
 
-TEST_F(FullDisk, TheCookieLogSaysNothing)
+TEST_F(FullDisk, TheCookieLogSendsNoMessage)
 {
     mem_cfg_set("gen_print_cookie_log", "on");
     fill("cookie_db_tool.log");
@@ -59,7 +59,7 @@ TEST_F(FullDisk, TheCookieLogSaysNothing)
     EXPECT_THAT(m_messages.lines(), testing::Each(Not(HasSubstr("cookie"))));
 }
 
-TEST_F(FullDisk, TheLogsOfAStageSayNothing)
+TEST_F(FullDisk, TheLogsOfAStageSendNoFurtherMessage)
 {
     mem_cfg_set("gen_enable_mem_fileline_profiling", "on");
     for (char const *dump : {"fileline", "subsystem", "bin stats", "tag stats"})
@@ -79,8 +79,8 @@ TEST_F(FullDisk, TheLogsOfAStageSayNothing)
                 ElementsAre(first, "Dumping detailed memory logs for the placer stage of the flow"));
 }
 
-// Only the open of a file is looked at.
-TEST_F(FullDisk, TheReportsSayNothing)
+// Only the open of a file is checked.
+TEST_F(FullDisk, TheReportsSendNoFurtherMessage)
 {
     mem_cfg_set("gen_print_profile_bins", "on");
     fill("profile_bins_tool.log");
@@ -97,7 +97,7 @@ TEST_F(FullDisk, TheReportsSayNothing)
                             "0 bins may have been ignored improperly (use show_ignored_bin_warnings=on for details)"));
 }
 
-TEST_F(FullDisk, TheUndoFileSaysNothing)
+TEST_F(FullDisk, TheUndoFileSendsNoMessage)
 {
     fill("undo_redo.txt");
     GEN_UNDO_REDO_MGR manager;

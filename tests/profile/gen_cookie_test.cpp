@@ -163,8 +163,21 @@ TEST_F(GenCookie, TakesTwoCookiesOfOneNameAndLongNames)
     ASSERT_EQ(lines.size(), 8u);
     EXPECT_EQ(lines[4], row("", "4", "Root"));
     EXPECT_EQ(lines[5], long_name + '|' + padded("3", 25) + "|Root");
-    std::vector<std::string> const twice = {lines[6], lines[7]};
-    EXPECT_THAT(twice, testing::UnorderedElementsAre(row("twice", "1", "Root"), row("twice", "2", "Root")));
+    EXPECT_EQ(lines[6], row("twice", "1", "Root"));
+    EXPECT_EQ(lines[7], row("twice", "2", "Root"));
+}
+
+TEST_F(GenCookie, SortsManyOfOneNameAndPathByValue)
+{
+    constexpr std::size_t COOKIES = 100;
+    start();
+    for (std::size_t k = COOKIES; k != 0; --k)
+        gen_log_cookie("m", k);
+    finish();
+    std::vector<std::string> rows;
+    for (std::size_t k = 1; k <= COOKIES; ++k)
+        rows.push_back(row("m", std::to_string(k), "Root"));
+    EXPECT_EQ(file(), fresh_file("tool", rows));
 }
 
 TEST_F(GenCookie, IsWrittenOnlyWhenAskedFor)
@@ -234,7 +247,7 @@ TEST_F(GenCookie, CollectsAtAnyTime)
     mem_cfg_set("gen_print_cookie_log", "on");
     start();
     finish();
-    gen_log_cookie("behind", 3);
+    gen_log_cookie("after", 3);
     start();
     finish();
     std::vector<std::string> const first = {
@@ -243,7 +256,7 @@ TEST_F(GenCookie, CollectsAtAnyTime)
         row("between", "2", ""),
     };
     std::vector<std::string> second = first;
-    second.insert(second.end(), {row("behind", "3", ""), row("between", "2", "")}); // one group without a path
+    second.insert(second.end(), {row("after", "3", ""), row("between", "2", "")}); // one group without a path
     std::vector<std::string> rows = first;
     rows.insert(rows.end(), second.begin(), second.end());
     EXPECT_EQ(file(), fresh_file("tool", rows));

@@ -1,5 +1,5 @@
 // Every fault of the profile bins, in a development build and, over the version library of a release branch, in a
-// customer build: there the bins fall silent for good and the flow goes on.
+// customer build: there the bins are switched off for the rest of the process, and the flow continues.
 #include "gen/profile/gen_profile_bins_bin.h"
 
 #include "err_sys.h"
@@ -63,7 +63,7 @@ std::ostream &operator<<(std::ostream &out, Fault const &fault)
     return out << fault.name;
 }
 
-// A bin that stays when the bins are disabled; null if there is none.
+// A bin that still exists after the fault; null if there is none.
 GEN_PROFILE_BIN *l_living_bin = nullptr;
 
 // Starts, and makes a closed bin Fitter/Router next to the open Fitter/Placer.
@@ -110,7 +110,7 @@ constexpr char NO_ROOT_YET[] = "GEN_PB_IMPL::get_root_bin() == 0LL";
 constexpr char NONE_OPEN[] = "GEN_PB_IMPL::get_current_bin() == 0LL";
 
 Fault const FAULTS[] = {
-    // the ends of the system
+    // initialize and finalize
     {"finalize_without_initialize", WRONG_THREAD, {}, [] { GEN_PROFILE_BINS::finalize("tool", true); }},
     {"finalize_twice",
      WRONG_THREAD,
@@ -276,7 +276,7 @@ Fault const FAULTS[] = {
      },
      {"Finished closing bins recursively"}},
 
-    // questions to a bin
+    // operations of a bin
     {"close_of_a_bin_that_is_not_current",
      "GEN_PROFILE_BINS: Unable to close bin \"Fitter/Router\".  Current open bin was \"Fitter/Placer\"",
      {},
@@ -418,7 +418,7 @@ void expect_silence(GEN_PROFILE_BIN *bin)
     GEN_PROFILE_BINS::finalize("late", /*close_root=*/false);
     GEN_PROFILE_BINS::force_finalize("late");
     for (char const *key : {"gen_tracq_profile_bin", "gen_tracq_profile_tag"})
-        mem_cfg_set(key, nullptr); // these alone must not be the reason
+        mem_cfg_set(key, nullptr); // otherwise initialize would switch the bins off by itself
     GEN_PROFILE_BINS::initialize("Late", /*primary=*/true, /*debug_messages=*/true);
     GEN_PROFILE_BINS::check_make_tracq_equal_1_performed();
     EXPECT_EQ(GEN_PROFILE_BINS::open("TST", "late", GEN_PB_FLAG_ALL), nullptr);
@@ -633,7 +633,7 @@ void start_twice_at_exit()
     err_report_internal_error("elsewhere", "TST", "tst.cpp", 1);
 }
 
-// A fault while the process goes down: a second report in a development build; a customer build goes on.
+// A fault during an abnormal exit: a development build reports it as a second one, a customer build continues.
 testing::Matcher<std::string const &> second_fault(char const *text, char const *after)
 {
     if (IS_CUSTOMER_BUILD)

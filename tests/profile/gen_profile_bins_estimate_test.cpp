@@ -200,8 +200,9 @@ TEST(GenProfileBinsOverhead, AddsUpOverTheTree)
     }
     run_bin("d", CPU_SEC, TICK_SEC);
     close_bin();
-    // The outside figure is 200,001 us and 2,000,010 ticks. Off c goes the inside of 6 openings; off b that, its own 3,
-    // and the difference 6 times; and so on.
+    // An opening costs 100,000 us inside its bin and 200,001 us (2,000,010 ticks) as the enclosing bin sees it. From c
+    // the inner cost of its 6 openings is subtracted. From b the same is subtracted, the inner cost of its own 3
+    // openings, and the difference of both costs 6 times. The bins above continue in this way.
     EXPECT_THAT(
         rows_of(a),
         ElementsAre(ReportRow{1, 10.9, 16.9, 0, 10.9, 0, 0, 0, "a"}, ReportRow{3, 10.5, 16.5, 0, 10.5, 0, 0, 0, "| b"},
@@ -252,7 +253,8 @@ struct RaisedCase
     double cpu; // of a parent with one child, opened once each, that took 10 s on both clocks
     double wc;
 };
-// The bins' own costs are -1 s or 1 s each; the difference of outside and inside counts only if it is not negative.
+// The internal cost of each of the two openings is -1 s or 1 s. The external cost less the internal one is 1 s, or 0 if
+// the external one had to be raised.
 RaisedCase const RAISED_CASES[] = {
     {backward(CPU_SEC), backward(TICK_SEC), 12, 12},
     {backward(CPU_SEC), TICK_SEC, 12, 7},

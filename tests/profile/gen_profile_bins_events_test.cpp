@@ -1,5 +1,5 @@
-// How opens and closes reach the tree: the buffer, ignoring, and the processing of an event. What
-// has reached the tree shows in the calls of the memory tracker, which are made when an event is processed.
+// How opens and closes reach the tree: the buffer, ignoring, and the processing of an event. An event that reaches the
+// tree calls the memory tracker; these calls are recorded.
 #include "err_sys.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/profile_bins.h"
@@ -822,7 +822,7 @@ TEST_F(GenProfileBinsClose, OfABinItselfGoesThroughTheBuffer)
     EXPECT_EQ(current_path(), "Fitter");
 }
 
-// B waits in the buffer, so A still counts as current, and without a name the close is B's.
+// The open of B is still in the buffer, so A counts as current and may be closed. The close has no name and closes B.
 TEST_F(GenProfileBinsClose, OfABinItselfPassesNoName)
 {
     start();
@@ -907,7 +907,7 @@ TEST_F(GenProfileBinsCloseDeathTest, EventsAreDroppedWhileTheProcessGoesDown)
     open_plain("B");
     EXPECT_EXIT(
         {
-            // A handler of the exit that goes on using the bins: none of its calls reaches the tree.
+            // A handler of the exit still uses the bins: none of its calls reaches the tree.
             std::atexit([] {
                 mem_fake_clear_log();
                 open_now("C");
@@ -975,7 +975,7 @@ TEST_F(GenProfileBinsCloseRecursively, UnwindsABinThatIsOpenInsideItself)
 
 using GenProfileBinsCloseRecursivelyDeathTest = GenProfileBinsCloseRecursively;
 
-// Ten closes wait in the buffer before the first has an effect: then there are too many.
+// The closes of buffered opens have no effect until the tenth event, and by then there are too many of them.
 TEST_F(GenProfileBinsCloseRecursivelyDeathTest, ClosesTooManyOfTheBufferedOpens)
 {
     start();

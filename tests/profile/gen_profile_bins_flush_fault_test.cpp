@@ -1,5 +1,4 @@
-// A fault that is found while the buffer is flushed before another event: in a customer build that event has no
-// effect any more.
+// A fault that is found while the buffer is flushed before another event: in a customer build that event has no effect.
 #include "gen_flow_sys.h"
 #include "tests/support/profile_bins.h"
 
@@ -18,7 +17,7 @@ protected:
     }
 
     // The state after the calls of the fault itself.
-    void expect_silence_behind_the_fault()
+    void expect_no_effect_after_the_fault()
     {
         EXPECT_THAT(memory_calls(), ElementsAre("open A  suspended"));
         EXPECT_THAT(m_messages.lines(), ElementsAre("Error: trying to close wrong but open bin is Fitter/A"));
@@ -47,7 +46,7 @@ TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNothingAfterIt)
     for (Case const &c : CASES) { // only the first finds the fault
         SCOPED_TRACE(c.name);
         c.call();
-        expect_silence_behind_the_fault();
+        expect_no_effect_after_the_fault();
     }
 }
 
@@ -62,5 +61,5 @@ TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNoneOfTheLaterEventsInTheBuffer
         return;
     }
     GEN_PROFILE_BINS::open("T", "C", IMMEDIATE);
-    expect_silence_behind_the_fault();
+    expect_no_effect_after_the_fault();
 }

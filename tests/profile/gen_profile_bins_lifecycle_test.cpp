@@ -144,7 +144,7 @@ TEST_F(GenProfileBinsInitialize, ReportFilesCanBeSwitchedOffAfterIt)
     TempDir const dir;
     CurrentDirectory const here(dir.path());
     mem_cfg_set("gen_print_profile_bins", "on");
-    GEN_PROFILE_BINS::disable_process_log(); // too early to count
+    GEN_PROFILE_BINS::disable_process_log(); // no effect before initialize
     GEN_PROFILE_BINS::initialize("Fitter", /*primary=*/true, /*debug_messages=*/false);
     GEN_PROFILE_BINS::finalize("First", /*close_root=*/true);
     EXPECT_TRUE(std::filesystem::exists(dir.path() / "profile_bins_First.log"));
@@ -445,7 +445,7 @@ TEST_F(GenProfileBinsFinalizeDeathTest, NeedsClosedBins)
                 dies_in_bins(OPEN_BIN));
 }
 
-// Ignoring lasts beyond finalize, and then the open of the next root is ignored too.
+// Ignoring doesn't end at finalize, and so the open of the next root is ignored, too.
 TEST_F(GenProfileBinsFinalizeDeathTest, NeedsARoot)
 {
     mem_cfg_set("show_ignored_bin_warnings", "on");
@@ -537,7 +537,8 @@ TEST_F(GenProfileBinsAgain, ReadsTheConfigurationAnew)
     EXPECT_THAT(m_messages.lines(), IsEmpty());
 }
 
-// Without the expression of the first time a bin closes by no name again, and so takes the events that wait after it.
+// Without the expression of the first run, a bin's own close passes no name again. It closes the innermost bin, B,
+// since the open of B is still in the buffer and the root counts as current.
 TEST_F(GenProfileBinsAgain, DropsTheExpressions)
 {
     mem_cfg_set("gen_mem_fileline_profile_bin", "A");
@@ -565,8 +566,8 @@ TEST_F(GenProfileBinsAgain, MayBelongToAnotherThread)
     EXPECT_THAT(memory_calls(), IsEmpty());
 }
 
-// A tool that measures its own showing of messages. Its bins would come before the root, after the last bin, between
-// the closes of many, or bring a message that brings a bin.
+// A tool that opens a bin whenever it shows a message. Without protection these bins would come before the root, after
+// the last bin or between the closes of close_recursively(), or cause a message that causes a bin.
 TEST_F(GenProfileBinsAgain, MessagesOfTheBinsOpenNone)
 {
     mem_cfg_set("show_ignored_bin_warnings", "on");

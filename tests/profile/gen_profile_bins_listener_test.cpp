@@ -4,6 +4,7 @@
 
 #include "gen/profile/gen_profile_bins_bin.h"
 #include "tests/support/profile_bins.h"
+#include "tests/support/temp_dir.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -50,6 +51,16 @@ public:
         add("step " + bin.m_step + " " + type_of(event));
     }
 
+    // "complete tool: Placer Router": the name of the run, and the bins below the root.
+    void on_complete(GEN_PB_IMPL const &root, char const *name) override
+    {
+        EXPECT_EQ(&root, GEN_PB_IMPL::get_root_bin());
+        std::string call = std::string("complete ") + name + ':';
+        for (GEN_PB_IMPL const *child : root.m_children)
+            call += ' ' + child->m_name;
+        add(call);
+    }
+
     void on_end(char const *name) override
     {
         add(std::string("end ") + name + ", root " + name_of(GEN_PB_IMPL::get_root_bin()));
@@ -65,7 +76,7 @@ private:
 class GenProfileBinsListener : public ProfileBinsTest
 {
 protected:
-    // The calls since the last question.
+    // The calls since the last use of this function.
     std::vector<std::string> calls() { return std::exchange(m_calls, {}); }
 
     std::vector<std::string> m_calls;
@@ -74,7 +85,7 @@ protected:
 
 } // namespace
 
-TEST_F(GenProfileBinsListener, HearsOfBinsThatReachTheTree)
+TEST_F(GenProfileBinsListener, IsCalledWhenAnEventReachesTheTree)
 {
     start();
     gen_pb_listen_to_bins(m_recorder);
@@ -92,7 +103,7 @@ TEST_F(GenProfileBinsListener, HearsOfBinsThatReachTheTree)
                                      "open Router (1) in Fitter"));
 }
 
-TEST_F(GenProfileBinsListener, HearsOfAnonymousBinsButNotOfNestedOrIgnoredOpens)
+TEST_F(GenProfileBinsListener, IsCalledForAnonymousBinsButNotForNestedOrIgnoredOpens)
 {
     start();
     gen_pb_listen_to_bins(m_recorder);
@@ -108,7 +119,7 @@ TEST_F(GenProfileBinsListener, HearsOfAnonymousBinsButNotOfNestedOrIgnoredOpens)
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(GenProfileBinsListener, HearsOfStepsAfterTheirOpenAndClose)
+TEST_F(GenProfileBinsListener, IsCalledForAStepAfterItsOpenAndClose)
 {
     start();
     gen_pb_listen_to_bins(m_recorder);
@@ -120,7 +131,7 @@ TEST_F(GenProfileBinsListener, HearsOfStepsAfterTheirOpenAndClose)
                                      "step 1.1 close"));
 }
 
-TEST_F(GenProfileBinsListener, IsCalledOnceThoughRegisteredTwiceAndNotOnceRemoved)
+TEST_F(GenProfileBinsListener, IsCalledOnceThoughRegisteredTwiceAndNotAfterItsRemoval)
 {
     start();
     gen_pb_listen_to_bins(m_recorder);
@@ -133,19 +144,53 @@ TEST_F(GenProfileBinsListener, IsCalledOnceThoughRegisteredTwiceAndNotOnceRemove
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(GenProfileBinsListener, HearsOfEachEndOnceTheBinsAreDeleted)
+TEST_F(GenProfileBinsListener, IsCalledAtEachEndBeforeAndAfterTheBinsAreDeleted)
 {
     start();
     gen_pb_listen_to_end(m_recorder);
     gen_pb_listen_to_end(m_recorder);
     GEN_PROFILE_BINS::finalize("first", /*close_root=*/true);
-    EXPECT_THAT(calls(), ElementsAre("end first, root none"));
+    EXPECT_THAT(calls(), ElementsAre("complete first:", "end first, root none"));
     start();
+    GEN_PROFILE_BINS::open("T", "Placer", IMMEDIATE);
+    GEN_PROFILE_BINS::close("Placer");
     GEN_PROFILE_BINS::finalize("second", /*close_root=*/true);
-    EXPECT_THAT(calls(), ElementsAre("end second, root none"));
+    EXPECT_THAT(calls(), ElementsAre("complete second: Placer", "end second, root none"));
 }
 
-TEST_F(GenProfileBinsListener, HearsOfTheEndBeforeThoseThatRegisteredEarlier)
+TEST_F(GenProfileBinsListener, SeesTheTreeBeforeTheTaggedReportChangesIt)
+{
+    TempDir const directory;
+    CurrentDirectory const current(directory.path());
+    mem_cfg_set("gen_print_profile_bins", "on");
+    GEN_PROFILE_BINS::initialize("Fitter", /*primary=*/true, /*debug_messages=*/false);
+    gen_pb_listen_to_end(m_recorder);
+    GEN_PROFILE_BINS::open_with_tag("T", "Placer", IMMEDIATE, "tag");
+    GEN_PROFILE_BINS::close(nullptr);
+    forget();
+    GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
+    EXPECT_THAT(calls(), ElementsAre("complete tool: Placer", "end tool, root none"));
+    EXPECT_NE(directory.read("profile_bins_tagged_tool.log"), "");
+}
+
+TEST_F(GenProfileBinsListener, OpensNoBinWhenTheTreeIsComplete)
+{
+    class Opener final : public GEN_PB_LISTENER
+    {
+        void on_complete(GEN_PB_IMPL const &root, char const * /*name*/) override
+        {
+            EXPECT_EQ(GEN_PROFILE_BINS::open("T", "late", IMMEDIATE), nullptr);
+            GEN_PROFILE_BINS::close(nullptr);
+            EXPECT_TRUE(root.m_children.empty());
+        }
+    } opener;
+    start();
+    gen_pb_listen_to_end(opener);
+    GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
+    EXPECT_EQ(GEN_PB_IMPL::get_root_bin(), nullptr);
+}
+
+TEST_F(GenProfileBinsListener, IsCalledAtTheEndBeforeThoseThatRegisteredEarlier)
 {
     Recorder early(m_calls, "early: ");
     Recorder late(m_calls, "late: ");
@@ -153,10 +198,11 @@ TEST_F(GenProfileBinsListener, HearsOfTheEndBeforeThoseThatRegisteredEarlier)
     gen_pb_listen_to_end(early);
     gen_pb_listen_to_end(late);
     GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
-    EXPECT_THAT(calls(), ElementsAre("late: end tool, root none", "early: end tool, root none"));
+    EXPECT_THAT(calls(), ElementsAre("late: complete tool:", "early: complete tool:", "late: end tool, root none",
+                                     "early: end tool, root none"));
 }
 
-TEST_F(GenProfileBinsListener, HearsOfBinsInTheOrderOfRegistration)
+TEST_F(GenProfileBinsListener, IsCalledForBinsInTheOrderOfRegistration)
 {
     Recorder early(m_calls, "early: ");
     Recorder late(m_calls, "late: ");

@@ -114,7 +114,7 @@ TEST_F(GenProfileBinsReport, ShowsTheWholeTree)
     gen_os_fake_advance(CPU_SEC / 4, TICK_SEC / 2);
     open_bin("Placer");
     gen_os_fake_advance(CPU_SEC, 2 * TICK_SEC);
-    // Each open and close of a bin gives its figures when it closes, so the innermost first.
+    // The tracker gives its figures at closes, so that the innermost bin gets the first of them.
     mem_fake_queue_close(10 * MIB, 20 * MIB + MIB / 4, 30 * MIB);
     mem_fake_queue_close(11 * MIB, 12 * MIB, 40 * MIB);
     mem_fake_queue_close(12 * MIB, 13 * MIB, 14 * MIB);
@@ -213,7 +213,7 @@ TEST_F(GenProfileBinsReport, ReportsClockErrors)
         if (ReportRow const row = parse_row(line); !row.name.empty())
             rows.push_back(row);
     }
-    // Errors of the estimate's own stamps, which go with those of the CPU time, are not shown.
+    // The sum has the errors of both clocks. The estimate counts those of the CPU clock once more; they are not in it.
     EXPECT_THAT(rows, ElementsAre(ReportRow{1, 79, 99, 0, 79, 0, 0, 0, "Fitter"},
                                   ReportRow{1, 0, 0, 2, 0, 0, 0, 0, "Fitter::parent"},
                                   ReportRow{2, 1, 0, 3, 1, 0, 0, 0, "Fitter::parent::both"},
@@ -241,7 +241,8 @@ TEST_F(GenProfileBinsReport, ReportsTheOverhead)
     gen_os_fake_advance(5 * CPU_SEC, 7 * TICK_SEC);
     run_bin("a", 2 * CPU_SEC, 3 * TICK_SEC);
     m_recorder.clear();
-    // The root's own opening 0.1 s, the child's 0.1 s, and the difference of outside and inside once; of ticks twice.
+    // CPU time: 0.1 s for the root's own opening, 0.1 s for the child's, and 0.1 s for the difference of the outer and
+    // the inner cost; twice as much of the wall clock.
     // The time of the start itself after the calibration, one step, is in the root.
     std::string const file = finish();
     EXPECT_THAT(file, testing::EndsWith(as_file("\tFitter::OTHER\n\nEstimated bin overhead was 0.3s (0.6s WC)\n")));
@@ -280,7 +281,7 @@ GEN_PROFILE_BIN *run_unsorted_bins()
     for (char const *name : {"z", "c", "y"})
         run_bin(name, 0, 0);
     close_bin();
-    // Two without a name, which have the same one: they keep their order.
+    // Two bins without a name: the sorting finds them equal and keeps their order.
     for (char const *name : {"2", "1"}) {
         open_bin("");
         run_bin(name, 0, 0);

@@ -272,7 +272,8 @@ TEST_F(GenProfileBinsTagged, StayWhereTheyAreWithoutAPlaceToJoin)
     ASSERT_TRUE(run_flow({{"Plan", nullptr, 0, {{"Step", nullptr, 1, {{"Read", "Plan", 4, {}}}}}},
                           {"Step", nullptr, 2, {{"Read", "Plan", 8, {}}, {"Wires", "Plan", 16, {}}}}}));
     EXPECT_TRUE(m_messages.has("GEN_BIN_TAGGED: the tagged bin report could be corrupt for tag: Plan"));
-    // The second one's numbers are out of the bins above it all the same; the third one joins the first.
+    // The second one stays, but its numbers are subtracted from the bins above it all the same. The third one joins the
+    // first.
     EXPECT_EQ(tagged_report(), file_of({{"Fitter", 1, 31},
                                         {"Fitter::Plan", 1, 1},
                                         {"Fitter::Plan::Step", 1, 1},
@@ -305,7 +306,7 @@ TEST_F(GenProfileBinsTagged, StaySilentlyWhenTheirPathsDifferAtTheRoot)
                                         {"Fitter::OTHER", 0, 0}}));
 }
 
-// The third one's path is as the end of the second one's, so they differ nowhere.
+// The path of the third one equals the end of the second one's path, so no names differ.
 TEST_F(GenProfileBinsTagged, StayWhereTheyAreWhenTheirPathEndsFirst)
 {
     ASSERT_TRUE(run_flow({{"A", nullptr, 0, {{"x", "t", 1, {}}}},
@@ -337,7 +338,7 @@ TEST_F(GenProfileBinsTagged, StayWhereTheyAreWhenTheirPathEndsFirst)
                                         {"Fitter::OTHER", 0, 0}}));
 }
 
-// Names go up to the root's, which a bin below it may have as well.
+// The names are repeated up to the first one that equals the root's, and a bin below the root may have that name.
 TEST_F(GenProfileBinsTagged, RepeatNoNameAboveTheNameOfTheRoot)
 {
     ASSERT_TRUE(run_flow({{"A", nullptr, 0, {{"Fitter", nullptr, 1, {{"B", nullptr, 2, {{"x", "t", 4, {}}}}}}}}}));
@@ -456,14 +457,15 @@ TEST_F(GenProfileBinsTagged, LeaveAndBringClockErrors)
                                         {"Fitter::OTHER", 0, 0}}));
 }
 
-// A bin without a name has no row and moves all the same. It has no memory figures, which the bin of its tag shows.
+// A bin without a name has no row, and moves all the same. Its memory figures are -1 byte, as those of a bin that never
+// had any, and the bin of its tag shows them.
 TEST_F(GenProfileBinsTagged, MoveWithoutAName)
 {
     ASSERT_TRUE(run_flow({{"Plan", nullptr, 1, {{"", "t", 4, {}}}}}));
     std::string report = tagged_report();
     std::size_t count = 0;
     for (std::size_t at = 0; (at = report.find("-0.00", at)) != std::string::npos; ++count)
-        report[at] = ' '; // a byte less than nothing
+        report[at] = ' '; // -1 byte
     EXPECT_EQ(count, 4u);
     EXPECT_EQ(report, file_of({{"Fitter", 1, 5},
                                {"Fitter::Plan", 1, 1},

@@ -53,7 +53,8 @@ GEN_PROFILE_BIN &writable(GEN_PROFILE_BIN const *bin)
     return *const_cast<GEN_PROFILE_BIN *>(bin);
 }
 
-// Every operation that has no effect where the bins don't belong to the caller. The text names what did have one.
+// Every operation that has no effect for a caller that doesn't own the bins. Returns an empty text, or one that names
+// the first operation that had an effect all the same.
 std::string use_without_effect(GEN_PROFILE_BIN const *bin)
 {
     if (GEN_PROFILE_BINS::open("T", "X", IMMEDIATE) != nullptr || GEN_PROFILE_BINS::open("T", "X", 0) != nullptr ||
