@@ -6,6 +6,8 @@
 #include "gen/os/gen_os_machine.h"
 #include "mem_sys.h"
 
+#include <algorithm>
+
 namespace {
 
 // Null before l_machine_state is constructed and after it is released.
@@ -174,6 +176,29 @@ bool GEN_MACHINE_INFO::lzcnt_is_supported(bool *supported)
 {
     static constexpr FeatureLevels LZCNT = {1, {&GEN_PKG::m_lzcnt}};
     return read_feature(LZCNT, 1, supported);
+}
+
+bool GEN_MACHINE_INFO::get_cache_size(int level, unsigned *size, unsigned *line_size, unsigned char type)
+{
+    GEN_ASSERT(size != nullptr, "size != 0");
+    GEN_ASSERT(type <= GEN_CACHE_INST, "type <= GEN_CACHE_INST");
+    *size = 0;
+    if (line_size != nullptr)
+        *line_size = 0;
+    bool const is_valid = capture_cpu_info();
+    GEN_PKG const *const package = gen_first_package();
+    if (package == nullptr)
+        return is_valid;
+    std::list<GEN_CACHE> const caches = package->m_caches;
+    auto const found = std::find_if(caches.begin(), caches.end(), [&](GEN_CACHE const &cache) {
+        return cache.m_level == level && cache.m_type == type;
+    });
+    if (found == caches.end())
+        return is_valid;
+    *size = found->m_size;
+    if (line_size != nullptr)
+        *line_size = found->m_line_size;
+    return is_valid;
 }
 
 bool GEN_MACHINE_INFO::get_cpu_frequency(int *mhz)

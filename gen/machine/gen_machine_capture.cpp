@@ -21,7 +21,7 @@
 #include "gen/machine/gen_machine_capture.h"
 
 #include "gen/base/gen_debug_message.h"
-#include "gen/machine/gen_machine_cache_leaves.h"
+#include "gen/machine/gen_machine_cache.h"
 #include "gen/machine/gen_machine_cpuid.h"
 
 #include <cstring>

@@ -1,6 +1,6 @@
-// The caches of a package, read from the leaves of CPUID on the processor that runs the calling thread.
-#ifndef GEN_MACHINE_CACHE_LEAVES_H
-#define GEN_MACHINE_CACHE_LEAVES_H
+// The caches of a package, read from the processor that the calling thread is on.
+#ifndef GEN_MACHINE_CACHE_H
+#define GEN_MACHINE_CACHE_H
 
 #include "gen/machine/gen_machine_state.h"
 
