@@ -1,4 +1,5 @@
 #include "tests/support/debugger.h"
+#include "tests/support/own_executable.h"
 
 #include <windows.h>
 
@@ -32,14 +33,13 @@ std::string debug_text(HANDLE process, OUTPUT_DEBUG_STRING_INFO const &info)
 DebuggedRun run_under_debugger(char const *argument)
 {
     DebuggedRun run;
-    char executable[MAX_PATH];
-    GetModuleFileNameA(nullptr, executable, MAX_PATH);
-    std::string command = "\"" + std::string(executable) + "\" " + argument;
+    std::string const executable = own_executable().string();
+    std::string command = "\"" + executable + "\" " + argument;
     STARTUPINFOA start = {};
     start.cb = sizeof(start);
     PROCESS_INFORMATION process;
-    if (!CreateProcessA(executable, command.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS, nullptr, nullptr,
-                        &start, &process))
+    if (!CreateProcessA(executable.c_str(), command.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS, nullptr,
+                        nullptr, &start, &process))
         return run;
     DEBUG_EVENT event = {};
     while (WaitForDebugEvent(&event, INFINITE)) {
