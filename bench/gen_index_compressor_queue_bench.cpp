@@ -48,7 +48,7 @@ std::vector<std::string> bus(int dimensions)
 }
 
 // Every second bit, so that there is a gap before each name.
-std::vector<std::string> never_folding()
+std::vector<std::string> never_merging()
 {
     std::vector<std::string> names;
     for (std::size_t i = 0; i < NAME_COUNT; ++i)
@@ -58,7 +58,7 @@ std::vector<std::string> never_folding()
 
 std::vector<std::string> const &names_of(std::int64_t kind)
 {
-    static std::vector<std::string> const names[] = {never_folding(), bus(1), bus(2), bus(3)};
+    static std::vector<std::string> const names[] = {never_merging(), bus(1), bus(2), bus(3)};
     return names[kind];
 }
 
@@ -161,7 +161,7 @@ void expand(benchmark::State &state)
     benchmark::DoNotOptimize(length);
 }
 
-// The argument is the number of dimensions; 0: names that never fold.
+// The argument is the number of dimensions; 0: names that never merge.
 BENCHMARK(find_indices)->Name("floor/find_indices")->DenseRange(0, 3);
 BENCHMARK(find_indices_of_entries)->Name("floor/find_indices_of_entries")->DenseRange(1, 3);
 BENCHMARK(find_indices_and_keep)->Name("floor/find_indices_and_keep")->Arg(0);

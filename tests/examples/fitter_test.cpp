@@ -708,7 +708,7 @@ TEST(FitterRoute, ConnectsEveryNetWithinTheChannels)
     }
 }
 
-TEST(FitterRoute, SaysWhenTheChannelsAreTooNarrow)
+TEST(FitterRoute, ReportsWhenTheChannelsAreTooNarrow)
 {
     fitter::Fit const fit = make_fit(make_design(300), 1, 1);
     EXPECT_EQ(check(fit), "");
@@ -1077,7 +1077,7 @@ TEST(FitterTool, FindsItsFilesAndWritesIntoTheProject)
     EXPECT_EQ(files_in(dir, "."), (std::set<std::string>{"err.txt", "out.txt", "p"})); // no log was asked for
 }
 
-TEST(FitterTool, EndsWithStatusOneAndSaysWhy)
+TEST(FitterTool, EndsWithStatusOneAndAReason)
 {
     TempDir const dir;
     dir.write("good.blif", make_design(100));

@@ -201,7 +201,7 @@ TEST(MemTrackingExact, ThePeakOfManySmallBlocksIsExact)
     EXPECT_EQ(f.close_bytes, f.open_bytes);
 }
 
-TEST(MemTrackingExact, AnIntervalsPeakIsNotTheNextOnes)
+TEST(MemTrackingExact, ThePeakOfAnIntervalDoesNotReachTheNextOne)
 {
     Worker worker;
     mem_open_profile_bin("A", "");
@@ -249,7 +249,7 @@ TEST(MemTrackingExact, ASuspendedThreadLeavesNoTrace)
     EXPECT_EQ(f.close_bytes, f.open_bytes);
 }
 
-TEST(MemTrackingExact, AnEndedThreadLeavesWhatItHasOut)
+TEST(MemTrackingExact, TheBlocksOfAnEndedThreadStayCounted)
 {
     std::int64_t const before = total();
     void *block = nullptr;
@@ -260,7 +260,7 @@ TEST(MemTrackingExact, AnEndedThreadLeavesWhatItHasOut)
     std::int64_t const with_block = total();
     std::int64_t const size = heap_size(block);
     give(block);
-    // The runtime may keep a record of its own for a thread that was.
+    // The runtime may keep a record of its own for a thread that has ended.
     EXPECT_GE(with_block - before, size);
     EXPECT_LE(with_block - before, size + KIB);
     EXPECT_EQ(total(), with_block - size);

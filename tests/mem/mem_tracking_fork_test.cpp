@@ -1,4 +1,4 @@
-// Counting and recording in the child of a fork, which Windows has no like of.
+// Counting and recording in the child of a fork, which Windows doesn't have.
 #include "mem_sys.h"
 
 #include "tests/support/heap_size.h"

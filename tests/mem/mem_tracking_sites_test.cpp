@@ -192,8 +192,9 @@ TEST_F(MemTrackingSites, PlacesAreNamed)
     }
 }
 
-// On Linux, what the standard library allocates is whose code asked for it, be it inlined, a template of its own, or a
-// function of the shared library. On Windows it is where the call of operator new returns to, whatever module that is.
+// On Linux, an allocation inside the standard library belongs to the code that called the library, whether the function
+// of the library was inlined, is an instance of a template, or lies in the shared library. On Windows it belongs to the
+// place to which the call of operator new returns, in whatever module that is.
 TEST_F(MemTrackingSites, TheStandardLibraryIsPassedOver)
 {
     std::vector<std::int64_t> values;
@@ -222,7 +223,7 @@ TEST_F(MemTrackingSites, TheStandardLibraryIsPassedOver)
         EXPECT_EQ(row.place.find("/c++/"), std::string::npos) << row.place;
 }
 
-TEST_F(MemTrackingSites, WhoReleasesDoesNotMatter)
+TEST_F(MemTrackingSites, ABlockMayBeReleasedOnAnotherThread)
 {
     void *block = nullptr;
     std::thread([&] { block = l_site(100000); }).join();
@@ -305,7 +306,7 @@ TEST_F(MemTrackingSites, ThePeakIsThatOfTheSum)
     ASSERT_EQ(rows.size(), 3U);
     EXPECT_EQ(rows[0].peak_bytes, size);
     EXPECT_EQ(rows[1].peak_bytes, size);
-    EXPECT_EQ(rows[2].peak_bytes, 0); // it had nothing when the sum was highest
+    EXPECT_EQ(rows[2].peak_bytes, 0); // it had no block when the sum was largest
     EXPECT_GE(rows[2].total_bytes, 100000);
 }
 

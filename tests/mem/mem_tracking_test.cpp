@@ -327,7 +327,7 @@ TEST(MemCount, TheTotalIsNeverShownBelowZero)
     EXPECT_EQ(f.open_bytes, 0U);
     EXPECT_EQ(f.close_bytes, 0U);
     EXPECT_EQ(f.peak_bytes, 0U);
-    // The true figure goes on below.
+    // The true figure is below zero and stays so.
     mem_count_allocation(nullptr, now + MIB, nullptr, nullptr);
     EXPECT_LE(std::abs(total() - static_cast<std::int64_t>(now)), static_cast<std::int64_t>(64 * KIB));
 }
@@ -570,7 +570,7 @@ TEST(MemTrackingKey, TwelveIsASelectedBin)
 {
     expect_key({"12", true, false, true, true, true});
 }
-TEST(MemTrackingKey, AnotherBitAloneTracksNothingButIsNotZero)
+TEST(MemTrackingKey, AnotherBitAloneTracksNothingAndCountsAsEnabled)
 {
     expect_key({"1", true, false, false, false, false});
 }
@@ -593,7 +593,7 @@ TEST(MemTracking, BitsAreSetAndClearedOverTheKey)
     EXPECT_TRUE(mem_get_tbb_memory_tracking_enabled());
 }
 
-TEST(MemTracking, EnablingDoesNotTouchWhatTheKeySays)
+TEST(MemTracking, EnablingDoesNotChangeTheKey)
 {
     mem_cfg_set("mem_tracking", "0");
     mem_enable_tracking(MEM_TRACKING_SELECTED_BIN);
@@ -601,7 +601,7 @@ TEST(MemTracking, EnablingDoesNotTouchWhatTheKeySays)
     EXPECT_TRUE(mem_tracking_is_enabled(MEM_TRACKING_SOURCES));
 }
 
-TEST(MemTracking, TheKeyCountsAsItWasAtTheFirstQuestion)
+TEST(MemTracking, TheKeyIsReadOnce)
 {
     mem_cfg_set("mem_tracking", "8");
     EXPECT_TRUE(mem_get_tbb_memory_tracking_enabled());

@@ -3,22 +3,12 @@
 
 #include "tests/support/ini_cases.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/texts.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
-
-namespace {
-
-std::string without_carriage_returns(std::string text)
-{
-    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-    return text;
-}
-
-} // namespace
 
 TEST(GenWriteprivateprofilestring, ChangesOneKeyOfTheFile)
 {

@@ -684,7 +684,7 @@ TEST_F(GenProcessStopwatch, ElapsedCpuTimeIsALapOfARunningWatch)
     EXPECT_EQ(watch.get_elapsed_cpu_time(), 3);
 }
 
-TEST_F(GenProcessStopwatch, PrintStatsSaysThreeDebugLines)
+TEST_F(GenProcessStopwatch, PrintStatsWritesThreeDebugLines)
 {
     struct Case
     {
