@@ -135,7 +135,7 @@ void find_indices_and_keep(benchmark::State &state)
     benchmark::DoNotOptimize(sum);
 }
 
-void fold(benchmark::State &state)
+void merge(benchmark::State &state)
 {
     std::vector<std::string> const &names = names_of(state.range(0));
     Queue queue;
@@ -165,16 +165,16 @@ void expand(benchmark::State &state)
 BENCHMARK(find_indices)->Name("floor/find_indices")->DenseRange(0, 3);
 BENCHMARK(find_indices_of_entries)->Name("floor/find_indices_of_entries")->DenseRange(1, 3);
 BENCHMARK(find_indices_and_keep)->Name("floor/find_indices_and_keep")->Arg(0);
-BENCHMARK(fold)->Name("fold")->DenseRange(0, 3);
+BENCHMARK(merge)->Name("merge")->DenseRange(0, 3);
 BENCHMARK(expand)->Name("expand");
 
 BenchGoals const GOALS{
-    {"fold a bus / a pass that only finds the index", "fold/1", "floor/find_indices/1", 3},
-    {"fold a bus / the pass, its entry included", "fold/1", "floor/find_indices_of_entries/1", 3},
-    {"fold two dimensions / the pass, entries included", "fold/2", "floor/find_indices_of_entries/2", 3},
-    {"fold three dimensions / the pass, entries included", "fold/3", "floor/find_indices_of_entries/3", 3},
-    {"names that never fold / the pass with a copy of the name kept", "fold/0", "floor/find_indices_and_keep/0", 3},
-    {"fold a bus, ns a name (30 million names a second)", "fold/1", "", 33.3},
+    {"merge a bus / a pass that only finds the index", "merge/1", "floor/find_indices/1", 3},
+    {"merge a bus / the pass, its entry included", "merge/1", "floor/find_indices_of_entries/1", 3},
+    {"merge two dimensions / the pass, entries included", "merge/2", "floor/find_indices_of_entries/2", 3},
+    {"merge three dimensions / the pass, entries included", "merge/3", "floor/find_indices_of_entries/3", 3},
+    {"names that never merge / the pass with a copy of the name kept", "merge/0", "floor/find_indices_and_keep/0", 3},
+    {"merge a bus, ns a name (30 million names a second)", "merge/1", "", 33.3},
 };
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "tests/support/mem_bin_figures.h"
 #include "tests/support/platform.h"
+#include "tests/support/real_block.h"
 #include "tests/support/temp_dir.h"
 
 #include <gmock/gmock.h>
@@ -28,14 +29,6 @@ constexpr std::size_t MIB = std::size_t{1024} * 1024;
 void open_bin(std::string const &name, std::string const &tag = "")
 {
     mem_open_profile_bin(name, tag);
-}
-
-void *volatile l_block = nullptr;
-
-void *take(std::size_t bytes)
-{
-    l_block = ::operator new(bytes);
-    return l_block;
 }
 
 using Fields = std::vector<std::string>;

@@ -2,6 +2,7 @@
 #include "mem_sys.h"
 
 #include "tests/support/heap_size.h"
+#include "tests/support/real_block.h"
 
 #include <gtest/gtest.h>
 
@@ -34,21 +35,6 @@ Figures close_bin()
 std::int64_t total()
 {
     return static_cast<std::int64_t>(MEM_MANAGER::current_total_memory());
-}
-
-// Out of the compiler's sight, which may leave out a pair of new and delete.
-std::atomic<void *> l_block{nullptr};
-
-void *take(std::int64_t bytes)
-{
-    void *const block = ::operator new(static_cast<std::size_t>(bytes));
-    l_block.store(block, std::memory_order_relaxed);
-    return block;
-}
-
-void give(void *block)
-{
-    ::operator delete(block);
 }
 
 // A thread that runs the given actions and rests in between, without an allocation of its own.

@@ -3,6 +3,7 @@
 
 #include "tests/support/heap_size.h"
 #include "tests/support/platform.h"
+#include "tests/support/real_block.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -77,15 +78,6 @@ protected:
         mem_reset_tracking_entries();
     }
 };
-
-// Out of the compiler's sight, which may leave out a pair of new and delete.
-std::atomic<void *> l_block{nullptr};
-
-void *seen(void *block)
-{
-    l_block.store(block, std::memory_order_relaxed);
-    return block;
-}
 
 } // namespace
 
@@ -402,16 +394,11 @@ TEST_F(MemTrackingSites, ThreadsTogetherKeepTheBalance)
 TEST_F(MemTrackingSites, TheOtherFormsAreRecordedToo)
 {
     constexpr std::align_val_t WIDE{256};
-    l_block = ::operator new[](100);
-    ::operator delete[](l_block);
-    l_block = ::operator new(100, WIDE);
-    ::operator delete(l_block, WIDE);
-    l_block = ::operator new[](100, WIDE);
-    ::operator delete[](l_block, WIDE);
-    l_block = ::operator new(100, std::nothrow);
-    ::operator delete(l_block, std::nothrow);
-    l_block = ::operator new[](100, WIDE, std::nothrow);
-    ::operator delete[](l_block, WIDE, std::nothrow);
+    ::operator delete[](seen(::operator new[](100)));
+    ::operator delete(seen(::operator new(100, WIDE)), WIDE);
+    ::operator delete[](seen(::operator new[](100, WIDE)), WIDE);
+    ::operator delete(seen(::operator new(100, std::nothrow)), std::nothrow);
+    ::operator delete[](seen(::operator new[](100, WIDE, std::nothrow)), WIDE, std::nothrow);
     Row const row = rows_by_line().at(0);
     EXPECT_EQ(row.total_blocks, 5);
     EXPECT_EQ(row.live_blocks, 0);
