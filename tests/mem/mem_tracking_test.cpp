@@ -168,7 +168,7 @@ TEST(MemCount, AHeapOfManySizesComesBackToItsStart)
     EXPECT_EQ(total(), before);
 }
 
-TEST(MemCount, TheThrowingFormsThrowWhatCannotBeMet)
+TEST(MemCount, TheThrowingFormsThrowIfTheRequestCannotBeMet)
 {
     EXPECT_EQ(growth([] {
                   EXPECT_THROW(seen(::operator new(huge())), std::bad_alloc);
@@ -291,7 +291,7 @@ TEST(MemCount, SuspendingStopsNoOtherThread)
     std::thread([&] { give(block); }).join();
 }
 
-TEST(MemCount, WhatCrossesAScopeStaysOnTheSideWhereItWasCounted)
+TEST(MemCount, ABlockThatCrossesASuspendedScopeIsCountedOnOneSideOnly)
 {
     void *block = take(MIB);
     EXPECT_EQ(growth([&] {

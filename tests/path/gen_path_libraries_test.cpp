@@ -47,7 +47,7 @@ std::string numbered_paths(int count)
 
 } // namespace
 
-TEST(GenAppendProjectLibraryPaths, AddsWhatIsNotThere)
+TEST(GenAppendProjectLibraryPaths, AddsDirectoriesThatAreNotInTheList)
 {
     expect_edits(
         gen_append_project_library_paths,
@@ -80,7 +80,7 @@ TEST(GenAppendProjectLibraryPaths, AddsWhatIsNotThere)
         });
 }
 
-TEST(GenRemoveProjectLibraryPaths, TakesOutWhatIsThere)
+TEST(GenRemoveProjectLibraryPaths, RemovesDirectoriesThatAreInTheList)
 {
     expect_edits(gen_remove_project_library_paths, {
                                                        {"c:/a;d:/b", "C:\\A", "d:/b", {"d:/b"}},

@@ -334,7 +334,7 @@ TEST(GenIndexCompressorQueueMerge, ComparesBytesAboveTheAsciiRange)
     });
 }
 
-TEST(GenIndexCompressorQueueMerge, TakesANameOfItsOwn)
+TEST(GenIndexCompressorQueueMerge, AcceptsTheTextOfOneOfItsEntries)
 {
     FilledQueue queue({"a[0]", "b"});
     queue.push_back(queue.front());

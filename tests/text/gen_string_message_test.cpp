@@ -7,9 +7,7 @@
 
 #include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <initializer_list>
-#include <memory>
 #include <string>
 #include <vector>
 
