@@ -252,7 +252,7 @@ TEST_F(MemTrackingSites, AnAddressThatIsGivenOutAnewIsOneBlock)
         MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
         ::operator delete(block);
     }
-    // The heap gives the same address again and again. A sanitizer's keeps them back, and the blocks stay.
+    // The heap returns the same address again and again. A sanitizer's heap doesn't, so its blocks stay in the table.
     void *const kept = l_site(5000);
     Row const row = rows_by_line().at(1);
     ::operator delete(kept);

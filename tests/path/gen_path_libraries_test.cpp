@@ -59,7 +59,7 @@ TEST(GenAppendProjectLibraryPaths, AddsDirectoriesThatAreNotInTheList)
             {"c:/a", "./a;../a;a", "c:/a;./a;../a;a", {"c:/a", "./a", "../a", "a"}},
             // each once, the first spelling
             {"", "x;X;y;x;Y", "x;y", {"x", "y"}},
-            {"", "\xc3\xa4;\xc3\x84", "\xc3\xa4;\xc3\x84", {"\xc3\xa4", "\xc3\x84"}}, // A to Z alone fold
+            {"", "\xc3\xa4;\xc3\x84", "\xc3\xa4;\xc3\x84", {"\xc3\xa4", "\xc3\x84"}}, // only A to Z fold
             // the whole list is normalised with a change, and untouched without
             {"c:\\a\\;;x//y", "C:/A/;X/Y", "c:\\a\\;;x//y", {"c:/a/", "x/y"}},
             {"c:\\a\\;;x//y", "z", "c:/a/;x/y;z", {"c:/a/", "x/y", "z"}},

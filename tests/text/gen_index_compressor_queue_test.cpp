@@ -366,7 +366,7 @@ TEST(GenIndexCompressorQueueMergeStep, DistinguishesShapeAndIndex)
         {REQUIRED, "a[0][0]", "a[1][1]", false, true, "a[0][0]"},
         {REQUIRED, "a[0][0][0]", "a[1][1][1]", false, true, "a[0][0][0]"},
         {REQUIRED, "a[0][0]", "a[2][1]", false, true, "a[0][0]"},
-        {REQUIRED, "ab", "a[1]", false, true, "ab"}, // no way on
+        {REQUIRED, "ab", "a[1]", false, true, "ab"}, // the comparison cannot advance
         {REQUIRED, "a[1]", "ab", false, false, "a[1]"},
         {REQUIRED, "a[]b", "a[]c", false, false, "a[]b"},
         {OPTIONAL_BARE, "a1:", "a1:", false, true, "a1:"},
