@@ -1,4 +1,4 @@
-# zel_add_library(<short name> SOURCES <file>... [PUBLIC <target>...] [PRIVATE <target>...])
+# zel_add_library(<short name> SOURCES <file>... [OS_SOURCES <file>...] [PUBLIC <target>...] [PRIVATE <target>...])
 #
 # Makes the shared library zel_<name>, its alias zel::<name> and the object library zel_<name>_objects with the SOURCES,
 # from which tests link a second library over fakes. OS_SOURCES are the sources that such a fake replaces, and are

@@ -97,7 +97,7 @@ if(ZEL_COVERAGE)
 endif()
 
 if(WIN32)
-  # The compiler's runtime libraries lie beside the executables, as in an installed tree.
+  # The compiler's runtime libraries lie next to the executables, as in an installed tree.
   set(ZEL_RUNTIME_LIBRARIES "")
   foreach(runtime libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${runtime}

@@ -64,7 +64,8 @@ macro(zel_add_test_executable target prefix)
   endif()
 endmacro()
 
-# zel_use_customer_version(<executable>): runs it over the version library of a release branch, which lies beside it.
+# zel_use_customer_version(<executable>): runs it over the version library of a release branch, which lies next to
+# the executable.
 function(zel_use_customer_version target)
   target_compile_definitions(${target} PRIVATE ZEL_CUSTOMER_TEST)
   set_target_properties(${target} PROPERTIES

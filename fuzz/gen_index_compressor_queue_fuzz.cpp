@@ -105,7 +105,7 @@ void append(Names &names, Names const &more)
     names.insert(names.end(), more.begin(), more.end());
 }
 
-void fold_lines(std::string_view text, Queue::BRACKET_TYPE type)
+void merge_lines(std::string_view text, Queue::BRACKET_TYPE type)
 {
     Queue queue(true, type);
     while (!text.empty()) {
@@ -158,7 +158,7 @@ std::string take_name(std::string_view &bytes)
     return name + ';';
 }
 
-void fold_and_expand(std::string_view bytes, Queue::BRACKET_TYPE type)
+void merge_and_expand(std::string_view bytes, Queue::BRACKET_TYPE type)
 {
     Queue queue(true, type);
     Names pushed;
@@ -191,8 +191,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size
     auto const type = static_cast<Queue::BRACKET_TYPE>(data[0] / 2 % 3);
     std::string_view const rest(reinterpret_cast<char const *>(data) + 1, size - 1);
     if (data[0] % 2 == 0)
-        fold_lines(rest, type);
+        merge_lines(rest, type);
     else
-        fold_and_expand(rest, type);
+        merge_and_expand(rest, type);
     return 0;
 }

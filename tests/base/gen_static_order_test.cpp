@@ -439,7 +439,7 @@ std::vector<std::string> gen_pb_current_path()
 
 void gen_pb_listen_to_end(GEN_PB_LISTENER & /*listener*/) {}
 
-// Out of line, where the compiler doesn't take their malloc() and free() for strangers.
+// Not inlined: otherwise the compiler takes malloc and free in them for a mismatch.
 [[gnu::noinline]] void *operator new(std::size_t size)
 {
     if (void *const block = std::malloc(size == 0 ? 1 : size)) {

@@ -989,10 +989,7 @@ std::vector<std::pair<std::string, std::string>> cookies_of(std::string const &t
 
 std::set<std::string> files_in(TempDir const &dir, std::string const &below)
 {
-    std::set<std::string> names;
-    for (auto const &entry : std::filesystem::directory_iterator(dir.path() / below))
-        names.insert(entry.path().filename().string());
-    return names;
+    return entry_names(dir.path() / below);
 }
 
 TEST(FitterTool, GivesTheSameForTheSameSeedAndWritesEveryLog)

@@ -2,7 +2,7 @@
 
 namespace {
 
-// Included before any header of the system makes a macro of the name.
+// Before <sys/stat.h>, whose macro st_mtime would change the name of the member here.
 std::int64_t write_time(struct _stat64i32 const &record)
 {
     return record.st_mtime;
@@ -12,7 +12,8 @@ std::int64_t write_time(struct _stat64i32 const &record)
 
 #include <sys/stat.h>
 
-#include "tests/support/temp_dir.h"
+#include "tests/fio/fio_file_system_fixture.h"
+#include "tests/support/platform.h"
 
 #include <gmock/gmock.h>
 
@@ -22,27 +23,12 @@ std::int64_t write_time(struct _stat64i32 const &record)
 #include <string>
 #include <vector>
 
-#ifndef _WIN32
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-#endif
-
 namespace {
 
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
-constexpr unsigned MODE_DIRECTORY = 0x4000;
-constexpr unsigned MODE_REGULAR = 0x8000;
 constexpr unsigned MODE_OWNER_MAY_WRITE = 0200;
-
-constexpr unsigned ATTRIBUTE_DIRECTORY = 0x10;
-#ifndef _WIN32
-constexpr unsigned ATTRIBUTE_READ_ONLY = 0x01;
-constexpr unsigned ATTRIBUTE_HIDDEN = 0x02;
-constexpr unsigned ATTRIBUTE_LINK = 0x400;
-#endif
 
 struct CloseFile
 {
@@ -50,14 +36,11 @@ struct CloseFile
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-// The path for calls that take no more than 260 characters in the common form.
+// The path in the form that the standard library takes whatever its length: on Windows the common form has a limit of
+// 260 characters.
 std::filesystem::path any_length(FIO_PATH const &path)
 {
-#ifdef _WIN32
-    return fio_get_unc_full_path(path);
-#else
-    return path.fullpath();
-#endif
+    return ON_WINDOWS ? std::filesystem::path(fio_get_unc_full_path(path)) : std::filesystem::path(path.fullpath());
 }
 
 bool put(std::string const &path, char const *mode, char const *text)
@@ -65,21 +48,6 @@ bool put(std::string const &path, char const *mode, char const *text)
     File const file(FIO_FILE_SYSTEM::fopen(path.c_str(), mode));
     return file && std::fputs(text, file.get()) >= 0;
 }
-
-class FioFileSystem : public testing::Test
-{
-protected:
-    std::string at(std::string const &name) const { return m_temp.text(name); }
-
-    unsigned mode(std::string const &path) const
-    {
-        struct _stat64i32 record = {};
-        EXPECT_TRUE(FIO_FILE_SYSTEM::status(path, &record)) << path;
-        return record.st_mode;
-    }
-
-    TempDir m_temp;
-};
 
 TEST_F(FioFileSystem, ExistsIsTrueForFilesAndDirectories)
 {
@@ -114,13 +82,8 @@ TEST_F(FioFileSystem, StatusDistinguishesDirectoriesAndRegularFiles)
     EXPECT_EQ(mode(at("d/a.v")) & BOTH, MODE_REGULAR);
     EXPECT_EQ(mode(at("d/../d/a.v")) & BOTH, MODE_REGULAR);
     EXPECT_EQ(mode(".") & BOTH, MODE_DIRECTORY);
-#ifdef _WIN32
-    EXPECT_EQ(mode("NUL") & BOTH, 0u);
-    EXPECT_EQ(mode("c:/") & BOTH, MODE_DIRECTORY);
-#else
-    EXPECT_EQ(mode("/dev/null") & BOTH, 0u);
-    EXPECT_EQ(mode("/") & BOTH, MODE_DIRECTORY);
-#endif
+    EXPECT_EQ(mode(ON_WINDOWS ? "NUL" : "/dev/null") & BOTH, 0u);
+    EXPECT_EQ(mode(ON_WINDOWS ? "c:/" : "/") & BOTH, MODE_DIRECTORY);
 }
 
 TEST_F(FioFileSystem, StatusFillsTheRecord)
@@ -205,34 +168,6 @@ TEST_F(FioFileSystem, ReturnsTheCurrentDirectoryWithForwardSlashes)
     CurrentDirectory const current(m_temp.path() / "d e");
     EXPECT_EQ(FIO_FILE_SYSTEM::get_current_directory(), at("d e"));
 }
-
-class FioFileScan : public FioFileSystem
-{
-protected:
-    // The records of a whole scan.
-    std::vector<struct _finddata64i32_t> scan(std::string const &pattern)
-    {
-        std::vector<struct _finddata64i32_t> records;
-        struct _finddata64i32_t data = {};
-        std::intptr_t const handle = FIO_FILE_SYSTEM::findfirst(at(pattern).c_str(), &data);
-        if (handle == -1)
-            return records;
-        do
-            records.push_back(data);
-        while (FIO_FILE_SYSTEM::findnext(handle, &data) == 0);
-        EXPECT_EQ(errno, ENOENT) << pattern;
-        EXPECT_EQ(FIO_FILE_SYSTEM::findnext(handle, &data), -1) << "it has ended: " << pattern;
-        EXPECT_EQ(FIO_FILE_SYSTEM::findclose(handle), 0) << pattern;
-        return records;
-    }
-    std::vector<std::string> names(std::string const &pattern)
-    {
-        std::vector<std::string> result;
-        for (struct _finddata64i32_t const &record : scan(pattern))
-            result.emplace_back(record.name);
-        return result;
-    }
-};
 
 TEST_F(FioFileScan, GivesEveryNameThatMatches)
 {
@@ -344,165 +279,5 @@ TEST_F(FioFileSystem, TakesPathsOfAnyLength)
         directory.pop_back();
     }
 }
-
-#ifdef _WIN32
-
-std::wstring native(std::filesystem::path path)
-{
-    return path.make_preferred().wstring();
-}
-
-TEST_F(FioFileSystem, UncFullPathIsTheLongForm)
-{
-    CurrentDirectory const current(m_temp.path());
-    std::wstring const here = L"\\\\?\\" + native(m_temp.path());
-    EXPECT_EQ(fio_get_unc_full_path("a.v"), here + L"\\a.v");
-    EXPECT_EQ(fio_get_unc_full_path("d/../e/./a.v"), here + L"\\e\\a.v");
-    EXPECT_EQ(fio_get_unc_full_path(at("a.v").c_str()), here + L"\\a.v");
-
-    struct PathCase
-    {
-        char const *path;
-        wchar_t const *full;
-    };
-    constexpr PathCase CASES[] = {
-        {"", L""},
-        {"C:/a/b.v", L"\\\\?\\C:\\a\\b.v"},
-        {"C:\\a\\..\\b.v", L"\\\\?\\C:\\b.v"},
-        {"C:/", L"\\\\?\\C:\\"},
-        {"C:/a//b/", L"\\\\?\\C:\\a\\b\\"},
-        {"//host/share/a.v", L"\\\\?\\UNC\\host\\share\\a.v"},
-        {"\\\\host\\share\\d\\..\\a.v", L"\\\\?\\UNC\\host\\share\\a.v"},
-        {"\\\\?\\C:\\a.v", L"\\\\?\\C:\\a.v"},
-        {"//?/C:/a.v", L"\\\\?\\C:\\a.v"},
-        {"NUL", L"\\\\.\\NUL"},
-    };
-    for (PathCase const &c : CASES)
-        EXPECT_EQ(fio_get_unc_full_path(c.path), c.full) << c.path;
-    EXPECT_EQ(fio_get_unc_full_path(nullptr), L"");
-}
-
-#else
-
-TEST_F(FioFileSystem, UncFullPathIsTheAbsolutePathWidened)
-{
-    CurrentDirectory const current(m_temp.path());
-    std::wstring here;
-    for (char c : m_temp.text())
-        here += static_cast<wchar_t>(static_cast<unsigned char>(c));
-    EXPECT_EQ(fio_get_unc_full_path("a.v"), here + L"/a.v");
-    EXPECT_EQ(fio_get_unc_full_path("d/../a.v"), here + L"/d/../a.v");
-    EXPECT_EQ(fio_get_unc_full_path("/d/a.v"), L"/d/a.v");
-    EXPECT_EQ(fio_get_unc_full_path("/"), L"/");
-    EXPECT_EQ(fio_get_unc_full_path(""), L"");
-    EXPECT_EQ(fio_get_unc_full_path(nullptr), L"");
-}
-
-TEST_F(FioFileSystem, UncFullPathKeepsEveryByte)
-{
-    for (int byte = 1; byte < 256; ++byte) {
-        std::string const path = std::string("/") + static_cast<char>(byte);
-        std::wstring const expected = {L'/', static_cast<wchar_t>(byte)};
-        EXPECT_EQ(fio_get_unc_full_path(path.c_str()), expected) << byte;
-    }
-}
-
-TEST_F(FioFileSystem, StatusRecognisesPipesSocketsAndLinks)
-{
-    constexpr unsigned BOTH = MODE_DIRECTORY | MODE_REGULAR;
-    std::string const pipe = at("pipe");
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_EQ(mode(pipe) & BOTH, 0u);
-
-    CurrentDirectory const current(m_temp.path());
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, "socket");
-    int const socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_EQ(bind(socket, reinterpret_cast<sockaddr *>(&address), sizeof address), 0) << std::strerror(errno);
-    EXPECT_EQ(mode("socket") & BOTH, 0u);
-    close(socket);
-
-    m_temp.write("d/a.v", "");
-    std::filesystem::create_symlink("d", "directory_link");
-    std::filesystem::create_symlink("d/a.v", "file_link");
-    std::filesystem::create_symlink("none", "broken_link");
-    EXPECT_EQ(mode("directory_link") & BOTH, MODE_DIRECTORY);
-    EXPECT_EQ(mode("file_link") & BOTH, MODE_REGULAR);
-    struct _stat64i32 record = {};
-    EXPECT_FALSE(FIO_FILE_SYSTEM::status("broken_link", &record));
-    EXPECT_FALSE(FIO_FILE_SYSTEM::exists("broken_link"));
-}
-
-TEST_F(FioFileSystem, FilesThatAreNotRegularAreNoResults)
-{
-    ASSERT_EQ(mkfifo(at("x.v").c_str(), 0600), 0);
-    std::filesystem::create_symlink("none", m_temp.path() / "y.v");
-    std::filesystem::create_symlink("x.v", m_temp.path() / "z.v");
-    FIO_FIND scan(at("*"));
-    EXPECT_EQ(scan.find_first(), "");
-    FIO_FIND search(at(""));
-    std::list<FIO_PATH> found;
-    for (char const *name : {"x", "y", "z", "*"})
-        EXPECT_FALSE(search.find_all(name, {"v"}, &found, true, false)) << name;
-    EXPECT_EQ(search.find_first_relative_path("x.v").fullpath(), at("x.v")) << "this one takes whatever exists";
-    EXPECT_EQ(search.find_first_relative_path("y.v").fullpath(), "");
-}
-
-TEST_F(FioFileScan, MarksLinksAndDescribesTheirTargets)
-{
-    m_temp.write("a.so", "12345");
-    m_temp.write(".b.so", "");
-    std::filesystem::create_directory(m_temp.path() / "d.so");
-    std::filesystem::create_symlink("a.so", m_temp.path() / "e.so");
-    std::filesystem::create_symlink("d.so", m_temp.path() / "f.so");
-    std::filesystem::create_symlink("none", m_temp.path() / "g.so");
-    m_temp.write("h.so", "");
-    std::filesystem::permissions(m_temp.path() / "h.so", std::filesystem::perms::owner_read);
-
-    std::vector<std::pair<std::string, unsigned>> attributes;
-    for (struct _finddata64i32_t const &record : scan("*.so")) {
-        attributes.emplace_back(record.name, record.attrib);
-        if (record.name == std::string("e.so")) {
-            EXPECT_EQ(record.size, 5u);
-        }
-    }
-    using testing::Pair;
-    EXPECT_THAT(attributes,
-                ElementsAre(Pair(".b.so", ATTRIBUTE_HIDDEN), Pair("a.so", 0u), Pair("d.so", ATTRIBUTE_DIRECTORY),
-                            Pair("e.so", ATTRIBUTE_LINK), Pair("f.so", ATTRIBUTE_LINK | ATTRIBUTE_DIRECTORY),
-                            Pair("g.so", ATTRIBUTE_LINK), Pair("h.so", ATTRIBUTE_READ_ONLY)));
-}
-
-TEST_F(FioFileScan, PassesOverWhatHasGoneSince)
-{
-    for (char const *name : {"1", "2", "3"})
-        m_temp.write(name, "");
-    struct _finddata64i32_t data = {};
-    std::intptr_t const handle = FIO_FILE_SYSTEM::findfirst(at("*[!]*").c_str(), &data);
-    EXPECT_EQ(handle, -1) << "brackets are characters like any other";
-    std::intptr_t const scan = FIO_FILE_SYSTEM::findfirst(at("?").c_str(), &data);
-    ASSERT_NE(scan, -1);
-    std::string const first = data.name;
-    std::filesystem::remove(m_temp.path() / "2");
-    std::vector<std::string> rest;
-    while (FIO_FILE_SYSTEM::findnext(scan, &data) == 0)
-        rest.emplace_back(data.name);
-    EXPECT_EQ(FIO_FILE_SYSTEM::findclose(scan), 0);
-    EXPECT_EQ(first, ".");
-    EXPECT_THAT(rest, ElementsAre("1", "3"));
-}
-
-TEST_F(FioFileSystem, ARemovedCurrentDirectoryIsReturnedAsEmpty)
-{
-    std::filesystem::create_directory(m_temp.path() / "d");
-    CurrentDirectory const current(m_temp.path() / "d");
-    std::filesystem::remove(m_temp.path() / "d");
-    EXPECT_EQ(FIO_FILE_SYSTEM::get_current_directory(), "");
-    EXPECT_EQ(FIO_PATH("a.v").become_absolute("").fullpath(), "a.v");
-    EXPECT_EQ(FIO_PATH("a.v").become_absolute("/d").fullpath(), "/d/a.v");
-}
-
-#endif
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "fio_sys.h"
 
+#include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -9,12 +10,6 @@
 #include <utility>
 
 namespace {
-
-#ifdef _WIN32
-constexpr char NATIVE_SEPARATOR = '\\';
-#else
-constexpr char NATIVE_SEPARATOR = '/';
-#endif
 
 // The path that a text is converted to.
 struct TextCase
@@ -639,7 +634,7 @@ TEST(FioPathSeparator, GoesWithCopiesAndEndsWithANewText)
 
 TEST(FioPathSeparator, OfThePlatformIsThatOfItsCalls)
 {
-    std::string const separator(1, NATIVE_SEPARATOR);
+    std::string const separator = ON_WINDOWS ? "\\" : "/";
     FIO_PATH path("c:/d/e.v");
     path.change_path_separators_for_windows_api();
     EXPECT_EQ(path.fullpath(), "c:" + separator + "d" + separator + "e.v");

@@ -106,7 +106,7 @@ TEST(GenMachineLive, FindsTheSameAgain)
     EXPECT_EQ(topology(), first);
 }
 
-TEST(GenMachineLive, SaysWhyItKnowsNothing)
+TEST(GenMachineLive, ReportsWhatIsMissingWithoutCpuid)
 {
     MessageRecorder const recorder;
     bool supported = true;

@@ -23,7 +23,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-// A stand-in for that of zel_thr: the resting is part of the steps.
+// Replaces the function of zel_thr, since the waits are recorded among the calls.
 void thr_sleep(unsigned milliseconds)
 {
     gen_os_machine_fake_calls().push_back("sleep " + std::to_string(milliseconds));
@@ -257,7 +257,7 @@ TEST(GenMachine, VendorIsTwelveCharacters)
 {
     struct VendorCase
     {
-        char const *name; // with the register order of the answer undone
+        char const *name; // in the order of its characters: EBX, EDX, ECX
         GEN_VENDOR vendor;
     };
     constexpr VendorCase CASES[] = {
@@ -291,7 +291,7 @@ TEST(GenMachine, VendorIsTwelveCharacters)
 
 // The facts that are kept for a package.
 
-TEST(GenMachine, KeepsWhatTheFirstProcessorOfAPackageSays)
+TEST(GenMachine, KeepsTheFactsOfTheFirstProcessorOfAPackage)
 {
     MachineDump dump = load_machine_dump("intel_desktop_smt");
     // The second processor reports less.

@@ -1,4 +1,4 @@
-// The formatter through both of its doors: stl_output over a run of slots, stl_sprintf over variable arguments. On
+// The formatter through both of its functions: stl_output over a run of slots, stl_sprintf over variable arguments. On
 // systems with the GNU C library the results are also compared with that library's.
 #include "mem_sys.h"
 
@@ -1387,7 +1387,7 @@ TEST(MemFormat, TakesLongDoublesFromVariableArguments)
     EXPECT_EQ(text, "2.000000 7");
 }
 
-// A field, or a number of digits, that nobody can mean.
+// A field or a number of digits above the limit.
 struct AbsurdCase
 {
     char const *format;

@@ -1,4 +1,4 @@
-// The hash table against a map, with keys that fall on the same places.
+// The hash table against a map, with keys that collide.
 #include "mem/base/mem_hash_table.h"
 
 #include <gtest/gtest.h>

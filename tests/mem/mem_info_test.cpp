@@ -118,11 +118,11 @@ TEST(MemInfo, ThePeakOfTheWorkingSetKeepsWhatWasReleased)
     EXPECT_GE(mem_info_get_process_peak_working_set_size() + MIB, with_memory);
 }
 
-TEST(MemInfo, ThePeakOfVirtualMemoryHasWhatIsThere)
+TEST(MemInfo, ThePeakOfVirtualMemoryIncludesTheCurrentMemory)
 {
     std::size_t const before = mem_info_get_process_peak_virtual_used();
     std::unique_ptr<char[]> const memory = resident_bytes(96 * MIB);
-    // Read while the memory is there: some systems that stand in for Windows give the current figure.
+    // Read while the memory is allocated: some emulations of Windows give the current figure.
     std::size_t const with_memory = mem_info_get_process_peak_virtual_used();
     EXPECT_GT(before, 0U);
     EXPECT_GE(with_memory, before);

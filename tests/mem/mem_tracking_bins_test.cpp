@@ -3,6 +3,7 @@
 
 #include "tests/support/mem_bin_figures.h"
 #include "tests/support/platform.h"
+#include "tests/support/real_block.h"
 #include "tests/support/temp_dir.h"
 
 #include <gmock/gmock.h>
@@ -28,14 +29,6 @@ constexpr std::size_t MIB = std::size_t{1024} * 1024;
 void open_bin(std::string const &name, std::string const &tag = "")
 {
     mem_open_profile_bin(name, tag);
-}
-
-void *volatile l_block = nullptr;
-
-void *take(std::size_t bytes)
-{
-    l_block = ::operator new(bytes);
-    return l_block;
 }
 
 using Fields = std::vector<std::string>;
@@ -101,7 +94,7 @@ struct ThrowingBuffer : std::streambuf
     std::streamsize xsputn(char const *, std::streamsize) override { throw std::runtime_error("no"); }
 };
 
-// Takes everything, and finds when it is to be written that it can't be.
+// Takes everything, and fails when it is flushed.
 struct FullDisk : std::streambuf
 {
     int_type overflow(int_type c) override { return c; }
@@ -109,7 +102,7 @@ struct FullDisk : std::streambuf
     int sync() override { return -1; }
 };
 
-// All five have something to write.
+// Records something for each of the five dumps.
 void record_something()
 {
     mem_enable_tracking(ALL);
@@ -427,13 +420,13 @@ TEST(MemTrackingDump, WritingCountsWhatTheStreamTakes)
     record_something();
     std::size_t const before = MEM_MANAGER::current_total_memory();
     {
-        std::ostringstream out; // what it takes is counted, and given back
+        std::ostringstream out; // its memory is counted, and released with it
         EXPECT_TRUE(mem_dump_tbb_fileline_tracking(out));
         EXPECT_TRUE(mem_dump_tbb_subsystem_tracking(out));
         EXPECT_TRUE(mem_dump_tbb_profile_bin_stats_tracking(out));
         EXPECT_TRUE(mem_dump_tbb_profile_bin_tag_stats_tracking(out));
         EXPECT_TRUE(mem_dump_tbb_module_tracking(out, out));
-        // The streams of the runtime's library have operators of their own on Windows.
+        // On Windows the streams of the standard library don't allocate with the operators of this program.
         EXPECT_EQ(MEM_MANAGER::current_total_memory() > before, !ON_WINDOWS);
     }
     EXPECT_EQ(MEM_MANAGER::current_total_memory(), before);

@@ -2,6 +2,7 @@
 #include "mem_sys.h"
 
 #include "tests/support/heap_size.h"
+#include "tests/support/real_block.h"
 
 #include <gtest/gtest.h>
 
@@ -34,21 +35,6 @@ Figures close_bin()
 std::int64_t total()
 {
     return static_cast<std::int64_t>(MEM_MANAGER::current_total_memory());
-}
-
-// Out of the compiler's sight, which may leave out a pair of new and delete.
-std::atomic<void *> l_block{nullptr};
-
-void *take(std::int64_t bytes)
-{
-    void *const block = ::operator new(static_cast<std::size_t>(bytes));
-    l_block.store(block, std::memory_order_relaxed);
-    return block;
-}
-
-void give(void *block)
-{
-    ::operator delete(block);
 }
 
 // A thread that runs the given actions and rests in between, without an allocation of its own.
@@ -201,7 +187,7 @@ TEST(MemTrackingExact, ThePeakOfManySmallBlocksIsExact)
     EXPECT_EQ(f.close_bytes, f.open_bytes);
 }
 
-TEST(MemTrackingExact, AnIntervalsPeakIsNotTheNextOnes)
+TEST(MemTrackingExact, ThePeakOfAnIntervalDoesNotReachTheNextOne)
 {
     Worker worker;
     mem_open_profile_bin("A", "");
@@ -249,7 +235,7 @@ TEST(MemTrackingExact, ASuspendedThreadLeavesNoTrace)
     EXPECT_EQ(f.close_bytes, f.open_bytes);
 }
 
-TEST(MemTrackingExact, AnEndedThreadLeavesWhatItHasOut)
+TEST(MemTrackingExact, TheBlocksOfAnEndedThreadStayCounted)
 {
     std::int64_t const before = total();
     void *block = nullptr;
@@ -260,7 +246,7 @@ TEST(MemTrackingExact, AnEndedThreadLeavesWhatItHasOut)
     std::int64_t const with_block = total();
     std::int64_t const size = heap_size(block);
     give(block);
-    // The runtime may keep a record of its own for a thread that was.
+    // The runtime may keep a record of its own for a thread that has ended.
     EXPECT_GE(with_block - before, size);
     EXPECT_LE(with_block - before, size + KIB);
     EXPECT_EQ(total(), with_block - size);

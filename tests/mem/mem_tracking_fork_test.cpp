@@ -1,8 +1,9 @@
-// Counting and recording in the child of a fork, which Windows has no like of.
+// Counting and recording in the child of a fork, which Windows doesn't have.
 #include "mem_sys.h"
 
 #include "tests/support/heap_size.h"
 #include "tests/support/mem_bin_figures.h"
+#include "tests/support/real_block.h"
 
 #include <gtest/gtest.h>
 
@@ -13,16 +14,6 @@
 #include <thread>
 
 namespace {
-
-// Out of the compiler's sight, which may leave out a pair of new and delete.
-std::atomic<void *> l_block{nullptr};
-
-void *take(std::size_t bytes)
-{
-    void *const block = ::operator new(bytes);
-    l_block.store(block, std::memory_order_relaxed);
-    return block;
-}
 
 // Of all threads in the records, the child has only this one.
 bool child_counts()

@@ -3,6 +3,7 @@
 
 #include "tests/support/heap_size.h"
 #include "tests/support/platform.h"
+#include "tests/support/real_block.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -77,15 +78,6 @@ protected:
         mem_reset_tracking_entries();
     }
 };
-
-// Out of the compiler's sight, which may leave out a pair of new and delete.
-std::atomic<void *> l_block{nullptr};
-
-void *seen(void *block)
-{
-    l_block.store(block, std::memory_order_relaxed);
-    return block;
-}
 
 } // namespace
 
@@ -192,8 +184,9 @@ TEST_F(MemTrackingSites, PlacesAreNamed)
     }
 }
 
-// On Linux, what the standard library allocates is whose code asked for it, be it inlined, a template of its own, or a
-// function of the shared library. On Windows it is where the call of operator new returns to, whatever module that is.
+// On Linux, an allocation inside the standard library belongs to the code that called the library, whether the function
+// of the library was inlined, is an instance of a template, or lies in the shared library. On Windows it belongs to the
+// place to which the call of operator new returns, in whatever module that is.
 TEST_F(MemTrackingSites, TheStandardLibraryIsPassedOver)
 {
     std::vector<std::int64_t> values;
@@ -222,7 +215,7 @@ TEST_F(MemTrackingSites, TheStandardLibraryIsPassedOver)
         EXPECT_EQ(row.place.find("/c++/"), std::string::npos) << row.place;
 }
 
-TEST_F(MemTrackingSites, WhoReleasesDoesNotMatter)
+TEST_F(MemTrackingSites, ABlockMayBeReleasedOnAnotherThread)
 {
     void *block = nullptr;
     std::thread([&] { block = l_site(100000); }).join();
@@ -259,7 +252,7 @@ TEST_F(MemTrackingSites, AnAddressThatIsGivenOutAnewIsOneBlock)
         MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
         ::operator delete(block);
     }
-    // The heap gives the same address again and again. A sanitizer's keeps them back, and the blocks stay.
+    // The heap returns the same address again and again. A sanitizer's heap doesn't, so its blocks stay in the table.
     void *const kept = l_site(5000);
     Row const row = rows_by_line().at(1);
     ::operator delete(kept);
@@ -305,7 +298,7 @@ TEST_F(MemTrackingSites, ThePeakIsThatOfTheSum)
     ASSERT_EQ(rows.size(), 3U);
     EXPECT_EQ(rows[0].peak_bytes, size);
     EXPECT_EQ(rows[1].peak_bytes, size);
-    EXPECT_EQ(rows[2].peak_bytes, 0); // it had nothing when the sum was highest
+    EXPECT_EQ(rows[2].peak_bytes, 0); // it had no block when the sum was largest
     EXPECT_GE(rows[2].total_bytes, 100000);
 }
 
@@ -401,16 +394,11 @@ TEST_F(MemTrackingSites, ThreadsTogetherKeepTheBalance)
 TEST_F(MemTrackingSites, TheOtherFormsAreRecordedToo)
 {
     constexpr std::align_val_t WIDE{256};
-    l_block = ::operator new[](100);
-    ::operator delete[](l_block);
-    l_block = ::operator new(100, WIDE);
-    ::operator delete(l_block, WIDE);
-    l_block = ::operator new[](100, WIDE);
-    ::operator delete[](l_block, WIDE);
-    l_block = ::operator new(100, std::nothrow);
-    ::operator delete(l_block, std::nothrow);
-    l_block = ::operator new[](100, WIDE, std::nothrow);
-    ::operator delete[](l_block, WIDE, std::nothrow);
+    ::operator delete[](seen(::operator new[](100)));
+    ::operator delete(seen(::operator new(100, WIDE)), WIDE);
+    ::operator delete[](seen(::operator new[](100, WIDE)), WIDE);
+    ::operator delete(seen(::operator new(100, std::nothrow)), std::nothrow);
+    ::operator delete[](seen(::operator new[](100, WIDE, std::nothrow)), WIDE, std::nothrow);
     Row const row = rows_by_line().at(0);
     EXPECT_EQ(row.total_blocks, 5);
     EXPECT_EQ(row.live_blocks, 0);

@@ -2,6 +2,7 @@
 #include "mem_sys.h"
 
 #include "tests/support/mem_bin_figures.h"
+#include "tests/support/real_block.h"
 
 #include <gtest/gtest.h>
 
@@ -44,21 +45,6 @@ constexpr std::size_t BLOCK_SLACK = 64 * KIB;
 std::int64_t total()
 {
     return static_cast<std::int64_t>(MEM_MANAGER::current_total_memory());
-}
-
-// Out of the compiler's sight, which may leave out a pair of new and delete.
-std::atomic<void *> l_block{nullptr};
-
-char *take(std::size_t bytes)
-{
-    void *const block = ::operator new(bytes);
-    l_block.store(block, std::memory_order_relaxed);
-    return static_cast<char *>(block);
-}
-
-void give(void *block)
-{
-    ::operator delete(block);
 }
 
 struct Form
@@ -122,7 +108,7 @@ std::size_t huge()
 // Allocates as a thread's last act, when its other destructors run.
 struct LateAllocation
 {
-    std::atomic<char *> *kept = nullptr;
+    std::atomic<void *> *kept = nullptr;
     ~LateAllocation() { *kept = take(10 * KIB); }
 };
 
@@ -182,13 +168,13 @@ TEST(MemCount, AHeapOfManySizesComesBackToItsStart)
     EXPECT_EQ(total(), before);
 }
 
-TEST(MemCount, TheThrowingFormsThrowWhatCannotBeMet)
+TEST(MemCount, TheThrowingFormsThrowIfTheRequestCannotBeMet)
 {
     EXPECT_EQ(growth([] {
-                  EXPECT_THROW(l_block = ::operator new(huge()), std::bad_alloc);
-                  EXPECT_THROW(l_block = ::operator new[](huge()), std::bad_alloc);
-                  EXPECT_THROW(l_block = ::operator new(huge(), WIDE), std::bad_alloc);
-                  EXPECT_THROW(l_block = ::operator new[](huge(), WIDE), std::bad_alloc);
+                  EXPECT_THROW(seen(::operator new(huge())), std::bad_alloc);
+                  EXPECT_THROW(seen(::operator new[](huge())), std::bad_alloc);
+                  EXPECT_THROW(seen(::operator new(huge(), WIDE)), std::bad_alloc);
+                  EXPECT_THROW(seen(::operator new[](huge(), WIDE)), std::bad_alloc);
               }),
               0);
 }
@@ -210,7 +196,7 @@ TEST(MemCount, TheNothrowFormsGiveNull)
 TEST(MemCount, TheNewHandlerIsAskedUntilItGivesUp)
 {
     std::set_new_handler(give_up_at_third_call);
-    EXPECT_THROW(l_block = ::operator new(huge()), std::bad_alloc);
+    EXPECT_THROW(seen(::operator new(huge())), std::bad_alloc);
     EXPECT_EQ(l_handler_calls, 3);
 
     l_handler_calls = 0;
@@ -223,7 +209,7 @@ TEST(MemCount, AnEndedThreadLosesNothing)
 {
     constexpr std::size_t THREADS = 8;
     constexpr std::size_t BYTES = 40 * KIB; // below the limit at which a thread folds by itself
-    std::vector<char *> blocks(THREADS);
+    std::vector<void *> blocks(THREADS);
     std::vector<std::thread> threads(THREADS);
     std::int64_t const before = total();
     for (std::size_t i = 0; i < THREADS; ++i) {
@@ -231,7 +217,7 @@ TEST(MemCount, AnEndedThreadLosesNothing)
         threads[i].join();
     }
     std::int64_t const allocated = total() - before;
-    for (char *&block : blocks)
+    for (void *&block : blocks)
         std::thread([&block] { give(block); }).join();
     EXPECT_GE(allocated, static_cast<std::int64_t>(THREADS * BYTES));
     EXPECT_LE(allocated, static_cast<std::int64_t>(THREADS * BYTES + 16 * KIB));
@@ -241,7 +227,7 @@ TEST(MemCount, AnEndedThreadLosesNothing)
 
 TEST(MemCount, AThreadsLateDestructorsAreCounted)
 {
-    std::atomic<char *> kept{nullptr};
+    std::atomic<void *> kept{nullptr};
     std::int64_t const before = total();
     std::thread([&kept] {
         static thread_local LateAllocation late;
@@ -256,7 +242,7 @@ TEST(MemCount, AThreadsLateDestructorsAreCounted)
 TEST(MemCount, ThreadsTogetherKeepTheBalance)
 {
     constexpr int THREADS = 4;
-    std::atomic<char *> slots[64] = {};
+    std::atomic<void *> slots[64] = {};
     std::vector<std::thread> threads;
     threads.reserve(THREADS);
     std::int64_t const before = total();
@@ -271,15 +257,15 @@ TEST(MemCount, ThreadsTogetherKeepTheBalance)
     }
     for (std::thread &thread : threads)
         thread.join();
-    for (std::atomic<char *> &slot : slots)
+    for (std::atomic<void *> &slot : slots)
         give(slot);
     EXPECT_LE(std::abs(total() - before), static_cast<std::int64_t>(4 * KIB));
 }
 
 TEST(MemCount, ASuspendedThreadCountsNothing)
 {
-    char *inside = nullptr;
-    char *const outside = take(MIB);
+    void *inside = nullptr;
+    void *const outside = take(MIB);
     EXPECT_EQ(growth([&] {
                   MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const outer;
                   {
@@ -298,16 +284,16 @@ TEST(MemCount, ASuspendedThreadCountsNothing)
 TEST(MemCount, SuspendingStopsNoOtherThread)
 {
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
-    char *block = nullptr;
+    void *block = nullptr;
     // The other thread also releases what this one, suspended, has allocated to start it.
     EXPECT_GE(growth([&] { std::thread([&] { block = take(MIB); }).join(); }),
               static_cast<std::int64_t>(MIB - 4 * KIB));
     std::thread([&] { give(block); }).join();
 }
 
-TEST(MemCount, WhatCrossesAScopeStaysOnTheSideWhereItWasCounted)
+TEST(MemCount, ABlockThatCrossesASuspendedScopeIsCountedOnOneSideOnly)
 {
-    char *block = take(MIB);
+    void *block = take(MIB);
     EXPECT_EQ(growth([&] {
                   MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
                   give(block);
@@ -327,7 +313,7 @@ TEST(MemCount, TheTotalIsNeverShownBelowZero)
     EXPECT_EQ(f.open_bytes, 0U);
     EXPECT_EQ(f.close_bytes, 0U);
     EXPECT_EQ(f.peak_bytes, 0U);
-    // The true figure goes on below.
+    // The true figure is below zero and stays so.
     mem_count_allocation(nullptr, now + MIB, nullptr, nullptr);
     EXPECT_LE(std::abs(total() - static_cast<std::int64_t>(now)), static_cast<std::int64_t>(64 * KIB));
 }
@@ -335,7 +321,7 @@ TEST(MemCount, TheTotalIsNeverShownBelowZero)
 TEST(MemProfileBins, ABinReportsItsOpenCloseAndPeak)
 {
     mem_open_profile_bin("A", "tag");
-    char *const kept = take(MIB);
+    void *const kept = take(MIB);
     give(take(10 * MIB));
     Figures const f = close_bin("tag");
     give(kept);
@@ -359,7 +345,7 @@ TEST(MemProfileBins, AnIdleBinHasThreeEqualFigures)
 TEST(MemProfileBins, TheLastFewBytesAreInTheFigures)
 {
     mem_open_profile_bin("A", "");
-    char *const block = take(100); // far from the limit of a fold
+    void *const block = take(100); // far from the limit of a fold
     Figures const f = close_bin();
     give(block);
     EXPECT_GE(f.close_bytes, f.open_bytes + 100);
@@ -369,7 +355,7 @@ TEST(MemProfileBins, TheLastFewBytesAreInTheFigures)
 
 TEST(MemProfileBins, MemoryReleasedInABinLowersItsClose)
 {
-    char *const block = take(5 * MIB);
+    void *const block = take(5 * MIB);
     mem_open_profile_bin("A", "");
     give(block);
     Figures const f = close_bin();
@@ -380,7 +366,7 @@ TEST(MemProfileBins, MemoryReleasedInABinLowersItsClose)
 TEST(MemProfileBins, NestedBinsHandTheirPeaksOut)
 {
     mem_open_profile_bin("A", "");
-    char *const of_a = take(MIB);
+    void *const of_a = take(MIB);
     mem_open_profile_bin("B", "");
     give(take(8 * MIB));
     mem_open_profile_bin("C", "");
@@ -432,7 +418,7 @@ TEST(MemProfileBins, AFlushKeepsThePeakInTheOpenBin)
 TEST(MemProfileBins, OtherThreadsAreInTheFigures)
 {
     mem_open_profile_bin("A", "");
-    char *block = nullptr;
+    void *block = nullptr;
     std::thread([&] {
         block = take(3 * MIB);
         give(take(6 * MIB));
@@ -478,7 +464,7 @@ TEST(MemProfileBins, SuspendedAllocationsAreNotInTheFigures)
 TEST(MemProfileBins, ABoundaryInASuspendedScopeSeesWhatWasCountedBefore)
 {
     mem_open_profile_bin("A", "");
-    char *const block = take(100);
+    void *const block = take(100);
     Figures f;
     {
         MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const scope;
@@ -491,15 +477,15 @@ TEST(MemProfileBins, ABoundaryInASuspendedScopeSeesWhatWasCountedBefore)
 TEST(MemProfileBins, DeepNestingKeepsEveryLevel)
 {
     constexpr std::size_t DEPTH = 1000;
-    char *blocks[DEPTH] = {};
+    void *blocks[DEPTH] = {};
     Figures figures[DEPTH];
-    for (char *&block : blocks) {
+    for (void *&block : blocks) {
         mem_open_profile_bin("deep", "");
         block = take(KIB);
     }
     for (std::size_t i = DEPTH; i > 0; --i)
         figures[i - 1] = close_bin();
-    for (char *const block : blocks)
+    for (void *const block : blocks)
         give(block);
     for (std::size_t i = 0; i < DEPTH; ++i) {
         EXPECT_GE(figures[i].close_bytes, figures[i].open_bytes + (DEPTH - i) * KIB) << "level " << i;
@@ -515,7 +501,7 @@ TEST(MemProfileBins, ACloseWithoutAnOpenGivesTheCurrentFigure)
     EXPECT_EQ(f.peak_bytes, f.close_bytes);
     // and the next pair is not out of step
     mem_open_profile_bin("A", "");
-    char *const block = take(MIB);
+    void *const block = take(MIB);
     Figures const a = close_bin();
     give(block);
     EXPECT_GE(a.close_bytes, a.open_bytes + MIB);
@@ -570,7 +556,7 @@ TEST(MemTrackingKey, TwelveIsASelectedBin)
 {
     expect_key({"12", true, false, true, true, true});
 }
-TEST(MemTrackingKey, AnotherBitAloneTracksNothingButIsNotZero)
+TEST(MemTrackingKey, AnotherBitAloneTracksNothingAndCountsAsEnabled)
 {
     expect_key({"1", true, false, false, false, false});
 }
@@ -593,7 +579,7 @@ TEST(MemTracking, BitsAreSetAndClearedOverTheKey)
     EXPECT_TRUE(mem_get_tbb_memory_tracking_enabled());
 }
 
-TEST(MemTracking, EnablingDoesNotTouchWhatTheKeySays)
+TEST(MemTracking, EnablingDoesNotChangeTheKey)
 {
     mem_cfg_set("mem_tracking", "0");
     mem_enable_tracking(MEM_TRACKING_SELECTED_BIN);
@@ -601,7 +587,7 @@ TEST(MemTracking, EnablingDoesNotTouchWhatTheKeySays)
     EXPECT_TRUE(mem_tracking_is_enabled(MEM_TRACKING_SOURCES));
 }
 
-TEST(MemTracking, TheKeyCountsAsItWasAtTheFirstQuestion)
+TEST(MemTracking, TheKeyIsReadOnce)
 {
     mem_cfg_set("mem_tracking", "8");
     EXPECT_TRUE(mem_get_tbb_memory_tracking_enabled());

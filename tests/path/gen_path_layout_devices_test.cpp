@@ -1,12 +1,13 @@
 // The device files in the directory of the module, in an installation on disk.
 #include "gen_path_sys.h"
 
-#include "tests/support/gen_os_fake.h"
 #include "tests/support/search_world.h"
-#include "tests/support/temp_dir.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -12,7 +12,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using testing::ExitedWithCode;
 using testing::HasSubstr;
 
 namespace {

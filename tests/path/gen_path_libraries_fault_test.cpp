@@ -1,4 +1,4 @@
-// The editing of the project's library directories over stand-ins for the path state, which doesn't take the list.
+// The editing of the project's library directories over a path state whose setter doesn't make the list.
 #include "gen/path/gen_path_state.h"
 #include "gen_path_sys.h"
 #include "tests/support/internal_error.h"
@@ -31,13 +31,13 @@ std::string gen_get_project_library_paths()
     return {};
 }
 
-TEST(GenAppendProjectLibraryPathsDeathTest, AListThatCannotBeMadeIsAnInternalError)
+TEST(GenAppendProjectLibraryPathsDeathTest, AListThatWasNotMadeIsAnInternalError)
 {
     EXPECT_EXIT(gen_append_project_library_paths("c:/a"), ExitedWithCode(INTERNAL_ERROR_STATUS),
                 dies_with("project_fio_paths != 0", "gen_path_libraries"));
 }
 
-TEST(GenAppendProjectLibraryPaths, NothingIsMadeForNothing)
+TEST(GenAppendProjectLibraryPaths, AnEditWithoutAChangeSetsNothing)
 {
     gen_append_project_library_paths("");
     gen_remove_project_library_paths("c:/a");

@@ -47,7 +47,7 @@ std::string numbered_paths(int count)
 
 } // namespace
 
-TEST(GenAppendProjectLibraryPaths, AddsWhatIsNotThere)
+TEST(GenAppendProjectLibraryPaths, AddsDirectoriesThatAreNotInTheList)
 {
     expect_edits(
         gen_append_project_library_paths,
@@ -59,7 +59,7 @@ TEST(GenAppendProjectLibraryPaths, AddsWhatIsNotThere)
             {"c:/a", "./a;../a;a", "c:/a;./a;../a;a", {"c:/a", "./a", "../a", "a"}},
             // each once, the first spelling
             {"", "x;X;y;x;Y", "x;y", {"x", "y"}},
-            {"", "\xc3\xa4;\xc3\x84", "\xc3\xa4;\xc3\x84", {"\xc3\xa4", "\xc3\x84"}}, // A to Z alone fold
+            {"", "\xc3\xa4;\xc3\x84", "\xc3\xa4;\xc3\x84", {"\xc3\xa4", "\xc3\x84"}}, // only A to Z fold
             // the whole list is normalised with a change, and untouched without
             {"c:\\a\\;;x//y", "C:/A/;X/Y", "c:\\a\\;;x//y", {"c:/a/", "x/y"}},
             {"c:\\a\\;;x//y", "z", "c:/a/;x/y;z", {"c:/a/", "x/y", "z"}},
@@ -80,7 +80,7 @@ TEST(GenAppendProjectLibraryPaths, AddsWhatIsNotThere)
         });
 }
 
-TEST(GenRemoveProjectLibraryPaths, TakesOutWhatIsThere)
+TEST(GenRemoveProjectLibraryPaths, RemovesDirectoriesThatAreInTheList)
 {
     expect_edits(gen_remove_project_library_paths, {
                                                        {"c:/a;d:/b", "C:\\A", "d:/b", {"d:/b"}},

@@ -50,13 +50,13 @@ protected:
         fio_fake().calls.clear();
     }
 
-    // The calls since the last one of this function.
+    // The calls since the last call of this function.
     static Calls calls() { return std::exchange(fio_fake().calls, {}); }
 };
 
 } // namespace
 
-TEST_F(GenSearchQuestions, AMissIsOneForEachDirectory)
+TEST_F(GenSearchQuestions, AMissAsksOnceForEachDirectory)
 {
     for (char const *const name : {"a.v", "sub/a.v", "a name.v"}) {
         EXPECT_EQ(gen_find_file(name).fullpath(), "");
@@ -67,7 +67,7 @@ TEST_F(GenSearchQuestions, AMissIsOneForEachDirectory)
     EXPECT_THAT(calls(), testing::SizeIs(8));
 }
 
-TEST_F(GenSearchQuestions, AHitIsTheLastOne)
+TEST_F(GenSearchQuestions, AHitEndsTheSearch)
 {
     Calls const directories = search_directories();
     for (std::size_t i = 0; i < directories.size(); ++i) {
@@ -78,7 +78,7 @@ TEST_F(GenSearchQuestions, AHitIsTheLastOne)
     }
 }
 
-TEST_F(GenSearchQuestions, ARememberedAnswerIsNone)
+TEST_F(GenSearchQuestions, ACachedResultAsksNothing)
 {
     fio_fake().entries = {{"/user_1/known.v", false}};
     for (char const *const name : {"known.v", "unknown.v", ""}) {
@@ -89,7 +89,7 @@ TEST_F(GenSearchQuestions, ARememberedAnswerIsNone)
     }
 }
 
-TEST_F(GenSearchQuestions, AnAbsolutePathIsOne)
+TEST_F(GenSearchQuestions, AnAbsolutePathAsksOnce)
 {
     fio_fake().entries = {{"/q/a.v", false}};
     EXPECT_EQ(gen_find_file("/q/a.v").fullpath(), "/q/a.v");
@@ -115,7 +115,7 @@ TEST_F(GenSearchQuestions, DirectoriesOfEachFormLeadToFiles)
                             "exists /p/lib/a.v", "exists /lib/a.v", "exists /p/\xc3\xa4/a.v"));
 }
 
-TEST_F(GenSearchQuestions, WhatLeadsNowhereIsNone)
+TEST_F(GenSearchQuestions, APathThatLeadsNowhereAsksNothing)
 {
     for (char const *const name : {"", "c:a/b.v", "c:../b.v"}) {
         EXPECT_EQ(gen_find_file(name).fullpath(), "") << name;
@@ -139,10 +139,10 @@ TEST_F(GenSearchQuestions, AnIncludeAsksOnceMoreNextToTheIncluder)
     EXPECT_THAT(calls(), ElementsAre("exists /p/a.vh"));
 }
 
-TEST_F(GenSearchQuestions, PathIsOneForEachElement)
+TEST_F(GenSearchQuestions, AFileInPathAsksOnceForEachElement)
 {
     fio_fake().entries = {{"/one/tool", true}, {"/two/tool", false}, {"/three/tool", false}};
-    Environment const path("PATH", "/one::/two/:/three"); // the scripted system parts by ":"
+    Environment const path("PATH", "/one::/two/:/three"); // the separator of the scripted system is ":"
     EXPECT_EQ(gen_find_in_path("tool", false), "/two/tool");
     EXPECT_THAT(calls(), ElementsAre("status /one/tool", "status /two/tool"));
     EXPECT_EQ(gen_find_in_path("no_tool", false), "");
@@ -160,7 +160,7 @@ TEST_F(GenSearchQuestions, UnreadableDirectoriesGiveNothing)
     EXPECT_THAT(calls(), ElementsAre("list /fake/bin/"));
 }
 
-TEST_F(GenSearchQuestions, AStarIsAloneOrANameLikeAnyOther)
+TEST_F(GenSearchQuestions, AStarIsAPatternOnlyIfItIsTheWholeName)
 {
     Calls const directories = search_directories();
     for (std::string const &directory : {directories[directories.size() - 2], directories.back()})

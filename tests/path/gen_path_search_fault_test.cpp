@@ -3,7 +3,6 @@
 #include "fio_sys.h"
 #include "gen/path/gen_path_state.h"
 #include "gen_path_sys.h"
-#include "tests/support/gen_os_fake.h"
 #include "tests/support/internal_error.h"
 #include "tests/support/mem_recorder.h"
 #include "tests/support/temp_dir.h"

@@ -12,8 +12,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
+using testing::ElementsAre;
 using testing::ExitedWithCode;
 
 namespace {
@@ -28,19 +28,6 @@ std::size_t attempts()
 {
     std::string const requests = gen_os_fake_temp_file_requests();
     return static_cast<std::size_t>(std::count(requests.begin(), requests.end(), '\n'));
-}
-
-// The names in a directory, each followed by a blank, in byte order.
-std::string names_in(TempDir const &dir)
-{
-    std::vector<std::string> names;
-    for (std::filesystem::directory_entry const &entry : std::filesystem::directory_iterator(dir.path()))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    std::string text;
-    for (std::string const &name : names)
-        text += name + ' ';
-    return text;
 }
 
 } // namespace
@@ -76,7 +63,7 @@ TEST(GenTempFileAttempts, EndWithTheFirstSuccess)
     TempDir const dir;
     gen_os_fake_set_temp_file_names("a.tmp\nb.tmp\n");
     EXPECT_EQ(gen_create_temp_file_with_extension(dir.text(), "pre", "v"), dir.text("a.v"));
-    EXPECT_EQ(names_in(dir), "a.tmp a.v ");
+    EXPECT_THAT(entry_names(dir.path()), ElementsAre("a.tmp", "a.v"));
     EXPECT_EQ(attempts(), 1U);
 }
 
@@ -101,7 +88,7 @@ TEST(GenTempFileAttempts, EmptyAFileThatIsInTheWay)
     dir.write("a.zq", "content");
     gen_os_fake_set_temp_file_names("a.tmp\nb.tmp\n");
     EXPECT_EQ(gen_create_temp_file_with_extension(dir.text(), "pre", "zq"), dir.text("b.zq"));
-    EXPECT_EQ(names_in(dir), "a.tmp a.zq b.tmp b.zq ");
+    EXPECT_THAT(entry_names(dir.path()), ElementsAre("a.tmp", "a.zq", "b.tmp", "b.zq"));
     EXPECT_EQ(dir.read("a.zq"), "");
 }
 
@@ -176,7 +163,7 @@ TEST(GenUniquePathName, IsUsedForADirectoryOnce)
     seed(7);
     EXPECT_FALSE(gen_create_unique_dir(dir.text(), second, /*create=*/true));
     EXPECT_EQ(second, "");
-    EXPECT_EQ(names_in(dir), first.substr(dir.text().size() + 1) + ' ');
+    EXPECT_THAT(entry_names(dir.path()), ElementsAre(first.substr(dir.text().size() + 1)));
 }
 
 TEST(GenUniquePathNameDeathTest, ThatIsEmptyIsAnInternalError)

@@ -3,7 +3,6 @@
 
 #include "tests/support/child_process.h"
 #include "tests/support/environment.h"
-#include "tests/support/message_recorder.h"
 #include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
 
@@ -20,22 +19,11 @@
 using testing::Each;
 using testing::ElementsAre;
 using testing::EndsWith;
-using testing::ExitedWithCode;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
 
 namespace {
-
-// The names in a directory, in byte order.
-std::set<std::string> names_in(std::filesystem::path const &directory)
-{
-    std::set<std::string> names;
-    for (std::filesystem::directory_entry const &entry : std::filesystem::directory_iterator(directory))
-        names.insert(entry.path().filename().string());
-    return names;
-}
 
 std::string name_of(std::string const &path)
 {
@@ -76,7 +64,7 @@ TEST(GenTempFile, IsEmptyAndNewInItsDirectory)
         EXPECT_TRUE(is_empty_file(path)) << path;
         EXPECT_EQ(path, FIO_PATH(path).fullpath());
     }
-    EXPECT_THAT(names_in(dir.path()), SizeIs(3));
+    EXPECT_THAT(entry_names(dir.path()), SizeIs(3));
 }
 
 TEST(GenTempFile, BeginsWithThreeCharactersOfThePrefix)
@@ -105,7 +93,7 @@ TEST(GenTempFile, IsNotMadeInADirectoryThatCannotHoldIt)
     for (std::string const &directory : unusable_directories(dir))
         EXPECT_EQ(gen_create_temp_file(directory, "net"), "") << directory;
     EXPECT_EQ(gen_create_temp_file("", "net"), "");
-    EXPECT_THAT(names_in(dir.path()), ElementsAre("plain file"));
+    EXPECT_THAT(entry_names(dir.path()), ElementsAre("plain file"));
     EXPECT_EQ(dir.read("plain file"), "content");
 }
 
@@ -175,7 +163,7 @@ TEST(GenTempFile, APrefixLeadsNowhereElse)
     for (char const *const prefix : {"../x", "a/b", "/", "a\\b"})
         EXPECT_EQ(gen_create_temp_file(dir.text("d"), prefix), "") << prefix;
     EXPECT_THAT(gen_create_temp_file(dir.text("d"), "abc/d"), StartsWith(dir.text("d/abc")));
-    EXPECT_THAT(names_in(dir.path()), ElementsAre("d"));
+    EXPECT_THAT(entry_names(dir.path()), ElementsAre("d"));
 }
 #endif
 
@@ -197,7 +185,7 @@ TEST(GenTempFile, IsItsOwnForEachOfSixteenProcesses)
             printed.insert(name_of(path));
     }
     EXPECT_THAT(printed, SizeIs(PROCESSES * FILES_EACH));
-    EXPECT_EQ(names_in(dir.path()), printed);
+    EXPECT_EQ(entry_names(dir.path()), printed);
 }
 
 TEST(GenTempFileWithExtension, OfTheTemporaryFileItselfLeavesOneFile)
@@ -206,7 +194,7 @@ TEST(GenTempFileWithExtension, OfTheTemporaryFileItselfLeavesOneFile)
         TempDir const dir;
         std::string const path = gen_create_temp_file_with_extension(dir.text(), "net", extension);
         EXPECT_THAT(path, EndsWith(".tmp")) << extension;
-        EXPECT_THAT(names_in(dir.path()), ElementsAre(name_of(path))) << extension;
+        EXPECT_THAT(entry_names(dir.path()), ElementsAre(name_of(path))) << extension;
         EXPECT_TRUE(is_empty_file(path)) << extension;
     }
 }
@@ -225,7 +213,8 @@ TEST(GenTempFileWithExtension, OfAnotherKindLeavesTheTemporaryFileToo)
         std::string const path = gen_create_temp_file_with_extension(dir.text(), "net", c.extension);
         std::string const stem = path.substr(0, path.size() - std::string(c.end).size());
         EXPECT_EQ(path, stem + c.end);
-        EXPECT_EQ(names_in(dir.path()), (std::set<std::string>{name_of(stem + ".tmp"), name_of(path)})) << c.extension;
+        EXPECT_EQ(entry_names(dir.path()), (std::set<std::string>{name_of(stem + ".tmp"), name_of(path)}))
+            << c.extension;
         EXPECT_TRUE(is_empty_file(path)) << path;
         EXPECT_TRUE(is_empty_file(stem + ".tmp")) << path;
     }
@@ -238,7 +227,7 @@ TEST(GenTempFileWithExtension, IsEmptyWithoutAUsableDirectory)
         for (char const *const extension : {"v", "tmp", ""})
             EXPECT_EQ(gen_create_temp_file_with_extension(directory, "net", extension), "") << directory;
     EXPECT_EQ(gen_create_temp_file_with_extension("", "net", "v"), "");
-    EXPECT_THAT(names_in(dir.path()), ElementsAre("plain file"));
+    EXPECT_THAT(entry_names(dir.path()), ElementsAre("plain file"));
 }
 
 TEST(GenTempFileWithExtension, IsTheFifthPathIfNoneCanBeOpened)
@@ -248,8 +237,8 @@ TEST(GenTempFileWithExtension, IsTheFifthPathIfNoneCanBeOpened)
     std::string const path = gen_create_temp_file_with_extension(dir.text(), "net", extension);
     EXPECT_THAT(path, StartsWith(dir.text("net")));
     EXPECT_THAT(path, EndsWith('.' + extension));
-    EXPECT_THAT(names_in(dir.path()), SizeIs(5));
-    EXPECT_THAT(names_in(dir.path()), Each(EndsWith(".tmp")));
+    EXPECT_THAT(entry_names(dir.path()), SizeIs(5));
+    EXPECT_THAT(entry_names(dir.path()), Each(EndsWith(".tmp")));
 }
 
 TEST(GenUniquePath, IsAFileNameOfHexadecimalDigits)
@@ -268,7 +257,7 @@ TEST(GenUniqueDir, IsANameOnlyUnlessItIsToBeMade)
     EXPECT_TRUE(gen_create_unique_dir(dir.text("missing"), out, /*create=*/false));
     EXPECT_THAT(out, StartsWith(dir.text("missing/")));
     EXPECT_THAT(out, EndsWith(".tmp"));
-    EXPECT_THAT(names_in(dir.path()), IsEmpty());
+    EXPECT_THAT(entry_names(dir.path()), IsEmpty());
 }
 
 TEST(GenUniqueDir, IsMadeUnderItsBase)
@@ -325,7 +314,7 @@ TEST(GenUniqueDir, IsEmptyIfItCannotBeMade)
         EXPECT_FALSE(gen_create_unique_dir(base, out, /*create=*/true)) << base;
         EXPECT_EQ(out, "") << base;
     }
-    EXPECT_THAT(names_in(dir.path()), ElementsAre("plain file"));
+    EXPECT_THAT(entry_names(dir.path()), ElementsAre("plain file"));
 }
 
 #ifdef _WIN32

@@ -94,7 +94,7 @@ TEST_F(GenCallbacks, StayAfterTheEndOfTheProcess)
     EXPECT_EQ(mem_record().get_module_filename(), "tool");
 }
 
-TEST_F(GenCallbacks, AnswerOfAProcessThatNeverOpensAProject)
+TEST_F(GenCallbacks, WorkInAProcessThatOpensNoProject)
 {
     gen_exe_init(0, nullptr);
     EXPECT_EQ(mem_record().get_db_dir_path_string(), "");

@@ -1,5 +1,5 @@
 // Breakpoint conditions rewritten by the plainest means: every range is walked anew, and recursion follows the grammar.
-// Slow, and as deep on the stack as the condition nests; what a fast parser gives is held against it.
+// Slow, and as deep on the stack as the condition nests; the result of a fast parser is compared with its result.
 #ifndef TESTS_SUPPORT_BP_REFERENCE_H
 #define TESTS_SUPPORT_BP_REFERENCE_H
 
@@ -19,7 +19,7 @@ public:
     explicit BpReference(std::string const &text) : BpReference(tokens_of(text)) {}
     explicit BpReference(Tokens tokens) : m_tokens(std::move(tokens)) { parse(0, m_tokens.size()); }
 
-    /// A parenthesis closed nothing; the texts then mean nothing.
+    /// Whether a parenthesis closed nothing. Then the texts have no meaning.
     bool is_internal_error() const { return m_is_internal_error; }
     std::string const &output() const { return m_output; }
     std::string const &errors() const { return m_errors; }

@@ -1,37 +1,8 @@
 #include "tests/support/child_process.h"
+#include "tests/support/child_pipe.h"
 
 #include <cstdio>
 #include <utility>
-
-#ifndef _WIN32
-#include <sys/wait.h>
-#endif
-
-namespace {
-
-#ifdef _WIN32
-// The command interpreter takes the outer quotes off.
-std::FILE *open_pipe(std::string const &command)
-{
-    return _popen(('"' + command + '"').c_str(), "rb");
-}
-int close_pipe(std::FILE *pipe)
-{
-    return _pclose(pipe);
-}
-#else
-std::FILE *open_pipe(std::string const &command)
-{
-    return popen(command.c_str(), "r");
-}
-int close_pipe(std::FILE *pipe)
-{
-    int const status = pclose(pipe);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-#endif
-
-} // namespace
 
 ChildProcess::ChildProcess(std::string const &program, std::string const &arguments)
 {

@@ -22,7 +22,7 @@ public:
     ChildProcess(ChildProcess &&other) noexcept;
     ChildProcess &operator=(ChildProcess &&) = delete;
 
-    /// Waits for its end. A program must be waited for once, since its output has no other room than the pipe's.
+    /// Reads its output and waits for its end. Before this call the program can write only as much as the pipe holds.
     ChildResult wait();
 
 private:

@@ -1,10 +1,10 @@
 #include "tests/support/debugger.h"
+#include "tests/support/own_executable.h"
 
 #include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <string>
@@ -26,13 +26,13 @@ namespace {
 DebuggedRun run_under_debugger(char const *argument)
 {
     DebuggedRun run;
-    char executable[PATH_MAX + 1] = {};
+    std::string executable = own_executable().string();
     std::string text = argument;
-    if (readlink("/proc/self/exe", executable, PATH_MAX) <= 0)
+    if (executable.empty())
         return run;
     pid_t const child = fork();
     if (child == 0)
-        be_debugged(executable, text.data());
+        be_debugged(executable.data(), text.data());
     int status = 0;
     while (child > 0 && waitpid(child, &status, 0) == child && WIFSTOPPED(status)) {
         int const signal = WSTOPSIG(status);

@@ -1,4 +1,5 @@
 #include "tests/support/debugger.h"
+#include "tests/support/own_executable.h"
 
 #include <windows.h>
 
@@ -12,13 +13,13 @@ bool is_breakpoint(DEBUG_EVENT const &event)
            event.u.Exception.ExceptionRecord.ExceptionCode == EXCEPTION_BREAKPOINT;
 }
 
-DWORD answer_to(DEBUG_EVENT const &event)
+DWORD status_for(DEBUG_EVENT const &event)
 {
     bool const is_other_exception = event.dwDebugEventCode == EXCEPTION_DEBUG_EVENT && !is_breakpoint(event);
     return is_other_exception ? DBG_EXCEPTION_NOT_HANDLED : DBG_CONTINUE;
 }
 
-// The text stays in the process; its terminator is counted.
+// The text lies in the memory of that process; its size includes the terminator.
 std::string debug_text(HANDLE process, OUTPUT_DEBUG_STRING_INFO const &info)
 {
     std::string text(info.nDebugStringLength, '\0');
@@ -32,14 +33,13 @@ std::string debug_text(HANDLE process, OUTPUT_DEBUG_STRING_INFO const &info)
 DebuggedRun run_under_debugger(char const *argument)
 {
     DebuggedRun run;
-    char executable[MAX_PATH];
-    GetModuleFileNameA(nullptr, executable, MAX_PATH);
-    std::string command = "\"" + std::string(executable) + "\" " + argument;
+    std::string const executable = own_executable().string();
+    std::string command = "\"" + executable + "\" " + argument;
     STARTUPINFOA start = {};
     start.cb = sizeof(start);
     PROCESS_INFORMATION process;
-    if (!CreateProcessA(executable, command.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS, nullptr, nullptr,
-                        &start, &process))
+    if (!CreateProcessA(executable.c_str(), command.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS, nullptr,
+                        nullptr, &start, &process))
         return run;
     DEBUG_EVENT event = {};
     while (WaitForDebugEvent(&event, INFINITE)) {
@@ -49,7 +49,7 @@ DebuggedRun run_under_debugger(char const *argument)
             run.status = static_cast<int>(event.u.ExitProcess.dwExitCode);
         if (event.dwDebugEventCode == OUTPUT_DEBUG_STRING_EVENT)
             run.debug_output += debug_text(process.hProcess, event.u.DebugString);
-        ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer_to(event));
+        ContinueDebugEvent(event.dwProcessId, event.dwThreadId, status_for(event));
         if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT)
             break;
     }

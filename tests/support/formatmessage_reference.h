@@ -1,6 +1,6 @@
 // Message templates expanded by the plainest means: two scans, character by character, with a string for the conversion
-// of each insert. The conversions have all the room they want; where those of a template fill the area of the library,
-// the two part.
+// of each insert. The conversions have room without limit; if those of a template fill the area of the library, the
+// results differ.
 #ifndef TESTS_SUPPORT_FORMATMESSAGE_REFERENCE_H
 #define TESTS_SUPPORT_FORMATMESSAGE_REFERENCE_H
 

@@ -70,7 +70,7 @@ GEN_API void gen_os_fake_set_file_text(char const *text);
 GEN_API char const *gen_os_fake_file_text();
 GEN_API char const *gen_os_fake_file_calls();
 /// The names of the next temporary files in whatever directory, a line each. A file is created even if it is there
-/// already. An empty line, and none left as at start: the system has no answer.
+/// already. If the line is empty or if none is left, as at start, the query fails.
 GEN_API void gen_os_fake_set_temp_file_names(char const *names);
 /// The requests for temporary files since then, a line each: the directory, "|" and the prefix; valid until the next.
 GEN_API char const *gen_os_fake_temp_file_requests();

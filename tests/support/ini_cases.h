@@ -15,7 +15,7 @@ struct IniCase
     char const *result;
 };
 
-// The results of the calls on both platforms, apart from the line ends.
+// The results of the calls on both platforms, except for the line ends.
 inline constexpr IniCase INI_CASES[] = {
     {"", "a", "x", "1", "[a]\nx=1\n"},
     {"", "a", "x", "", "[a]\nx=\n"},

@@ -1,4 +1,5 @@
-// The number-aware comparisons of names once more, character by character and number by number as they are documented.
+// A second, plain implementation of the number-aware comparisons of names: character by character and number by number,
+// as they are documented.
 #ifndef TESTS_SUPPORT_LEXCMP_REFERENCE_H
 #define TESTS_SUPPORT_LEXCMP_REFERENCE_H
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-/// The answers of one processor by leaf: those to successive queries, which then begin anew. One without a value is a
-/// fault.
+/// The results of CPUID on one processor by leaf: those of successive queries; after the last one the first follows
+/// again. A result without a value stands for a query that fails.
 using DumpedLeaves = std::map<std::uint32_t, std::vector<std::optional<GEN_CPUID>>>;
 
 struct MachineDump

@@ -31,7 +31,7 @@ MEM_API void mem_fake_queue_close_of_tag(std::string const &tag, std::size_t ope
 MEM_API void mem_fake_set_tbb_tracking_enabled(bool enabled);
 
 /// The text that a dump writes into its stream; it then returns true. `dump` is its word in the log, "module" the first
-/// and "module details" the second stream of the dump by module. An empty text is as none.
+/// and "module details" the second stream of the dump by module. With an empty text it returns false.
 MEM_API void mem_fake_set_dump(std::string const &dump, std::string const &text);
 
 // The calls so far.
@@ -43,7 +43,7 @@ MEM_API void mem_fake_set_dump(std::string const &dump, std::string const &text)
 ///     dump fileline          dump subsystem        dump bin stats          dump tag stats
 ///     dump module            tbb enabled?          enabled? <granularity>
 ///
-/// " suspended" follows a call on a thread with a living suspension scope, where it is of an open or a close.
+/// " suspended" follows an open or a close on a thread with a living suspension scope.
 /// The blank before an empty tag stays: "open A ", "close ".
 MEM_API std::vector<std::string> mem_fake_log();
 MEM_API void mem_fake_clear_log();

@@ -34,7 +34,7 @@ inline GEN_PROFILE_BIN &writable(GEN_PROFILE_BIN const *bin)
     return *const_cast<GEN_PROFILE_BIN *>(bin);
 }
 
-/// Messages go to the standard streams, debug messages too: what a death test can see.
+/// Messages go to the standard streams, debug messages too: so that a death test sees them.
 inline void show_messages()
 {
     mem_msg_redirect(nullptr, nullptr);

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <set>
 #include <string>
 #include <system_error>
 
@@ -53,6 +54,15 @@ public:
 private:
     std::filesystem::path m_path;
 };
+
+/// The names of the files and directories in a directory.
+inline std::set<std::string> entry_names(std::filesystem::path const &directory)
+{
+    std::set<std::string> names;
+    for (std::filesystem::directory_entry const &entry : std::filesystem::directory_iterator(directory))
+        names.insert(entry.path().filename().string());
+    return names;
+}
 
 /// The current directory of the process, put back at the end.
 class CurrentDirectory

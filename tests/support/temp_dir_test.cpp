@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -49,6 +50,15 @@ TEST(TempDir, KeepsTheBytesOfAFile)
     dir.write("new/file", "b");
     EXPECT_EQ(dir.read("new/file"), "b");
     EXPECT_EQ(dir.read("missing"), "");
+}
+
+TEST(EntryNames, AreThoseOfFilesAndDirectoriesAtOneLevel)
+{
+    TempDir const dir;
+    EXPECT_TRUE(entry_names(dir.path()).empty());
+    dir.write("b", "");
+    dir.write("a/c", "");
+    EXPECT_EQ(entry_names(dir.path()), (std::set<std::string>{"a", "b"}));
 }
 
 TEST(CurrentDirectory, IsPutBackAtTheEndOfTheScope)

@@ -1,4 +1,4 @@
-// Texts taken apart, put together and shown in messages.
+// Helpers that split, build and display texts.
 #ifndef TESTS_SUPPORT_TEXTS_H
 #define TESTS_SUPPORT_TEXTS_H
 

@@ -17,7 +17,7 @@ constexpr ModeCase MODE_CASES[] = {
     {0, false, false},      {0777, false, false}, // a device, a pipe, no type
 };
 
-TEST(SysMode, TellsDirectoriesAndRegularFiles)
+TEST(SysMode, RecognisesDirectoriesAndRegularFiles)
 {
     for (ModeCase const &c : MODE_CASES) {
         EXPECT_EQ(sys_mode_is_directory(c.mode), c.is_directory) << std::hex << c.mode;

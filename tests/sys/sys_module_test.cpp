@@ -1,5 +1,6 @@
 #include "sys/sys_module.h"
 
+#include "tests/support/own_executable.h"
 #include "tests/support/platform.h"
 
 #include <gtest/gtest.h>
@@ -94,12 +95,6 @@ TEST(SysLibraryNames, ComparesFileNamesWithVersions)
         EXPECT_EQ(sys_library_names(c.asked, c.loaded), c.is_named) << c.asked << " and " << c.loaded;
 }
 
-// The file that this executable is, as the system names modules.
-std::filesystem::path executable_path()
-{
-    return std::filesystem::absolute(testing::internal::GetArgvs().front()).lexically_normal();
-}
-
 TEST(SysFindLibrary, GivesThePathFromWhichALibraryWasLoaded)
 {
     std::string path;
@@ -122,7 +117,7 @@ TEST(SysFindLibrary, TakesTheNameOfTheFileToWhichAVersionLinkLeads)
     EXPECT_TRUE(ON_WINDOWS || file.size() > std::string("libstdc++.so.6").size()) << file;
     std::string same;
     EXPECT_TRUE(sys_find_library(file.c_str(), same)) << file;
-    // Links are not resolved in the answer.
+    // Links are not resolved in the result.
     EXPECT_EQ(same, path);
 }
 
@@ -140,10 +135,10 @@ TEST(SysFindLibrary, LeavesThePathAloneIfTheLibraryIsNotLoaded)
 
 TEST(SysFindModule, NamesTheExecutableForAFunctionOfIt)
 {
-    auto const address = reinterpret_cast<std::uintptr_t>(&executable_path);
+    auto const address = reinterpret_cast<std::uintptr_t>(&own_executable);
     SYS_MODULE module;
     ASSERT_TRUE(sys_find_module(address, module));
-    EXPECT_EQ(module.name, executable_path().filename().string());
+    EXPECT_EQ(module.name, own_executable().filename().string());
     EXPECT_LT(module.begin, address);
 }
 

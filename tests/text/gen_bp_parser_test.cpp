@@ -143,7 +143,7 @@ constexpr CleanCase CLEAN_CASES[] = {
     {"a\x01\x1f\x7f\x80\xff"
      "b",
      "HPATH(ab)"},
-    // an operand contains the text after it
+    // && and || after an operand are part of its text
     {"a && b", "HPATH(a&&b)"},
     {"a || b", "HPATH(a||b)"},
     {"time&&a", "HPATH(time&&a)"},

@@ -56,7 +56,7 @@ Names entries_of(Queue const &queue)
     return entries;
 }
 
-// Empties itself, as a queue under error check wants it.
+// Empties itself, as a queue under error check requires.
 struct FilledQueue : Queue
 {
     explicit FilledQueue(Names const &names, BRACKET_TYPE type = BRACKET_REQUIRED) : Queue(true, type)
@@ -69,7 +69,7 @@ struct FilledQueue : Queue
     ~FilledQueue() { clear(); }
 };
 
-Names fold(Names const &names, Queue::BRACKET_TYPE type)
+Names entries_after(Names const &names, Queue::BRACKET_TYPE type)
 {
     return entries_of(FilledQueue(names, type));
 }
@@ -88,17 +88,17 @@ constexpr Queue::BRACKET_TYPE OPTIONAL_BARE = Queue::BRACKET_OPTIONAL;
 constexpr Queue::BRACKET_TYPE AFTER_TILDE = Queue::BRACKET_OPTIONAL_AFTER_TILDE;
 constexpr Queue::BRACKET_TYPE ALL_TYPES[] = {REQUIRED, OPTIONAL_BARE, AFTER_TILDE};
 
-struct FoldCase
+struct QueueCase
 {
     Queue::BRACKET_TYPE type;
     Names pushed;
     Names entries;
 };
 
-void expect_folds(std::vector<FoldCase> const &cases)
+void expect_entries(std::vector<QueueCase> const &cases)
 {
-    for (FoldCase const &c : cases)
-        EXPECT_EQ(fold(c.pushed, c.type), c.entries)
+    for (QueueCase const &c : cases)
+        EXPECT_EQ(entries_after(c.pushed, c.type), c.entries)
             << "type " << c.type << ", pushed " << testing::PrintToString(c.pushed);
 }
 
@@ -111,9 +111,9 @@ TEST(GenIndexCompressorQueue, CountsTheBracketTypes)
     EXPECT_EQ(static_cast<int>(Queue::BRACKET_OPTIONAL_AFTER_TILDE), 2);
 }
 
-TEST(GenIndexCompressorQueueFold, FoldsIndicesThatFollowOneAnother)
+TEST(GenIndexCompressorQueueMerge, MergesIndicesThatFollowOneAnother)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {}, {}},
         {REQUIRED, {"a[0]"}, {"a[0]"}},
         {REQUIRED, {"a[0]", "a[1]", "a[2]"}, {"a[0:2]"}},
@@ -130,9 +130,9 @@ TEST(GenIndexCompressorQueueFold, FoldsIndicesThatFollowOneAnother)
     });
 }
 
-TEST(GenIndexCompressorQueueFold, FoldsRanges)
+TEST(GenIndexCompressorQueueMerge, MergesRanges)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"a[0:3]", "a[4:7]"}, {"a[0:7]"}},
         {REQUIRED, {"a[3:0]", "a[4]"}, {"a[0:4]"}},
         {REQUIRED, {"a[0]", "a[4:1]"}, {"a[0:4]"}},
@@ -144,9 +144,9 @@ TEST(GenIndexCompressorQueueFold, FoldsRanges)
     });
 }
 
-TEST(GenIndexCompressorQueueFold, FoldsFurtherDimensions)
+TEST(GenIndexCompressorQueueMerge, MergesFurtherDimensions)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"a[0][0]", "a[0][1]", "a[1][0]", "a[1][1]"}, {"a[0:1][0:1]"}},
         {REQUIRED, {"a[0][0]", "a[1][0]", "a[0][1]", "a[1][1]"}, {"a[0:1][0:1]"}}, // by columns
         {REQUIRED, {"a[0][0]", "a[0][1]", "a[1][0]"}, {"a[0][0:1]", "a[1][0]"}},
@@ -156,17 +156,17 @@ TEST(GenIndexCompressorQueueFold, FoldsFurtherDimensions)
          {"a[0][0][0]", "a[0][0][1]", "a[0][1][0]", "a[0][1][1]", "a[1][0][0]", "a[1][0][1]", "a[1][1][0]",
           "a[1][1][1]"},
          {"a[0:1][0:1][0:1]"}},
-        // A ready row takes the next one in.
+        // A ready row merges with the next row.
         {REQUIRED, {"a[0][0:1]", "a[1][0]", "a[1][1]"}, {"a[0:1][0:1]*"}},
     });
 }
 
-// A ready row that takes the last one in goes on into the entry before it, and is counted once.
-TEST(GenIndexCompressorQueueFold, CountsAReadyEntryOnceWhenItFoldsOn)
+// A ready row receives the last row, then merges into the entry before it, and is counted once.
+TEST(GenIndexCompressorQueueMerge, CountsAReadyEntryOnceWhenItMergesAgain)
 {
     Names const fronts[] = {
         {"a[0][0:1][0:1]"},               // ready itself
-        {"a[0][0][0:1]", "a[0][1][0:1]"}, // folded, and open
+        {"a[0][0][0:1]", "a[0][1][0:1]"}, // merged, and open
     };
     for (Names names : fronts) {
         SCOPED_TRACE(testing::PrintToString(names));
@@ -179,9 +179,9 @@ TEST(GenIndexCompressorQueueFold, CountsAReadyEntryOnceWhenItFoldsOn)
     }
 }
 
-TEST(GenIndexCompressorQueueFold, KeepsAFoldedEntryOpenForNamesOfItsShape)
+TEST(GenIndexCompressorQueueMerge, KeepsAMergedEntryOpenForNamesOfItsShape)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"a[0]", "a[1]", "a[3]", "a[4]"}, {"a[0:1]", "a[3:4]"}},
         {REQUIRED, {"a[0]", "a[1]", "b[0]"}, {"a[0:1]*", "b[0]"}},
         {REQUIRED, {"d[0]", "d[1]", "q", "d[2]"}, {"d[0:1]*", "q*", "d[2]"}},
@@ -190,9 +190,9 @@ TEST(GenIndexCompressorQueueFold, KeepsAFoldedEntryOpenForNamesOfItsShape)
     EXPECT_FALSE(FilledQueue({"a[0]", "a[1]", "a[3]", "a[4]"}).ready());
 }
 
-TEST(GenIndexCompressorQueueFold, EndsTheComparisonWithTheShorterName)
+TEST(GenIndexCompressorQueueMerge, EndsTheComparisonWithTheShorterName)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"a[0]b", "a[1]"}, {"a[0:1]"}}, // the b is lost
         {REQUIRED, {"a[0]", "a[1]b"}, {"a[0:1]b"}},
         {REQUIRED, {"a[0]x", "a[1]y"}, {"a[0]x*", "a[1]y"}},
@@ -205,9 +205,9 @@ TEST(GenIndexCompressorQueueFold, EndsTheComparisonWithTheShorterName)
     });
 }
 
-TEST(GenIndexCompressorQueueFold, ComparesIndicesByValue)
+TEST(GenIndexCompressorQueueMerge, ComparesIndicesByValue)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"a[007]", "a[8]"}, {"a[7:8]"}},
         {REQUIRED, {"a[7]", "a[008]"}, {"a[7:8]"}},
         {REQUIRED, {"a[01]", "a[1]"}, {"a[01]*", "a[1]"}},
@@ -220,9 +220,9 @@ TEST(GenIndexCompressorQueueFold, ComparesIndicesByValue)
     });
 }
 
-TEST(GenIndexCompressorQueueFold, TakesBareNumbersWhereTheTypeAllowsThem)
+TEST(GenIndexCompressorQueueMerge, TakesBareNumbersWhereTheTypeAllowsThem)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"a1", "a2"}, {"a1*", "a2"}},
         {REQUIRED, {"a~1", "a~2"}, {"a~1*", "a~2"}},
         {OPTIONAL_BARE, {"a1", "a2", "a3"}, {"a[1:3]"}},
@@ -251,9 +251,9 @@ TEST(GenIndexCompressorQueueFold, TakesBareNumbersWhereTheTypeAllowsThem)
     });
 }
 
-TEST(GenIndexCompressorQueueFold, ReadsIndicesUpToALimit)
+TEST(GenIndexCompressorQueueMerge, ReadsIndicesUpToALimit)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"a[2147483638]", "a[2147483639]"}, {"a[2147483638:2147483639]"}},
         {REQUIRED, {"a[2147483639]", "a[2147483640]"}, {"a[2147483639]*", "a[2147483640]"}},
         {REQUIRED, {"a[2147483640]", "a[2147483641]"}, {"a[2147483640]*", "a[2147483641]"}},
@@ -267,9 +267,9 @@ TEST(GenIndexCompressorQueueFold, ReadsIndicesUpToALimit)
     });
 }
 
-TEST(GenIndexCompressorQueueFold, ComparesBracketsWithoutANumberAsText)
+TEST(GenIndexCompressorQueueMerge, ComparesBracketsWithoutANumberAsText)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"a[]", "a[]"}, {"a[]*", "a[]"}},
         {REQUIRED, {"a[x][0]", "a[x][1]"}, {"a[x][0:1]"}},
         {REQUIRED, {"a[x][0]", "a[y][1]"}, {"a[x][0]*", "a[y][1]"}},
@@ -291,10 +291,10 @@ TEST(GenIndexCompressorQueueFold, ComparesBracketsWithoutANumberAsText)
     });
 }
 
-// Pairs on which the comparison can't go on; they end without a fold, and so does the test.
-TEST(GenIndexCompressorQueueFold, LeavesPairsSeparateOnWhichTheComparisonCannotAdvance)
+// Pairs on which the comparison can't go on; they end without a merge, and so does the test.
+TEST(GenIndexCompressorQueueMerge, LeavesPairsSeparateOnWhichTheComparisonCannotAdvance)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"ab", "a[1]"}, {"ab*", "a[1]"}},
         {REQUIRED, {"a[1]", "ab"}, {"a[1]*", "ab"}},
         {REQUIRED, {"a", "[1]"}, {"a*", "[1]"}},
@@ -309,32 +309,32 @@ TEST(GenIndexCompressorQueueFold, LeavesPairsSeparateOnWhichTheComparisonCannotA
         {OPTIONAL_BARE, {"a[x", "a1"}, {"a[x*", "a1"}},
         {OPTIONAL_BARE, {"a1", "a[x"}, {"a1*", "a[x"}},
         {AFTER_TILDE, {"~b", "~1"}, {"~b*", "~1"}},
-        // Such a pair counts as one of the same shape, so that a folded entry stays open.
+        // Such a pair counts as one of the same shape, so that a merged entry stays open.
         {REQUIRED, {"a[0]x", "a[1]x", "a[0][0]"}, {"a[0:1]x", "a[0][0]"}},
     });
 }
 
-TEST(GenIndexCompressorQueueFold, EndsANameAtANullCharacter)
+TEST(GenIndexCompressorQueueMerge, EndsANameAtANullCharacter)
 {
     std::string const nul(1, '\0');
     for (Queue::BRACKET_TYPE const type : ALL_TYPES) {
-        EXPECT_EQ(fold({"a[0]" + nul + "x", "a[1]" + nul + "y"}, type), Names{"a[0:1]" + nul + "y"});
-        EXPECT_EQ(fold({"a[0" + nul + "]", "a[1" + nul + "]"}, type).size(), type == OPTIONAL_BARE ? 1U : 2U);
-        EXPECT_EQ(fold({"a", nul}, type), (Names{"a*", nul}));
-        EXPECT_EQ(fold({nul, nul}, type), (Names{nul + "*", nul}));
-        EXPECT_EQ(fold({nul + "[0]", nul + "[1]"}, type), (Names{nul + "[0]*", nul + "[1]"}));
+        EXPECT_EQ(entries_after({"a[0]" + nul + "x", "a[1]" + nul + "y"}, type), Names{"a[0:1]" + nul + "y"});
+        EXPECT_EQ(entries_after({"a[0" + nul + "]", "a[1" + nul + "]"}, type).size(), type == OPTIONAL_BARE ? 1U : 2U);
+        EXPECT_EQ(entries_after({"a", nul}, type), (Names{"a*", nul}));
+        EXPECT_EQ(entries_after({nul, nul}, type), (Names{nul + "*", nul}));
+        EXPECT_EQ(entries_after({nul + "[0]", nul + "[1]"}, type), (Names{nul + "[0]*", nul + "[1]"}));
     }
 }
 
-TEST(GenIndexCompressorQueueFold, ComparesBytesAboveTheAsciiRange)
+TEST(GenIndexCompressorQueueMerge, ComparesBytesAboveTheAsciiRange)
 {
-    expect_folds({
+    expect_entries({
         {REQUIRED, {"\xc3\xa9[0]", "\xc3\xa9[1]"}, {"\xc3\xa9[0:1]"}},
         {OPTIONAL_BARE, {"\xff\xb2[0]", "\xff\xb3[1]"}, {"\xff\xb2[0]*", "\xff\xb3[1]"}},
     });
 }
 
-TEST(GenIndexCompressorQueueFold, TakesANameOfItsOwn)
+TEST(GenIndexCompressorQueueMerge, AcceptsTheTextOfOneOfItsEntries)
 {
     FilledQueue queue({"a[0]", "b"});
     queue.push_back(queue.front());
@@ -344,7 +344,7 @@ TEST(GenIndexCompressorQueueFold, TakesANameOfItsOwn)
     EXPECT_THAT(entries_of(single), ElementsAre("a[0]*", "a[0]"));
 }
 
-TEST(GenIndexCompressorQueueMerge, DistinguishesShapeAndIndex)
+TEST(GenIndexCompressorQueueMergeStep, DistinguishesShapeAndIndex)
 {
     struct MergeCase
     {
@@ -366,7 +366,7 @@ TEST(GenIndexCompressorQueueMerge, DistinguishesShapeAndIndex)
         {REQUIRED, "a[0][0]", "a[1][1]", false, true, "a[0][0]"},
         {REQUIRED, "a[0][0][0]", "a[1][1][1]", false, true, "a[0][0][0]"},
         {REQUIRED, "a[0][0]", "a[2][1]", false, true, "a[0][0]"},
-        {REQUIRED, "ab", "a[1]", false, true, "ab"}, // no way on
+        {REQUIRED, "ab", "a[1]", false, true, "ab"}, // the comparison cannot advance
         {REQUIRED, "a[1]", "ab", false, false, "a[1]"},
         {REQUIRED, "a[]b", "a[]c", false, false, "a[]b"},
         {OPTIONAL_BARE, "a1:", "a1:", false, true, "a1:"},
@@ -514,24 +514,24 @@ TEST(GenIndexCompressorQueueExpand, LinksTheEntriesBothWays)
 {
     FilledQueue queue({"a[0:1]"});
     queue.expand_front();
-    queue.push_back("a[2]"); // folds with the last of them, and that with the first
+    queue.push_back("a[2]"); // merges with the last of them, and that with the first
     EXPECT_THAT(entries_of(queue), ElementsAre("a[0:2]"));
     queue.push_back("b");
     EXPECT_THAT(entries_of(queue), ElementsAre("a[0:2]*", "b"));
 }
 
-TEST(GenIndexCompressorQueueExpand, MakesEntriesThatHaveNotFolded)
+TEST(GenIndexCompressorQueueExpand, MakesEntriesThatAreNotMerged)
 {
     FilledQueue queue({"a[0]", "a[1]"});
     queue.expand_front();
-    queue.push_back("a[3]"); // an entry that has folded would stay open
+    queue.push_back("a[3]"); // a merged entry would stay open
     EXPECT_THAT(entries_of(queue), ElementsAre("a[0]", "a[1]*", "a[3]"));
-    // Only the entry that takes a pushed name in counts as folded, and it goes into the one before it.
-    FilledQueue refolded({"a[0:1]"});
-    refolded.expand_front();
-    refolded.push_back("a[2]");
-    refolded.push_back("a[4]");
-    EXPECT_THAT(entries_of(refolded), ElementsAre("a[0:2]*", "a[4]"));
+    // Only the entry that receives a pushed name counts as merged, and it merges into the one before it.
+    FilledQueue merged({"a[0:1]"});
+    merged.expand_front();
+    merged.push_back("a[2]");
+    merged.push_back("a[4]");
+    EXPECT_THAT(entries_of(merged), ElementsAre("a[0:2]*", "a[4]"));
 }
 
 TEST(GenIndexCompressorQueueExpand, LeavesTheQueueReadyForGoodAfterAReadyFront)
@@ -913,7 +913,7 @@ TEST(GenIndexCompressorQueueModel, AgreesOnEachPairOfShortNames)
         Model const model(type);
         for (std::string const &first : names)
             for (std::string const &second : names)
-                // Before and after a place at which the pair may fold.
+                // Before and after a place at which the pair may merge.
                 for (std::string const &stem : {std::string(), std::string("~")}) {
                     std::string here = stem + first;
                     std::string there = here;

@@ -3,22 +3,11 @@
 
 #include "tests/support/ini_cases.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/texts.h"
 
-#include <algorithm>
 #include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
-
-namespace {
-
-std::string without_carriage_returns(std::string text)
-{
-    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-    return text;
-}
-
-} // namespace
 
 TEST(GenWriteprivateprofilestring, ChangesOneKeyOfTheFile)
 {
@@ -38,10 +27,7 @@ TEST(GenWriteprivateprofilestring, LeavesNoOtherFile)
     std::string const file = dir.write("tool.ini", "[a]\nx=1\n");
     for (char const *value : {"1", "2", "3"})
         EXPECT_NE(gen_writeprivateprofilestring("a", "x", value, file.c_str()), 0);
-    std::vector<std::string> names;
-    for (auto const &entry : std::filesystem::directory_iterator(dir.path()))
-        names.push_back(entry.path().filename().string());
-    EXPECT_THAT(names, testing::ElementsAre("tool.ini"));
+    EXPECT_THAT(entry_names(dir.path()), testing::ElementsAre("tool.ini"));
 }
 
 TEST(GenWriteprivateprofilestring, FailsWithoutASectionOrADirectory)

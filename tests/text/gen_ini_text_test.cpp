@@ -23,7 +23,7 @@ constexpr IniCase EDIT_CASES[] = {
     // The first of several counts.
     {"[a]\nx=1\nx=2\n", "a", "x", "3", "[a]\nx=3\nx=2\n"},
     {"[a]\nx=1\n[a]\ny=2\n", "a", "y", "3", "[a]\nx=1\ny=3\n[a]\ny=2\n"},
-    // A key without a value, a value with the sign of equality, and lines in front of any section.
+    // A key without a value, a value with the sign of equality, and lines before any section.
     {"[a]\nx\n", "a", "X", "1", "[a]\nx=1\n"},
     {"[a]\nx=1\n", "a", "x", "a=b;c [d]", "[a]\nx=a=b;c [d]\n"},
     {"x=0\n[a]\nx=1\n", "a", "x", "2", "x=0\n[a]\nx=2\n"},

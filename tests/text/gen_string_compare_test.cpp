@@ -223,11 +223,11 @@ std::vector<LexCase> const LEX_CASES = {
     {"00", "1", -1, -1, -1},
     {"1", "00", 1, 1, 1},
     {"007", "7", 2, 2, 2},
-    // More significant digits win, whatever the first digit that differs says.
+    // More significant digits win, whatever the first digit that differs is.
     {"19", "2", 1, 1, 17},
     {"2", "19", -1, -1, -17},
     {"9", "10000", -4, -4, -9991},
-    // The zeros decide ahead of what follows.
+    // Different counts of leading zeros decide before the text after the number.
     {"a01b", "a1c", 1, 1, 1},
     {"a1c", "a01b", -1, -1, -1},
     // A sign is a character, or it makes all the numbers of a text negative.
@@ -241,7 +241,7 @@ std::vector<LexCase> const LEX_CASES = {
     {"--1", "-1", '-' - '1', '-' - '1', -1},
     {"-", "", 1, 1, 0},
     {"-", "-", 0, 0, 0},
-    // A digit that faces another character.
+    // A digit compared with another character.
     {"a", "1", 48, 48, -1},
     {"1", "a", -48, -48, 1},
     {"1", "/", 2, 2, 1},
@@ -249,12 +249,12 @@ std::vector<LexCase> const LEX_CASES = {
     {"a1", "a:", '1' - ':', '1' - ':', 1},
     {"a1b", "a12", -1, -1, -11},
     {"a0x", "a00", -1, -1, -1},
-    // A number that goes on after the end of the shorter text: the digits count, not the lengths.
+    // A number that continues after the end of the shorter text: the digits count, not the lengths.
     {"a1", "a12bc", -1, -1, -11},
     {"a12bc", "a1", 1, 1, 11},
     {"a0", "a00bc", -1, -1, -1},
     {"a", "a12bc", -4, -4, -1},
-    // A 0 where two numbers part: it leads the number, or it doesn't.
+    // A 0 at the first difference of two numbers: a digit within the number, or a leading zero.
     {"a100x", "a1001", -1, -1, -901},
     {"a10x", "a1x", 1, 1, 9},
     {"a00x", "a05x", -1, -1, -5},

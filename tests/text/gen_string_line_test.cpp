@@ -1,4 +1,5 @@
 #include "gen_string_sys.h"
+#include "tests/support/texts.h"
 
 #include <sstream>
 #include <string>
@@ -6,31 +7,31 @@
 
 #include <gmock/gmock.h>
 
-TEST(GenGetline, TellsWhetherTheStreamWasGoodBefore)
+TEST(GenGetline, ReturnsWhetherTheStreamWasGoodBefore)
 {
-    struct Case
+    struct LineCase
     {
         std::string text;
         char delimiter;
         std::vector<std::string> lines; // of the calls that gave true
     };
-    for (Case const &c : {
-             Case{"", '\n', {""}},
-             Case{"a", '\n', {"a"}},
-             Case{"a\nb", '\n', {"a", "b"}},
-             Case{"a\nb\n", '\n', {"a", "b", ""}}, // one line too many after a last delimiter
-             Case{"\n", '\n', {"", ""}},
-             Case{"\n\nx\n", '\n', {"", "", "x", ""}},
-             Case{"a;b\nc;", ';', {"a", "b\nc", ""}},
-             Case{"a\r\nb", '\n', {"a\r", "b"}},
+    for (LineCase const &c : {
+             LineCase{"", '\n', {""}},
+             LineCase{"a", '\n', {"a"}},
+             LineCase{"a\nb", '\n', {"a", "b"}},
+             LineCase{"a\nb\n", '\n', {"a", "b", ""}}, // one line too many after a last delimiter
+             LineCase{"\n", '\n', {"", ""}},
+             LineCase{"\n\nx\n", '\n', {"", "", "x", ""}},
+             LineCase{"a;b\nc;", ';', {"a", "b\nc", ""}},
+             LineCase{"a\r\nb", '\n', {"a\r", "b"}},
          }) {
         std::istringstream in(c.text);
         std::vector<std::string> lines;
         std::string line = "left over";
         while (gen_getline(&in, &line, c.delimiter) && lines.size() < 10)
             lines.push_back(line);
-        EXPECT_EQ(lines, c.lines) << testing::PrintToString(c.text);
-        EXPECT_EQ(line, "") << testing::PrintToString(c.text);
+        EXPECT_EQ(lines, c.lines) << shown(c.text);
+        EXPECT_EQ(line, "") << shown(c.text);
     }
 }
 

@@ -7,9 +7,7 @@
 
 #include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <initializer_list>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -508,12 +506,10 @@ TEST(GenFormatMessageIntoBlock, IsNullForAnEmptyText)
 TEST(GenFormatMessage, ReadsNothingAfterItsTemplate)
 {
     for (std::string const text : {"", "%", "%%", "%1", "%12", "%1!", "%1!d", "%1!d!", "a\n", "a\r", "\n\r", "%0"}) {
-        // Without any byte after the terminator, for the address sanitizer.
-        std::unique_ptr<char[]> const exact(new char[text.size() + 1]);
-        std::memcpy(exact.get(), text.c_str(), text.size() + 1);
+        std::vector<char> const exact = terminated(text);
         ArgumentSlots slots = numbered_texts();
         std::string out;
-        gen_formatmessage(out, exact.get(), slots.begin());
+        gen_formatmessage(out, exact.data(), slots.begin());
         EXPECT_EQ(out, FormatMessageReference(text, slots.begin()).text()) << shown(text);
     }
 }

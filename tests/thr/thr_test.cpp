@@ -2,6 +2,7 @@
 
 #include "tests/support/debugger.h"
 #include "tests/support/environment.h"
+#include "tests/support/own_executable.h"
 #include "tests/support/platform.h"
 
 #include <gmock/gmock.h>
@@ -289,8 +290,7 @@ TEST(ThrDrlIsLoaded, FindsLibrariesOfThisProcess)
 TEST(ThrDrlIsLoaded, TakesADirectoryForTheOneThatTheLibraryWasLoadedFrom)
 {
     // The libraries lie next to the executable.
-    std::filesystem::path const executable = std::filesystem::absolute(testing::internal::GetArgvs().front());
-    std::filesystem::path const directory = executable.lexically_normal().parent_path();
+    std::filesystem::path const directory = own_executable().parent_path();
     std::filesystem::path const library = directory / library_name("zel_thr");
     for (std::string const &name : {library.string(), library.generic_string()})
         EXPECT_TRUE(thr_drl_is_loaded(name.c_str())) << name;

@@ -197,7 +197,7 @@ TEST(GenCpuReadings, AddTheSplitWhereTheSystemHasNoSum)
     EXPECT_EQ(gen_get_sec_cpu(), 2 / 1e6);
 }
 
-TEST(GenCpuReadings, AreZeroWithoutAnyAnswer)
+TEST(GenCpuReadings, AreZeroIfEveryQueryFails)
 {
     set_answers([](GEN_OS_FAKE_ANSWERS &a) { a.process_cpu = a.process_cpu_sum = false; });
     gen_os_fake_set_job_cpu(1000, 1000);

@@ -259,7 +259,7 @@ TEST_F(GenStopwatch, SetTypesEndsTheSpanOfTheFormerClocksAndKeepsTheTotals)
     pass({1, 2, 4});
     EXPECT_EQ(watch.lap_usec(6), 6U);
     watch.set_types(2);
-    EXPECT_EQ(watch.lap_usec(2), 0U); // its last span ended as soon as the one before
+    EXPECT_EQ(watch.lap_usec(2), 0U); // the span ended directly after the lap
     EXPECT_EQ(watch.lap_usec(1), NO_LAP_USEC);
 }
 
@@ -684,7 +684,7 @@ TEST_F(GenProcessStopwatch, ElapsedCpuTimeIsALapOfARunningWatch)
     EXPECT_EQ(watch.get_elapsed_cpu_time(), 3);
 }
 
-TEST_F(GenProcessStopwatch, PrintStatsSaysThreeDebugLines)
+TEST_F(GenProcessStopwatch, PrintStatsWritesThreeDebugLines)
 {
     struct Case
     {
