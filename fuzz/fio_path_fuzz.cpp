@@ -97,8 +97,8 @@ void check_parts(FIO_PATH const &path)
     require(!(path.absolute() && path.relative()), "absolute and relative", path);
     require(!path.unc() || path.absolute(), "a network path that is not absolute", path);
     std::string const root = root_of(text);
-    auto const behind_root = text.begin() + static_cast<std::ptrdiff_t>(root.size());
-    require(path.levels() == std::count(behind_root, text.end(), '/'), "wrong count of levels", path);
+    auto const after_root = text.begin() + static_cast<std::ptrdiff_t>(root.size());
+    require(path.levels() == std::count(after_root, text.end(), '/'), "wrong count of levels", path);
 }
 
 void check_simplified(FIO_PATH const &path)
