@@ -127,6 +127,16 @@ void *operator new(std::size_t size)
     return allocate(size);
 }
 
+// The sanitizers' own form of this operator doesn't call the other one.
+void *operator new(std::size_t size, std::nothrow_t const &) noexcept
+{
+    try {
+        return allocate(size);
+    } catch (std::bad_alloc const &) {
+        return nullptr;
+    }
+}
+
 void operator delete(void *memory) noexcept
 {
     std::free(memory);
