@@ -19,9 +19,10 @@ public:
 
     NetlistLink &operator=(NetlistLink const &other)
     {
-        Netlist const *const netlist = other.m_netlist; // read first: `other` may be this link
-        let_go();
-        hold(netlist);
+        if (this != &other) {
+            let_go();
+            hold(other.m_netlist);
+        }
         return *this;
     }
 
