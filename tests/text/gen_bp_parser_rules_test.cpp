@@ -61,23 +61,23 @@ struct Opened
 
 using Token = std::list<BP_TOKEN *>::iterator;
 
-#define OPEN_MEMBER(name, ...)                                                                                         \
-    struct name##_tag                                                                                                  \
+#define OPEN_MEMBER(tag, name, ...)                                                                                    \
+    struct tag                                                                                                         \
     {                                                                                                                  \
         using Member = __VA_ARGS__;                                                                                    \
-        friend Member member_of(name##_tag);                                                                           \
+        friend Member member_of(tag);                                                                                  \
     };                                                                                                                 \
-    template struct Opened<name##_tag, &GEN_BP_PARSER::name>
+    template struct Opened<tag, &GEN_BP_PARSER::name>
 
-OPEN_MEMBER(m_tokens, std::list<BP_TOKEN *> GEN_BP_PARSER::*);
-OPEN_MEMBER(m_string, std::string GEN_BP_PARSER::*);
-OPEN_MEMBER(m_error, std::string GEN_BP_PARSER::*);
-OPEN_MEMBER(tokenize_string, void (GEN_BP_PARSER::*)());
-OPEN_MEMBER(process_token_contents, void (GEN_BP_PARSER::*)(std::string *));
-OPEN_MEMBER(add_token_to_list, void (GEN_BP_PARSER::*)(BP_TOKEN_TYPE, std::string const *));
-OPEN_MEMBER(parse_token_list, bool (GEN_BP_PARSER::*)(Token, Token));
-OPEN_MEMBER(get_first_subexpression, bool (GEN_BP_PARSER::*)(Token, Token, Token *, Token *));
-OPEN_MEMBER(expression_has_multiple_terms, bool (GEN_BP_PARSER::*)(Token, Token));
+OPEN_MEMBER(TokensTag, m_tokens, std::list<BP_TOKEN *> GEN_BP_PARSER::*);
+OPEN_MEMBER(StringTag, m_string, std::string GEN_BP_PARSER::*);
+OPEN_MEMBER(ErrorTag, m_error, std::string GEN_BP_PARSER::*);
+OPEN_MEMBER(TokenizeStringTag, tokenize_string, void (GEN_BP_PARSER::*)());
+OPEN_MEMBER(ProcessTokenContentsTag, process_token_contents, void (GEN_BP_PARSER::*)(std::string *));
+OPEN_MEMBER(AddTokenToListTag, add_token_to_list, void (GEN_BP_PARSER::*)(BP_TOKEN_TYPE, std::string const *));
+OPEN_MEMBER(ParseTokenListTag, parse_token_list, bool (GEN_BP_PARSER::*)(Token, Token));
+OPEN_MEMBER(GetFirstSubexpressionTag, get_first_subexpression, bool (GEN_BP_PARSER::*)(Token, Token, Token *, Token *));
+OPEN_MEMBER(ExpressionHasMultipleTermsTag, expression_has_multiple_terms, bool (GEN_BP_PARSER::*)(Token, Token));
 
 #undef OPEN_MEMBER
 
@@ -105,25 +105,25 @@ public:
     OpenParser(OpenParser const &) = delete;
     OpenParser &operator=(OpenParser const &) = delete;
 
-    std::list<BP_TOKEN *> &tokens() { return m_parser.*member_of(m_tokens_tag()); }
-    std::string &string() { return m_parser.*member_of(m_string_tag()); }
-    std::string &errors() { return m_parser.*member_of(m_error_tag()); }
-    void tokenize() { (m_parser.*member_of(tokenize_string_tag()))(); }
-    void process(std::string *current) { (m_parser.*member_of(process_token_contents_tag()))(current); }
+    std::list<BP_TOKEN *> &tokens() { return m_parser.*member_of(TokensTag()); }
+    std::string &string() { return m_parser.*member_of(StringTag()); }
+    std::string &errors() { return m_parser.*member_of(ErrorTag()); }
+    void tokenize() { (m_parser.*member_of(TokenizeStringTag()))(); }
+    void process(std::string *current) { (m_parser.*member_of(ProcessTokenContentsTag()))(current); }
     void add(BP_TOKEN_TYPE type, std::string const *contents)
     {
-        (m_parser.*member_of(add_token_to_list_tag()))(type, contents);
+        (m_parser.*member_of(AddTokenToListTag()))(type, contents);
     }
-    bool parse(Token first, Token last) { return (m_parser.*member_of(parse_token_list_tag()))(first, last); }
+    bool parse(Token first, Token last) { return (m_parser.*member_of(ParseTokenListTag()))(first, last); }
     bool parse() { return parse(tokens().begin(), tokens().end()); }
     bool has_multiple_terms(Token first, Token last)
     {
-        return (m_parser.*member_of(expression_has_multiple_terms_tag()))(first, last);
+        return (m_parser.*member_of(ExpressionHasMultipleTermsTag()))(first, last);
     }
     bool has_multiple_terms() { return has_multiple_terms(tokens().begin(), tokens().end()); }
     bool get_first_subexpression(Token first, Token last, Token *sub_begin, Token *operator_position)
     {
-        return (m_parser.*member_of(get_first_subexpression_tag()))(first, last, sub_begin, operator_position);
+        return (m_parser.*member_of(GetFirstSubexpressionTag()))(first, last, sub_begin, operator_position);
     }
 
 private:
