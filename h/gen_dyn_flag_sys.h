@@ -19,44 +19,51 @@
 
 class GEN_DYN_FLAG_MANAGER;
 
-/// A set of up to 32 marks, one bit each. It holds no reference to a manager.
+/// A set of up to 32 marks, one bit each. It holds no reference to a manager. Its functions can be used in constant
+/// expressions; the library exports them too, for callers that look them up by name.
 class GEN_DYN_FLAG
 {
 public:
     /// The empty set.
-    constexpr GEN_DYN_FLAG() = default;
+    GEN_INLINE_API constexpr GEN_DYN_FLAG() : m_bits(0) {}
 
     /// @param bits  the marks, one bit each
-    constexpr GEN_DYN_FLAG(unsigned int bits) : m_bits(bits) {}
+    GEN_INLINE_API constexpr GEN_DYN_FLAG(unsigned int bits) : m_bits(bits) {}
 
     /// Adds the marks of `flag`, and returns a copy of the result.
-    constexpr GEN_DYN_FLAG set_flag(GEN_DYN_FLAG const &flag)
+    GEN_INLINE_API constexpr GEN_DYN_FLAG set_flag(GEN_DYN_FLAG const &flag)
     {
         m_bits |= flag.m_bits;
         return *this;
     }
 
     /// Removes the marks of `flag`, and returns a copy of the result.
-    constexpr GEN_DYN_FLAG clear_flag(GEN_DYN_FLAG const &flag)
+    GEN_INLINE_API constexpr GEN_DYN_FLAG clear_flag(GEN_DYN_FLAG const &flag)
     {
         m_bits &= ~flag.m_bits;
         return *this;
     }
 
     /// The marks that are in both sets.
-    constexpr GEN_DYN_FLAG restricted_to(GEN_DYN_FLAG const &flag) const { return {m_bits & flag.m_bits}; }
+    GEN_INLINE_API constexpr GEN_DYN_FLAG restricted_to(GEN_DYN_FLAG const &flag) const
+    {
+        return {m_bits & flag.m_bits};
+    }
 
     /// Whether any mark of `flag` is set; false for an empty one.
-    constexpr bool test(GEN_DYN_FLAG const &flag) const { return (m_bits & flag.m_bits) != 0; }
+    GEN_INLINE_API constexpr bool test(GEN_DYN_FLAG const &flag) const { return (m_bits & flag.m_bits) != 0; }
 
     /// Same as test().
-    constexpr bool test_if_any(GEN_DYN_FLAG const &flag) const { return test(flag); }
+    GEN_INLINE_API constexpr bool test_if_any(GEN_DYN_FLAG const &flag) const { return test(flag); }
 
     /// Whether all marks of `flag` are set; true for an empty one.
-    constexpr bool test_if_all(GEN_DYN_FLAG const &flag) const { return (m_bits & flag.m_bits) == flag.m_bits; }
+    GEN_INLINE_API constexpr bool test_if_all(GEN_DYN_FLAG const &flag) const
+    {
+        return (m_bits & flag.m_bits) == flag.m_bits;
+    }
 
     /// Whether no mark is set.
-    constexpr bool test_if_zero() const { return m_bits == 0; }
+    GEN_INLINE_API constexpr bool test_if_zero() const { return m_bits == 0; }
 
     /// A self-test for developers: creates and destroys the flags "f1" to "f5", which must not exist yet, and writes
     /// the results of the manager's functions to "gen_dyn_flag_test.txt" in the current directory. docs/file-formats.md
@@ -68,23 +75,23 @@ public:
 private:
     friend class GEN_DYN_FLAG_MANAGER;
 
-    unsigned int m_bits = 0;
+    unsigned int m_bits;
 };
 
 /// The marks, of all 32, that are not in `flag`.
-constexpr GEN_DYN_FLAG operator~(GEN_DYN_FLAG const &flag)
+GEN_INLINE_API constexpr GEN_DYN_FLAG operator~(GEN_DYN_FLAG const &flag)
 {
     return GEN_DYN_FLAG(0xffffffff).clear_flag(flag);
 }
 
 /// The marks that are in either set.
-constexpr GEN_DYN_FLAG operator|(GEN_DYN_FLAG const &first, GEN_DYN_FLAG const &second)
+GEN_INLINE_API constexpr GEN_DYN_FLAG operator|(GEN_DYN_FLAG const &first, GEN_DYN_FLAG const &second)
 {
     return GEN_DYN_FLAG(first).set_flag(second);
 }
 
 /// Adds the marks of `flag` to `target`. Returns a copy of the result, not a reference.
-constexpr GEN_DYN_FLAG operator|=(GEN_DYN_FLAG &target, GEN_DYN_FLAG const &flag)
+GEN_INLINE_API constexpr GEN_DYN_FLAG operator|=(GEN_DYN_FLAG &target, GEN_DYN_FLAG const &flag)
 {
     return target.set_flag(flag);
 }

@@ -1,15 +1,22 @@
 // The export macro of each library. A declaration with the macro is exported by the library; all
 // other names are hidden. The macro means export in the library's own build, where ZEL_..._BUILD
 // is defined, and import everywhere else.
+//
+// GEN_INLINE_API marks an inline function that zel_gen exports too. The library's own build compiles a copy for that
+// even if it doesn't call the function. A caller compiles the function itself and imports nothing.
 #ifndef ZEL_EXPORT_SYS_H
 #define ZEL_EXPORT_SYS_H
 
 #ifdef _WIN32
 #define ZEL_EXPORT __declspec(dllexport)
 #define ZEL_IMPORT __declspec(dllimport)
+#define ZEL_INLINE_EXPORT __declspec(dllexport)
+#define ZEL_INLINE_IMPORT
 #else
 #define ZEL_EXPORT __attribute__((visibility("default")))
 #define ZEL_IMPORT __attribute__((visibility("default")))
+#define ZEL_INLINE_EXPORT __attribute__((visibility("default"), used))
+#define ZEL_INLINE_IMPORT __attribute__((visibility("default")))
 #endif
 
 // The attribute of a function that takes a format of the suite's own formatter. The compiler checks the arguments by
@@ -52,8 +59,10 @@
 
 #ifdef ZEL_GEN_BUILD
 #define GEN_API ZEL_EXPORT
+#define GEN_INLINE_API ZEL_INLINE_EXPORT
 #else
 #define GEN_API ZEL_IMPORT
+#define GEN_INLINE_API ZEL_INLINE_IMPORT
 #endif
 
 #endif

@@ -98,6 +98,10 @@ static_assert(std::is_convertible_v<unsigned, GEN_DYN_FLAG>);
 static_assert(std::is_same_v<decltype(std::declval<GEN_DYN_FLAG &>() |= GEN_DYN_FLAG()), GEN_DYN_FLAG>);
 static_assert(std::is_same_v<decltype(std::declval<GEN_DYN_FLAG &>().set_flag(GEN_DYN_FLAG())), GEN_DYN_FLAG>);
 static_assert(std::is_same_v<decltype(std::declval<GEN_DYN_FLAG &>().clear_flag(GEN_DYN_FLAG())), GEN_DYN_FLAG>);
+static_assert(GEN_DYN_FLAG().test_if_zero() && (~GEN_DYN_FLAG(1) | GEN_DYN_FLAG(1)).test_if_all(0xffffffff) &&
+                  GEN_DYN_FLAG(6).restricted_to(3).test(2) && GEN_DYN_FLAG(1).set_flag(4).test_if_any(4) &&
+                  GEN_DYN_FLAG(5).clear_flag(5).test_if_zero(),
+              "constant expressions, also in a caller of the library that exports them");
 static_assert(std::is_abstract_v<GEN_DYN_FLAG_CLEARER> && std::has_virtual_destructor_v<GEN_DYN_FLAG_CLEARER>);
 static_assert(sizeof(GEN_DYN_FLAG_CLEARER) == sizeof(void *), "no data but the virtual table's address");
 static_assert(std::is_copy_constructible_v<Client> && std::is_copy_assignable_v<Client>);

@@ -56,5 +56,5 @@ set(ENV{PKG_CONFIG_PATH} "${prefix}/lib/pkgconfig")
 execute_process(COMMAND pkg-config --cflags --libs zel OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE
                 COMMAND_ERROR_IS_FATAL ANY)
 separate_arguments(flags UNIX_COMMAND "${flags}")
-run("${CXX}" -std=c++17 -o "${WORK_DIR}/by-pkg-config${suffix}" "${SOURCE_DIR}/consumer.cpp" ${flags})
+run("${CXX}" -std=c++17 -Wall -Wextra -Werror -o "${WORK_DIR}/by-pkg-config${suffix}" "${SOURCE_DIR}/consumer.cpp" ${flags})
 expect_root("${WORK_DIR}/by-pkg-config${suffix}")

@@ -1,9 +1,20 @@
 // Prints the installation root that a tool from elsewhere finds, and closes a bin on the way.
+#include "gen_dyn_flag_sys.h"
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
 #include "gen_profile_bins_sys.h"
 
 #include <cstdio>
+
+// The functions of a flag are exported and also compiled here, as constants and as code.
+static_assert((GEN_DYN_FLAG(1) | GEN_DYN_FLAG(2)).test_if_all(3));
+
+static bool is_marked(unsigned bits)
+{
+    GEN_DYN_FLAG flag;
+    flag |= bits;
+    return (~flag).test(1);
+}
 
 int main(int argc, char **argv)
 {
@@ -15,5 +26,5 @@ int main(int argc, char **argv)
     }
     GEN_PROFILE_BINS::finalize("Consumer", /*close_root=*/true);
     gen_exe_fini();
-    return 0;
+    return is_marked(static_cast<unsigned>(argc)) == (argc % 2 == 0) ? 0 : 1;
 }
