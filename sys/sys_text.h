@@ -1,12 +1,13 @@
-// Reading of the small text files in which the system describes itself, such as those of /proc. All functions are pure:
-// any text may be passed, and a function that does not find what it looks for returns false and leaves its output
-// alone.
+// Reading of the small text files in which the system describes itself, such as those of /proc, and texts of others
+// made fit for a message. All functions are pure: any text may be passed, and a function that does not find what it
+// looks for returns false and leaves its output alone.
 #ifndef SYS_TEXT_H
 #define SYS_TEXT_H
 
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <system_error>
 #include <type_traits>
@@ -44,5 +45,15 @@ bool sys_take_number(std::string_view &text, Integer &number)
 ///
 ///     "MemTotal:  24576000 kB\n", "MemTotal:" -> 24576000
 bool sys_find_number(std::string_view text, std::string_view key, std::uint64_t &number);
+
+/// The text with `replacement` for each control character, which a terminal could execute: the codes 0 to 31, 127 and
+/// 128 to 159, the last also where they are characters of UTF-8. Other characters of UTF-8 stay whole, and so does each
+/// other byte, which may be a letter of another encoding.
+///
+///     "\x1b[2J", '?' -> "?[2J"    "\x9b" "2J", '?' -> "?2J"    "\xc2\x9b" "2J", '?' -> "?2J"
+std::string sys_printable(std::string_view text, char replacement);
+
+/// The beginning of a text, of at most `size` bytes, that ends in no part of a UTF-8 character.
+std::string_view sys_whole_characters(std::string_view text, std::size_t size);
 
 #endif

@@ -1,5 +1,7 @@
 #include "mem/config/mem_cfg_file.h"
 
+#include "sys/sys_text.h"
+
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
@@ -165,9 +167,7 @@ bool mem_cfg_parse_number(std::string_view text, int &number)
 
 std::string mem_cfg_quoted(std::string_view text)
 {
-    std::string quoted = "\"";
-    for (char const c : text.substr(0, LONGEST_QUOTATION))
-        quoted += static_cast<unsigned char>(c) < 0x20 || c == 0x7f ? '?' : c;
+    std::string quoted = '"' + sys_printable(sys_whole_characters(text, LONGEST_QUOTATION), '?');
     if (text.size() > LONGEST_QUOTATION)
         quoted += "...";
     return quoted += '"';

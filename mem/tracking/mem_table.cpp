@@ -1,6 +1,7 @@
 #include "mem/tracking/mem_table.h"
 
-#include <algorithm>
+#include "sys/sys_text.h"
+
 #include <ostream>
 
 std::string mem_table_number(std::int64_t number)
@@ -16,11 +17,7 @@ std::string mem_table_heading(std::string const &text)
 
 std::string mem_table_text(std::string const &text)
 {
-    std::string clean = text;
-    std::replace_if(
-        clean.begin(), clean.end(),
-        [](char c) { return static_cast<unsigned char>(c) < ' ' || static_cast<unsigned char>(c) == 127; }, ' ');
-    return clean;
+    return sys_printable(text, ' ');
 }
 
 bool mem_table_write(std::ostream &out, std::string const &text)

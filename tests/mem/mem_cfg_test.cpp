@@ -349,7 +349,11 @@ TEST_F(MemCfg, ReportsLinesThatCantBeReadAndSkipsThem)
                                            "ll = 3\n"
                                            "control\x01\x1b\n"
                                            "\n" +
-                                           std::string(100, 'x') + "\n" + std::string(60, 'y') + "\nc = 3\n");
+                                           std::string(100, 'x') + "\n" + std::string(60, 'y') + "\nc = 3\n" +
+                                           "\x9b"
+                                           "2J \xc2\x9b"
+                                           "2J \xc3\xa4\n" +
+                                           std::string(59, 'z') + "\xc3\xa4\n");
     std::string const errors = errors_of([] {
         EXPECT_EQ(mem_cfg_get_value("a"), "1");
         EXPECT_EQ(mem_cfg_get_value("b"), "2");
@@ -366,7 +370,11 @@ TEST_F(MemCfg, ReportsLinesThatCantBeReadAndSkipsThem)
                           std::string(60, 'x') +
                           "...\"\n"
                           "Warning: kalvern.ini:11: expected \"key = value\", found \"" +
-                          std::string(60, 'y') + "\"\n");
+                          std::string(60, 'y') +
+                          "\"\n"
+                          "Warning: kalvern.ini:13: expected \"key = value\", found \"?2J ?2J \xc3\xa4\"\n"
+                          "Warning: kalvern.ini:14: expected \"key = value\", found \"" +
+                          std::string(59, 'z') + "...\"\n");
 }
 
 TEST_F(MemCfg, CountsLinesBeyondTheTwentiethThatCantBeRead)

@@ -249,10 +249,10 @@ TEST(MemTrackingStatistics, AResetForgetsThemAndKeepsTheOpenBins)
 TEST(MemTrackingStatistics, ANameCannotBreakTheTable)
 {
     mem_enable_tracking(MEM_TRACKING_STATISTICS);
-    open_bin("a\tb\nc%s\x7f", "t\rt");
+    open_bin("a\tb\nc%s\x7f\xc2\x85\xc3\xa4", "t\rt\x9b");
     close_bin();
-    EXPECT_THAT(texts(dumped(mem_dump_tbb_profile_bin_stats_tracking), 4), ElementsAre(Fields{"a b c%s "}));
-    EXPECT_THAT(texts(dumped(mem_dump_tbb_profile_bin_tag_stats_tracking), 4), ElementsAre(Fields{"t t"}));
+    EXPECT_THAT(texts(dumped(mem_dump_tbb_profile_bin_stats_tracking), 4), ElementsAre(Fields{"a b c%s  \xc3\xa4"}));
+    EXPECT_THAT(texts(dumped(mem_dump_tbb_profile_bin_tag_stats_tracking), 4), ElementsAre(Fields{"t t "}));
 }
 
 TEST(MemTrackingTimeline, BoundariesAndLabelsAreRows)

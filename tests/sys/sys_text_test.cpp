@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+
 namespace {
 
 struct LineCase
@@ -129,6 +131,53 @@ TEST(SysFindNumber, LeavesTheNumberAloneIfThereIsNone)
         EXPECT_FALSE(sys_find_number(STATUS, key, number)) << key;
         EXPECT_EQ(number, 4711U) << key;
     }
+}
+
+struct PrintableCase
+{
+    std::string_view text;
+    std::string_view printable;
+};
+constexpr PrintableCase PRINTABLE_CASES[] = {
+    {"", ""},
+    {"a b~", "a b~"},
+    // control characters as single bytes, and the bytes next to them
+    {std::string_view("\0\x01\t\n\x1b[2J\x1f \x7e\x7f", 12), "?????[2J? ~?"},
+    {"\x80\x85\x9b\x9f\xa0\xff", "????\xa0\xff"},
+    // and as characters of UTF-8
+    {"\xc2\x80-\xc2\x9b-\xc2\x9f-\xc2\xa0", "?-?-?-\xc2\xa0"},
+    // the first and the last characters of two, three and four bytes, and those next to the surrogates
+    {"\xc2\xa0\xdf\xbf", "\xc2\xa0\xdf\xbf"},
+    {"\xe0\xa0\x80\xed\x9f\xbf\xee\x80\x80\xef\xbf\xbf", "\xe0\xa0\x80\xed\x9f\xbf\xee\x80\x80\xef\xbf\xbf"},
+    {"\xf0\x90\x80\x80\xf3\x80\x80\x80\xf4\x8f\xbf\xbf", "\xf0\x90\x80\x80\xf3\x80\x80\x80\xf4\x8f\xbf\xbf"},
+    // not UTF-8: longer than needed, surrogates, codes above the last, incomplete, other first bytes
+    {"\xc0\x9b\xc1\x9b", "\xc0?\xc1?"},
+    {"\xe0\x9f\x80", "\xe0??"},
+    {"\xed\xa0\x80", "\xed\xa0?"},
+    {"\xf0\x8f\x80\x80", "\xf0???"},
+    {"\xf4\x90\x80\x80", "\xf4???"},
+    {"\xf5\x80\x80\x80", "\xf5???"},
+    {"\xe2\x82z\xe2\x82", "\xe2?z\xe2?"},
+    {"\xf0\x90\x80z\xf0\x90\xc3\x9b", "\xf0??z\xf0?\xc3\x9b"},
+    {"\xc3z\xc3", "\xc3z\xc3"},
+};
+
+TEST(SysPrintable, ReplacesControlCharactersAndNothingElse)
+{
+    for (PrintableCase const &c : PRINTABLE_CASES)
+        EXPECT_EQ(sys_printable(c.text, '?'), c.printable) << testing::PrintToString(c.text);
+    EXPECT_EQ(sys_printable("a\nb\xc2\x85", ' '), "a b ");
+}
+
+TEST(SysWholeCharacters, DividesNoCharacterOfUtf8)
+{
+    std::string_view const text = "a\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80z"; // of 1, 2, 3, 4 and 1 bytes
+    constexpr std::size_t LENGTHS[] = {0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 11, 11};
+    for (std::size_t size = 0; size < std::size(LENGTHS); ++size)
+        EXPECT_EQ(sys_whole_characters(text, size), text.substr(0, LENGTHS[size])) << size;
+    // Bytes that are no UTF-8 are divided anywhere.
+    EXPECT_EQ(sys_whole_characters("\xa4\xa4\xa4\xa4\xa4", 3), "\xa4\xa4\xa4");
+    EXPECT_EQ(sys_whole_characters("\xe2z\xac", 2), "\xe2z");
 }
 
 } // namespace
