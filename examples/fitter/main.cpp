@@ -53,16 +53,16 @@ void set_project(Options const &options)
         gen_set_project_output_directory(options.output_directory.c_str());
 }
 
-// The library creates the output directory. If it can't, it silently uses the project directory instead; this tool
-// reports an error, because the user named another directory.
-std::string result_path(Options const &options)
+// The library creates the output directory. If it can't, or can't see it, it silently uses the project directory
+// instead; this tool reports an error, because the user named another directory.
+std::string output_directory(Options const &options)
 {
-    std::string const directory = gen_get_project_output_directory();
+    std::string directory = gen_get_project_output_directory();
     std::string const &given = options.output_directory;
     std::error_code error;
-    if (!given.empty() && !std::filesystem::is_directory(given, error))
+    if (!given.empty() && !std::filesystem::equivalent(directory, given, error))
         throw Error("cannot make the output directory \"" + given + "\"");
-    return directory + std::filesystem::path(options.design).stem().string() + ".fit.txt";
+    return directory;
 }
 
 void print_design(Source const &design)
@@ -133,7 +133,7 @@ void run_timing(Fit &fit)
     log_fingerprint(fit);
 }
 
-void write_reports(Fit const &fit, std::string const &path)
+void write_reports(Fit const &fit, std::string const &directory, std::string const &path)
 {
     Stage const stage("Report Writer", "Report Writer", /*tag=*/nullptr);
     std::string text;
@@ -141,7 +141,7 @@ void write_reports(Fit const &fit, std::string const &path)
         VisibleWork const work("fit2_fit_finalize_init");
         text = result_text(fit);
     }
-    write_undo_file(gen_get_project_output_directory(), fit.packing, fit.device, fit.placement);
+    write_undo_file(directory, fit.packing, fit.device, fit.placement);
     write_result(path, text);
     log_fingerprint(fit);
 }
@@ -151,7 +151,8 @@ void run_flow(Options const &options)
     constexpr unsigned ALL_CLOCKS = GEN_STOPWATCH_WALLCLOCK | GEN_STOPWATCH_KERNEL | GEN_STOPWATCH_USER;
     GEN_STOPWATCH watch(/*accumulate=*/false, ALL_CLOCKS);
     watch.start();
-    std::string const path = result_path(options);
+    std::string const directory = output_directory(options);
+    std::string const path = directory + std::filesystem::path(options.design).stem().string() + ".fit.txt";
     check_writable(path);
     Fit fit;
     read_netlist(fit, options);
@@ -160,7 +161,7 @@ void run_flow(Options const &options)
     run_placer(fit, options);
     run_router(fit, options);
     run_timing(fit);
-    write_reports(fit, path);
+    write_reports(fit, directory, path);
     watch.stop();
     std::cout << summary(fit) << line("time", watch.lap_str(ALL_CLOCKS)) << line("result", path) << std::flush;
     if (!fit.routing.is_legal())
@@ -200,12 +201,15 @@ void run(std::vector<char const *> const &arguments)
         std::cout << line("machine", machine_facts()) << std::flush;
         run_profiled(options);
     }
+    std::cout.flush();
+    if (!std::cout.good())
+        throw Error("cannot write to the standard output");
 }
 
 int fail(char const *message)
 {
     std::cout.flush();
-    std::cerr << "fitter: " << message << "\n";
+    std::cerr << "fitter: " << printable(message) << "\n";
     return 1;
 }
 

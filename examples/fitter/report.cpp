@@ -1,13 +1,12 @@
 #include "report.h"
 
-#include "error.h"
 #include "gen_bindata_sys.h"
 #include "gen_fstream_sys.h"
+#include "output.h"
 #include "text.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <system_error>
 
 namespace fitter {
@@ -122,23 +121,10 @@ std::string routing_rows(Fit const &fit)
     return out;
 }
 
-// The reason of the last failed system call, as the end of a message.
-std::string reason()
+// The reason of the last failed system call.
+std::error_code last_reason()
 {
-    return errno == 0 ? "" : ": " + std::generic_category().message(errno);
-}
-
-std::string temporary_name(std::string const &path)
-{
-    return path + ".tmp";
-}
-
-[[noreturn]] void give_up(std::string const &path)
-{
-    std::string const message = "cannot write \"" + path + "\"" + reason();
-    std::error_code ignored;
-    std::filesystem::remove(temporary_name(path), ignored);
-    throw Error(message);
+    return {errno, std::generic_category()};
 }
 
 } // namespace
@@ -186,33 +172,23 @@ std::string result_text(Fit const &fit)
 
 void check_writable(std::string const &path)
 {
+    NewFile const file(path);
     errno = 0;
-    std::brisel_ofstream probe(temporary_name(path).c_str(), std::ios::out | std::ios::binary, GEN_SHARE_ALL);
+    std::brisel_ofstream const probe(file.path().c_str(), std::ios::out | std::ios::binary, GEN_SHARE_ALL);
     if (!probe.good())
-        give_up(path);
-    probe.close();
-    std::error_code ignored;
-    std::filesystem::remove(temporary_name(path), ignored);
+        file.fail(last_reason());
 }
 
 void write_result(std::string const &path, std::string const &text)
 {
-    std::string const temporary = temporary_name(path);
+    NewFile file(path);
     errno = 0;
-    std::brisel_ofstream file(temporary.c_str(), std::ios::out | std::ios::binary, GEN_SHARE_ALL);
-    file.write(text.data(), static_cast<std::streamsize>(text.size()));
-    file.flush();
-    if (!file.good())
-        give_up(path);
-    file.close();
-    if (!file.good())
-        give_up(path);
-    std::error_code error;
-    std::filesystem::rename(temporary, path, error);
-    if (!error)
-        return;
-    errno = error.default_error_condition().value();
-    give_up(path);
+    std::brisel_ofstream stream(file.path().c_str(), std::ios::out | std::ios::binary, GEN_SHARE_ALL);
+    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    stream.close();
+    if (!stream.good())
+        file.fail(last_reason());
+    file.move_into_place();
 }
 
 } // namespace fitter

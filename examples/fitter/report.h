@@ -27,7 +27,7 @@ std::string summary(Fit const &fit);
 /// The text of the result file. The same fit gives the same text: it contains no clock readings and no directories.
 std::string result_text(Fit const &fit);
 
-/// Throws an Error if no file can be created in the directory of `path`. The test creates a file and removes it again.
+/// Throws an Error if no file can be created next to `path`. The check creates a file and removes it again.
 void check_writable(std::string const &path);
 
 /// Writes a file completely or not at all: on failure an existing file stays unchanged and an Error is thrown.

@@ -2,10 +2,15 @@
 
 #include "error.h"
 #include "gen_undo_redo_sys.h"
+#include "output.h"
+#include "source.h"
 #include "text.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <filesystem>
-#include <system_error>
+#include <vector>
 
 namespace fitter {
 namespace {
@@ -28,6 +33,28 @@ Index first_cell(Packing const &packing, Block const &block)
     return element.lut != NONE ? element.lut : element.flop;
 }
 
+// A command of the file, and the comment below it.
+struct Command
+{
+    std::string text;
+    std::string comment;
+};
+
+// Whether a file consists of these texts, in this order, and of what the library puts between them: white space, the
+// numbers of the commands and the two headings. The last text is followed by the three line ends of a section.
+bool is_complete(std::string const &file, std::vector<std::string> const &texts)
+{
+    std::size_t end = 0;
+    for (std::string const &text : texts) {
+        char const *const written = text.c_str(); // the library writes up to the first null character
+        std::size_t const begin = file.find(written, end);
+        if (begin == std::string::npos || (end == 0 && begin != 0))
+            return false;
+        end = begin + std::strlen(written);
+    }
+    return std::count(file.begin() + static_cast<std::ptrdiff_t>(end), file.end(), '\n') == (texts.empty() ? 0 : 3);
+}
+
 } // namespace
 
 void write_undo_file(std::string const &directory, Packing const &packing, Device const &device,
@@ -37,32 +64,41 @@ void write_undo_file(std::string const &directory, Packing const &packing, Devic
     if (netlist == nullptr)
         throw Error("the netlist of the placement is gone");
     auto const name = [&](Index block) { return netlist->cells[first_cell(packing, packing.blocks[block])].name; };
-    auto const command = [&](Move const &move) {
-        return "swap " + site_text(device, move.from) + " " + site_text(device, move.to);
-    };
-    auto const comment = [&](Move const &move) {
-        return name(move.block) + (move.other == NONE ? "" : " and " + name(move.other));
-    };
-
-    // The library doesn't report a file that it can't write, and an old file must not be mistaken for the new one.
-    std::filesystem::path const file = std::filesystem::path(directory) / "undo_redo.txt";
-    std::error_code ignored;
-    std::filesystem::remove(file, ignored);
-
-    std::vector<Move> const &moves = placement.last_moves;
-    GEN_UNDO_REDO_MGR commands;
-    commands.start_new_file(directory);
-    commands.begin_section("Last pass of the placement");
-    commands.add_description(netlist->name + ": " + number(moves.size()) + " moves");
+    std::vector<Command> redo;
+    for (Move const &move : placement.last_moves)
+        redo.push_back({"swap " + site_text(device, move.from) + " " + site_text(device, move.to),
+                        name(move.block) + (move.other == NONE ? "" : " and " + name(move.other))});
     // A swap is its own inverse; the undo commands begin with the last move.
-    for (auto move = moves.rbegin(); move != moves.rend(); ++move)
-        commands.add_undo_command(command(*move), comment(*move));
-    for (Move const &move : moves)
-        commands.add_redo_command(command(move), comment(move));
+    std::vector<Command> const undo(redo.rbegin(), redo.rend());
+
+    NewFile file(std::filesystem::path(directory) / "undo_redo.txt");
+    std::string const section = "Last pass of the placement";
+    std::string const description = netlist->name + ": " + number(redo.size()) + " moves";
+    GEN_UNDO_REDO_MGR commands;
+    commands.start_new_file(file.directory());
+    commands.begin_section(section);
+    commands.add_description(description);
+    for (Command const &command : undo)
+        commands.add_undo_command(command.text, command.comment);
+    for (Command const &command : redo)
+        commands.add_redo_command(command.text, command.comment);
     commands.end_section();
     commands.commit_file();
-    if (!std::filesystem::is_regular_file(file, ignored))
-        throw Error("cannot write \"" + file.generic_string() + "\"");
+
+    // The library doesn't return whether it could write the file, so the file is read back. A section without commands
+    // is not written.
+    std::vector<std::string> texts;
+    if (!redo.empty())
+        texts = {section, description};
+    auto const append = [&texts](std::vector<Command> const &list) {
+        for (Command const &command : list)
+            texts.insert(texts.end(), {command.text, command.comment});
+    };
+    append(undo);
+    append(redo);
+    if (!is_complete(read_file(file.path()), texts))
+        file.fail();
+    file.move_into_place();
 }
 
 } // namespace fitter

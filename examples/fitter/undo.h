@@ -8,8 +8,8 @@
 
 namespace fitter {
 
-/// Writes "undo_redo.txt" to a directory and replaces an existing file. Throws an Error if it can't be written, or if
-/// the netlist of the placement was destroyed.
+/// Writes "undo_redo.txt" to a directory, completely or not at all, and replaces an existing file. Throws an Error if
+/// it can't be written, or if the netlist of the placement was destroyed.
 ///
 /// A command is "swap A B": the blocks on the sites A and B change places; one of the sites may be empty. A site is
 /// "column,row" or "column,row,slot", as in the result file. The comment names each block by its first cell. Executed
