@@ -3,6 +3,7 @@
 // project, opens and closes a profile bin for each stage of the flow, and ends the library.
 #include "error.h"
 #include "fingerprint.h"
+#include "fio_sys.h"
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
 #include "gen_profile_bins_sys.h"
@@ -53,14 +54,25 @@ void set_project(Options const &options)
         gen_set_project_output_directory(options.output_directory.c_str());
 }
 
+// The library's form of a directory that the user named.
+std::string full_directory(std::string const &name)
+{
+    FIO_PATH directory;
+    directory.cd(name);
+    if (directory.relative())
+        directory.become_absolute("");
+    else
+        directory.become_simplified();
+    return directory.fullpath();
+}
+
 // The library creates the output directory. If it can't, or can't see it, it silently uses the project directory
 // instead; this tool reports an error, because the user named another directory.
 std::string output_directory(Options const &options)
 {
     std::string directory = gen_get_project_output_directory();
     std::string const &given = options.output_directory;
-    std::error_code error;
-    if (!given.empty() && !std::filesystem::equivalent(directory, given, error))
+    if (!given.empty() && directory != full_directory(given))
         throw Error("cannot make the output directory \"" + given + "\"");
     return directory;
 }
