@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <string>
 
 char const *const THR_OS_LIBRARY_PREFIX = "";
 char const *const THR_OS_LIBRARY_SUFFIX = ".dll";
@@ -45,18 +46,33 @@ void thr_os_break()
     DebugBreak();
 }
 
+namespace {
+
+std::wstring widen(char const *text)
+{
+    int const size = MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(size), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), size);
+    return wide; // with the terminator
+}
+
+} // namespace
+
 void thr_os_setenv(char const *name, char const *value)
 {
     if (*value != '\0') {
         _putenv_s(name, value);
         return;
     }
-    // The runtime removes a variable whose value is empty. So its entry is made with another value, which is then cut
-    // off, and the table of the system, from which child processes inherit, is set separately.
+    // The runtime removes a variable whose value is empty. So its entries, in the narrow and in the wide table, are
+    // made with another value, which is then cut off, and the table of the system, from which child processes inherit,
+    // is set separately.
     if (_putenv_s(name, "x") != 0)
         return;
     if (char *entry = std::getenv(name))
         *entry = '\0';
+    if (wchar_t *entry = _wgetenv(widen(name).c_str()))
+        *entry = L'\0';
     SetEnvironmentVariableA(name, "");
 }
 
