@@ -1,11 +1,11 @@
 #include "fio/os/fio_os.h"
 
+#include "sys/os/sys_os_long_path_windows.h"
 #include "sys/sys_file_mode.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <cwchar>
 #include <memory>
 #include <utility>
 
@@ -15,26 +15,6 @@ namespace {
 
 // A path of this length or more is passed to the wide call (fileapi.h: MAX_PATH includes the terminator).
 constexpr std::size_t LONG_PATH_LENGTH = MAX_PATH - 1;
-
-constexpr wchar_t LONG_PATH[] = L"\\\\?\\";
-constexpr wchar_t DEVICE[] = L"\\\\.\\";
-
-bool starts_with(std::wstring const &text, wchar_t const *start)
-{
-    return text.compare(0, std::wcslen(start), start) == 0;
-}
-
-// Empty if the text is no text of the code page.
-std::wstring widen(char const *text)
-{
-    int const size = MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, text, -1, nullptr, 0);
-    if (size <= 0)
-        return {};
-    std::wstring wide(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), size);
-    wide.pop_back(); // the terminator
-    return wide;
-}
 
 // The text in the code page; false, and nothing changed, if the code page doesn't have all of its characters. The
 // system would give similar characters for these, which make the name of another file.
@@ -46,27 +26,10 @@ bool narrow(std::wstring const &text, std::string &result)
     std::string converted(static_cast<std::size_t>(size), '\0');
     WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, converted.data(), size, nullptr, nullptr);
     converted.pop_back(); // the terminator
-    if (widen(converted.c_str()) != text)
+    if (sys_os_widen(converted.c_str()) != text)
         return false;
     result = std::move(converted);
     return true;
-}
-
-std::wstring full_path(std::wstring const &path)
-{
-    DWORD const size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-    std::wstring full(size, L'\0');
-    DWORD const length = GetFullPathNameW(path.c_str(), size, full.data(), nullptr);
-    if (length == 0 || length >= size)
-        return path;
-    full.resize(length);
-    return full;
-}
-
-// Whether the system takes the last component of a path for a device, as it does with "aux.v" in any directory.
-bool is_device(std::wstring const &path)
-{
-    return starts_with(full_path(path), DEVICE);
 }
 
 // The wide calls expect a directory in long form without a separator at its end, and a root with one.
@@ -129,7 +92,7 @@ DWORD attributes_of(char const *path)
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return attributes;
     std::wstring const full = fio_os_long_path(path);
-    if (full.empty() || starts_with(full, DEVICE))
+    if (full.empty() || sys_os_is_device(full))
         return INVALID_FILE_ATTRIBUTES;
     if (is_short && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
         return attributes;
@@ -162,7 +125,7 @@ public:
     bool next()
     {
         while (advance())
-            if (narrow(m_data.cFileName, m_name) && !is_device(m_data.cFileName))
+            if (narrow(m_data.cFileName, m_name) && !sys_os_is_device_name(m_data.cFileName))
                 return true;
         return false;
     }
@@ -259,7 +222,7 @@ char fio_os_separator()
 
 void fio_os_fold_case(std::string &name)
 {
-    std::wstring const original = widen(name.c_str());
+    std::wstring const original = sys_os_widen(name.c_str());
     std::wstring folded = original;
     auto const size = static_cast<int>(original.size());
     if (size != 0 && LCMapStringW(LOCALE_INVARIANT, LCMAP_LOWERCASE, original.data(), size, folded.data(), size) != 0)
@@ -307,7 +270,7 @@ bool fio_os_status(char const *path, struct _stat64i32 &record)
     std::wstring full = fio_os_long_path(path);
     if (full.empty())
         return false;
-    if (starts_with(full, DEVICE)) {
+    if (sys_os_is_device(full)) {
         record = {};
         record.st_mode = SYS_MODE_DEVICE | SYS_MODE_MAY_READ | SYS_MODE_MAY_WRITE;
         return true;
@@ -342,14 +305,14 @@ std::FILE *fio_os_fopen(char const *path, char const *mode)
         errno = EINVAL;
         return nullptr;
     }
-    return _wfopen(full.c_str(), widen(mode).c_str());
+    return _wfopen(full.c_str(), sys_os_widen(mode).c_str());
 }
 
 std::intptr_t fio_os_findfirst(char const *pattern, struct _finddata64i32_t &data)
 {
-    std::wstring const wide = widen(pattern);
+    std::wstring const wide = sys_os_widen(pattern);
     std::wstring directory = fio_os_long_path(pattern);
-    if (directory.empty() || starts_with(directory, DEVICE)) {
+    if (directory.empty() || sys_os_is_device(directory)) {
         errno = ENOENT;
         return -1;
     }
@@ -396,20 +359,5 @@ int fio_os_findclose(std::intptr_t handle)
 
 std::wstring fio_os_long_path(char const *path)
 {
-    std::wstring wide = widen(path);
-    if (wide.empty())
-        return wide;
-    std::replace(wide.begin(), wide.end(), L'/', L'\\');
-    if (starts_with(wide, LONG_PATH))
-        return wide;
-    std::wstring const full = full_path(wide);
-    if (starts_with(full, DEVICE))
-        return full;
-    // Elsewhere than after a drive a colon is part of no name: the text after it would name another stream of the file,
-    // which no listing shows.
-    if (full.find(L':', 2) != std::wstring::npos)
-        return {};
-    if (starts_with(full, L"\\\\"))
-        return LONG_PATH + (L"UNC\\" + full.substr(2));
-    return LONG_PATH + full;
+    return sys_os_long_path(path);
 }

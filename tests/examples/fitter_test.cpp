@@ -869,10 +869,16 @@ struct ToolRun
     std::string err;
 };
 
-// Runs the tool that lies next to the library, in a directory, by the system's shell.
-ToolRun run_fitter(TempDir const &dir, std::string const &arguments)
+std::string text_of(std::filesystem::path const &path)
 {
-    CurrentDirectory const there(dir.path());
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Runs the tool that lies next to the library, in a directory, by the system's shell.
+ToolRun run_fitter_in(std::filesystem::path const &directory, std::string const &arguments)
+{
+    CurrentDirectory const there(directory);
     std::filesystem::path const tool = std::filesystem::path(gen_get_module_path() + "fitter").make_preferred();
     std::string command = "\"" + tool.string() + "\" " + arguments + " >out.txt 2>err.txt";
     // The shell of Windows removes the outermost quotes.
@@ -880,7 +886,12 @@ ToolRun run_fitter(TempDir const &dir, std::string const &arguments)
         command = "\"" + command + "\"";
     int const status = std::system(command.c_str());
     // Elsewhere the exit code is in the second byte.
-    return {status > 0xff ? status >> 8 : status, dir.read("out.txt"), dir.read("err.txt")};
+    return {status > 0xff ? status >> 8 : status, text_of(directory / "out.txt"), text_of(directory / "err.txt")};
+}
+
+ToolRun run_fitter(TempDir const &dir, std::string const &arguments)
+{
+    return run_fitter_in(dir.path(), arguments);
 }
 
 struct ReportRow
@@ -1072,6 +1083,18 @@ TEST(FitterTool, FindsItsFilesAndWritesIntoTheProject)
     EXPECT_THAT(dir.read("p/small.fit.txt"), HasSubstr("legal         yes"));
     EXPECT_EQ(files_in(dir, "p"), (std::set<std::string>{"lib", "small.fit.txt", "small.v", "undo_redo.txt"}));
     EXPECT_EQ(files_in(dir, "."), (std::set<std::string>{"err.txt", "out.txt", "p"})); // no log was requested
+}
+
+// On Windows too, where the code page of the system may not have these characters.
+TEST(FitterTool, WorksInADirectoryOfAnyName)
+{
+    TempDir const dir;
+    std::filesystem::path const directory = dir.path() / std::filesystem::u8path("\xe6\x97\xa5\xe6\x9c\xac \xc4\x81");
+    std::filesystem::create_directory(directory);
+    std::ofstream(directory / "small.blif", std::ios::binary) << make_design(30);
+    ToolRun const run = run_fitter_in(directory, "small.blif");
+    EXPECT_EQ(run.status, 0) << run.out << run.err;
+    EXPECT_TRUE(std::filesystem::is_regular_file(directory / "small.fit.txt")) << run.out << run.err;
 }
 
 TEST(FitterTool, EndsWithStatusOneAndReportsTheReason)

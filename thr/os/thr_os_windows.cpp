@@ -1,10 +1,11 @@
 #include "thr/os/thr_os.h"
 
+#include "sys/os/sys_os_long_path_windows.h"
+
 #include <windows.h>
 
 #include <cstdlib>
 #include <new>
-#include <string>
 
 char const *const THR_OS_LIBRARY_PREFIX = "";
 char const *const THR_OS_LIBRARY_SUFFIX = ".dll";
@@ -46,18 +47,6 @@ void thr_os_break()
     DebugBreak();
 }
 
-namespace {
-
-std::wstring widen(char const *text)
-{
-    int const size = MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), size);
-    return wide; // with the terminator
-}
-
-} // namespace
-
 void thr_os_setenv(char const *name, char const *value)
 {
     if (*value != '\0') {
@@ -71,7 +60,7 @@ void thr_os_setenv(char const *name, char const *value)
         return;
     if (char *entry = std::getenv(name))
         *entry = '\0';
-    if (wchar_t *entry = _wgetenv(widen(name).c_str()))
+    if (wchar_t *entry = _wgetenv(sys_os_widen(name).c_str()))
         *entry = L'\0';
     SetEnvironmentVariableA(name, "");
 }
