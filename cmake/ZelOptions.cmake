@@ -97,6 +97,7 @@ if(ZEL_COVERAGE)
 endif()
 
 if(WIN32)
+  enable_language(RC)
   # The compiler's runtime libraries lie next to the executables, as in an installed tree.
   set(ZEL_RUNTIME_LIBRARIES "")
   foreach(runtime libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
@@ -110,3 +111,11 @@ if(WIN32)
   endforeach()
   file(COPY ${ZEL_RUNTIME_LIBRARIES} DESTINATION "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}" FOLLOW_SYMLINK_CHAIN)
 endif()
+
+# zel_use_utf8_code_page(<executable>): narrow text of the program is UTF-8 on Windows, whatever the code page of the
+# system is. Systems before Windows 10, version 1903, ignore it. Has no effect on other platforms.
+function(zel_use_utf8_code_page target)
+  if(WIN32)
+    target_sources(${target} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/utf8.rc")
+  endif()
+endfunction()

@@ -1,4 +1,4 @@
-# zel_add_test(<name> [STATEFUL] [CUSTOMER] [UNSIGNED_CHAR] [THREADS]
+# zel_add_test(<name> [STATEFUL] [CUSTOMER] [UNSIGNED_CHAR] [UTF8] [THREADS]
 #              [LIBRARIES <target>...] [SOURCES <file>...] [OBJECTS <object library>...] [DEFINITIONS <definition>...]
 #              [OPTIONS <compiler option>...] [DEPENDS <target>...] [TIMEOUT <seconds>])
 #
@@ -7,12 +7,13 @@
 #   STATEFUL       one ctest entry, and one process, for each TEST; otherwise one for the executable
 #   CUSTOMER       built and run a second time against the version library of a release branch
 #   UNSIGNED_CHAR  built and run a second time, on Linux, with a char that has no sign in the test and in the library
+#   UTF8           built and run a second time, on Windows, with UTF-8 as the code page of narrow text
 #   THREADS        also run under the thread sanitizer, which runs no other tests
 #   SOURCES        further sources, from the project's root; OPTIONS and DEFINITIONS hold for them too
 #   OBJECTS        object libraries that are linked into the executable
 #   DEPENDS        targets that are built before, for a test that runs or loads them
 function(zel_add_test name)
-  cmake_parse_arguments(ARG "STATEFUL;CUSTOMER;UNSIGNED_CHAR;THREADS" "TIMEOUT"
+  cmake_parse_arguments(ARG "STATEFUL;CUSTOMER;UNSIGNED_CHAR;UTF8;THREADS" "TIMEOUT"
     "LIBRARIES;SOURCES;OBJECTS;DEFINITIONS;OPTIONS;DEPENDS" ${ARGN})
   if(ARG_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "zel_add_test(${name}): unknown arguments ${ARG_UNPARSED_ARGUMENTS}")
@@ -30,6 +31,10 @@ function(zel_add_test name)
   if(ARG_CUSTOMER)
     zel_add_test_executable(${name}_customer_test ${name}_customer)
     zel_use_customer_version(${name}_customer_test)
+  endif()
+  if(ARG_UTF8 AND WIN32)
+    zel_add_test_executable(${name}_utf8_test ${name}_utf8)
+    zel_use_utf8_code_page(${name}_utf8_test)
   endif()
   if(ARG_UNSIGNED_CHAR AND ZEL_TEST_UNSIGNED_CHAR)
     list(TRANSFORM ARG_LIBRARIES REPLACE "^zel::gen$" zel_gen_unsigned_char)

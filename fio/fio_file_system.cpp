@@ -1,8 +1,8 @@
 #include "fio_sys.h"
 
 #include "fio/os/fio_os.h"
+#include "sys/sys_path_text.h"
 
-#include <algorithm>
 #include <cerrno>
 
 namespace {
@@ -42,7 +42,8 @@ std::FILE *FIO_FILE_SYSTEM::fopen(char const *path, char const *mode)
 std::string FIO_FILE_SYSTEM::get_current_directory()
 {
     std::string directory = fio_os_current_directory();
-    std::replace(directory.begin(), directory.end(), fio_os_separator(), '/');
+    if (fio_os_separator() != '/')
+        sys_use_forward_slashes(directory);
     return directory;
 }
 

@@ -2,20 +2,22 @@
 
 #include "fio/fio_pattern.h"
 #include "fio/os/fio_os.h"
+#include "sys/sys_path_text.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace {
 
 // Whether a component is "." or "..", or begins with a point.
-bool has_dotted_component(char const *path)
+bool has_dotted_component(std::string_view path)
 {
     bool at_start = true;
-    for (; *path != '\0'; ++path) {
-        if (at_start && *path == '.')
+    for (std::size_t at = 0; at < path.size(); ++at) {
+        if (at_start && path[at] == '.')
             return true;
-        at_start = *path == '/' || *path == '\\';
+        at_start = sys_is_separator(path, at);
     }
     return false;
 }
@@ -25,7 +27,7 @@ void append_directory(std::string &buffer, char const *directory)
     if (*directory == '\0')
         return;
     buffer += directory;
-    if (buffer.back() != '/' && buffer.back() != '\\')
+    if (!sys_ends_in_separator(buffer))
         buffer += '/';
 }
 
@@ -35,8 +37,8 @@ void join(std::string &buffer, FIO_PATH const &results_directory, FIO_PATH const
 {
     buffer.clear();
     bool const relative = directory.relative();
-    if (relative &&
-        (has_dotted_component(results_directory) || has_dotted_component(directory) || has_dotted_component(path))) {
+    if (relative && (has_dotted_component(static_cast<char const *>(results_directory)) ||
+                     has_dotted_component(static_cast<char const *>(directory)) || has_dotted_component(path))) {
         append_directory(buffer, directory);
         buffer += path;
         buffer = FIO_PATH(buffer).become_absolute(results_directory.fullpath());
@@ -46,8 +48,7 @@ void join(std::string &buffer, FIO_PATH const &results_directory, FIO_PATH const
         append_directory(buffer, results_directory);
     append_directory(buffer, directory);
     buffer += path;
-    if (buffer.find('\\') != std::string::npos)
-        std::replace(buffer.begin(), buffer.end(), '\\', '/');
+    sys_use_forward_slashes(buffer);
 }
 
 bool is_empty(FIO_PATH const &path)

@@ -2,6 +2,7 @@
 
 #include "fio/fio_extension.h"
 #include "fio/os/fio_os.h"
+#include "sys/sys_path_text.h"
 
 #include <algorithm>
 #include <string_view>
@@ -10,6 +11,7 @@ namespace {
 
 constexpr std::string_view SEPARATORS = "/\\";
 
+// For a byte that is not the second one of a character.
 bool is_separator(char c)
 {
     return c == '/' || c == '\\';
@@ -36,7 +38,7 @@ std::size_t volume_length(std::string_view text)
     if (has_drive(text))
         return 2;
     if (has_host(text))
-        return std::min(text.find_first_of(SEPARATORS, 2), text.size());
+        return std::min(sys_find_separator(text, 2), text.size());
     return 0;
 }
 
@@ -66,7 +68,7 @@ std::string_view without_leading_dot(std::string_view extension)
 // Removes the first component and the separators after it from the text.
 std::string_view take_component(std::string_view &text)
 {
-    std::size_t const end = std::min(text.find_first_of(SEPARATORS), text.size());
+    std::size_t const end = std::min(sys_find_separator(text, 0), text.size());
     std::string_view const component = text.substr(0, end);
     text.remove_prefix(std::min(text.find_first_not_of(SEPARATORS, end), text.size()));
     return component;
@@ -89,7 +91,7 @@ std::vector<std::string_view> simplified(std::string_view components, bool roote
 
 bool is_directory_text(std::string_view text)
 {
-    std::size_t const separator = text.find_last_of(SEPARATORS);
+    std::size_t const separator = sys_find_last_separator(text);
     std::string_view const name = separator == std::string_view::npos ? text : text.substr(separator + 1);
     return name.empty() || name == "." || name == "..";
 }
@@ -100,23 +102,28 @@ void normalise(std::string &text, char separator)
     std::size_t const start = has_host(text) ? 2 : 0;
     std::fill_n(text.begin(), start, separator);
     std::size_t out = start;
+    bool in_run = false;
     for (std::size_t in = start; in < text.size(); ++in) {
-        char const c = is_separator(text[in]) ? separator : text[in];
-        if (c != separator || out == start || text[out - 1] != separator)
-            text[out++] = c;
+        bool const was_in_run = in_run;
+        in_run = is_separator(text[in]);
+        if (was_in_run && in_run)
+            continue;
+        text[out++] = in_run ? separator : text[in];
+        if (sys_is_lead_byte(text[in]) && in + 1 < text.size())
+            text[out++] = text[++in];
     }
     text.resize(out);
 }
 
 void end_in_separator(std::string &text, char separator)
 {
-    if (!text.empty() && !is_separator(text.back()))
+    if (!text.empty() && !sys_ends_in_separator(text))
         text += separator;
 }
 
 std::size_t filename_position(std::string_view text)
 {
-    std::size_t const separator = text.find_last_of(SEPARATORS);
+    std::size_t const separator = sys_find_last_separator(text);
     std::size_t const after = separator == std::string_view::npos ? 0 : separator + 1;
     return std::max(after, volume_length(text));
 }
@@ -161,7 +168,7 @@ FIO_PATH &FIO_PATH::operator=(char const *text)
 std::string FIO_PATH::full_directory() const
 {
     std::string directory = m_text.substr(0, filename_position(m_text));
-    if (has_host(directory) && !is_separator(directory.back()))
+    if (has_host(directory) && !sys_ends_in_separator(directory))
         directory += m_separator;
     return directory;
 }
@@ -186,7 +193,7 @@ FIO_PATH &FIO_PATH::filename(std::string const &text)
 {
     std::string result = full_directory();
     // A text that begins with a separator is below the directory all the same.
-    bool const under_directory = !result.empty() && is_separator(result.back());
+    bool const under_directory = sys_ends_in_separator(result);
     std::size_t const start = under_directory ? std::min(text.find_first_not_of(SEPARATORS), text.size()) : 0;
     result.append(text, start);
     m_text = std::move(result);
@@ -307,9 +314,11 @@ bool FIO_PATH::unc() const
 
 int FIO_PATH::levels() const
 {
-    auto const begin = m_text.begin();
-    return static_cast<int>(
-        std::count(begin + static_cast<std::ptrdiff_t>(root_length(m_text)), m_text.end(), m_separator));
+    int count = 0;
+    for (std::size_t at = sys_find_separator(m_text, root_length(m_text)); at != std::string::npos;
+         at = sys_find_separator(m_text, at + 1))
+        ++count;
+    return count;
 }
 
 FIO_PATH &FIO_PATH::path_separator(char separator)

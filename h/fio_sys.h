@@ -2,9 +2,9 @@
 // calls of the suite (FIO_FILE_SYSTEM).
 //
 // Narrow text is in the encoding of the system: on Windows in the active code page, on Linux the
-// bytes of the file names. A null `char const *` counts as the empty text everywhere. Only
-// std::bad_alloc is thrown. An object belongs to one thread at a time; any thread may call static
-// and free functions.
+// bytes of the file names. On Windows a file whose name the code page doesn't have is never a result. A null `char
+// const *` counts as the empty text everywhere. Only std::bad_alloc is thrown. An object belongs to one thread at a
+// time; any thread may call static and free functions.
 #ifndef FIO_SYS_H
 #define FIO_SYS_H
 
@@ -387,8 +387,9 @@ private:
     std::size_t m_next_name = 0;
 };
 
-/// Calls to the file system. On Windows all but findfirst() accept paths of more than 260 characters
-/// (MAX_PATH).
+/// Calls to the file system. On Windows they accept paths of more than 260 characters (MAX_PATH). A
+/// device, which Windows sees in a name such as "aux.v" in any directory, is no file: it doesn't exist
+/// and no scan finds it. A colon that doesn't follow a drive is part of no name there.
 class FIO_API FIO_FILE_SYSTEM
 {
 public:
@@ -437,7 +438,8 @@ public:
     /// @return a handle for findnext(), to be released with findclose(); -1 on failure, with `errno`
     ///         set to ENOENT if nothing matches
     ///
-    /// The names are in byte order on Linux, and in the order of the file system on Windows.
+    /// The names are in byte order on Linux, and in the order of the file system on Windows, where
+    /// names with characters that the code page doesn't have are left out.
     static std::intptr_t findfirst(char const *pattern, struct _finddata64i32_t *data);
 
     /// Continues a scan.
@@ -457,7 +459,8 @@ public:
 /// The full path in the form in which the platform's wide functions accept any length.
 ///
 /// @param path  a path; a relative one is relative to the current directory
-/// @return the full path; empty for the empty text
+/// @return the full path; empty for the empty text, and on Windows for a text that is no path: one with
+///         a colon elsewhere than after a drive, or one that is no text of the code page
 ///
 /// On Windows "\\?\C:\dir\file" or "\\?\UNC\host\share\file", with "." and ".." resolved; a device
 /// stays "\\.\NUL". On Linux the absolute path with each byte widened to one character, so that the

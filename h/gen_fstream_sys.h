@@ -1,6 +1,6 @@
 // The library's file streams. They differ from the standard streams only in the way they open a file: paths of any
-// length are accepted on Windows, the file is shared with other processes, and an open() of an open stream has no
-// effect. A stream belongs to one thread at a time.
+// length are accepted on Windows, the caller says there what others may do with the file, and an open() of an open
+// stream has no effect. A stream belongs to one thread at a time.
 #ifndef GEN_FSTREAM_SYS_H
 #define GEN_FSTREAM_SYS_H
 
@@ -8,7 +8,7 @@
 
 #include <fstream>
 
-/// The value for `protection`: other processes may read and write the file while it is open.
+/// The value for `protection` with which other processes may read and write the file while it is open.
 constexpr int GEN_SHARE_ALL = 0x40;
 
 namespace std {
@@ -27,7 +27,9 @@ public:
     ///
     /// @param path        the file; not null
     /// @param mode        bits of std::ios_base::openmode, such as std::ios::out or std::ios::app; out is always added
-    /// @param protection  GEN_SHARE_ALL; has no effect: the file is always shared for reading and writing
+    /// @param protection  on Windows what others may do with the file while it is open: GEN_SHARE_ALL to read and write
+    ///                    it, 0x30 to write, 0x20 to read, 0x10 nothing; with any other value the open fails. On Linux
+    ///                    it has no effect, and the file is shared
     ///
     /// On success the state of the stream is cleared, on failure failbit is set. If a file is open already, it stays
     /// open and the state doesn't change; a standard stream would set failbit.

@@ -135,7 +135,9 @@ GEN_API int gen_local_wctomb(char *to, wchar_t character);
 // Time, with the names of days and months in English. LC_TIME is set to "C".
 
 /// Renders `time` by a format into `to`, which has room for `size` characters. Returns the number of characters without
-/// the terminator, or 0 if they don't fit.
+/// the terminator, or 0 if they don't fit. The same everywhere are the conversions %a %A %b %B %c %d %H %I %j %m %M %p
+/// %S %U %w %W %x %X %y %Y %Z %z %%; others, such as %F and %T, are those of the system, and on Windows the result is
+/// 0.
 GEN_API std::uint64_t gen_local_strftime(char *to, std::uint64_t size, char const *format, tm const *time);
 GEN_API std::uint64_t gen_local_wcsftime(wchar_t *to, std::uint64_t size, wchar_t const *format, tm const *time);
 

@@ -443,8 +443,9 @@ GEN_API std::string gen_create_temp_file_with_extension(std::string const &dir, 
 /// A file name without directory: the current time in seconds and a number of std::rand(), both in hexadecimal, and
 /// ".tmp".
 ///
-/// std::rand() is not seeded here. Nothing checks whether such a file exists; two processes that start in the same
-/// second can get the same name.
+/// std::rand() is not seeded here. On Windows, where it has a state for each thread, the number comes from one sequence
+/// of the process, which srand() doesn't change: that of a thread that never called srand(). Nothing checks whether
+/// such a file exists; two processes that start in the same second can get the same name.
 ///
 /// @param ignored  has no effect; may be null
 GEN_API std::string gen_unique_path(char const *ignored);

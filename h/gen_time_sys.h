@@ -93,9 +93,14 @@ GEN_API std::string gen_get_current_time();
 ///
 /// @param seconds  seconds since the Unix epoch
 /// @param out      receives the text; if null, only the result is computed
-/// @param format   the format, not null; its expansion may have up to 249 bytes
+/// @param format   the format, not null; its expansion may have up to 249 bytes. The same everywhere are the
+/// conversions
+///                 %a %A %b %B %c %d %H %I %j %m %M %p %S %U %w %W %x %X %y %Y %Z %z %%; others, such as %F and %T, are
+///                 those of the system, and Windows has none
 ///
-/// @return false, with `out` unchanged, if the expansion is empty or too long, or if the time can't be converted
+/// @return false, with `out` unchanged, if the expansion is empty or too long, if the time can't be converted, or if
+/// the
+///         format has a conversion that Windows doesn't have there
 GEN_API bool gen_format_date_and_time(std::int64_t seconds, std::string *out, char const *format);
 
 /// gen_format_date_and_time() of the current second.

@@ -54,7 +54,8 @@ std::intptr_t fio_os_findfirst(char const *pattern, struct _finddata64i32_t &dat
 int fio_os_findnext(std::intptr_t handle, struct _finddata64i32_t &data);
 int fio_os_findclose(std::intptr_t handle);
 
-/// The absolute path, in the form that the system takes at any length; empty if the path is empty.
+/// The absolute path, in the form that the system takes at any length; empty if the path is empty, and on Windows if
+/// the text can't be the path of a file.
 std::wstring fio_os_long_path(char const *path);
 
 #endif

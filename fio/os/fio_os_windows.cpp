@@ -1,11 +1,13 @@
 #include "fio/os/fio_os.h"
 
+#include "sys/os/sys_os_long_path_windows.h"
 #include "sys/sys_file_mode.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
-#include <cwchar>
 #include <memory>
+#include <utility>
 
 #include <windows.h>
 
@@ -14,45 +16,20 @@ namespace {
 // A path of this length or more is passed to the wide call (fileapi.h: MAX_PATH includes the terminator).
 constexpr std::size_t LONG_PATH_LENGTH = MAX_PATH - 1;
 
-constexpr wchar_t LONG_PATH[] = L"\\\\?\\";
-constexpr wchar_t DEVICE[] = L"\\\\.\\";
-
-bool starts_with(std::wstring const &text, wchar_t const *start)
+// The text in the code page; false, and nothing changed, if the code page doesn't have all of its characters. The
+// system would give similar characters for these, which make the name of another file.
+bool narrow(std::wstring const &text, std::string &result)
 {
-    return text.compare(0, std::wcslen(start), start) == 0;
-}
-
-std::wstring widen(char const *text)
-{
-    int const size = MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
+    int const size = WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
     if (size <= 0)
-        return {};
-    std::wstring wide(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), size);
-    wide.pop_back(); // the terminator
-    return wide;
-}
-
-std::string narrow(wchar_t const *text)
-{
-    int const size = WideCharToMultiByte(CP_ACP, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    if (size <= 0)
-        return {};
-    std::string result(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, 0, text, -1, result.data(), size, nullptr, nullptr);
-    result.pop_back(); // the terminator
-    return result;
-}
-
-std::wstring full_path(std::wstring const &path)
-{
-    DWORD const size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-    std::wstring full(size, L'\0');
-    DWORD const length = GetFullPathNameW(path.c_str(), size, full.data(), nullptr);
-    if (length == 0 || length >= size)
-        return path;
-    full.resize(length);
-    return full;
+        return false;
+    std::string converted(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, converted.data(), size, nullptr, nullptr);
+    converted.pop_back(); // the terminator
+    if (sys_os_widen(converted.c_str()) != text)
+        return false;
+    result = std::move(converted);
+    return true;
 }
 
 // The wide calls expect a directory in long form without a separator at its end, and a root with one.
@@ -64,31 +41,146 @@ bool drop_last_separator(std::wstring &path)
     return true;
 }
 
-struct CloseScan
-{
-    void operator()(HANDLE scan) const { FindClose(scan); }
-};
-
 bool is_directory(DWORD attributes)
 {
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-FIO_OS_KIND kind_of(DWORD attributes)
+bool is_regular(DWORD attributes)
 {
-    if ((attributes & FILE_ATTRIBUTE_DEVICE) != 0)
-        return FIO_OS_KIND::OTHER;
-    if (!is_directory(attributes))
-        return FIO_OS_KIND::REGULAR;
-    bool const link = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    return link ? FIO_OS_KIND::DIRECTORY_LINK : FIO_OS_KIND::DIRECTORY;
+    return (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) == 0;
 }
 
+using Facts = WIN32_FILE_ATTRIBUTE_DATA;
+
+struct CloseFile
+{
+    void operator()(HANDLE file) const { CloseHandle(file); }
+};
+
+// Replaces the facts of a link by those of its target. False if there is no target. A reparse point that can't be
+// opened is no link, or its target can't be seen; the facts then stay.
+bool follow(std::wstring const &path, Facts &facts)
+{
+    HANDLE const handle =
+        CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return GetLastError() == ERROR_ACCESS_DENIED || GetLastError() == ERROR_CANT_ACCESS_FILE;
+    std::unique_ptr<void, CloseFile> const file(handle);
+    BY_HANDLE_FILE_INFORMATION target;
+    if (GetFileInformationByHandle(handle, &target) != 0)
+        facts = {target.dwFileAttributes, target.ftCreationTime, target.ftLastAccessTime,
+                 target.ftLastWriteTime,  target.nFileSizeHigh,  target.nFileSizeLow};
+    return true;
+}
+
+// The facts of a file or directory by its long path; links are followed.
+bool read_facts(std::wstring const &path, Facts &facts)
+{
+    if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &facts) == 0)
+        return false;
+    return (facts.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || follow(path, facts);
+}
+
+// The attributes of a file or directory; links are followed. INVALID_FILE_ATTRIBUTES if there is none; a device isn't
+// one. Costs one system call unless the name is that of a link.
 DWORD attributes_of(char const *path)
 {
-    if (std::strlen(path) < LONG_PATH_LENGTH)
-        return GetFileAttributesA(path);
-    return GetFileAttributesW(fio_os_long_path(path).c_str());
+    bool const is_short = std::strlen(path) < LONG_PATH_LENGTH;
+    DWORD const attributes = is_short ? GetFileAttributesA(path) : 0;
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return attributes;
+    std::wstring const full = fio_os_long_path(path);
+    if (full.empty() || sys_os_is_device(full))
+        return INVALID_FILE_ATTRIBUTES;
+    if (is_short && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        return attributes;
+    Facts facts;
+    return read_facts(full, facts) ? facts.dwFileAttributes : INVALID_FILE_ATTRIBUTES;
+}
+
+// The entries of a directory that match a pattern. Names that the code page doesn't have, and those that mean a device,
+// are passed over: no other call would find the file by them.
+class Scan
+{
+public:
+    // The directory is in long form and ends in a separator.
+    Scan(std::wstring directory, std::wstring const &pattern)
+        : m_directory(std::move(directory)), m_handle(FindFirstFileW((m_directory + pattern).c_str(), &m_data)),
+          m_is_first(true)
+    {
+    }
+    ~Scan()
+    {
+        if (is_open())
+            FindClose(m_handle);
+    }
+    Scan(Scan const &) = delete;
+    Scan &operator=(Scan const &) = delete;
+
+    bool is_open() const { return m_handle != INVALID_HANDLE_VALUE; }
+
+    // Goes to the first entry, then to the next one; false after the last.
+    bool next()
+    {
+        while (advance())
+            if (narrow(m_data.cFileName, m_name) && !sys_os_is_device_name(m_data.cFileName))
+                return true;
+        return false;
+    }
+
+    std::string const &name() const { return m_name; }
+
+    // Other reparse points, such as files that lie elsewhere, are files and directories like all others.
+    bool is_link() const
+    {
+        return (m_data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+               IsReparseTagNameSurrogate(m_data.dwReserved0);
+    }
+
+    // The facts of the entry, or of the target if the entry is a link that has one; whether they exist.
+    bool read(Facts &facts) const
+    {
+        facts = {m_data.dwFileAttributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_REPARSE_POINT),
+                 m_data.ftCreationTime,
+                 m_data.ftLastAccessTime,
+                 m_data.ftLastWriteTime,
+                 m_data.nFileSizeHigh,
+                 m_data.nFileSizeLow};
+        return !is_link() || follow(m_directory + m_data.cFileName, facts);
+    }
+
+private:
+    bool advance()
+    {
+        if (!is_open())
+            return false;
+        return std::exchange(m_is_first, false) || FindNextFileW(m_handle, &m_data) != 0;
+    }
+
+    std::wstring m_directory;
+    WIN32_FIND_DATAW m_data{};
+    HANDLE m_handle;
+    bool m_is_first;
+    std::string m_name;
+};
+
+FIO_OS_KIND kind_of(Scan const &scan)
+{
+    Facts facts;
+    if (!scan.read(facts))
+        return FIO_OS_KIND::OTHER;
+    if (is_regular(facts.dwFileAttributes))
+        return FIO_OS_KIND::REGULAR;
+    if (!is_directory(facts.dwFileAttributes))
+        return FIO_OS_KIND::OTHER;
+    return scan.is_link() ? FIO_OS_KIND::DIRECTORY_LINK : FIO_OS_KIND::DIRECTORY;
+}
+
+Scan *scan_of(std::intptr_t handle)
+{
+    return reinterpret_cast<Scan *>(handle);
 }
 
 std::int64_t unix_seconds(FILETIME const &time)
@@ -130,18 +222,22 @@ char fio_os_separator()
 
 void fio_os_fold_case(std::string &name)
 {
-    std::string const original = name;
-    LCMapStringA(LOCALE_INVARIANT, LCMAP_LOWERCASE, original.data(), static_cast<int>(original.size()), name.data(),
-                 static_cast<int>(name.size()));
+    std::wstring const original = sys_os_widen(name.c_str());
+    std::wstring folded = original;
+    auto const size = static_cast<int>(original.size());
+    if (size != 0 && LCMapStringW(LOCALE_INVARIANT, LCMAP_LOWERCASE, original.data(), size, folded.data(), size) != 0)
+        narrow(folded, name);
 }
 
 std::string fio_os_current_directory()
 {
-    DWORD const size = GetCurrentDirectoryA(0, nullptr);
-    std::string directory(size, '\0');
-    DWORD const length = GetCurrentDirectoryA(size, directory.data());
+    DWORD const size = GetCurrentDirectoryW(0, nullptr);
+    std::wstring directory(size, L'\0');
+    DWORD const length = GetCurrentDirectoryW(size, directory.data());
     directory.resize(length < size ? length : 0);
-    return directory;
+    std::string result;
+    narrow(directory, result);
+    return result;
 }
 
 bool fio_os_exists(char const *path)
@@ -152,27 +248,21 @@ bool fio_os_exists(char const *path)
 bool fio_os_is_regular(char const *path)
 {
     DWORD const attributes = attributes_of(path);
-    return attributes != INVALID_FILE_ATTRIBUTES && kind_of(attributes) == FIO_OS_KIND::REGULAR;
+    return attributes != INVALID_FILE_ATTRIBUTES && is_regular(attributes);
 }
 
 bool fio_os_list(char const *directory, std::vector<FIO_OS_ENTRY> &entries)
 {
-    std::wstring pattern = fio_os_long_path(*directory != '\0' ? directory : ".");
-    if (pattern.empty())
+    std::wstring full = fio_os_long_path(*directory != '\0' ? directory : ".");
+    if (full.empty())
         return false;
-    if (pattern.back() != L'\\')
-        pattern += L'\\';
-    WIN32_FIND_DATAW data;
-    HANDLE const handle = FindFirstFileW((pattern + L'*').c_str(), &data);
-    if (handle == INVALID_HANDLE_VALUE)
-        return false;
-    std::unique_ptr<void, CloseScan> const scan(handle);
-    do {
-        std::wstring const name = data.cFileName;
-        if (name != L"." && name != L"..")
-            entries.push_back({narrow(data.cFileName), kind_of(data.dwFileAttributes)});
-    } while (FindNextFileW(handle, &data) != 0);
-    return true;
+    if (full.back() != L'\\')
+        full += L'\\';
+    Scan scan(std::move(full), L"*");
+    while (scan.next())
+        if (scan.name() != "." && scan.name() != "..")
+            entries.push_back({scan.name(), kind_of(scan)});
+    return scan.is_open();
 }
 
 bool fio_os_status(char const *path, struct _stat64i32 &record)
@@ -180,14 +270,14 @@ bool fio_os_status(char const *path, struct _stat64i32 &record)
     std::wstring full = fio_os_long_path(path);
     if (full.empty())
         return false;
-    if (starts_with(full, DEVICE)) {
+    if (sys_os_is_device(full)) {
         record = {};
         record.st_mode = SYS_MODE_DEVICE | SYS_MODE_MAY_READ | SYS_MODE_MAY_WRITE;
         return true;
     }
     bool const must_be_directory = drop_last_separator(full);
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    if (GetFileAttributesExW(full.c_str(), GetFileExInfoStandard, &data) == 0)
+    Facts data;
+    if (!read_facts(full, data))
         return false;
     if (must_be_directory && !is_directory(data.dwFileAttributes))
         return false;
@@ -211,38 +301,63 @@ bool fio_os_create_directory(char const *path)
 std::FILE *fio_os_fopen(char const *path, char const *mode)
 {
     std::wstring const full = fio_os_long_path(path);
-    if (full.empty() || *mode == '\0')
+    if (full.empty() || *mode == '\0') {
+        errno = EINVAL;
         return nullptr;
-    return _wfopen(full.c_str(), widen(mode).c_str());
+    }
+    return _wfopen(full.c_str(), sys_os_widen(mode).c_str());
 }
 
 std::intptr_t fio_os_findfirst(char const *pattern, struct _finddata64i32_t &data)
 {
-    return _findfirst64i32(pattern, &data);
+    std::wstring const wide = sys_os_widen(pattern);
+    std::wstring directory = fio_os_long_path(pattern);
+    if (directory.empty() || sys_os_is_device(directory)) {
+        errno = ENOENT;
+        return -1;
+    }
+    // The name as it was passed: a "." at its end has a meaning in a pattern.
+    std::size_t const slash = directory.rfind(L'\\');
+    std::wstring name = directory.substr(slash + 1);
+    if (name.find_first_of(L"*?") != std::wstring::npos)
+        name = wide.substr(wide.find_last_of(L"/\\:") + 1); // npos + 1 is 0
+    directory.resize(slash + 1);
+
+    auto scan = std::make_unique<Scan>(std::move(directory), name);
+    if (fio_os_findnext(reinterpret_cast<std::intptr_t>(scan.get()), data) != 0)
+        return -1;
+    return reinterpret_cast<std::intptr_t>(scan.release());
 }
 
 int fio_os_findnext(std::intptr_t handle, struct _finddata64i32_t &data)
 {
-    return _findnext64i32(handle, &data);
+    Scan &scan = *scan_of(handle);
+    while (scan.next()) {
+        if (scan.name().size() >= sizeof data.name)
+            continue;
+        Facts facts;
+        scan.read(facts);
+        data.attrib = facts.dwFileAttributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_NORMAL);
+        if (scan.is_link())
+            data.attrib |= FILE_ATTRIBUTE_REPARSE_POINT;
+        data.time_create = unix_seconds(facts.ftCreationTime);
+        data.time_access = unix_seconds(facts.ftLastAccessTime);
+        data.time_write = unix_seconds(facts.ftLastWriteTime);
+        data.size = facts.nFileSizeLow;
+        std::memcpy(data.name, scan.name().c_str(), scan.name().size() + 1);
+        return 0;
+    }
+    errno = ENOENT;
+    return -1;
 }
 
 int fio_os_findclose(std::intptr_t handle)
 {
-    return _findclose(handle);
+    delete scan_of(handle);
+    return 0;
 }
 
 std::wstring fio_os_long_path(char const *path)
 {
-    std::wstring wide = widen(path);
-    if (wide.empty())
-        return wide;
-    std::replace(wide.begin(), wide.end(), L'/', L'\\');
-    if (starts_with(wide, LONG_PATH))
-        return wide;
-    std::wstring const full = full_path(wide);
-    if (starts_with(full, DEVICE))
-        return full;
-    if (starts_with(full, L"\\\\"))
-        return LONG_PATH + (L"UNC\\" + full.substr(2));
-    return LONG_PATH + full;
+    return sys_os_long_path(path);
 }

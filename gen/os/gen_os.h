@@ -63,8 +63,9 @@ bool gen_os_library_links_count();
 
 // Files.
 
-/// Opens a file buffer through the system's long-path form; it has no file yet. Other processes may open the file too.
-bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode);
+/// Opens a file buffer through the system's long-path form; it has no file yet. `protection` is what the runtime
+/// library of Windows calls a sharing argument (share.h); it has no effect elsewhere.
+bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode, int protection);
 
 /// Sets a key in a section of an initialisation file by the system's own call, whose result it stores. False except on
 /// Windows; elsewhere gen/text implements the rules of these files and uses the next two functions.
@@ -82,6 +83,10 @@ bool gen_os_replace_file(char const *path, std::string const &text);
 /// Processes that call it at the same time get different files. The directory is not empty; it and the path have the
 /// separators of the system.
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path);
+
+/// The next number of the runtime library's rand(). Windows keeps one state of that for each thread, in which all
+/// threads begin with the same numbers; there the process has one sequence, that of a thread which doesn't seed.
+int gen_os_random_number();
 
 /// The directory for temporary files as the system gives it, with or without a separator at its end.
 bool gen_os_read_temp_directory(std::string &path);

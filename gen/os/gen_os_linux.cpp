@@ -224,7 +224,7 @@ bool gen_os_library_links_count()
     return false;
 }
 
-bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
+bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode, int)
 {
     return buffer.open(path, mode) != nullptr;
 }
@@ -276,6 +276,12 @@ bool gen_os_create_temp_file(char const *directory, char const *prefix, std::str
         return false;
     path = std::move(name);
     return true;
+}
+
+int gen_os_random_number()
+{
+    // The generator of the process, so that a tool can make its names repeatable by seeding it.
+    return std::rand(); // NOLINT(cert-msc30-c,cert-msc50-cpp)
 }
 
 bool gen_os_read_temp_directory(std::string &path)

@@ -4,6 +4,7 @@
 #define GEN_OS_TEXT_H
 
 #include <cstdint>
+#include <ctime>
 
 /// A decimal number, in the syntax of std::strtol. A number that doesn't fit gives the nearest value that fits.
 std::int64_t gen_os_atoi64(char const *text);
@@ -25,5 +26,10 @@ std::uint64_t gen_os_mbclen(unsigned char const *text);
 
 /// The number of characters of a text.
 std::uint64_t gen_os_mbstrlen(char const *text);
+
+/// std::strftime() and std::wcsftime(). On Windows a format that is not portable (gen/base/gen_time_format.h) gives 0
+/// and the empty text, since the runtime library may end the process at it.
+std::uint64_t gen_os_strftime(char *to, std::uint64_t size, char const *format, std::tm const *time);
+std::uint64_t gen_os_wcsftime(wchar_t *to, std::uint64_t size, wchar_t const *format, std::tm const *time);
 
 #endif

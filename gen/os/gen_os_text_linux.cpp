@@ -70,3 +70,13 @@ std::uint64_t gen_os_mbstrlen(char const *text)
 {
     return std::strlen(text);
 }
+
+std::uint64_t gen_os_strftime(char *to, std::uint64_t size, char const *format, std::tm const *time)
+{
+    return std::strftime(to, size, format, time);
+}
+
+std::uint64_t gen_os_wcsftime(wchar_t *to, std::uint64_t size, wchar_t const *format, std::tm const *time)
+{
+    return std::wcsftime(to, size, format, time);
+}

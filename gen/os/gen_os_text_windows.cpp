@@ -1,8 +1,12 @@
 #include "gen/os/gen_os_text.h"
 
+#include "gen/base/gen_time_format.h"
+
 #include <ctype.h>
 #include <mbstring.h>
 #include <stdlib.h>
+#include <time.h>
+#include <wchar.h>
 #include <wctype.h>
 
 std::int64_t gen_os_atoi64(char const *text)
@@ -43,4 +47,22 @@ std::uint64_t gen_os_mbclen(unsigned char const *text)
 std::uint64_t gen_os_mbstrlen(char const *text)
 {
     return _mbstrlen(text);
+}
+
+std::uint64_t gen_os_strftime(char *to, std::uint64_t size, char const *format, std::tm const *time)
+{
+    if (gen_is_portable_time_format(format))
+        return strftime(to, size, format, time);
+    if (size != 0)
+        *to = 0;
+    return 0;
+}
+
+std::uint64_t gen_os_wcsftime(wchar_t *to, std::uint64_t size, wchar_t const *format, std::tm const *time)
+{
+    if (gen_is_portable_time_format(format))
+        return wcsftime(to, size, format, time);
+    if (size != 0)
+        *to = 0;
+    return 0;
 }

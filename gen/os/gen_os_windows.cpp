@@ -3,11 +3,21 @@
 #include "fio_sys.h"
 #include "sys/sys_module.h"
 
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <cstring>
-#include <filesystem>
+#include <iterator>
+#include <utility>
 
 #include <windows.h>
 
+#include <ext/stdio_filebuf.h>
+
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#include <sys/stat.h>
 #include <time.h>
 
 namespace {
@@ -17,6 +27,48 @@ constexpr DWORD PATH_BUFFER_SIZE = 261; // 260 characters and the terminator
 std::uint64_t units_of(FILETIME const &time)
 {
     return static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+}
+
+// The flags of the open call for the modes that a standard file buffer accepts; false for any other.
+bool read_open_flags(std::ios_base::openmode mode, int &flags)
+{
+    using std::ios_base;
+    struct ModeRow
+    {
+        ios_base::openmode mode;
+        int flags;
+    };
+    static constexpr int WRITE = _O_WRONLY | _O_CREAT;
+    static constexpr int READ_AND_WRITE = _O_RDWR | _O_CREAT;
+    static ModeRow const ROWS[] = {
+        {ios_base::in, _O_RDONLY},
+        {ios_base::out, WRITE | _O_TRUNC},
+        {ios_base::out | ios_base::trunc, WRITE | _O_TRUNC},
+        {ios_base::app, WRITE | _O_APPEND},
+        {ios_base::out | ios_base::app, WRITE | _O_APPEND},
+        {ios_base::in | ios_base::out, _O_RDWR},
+        {ios_base::in | ios_base::out | ios_base::trunc, READ_AND_WRITE | _O_TRUNC},
+        {ios_base::in | ios_base::app, READ_AND_WRITE | _O_APPEND},
+        {ios_base::in | ios_base::out | ios_base::app, READ_AND_WRITE | _O_APPEND},
+    };
+    for (ModeRow const &row : ROWS) {
+        if (row.mode != (mode & ~(ios_base::ate | ios_base::binary)))
+            continue;
+        flags = row.flags | ((mode & ios_base::binary) != 0 ? _O_BINARY : _O_TEXT);
+        return true;
+    }
+    return false;
+}
+
+// A descriptor of the runtime library, -1 on failure. A sharing argument that it doesn't know would end the process.
+int open_shared(std::wstring const &path, int flags, int protection)
+{
+    static constexpr int KNOWN[] = {_SH_DENYRW, _SH_DENYWR, _SH_DENYRD, _SH_DENYNO};
+    int descriptor = -1;
+    if (path.empty() || std::find(std::begin(KNOWN), std::end(KNOWN), protection) == std::end(KNOWN) ||
+        _wsopen_s(&descriptor, path.c_str(), flags, protection, _S_IREAD | _S_IWRITE) != 0)
+        return -1;
+    return descriptor;
 }
 
 } // namespace
@@ -131,9 +183,24 @@ bool gen_os_library_links_count()
     return true;
 }
 
-bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
+bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode, int protection)
 {
-    return buffer.open(std::filesystem::path(fio_get_unc_full_path(path)), mode) != nullptr;
+    int flags = 0;
+    if (!read_open_flags(mode, flags))
+        return false;
+    int const descriptor = open_shared(fio_get_unc_full_path(path), flags, protection);
+    if (descriptor == -1)
+        return false;
+    __gnu_cxx::stdio_filebuf<char> opened(descriptor, mode & ~std::ios_base::ate);
+    if (!opened.is_open()) {
+        _close(descriptor);
+        return false;
+    }
+    if ((mode & std::ios_base::ate) != 0 && opened.pubseekoff(0, std::ios_base::end) == std::streampos(-1))
+        return false;
+    opened.pubimbue(buffer.getloc());
+    buffer = std::move(opened);
+    return true;
 }
 
 bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,
@@ -162,6 +229,18 @@ bool gen_os_create_temp_file(char const *directory, char const *prefix, std::str
         return false;
     path = buffer;
     return true;
+}
+
+int gen_os_random_number()
+{
+    // The sequence of rand() before any srand(). A 32-bit product wraps, as there.
+    static std::atomic<std::uint32_t> s_state{1};
+    std::uint32_t state = s_state.load(std::memory_order_relaxed);
+    std::uint32_t next;
+    do
+        next = state * 214013 + 2531011;
+    while (!s_state.compare_exchange_weak(state, next, std::memory_order_relaxed));
+    return static_cast<int>(next >> 16 & RAND_MAX);
 }
 
 bool gen_os_read_temp_directory(std::string &path)

@@ -11,7 +11,7 @@
 #include "gen/base/gen_debug_message.h"
 #include "gen/base/gen_process_flags.h"
 #include "gen/os/gen_os.h"
-#include "gen_string_sys.h"
+#include "sys/sys_path_text.h"
 #include "thr_sys.h"
 #include "ver_sys.h"
 
@@ -81,7 +81,7 @@ bool is_path_debug_on()
 FIO_PATH path_from_system(std::string path)
 {
     if (!gen_os_case_matters_in_paths())
-        gen_tolower(path);
+        sys_lower_letters(path);
     return FIO_PATH(path);
 }
 
@@ -142,7 +142,7 @@ std::string_view directory_of(std::string_view path)
 
 std::string lower_case(std::string text)
 {
-    gen_tolower(text);
+    sys_lower_letters(text);
     return text;
 }
 

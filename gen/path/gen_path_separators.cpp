@@ -1,10 +1,10 @@
 #include "gen_path_sys.h"
 
-#include <algorithm>
+#include "sys/sys_path_text.h"
 
 std::string gen_sync_path_separators(std::string const &text)
 {
     std::string synced = text;
-    std::replace(synced.begin(), synced.end(), '\\', '/');
+    sys_use_forward_slashes(synced);
     return synced;
 }

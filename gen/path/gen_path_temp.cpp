@@ -6,7 +6,6 @@
 #include "mem_sys.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 namespace {
 
@@ -61,11 +60,8 @@ std::string gen_create_temp_file_with_extension(std::string const &dir, std::str
 std::string gen_unique_path(char const * /*unused*/)
 {
     auto const seconds = static_cast<std::uint32_t>(gen_get_current_time_seconds());
-    // The generator of the process, so that a tool can make the names repeatable by seeding it.
-    // NOLINTNEXTLINE(cert-msc30-c,cert-msc50-cpp)
-    int const number = std::rand();
     std::string name;
-    stl_sprintf(&name, "%x%x.tmp", seconds, number);
+    stl_sprintf(&name, "%x%x.tmp", seconds, gen_os_random_number());
     GEN_ASSERT(!name.empty(), "Couldn't get unique path name!");
     return name;
 }

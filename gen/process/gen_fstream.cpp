@@ -7,11 +7,12 @@
 namespace {
 
 template <typename Stream>
-void open_stream(Stream &stream, char const *path, int mode, std::ios_base::openmode direction)
+void open_stream(Stream &stream, char const *path, int mode, int protection, std::ios_base::openmode direction)
 {
     if (stream.is_open())
         return;
-    if (gen_os_open_stream(*stream.rdbuf(), path, static_cast<std::ios_base::openmode>(mode) | direction))
+    auto const bits = static_cast<std::ios_base::openmode>(mode) | direction;
+    if (gen_os_open_stream(*stream.rdbuf(), path, bits, protection))
         stream.clear();
     else
         stream.setstate(std::ios_base::failbit);
@@ -28,9 +29,9 @@ std::brisel_ofstream::brisel_ofstream(char const *path, int mode, int protection
 
 std::brisel_ofstream::~brisel_ofstream() = default;
 
-void std::brisel_ofstream::open(char const *path, int mode, int)
+void std::brisel_ofstream::open(char const *path, int mode, int protection)
 {
-    open_stream(*this, path, mode, std::ios_base::out);
+    open_stream(*this, path, mode, protection, std::ios_base::out);
 }
 
 std::brisel_ifstream::brisel_ifstream() = default;
@@ -42,9 +43,9 @@ std::brisel_ifstream::brisel_ifstream(char const *path, int mode, int protection
 
 std::brisel_ifstream::~brisel_ifstream() = default;
 
-void std::brisel_ifstream::open(char const *path, int mode, int)
+void std::brisel_ifstream::open(char const *path, int mode, int protection)
 {
-    open_stream(*this, path, mode, std::ios_base::in);
+    open_stream(*this, path, mode, protection, std::ios_base::in);
 }
 
 void gen_print_local_time(std::brisel_ofstream *stream)

@@ -341,12 +341,12 @@ int gen_local_wctomb(char *to, wchar_t character)
 
 std::uint64_t gen_local_strftime(char *to, std::uint64_t size, char const *format, tm const *time)
 {
-    return with_c_locale(LC_TIME, [=] { return std::strftime(to, size, format, time); });
+    return with_c_locale(LC_TIME, [=] { return gen_os_strftime(to, size, format, time); });
 }
 
 std::uint64_t gen_local_wcsftime(wchar_t *to, std::uint64_t size, wchar_t const *format, tm const *time)
 {
-    return with_c_locale(LC_TIME, [=] { return std::wcsftime(to, size, format, time); });
+    return with_c_locale(LC_TIME, [=] { return gen_os_wcsftime(to, size, format, time); });
 }
 
 void gen_local_tm_struct(tm *timeptr)

@@ -1,6 +1,7 @@
 #include "gen/time/gen_time_calendar.h"
 
 #include "gen/os/gen_os.h"
+#include "gen/os/gen_os_text.h"
 #include "gen_time_sys.h"
 #include "mem_sys.h"
 
@@ -14,7 +15,7 @@ constexpr std::size_t TIME_TEXT_SIZE = 250;
 // Expands a format of strftime into `buffer`, which has room for TIME_TEXT_SIZE characters; false if it doesn't fit.
 bool expand_time(char *buffer, char const *format, std::tm const &time)
 {
-    return std::strftime(buffer, TIME_TEXT_SIZE, format, &time) != 0;
+    return gen_os_strftime(buffer, TIME_TEXT_SIZE, format, &time) != 0;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "mem/base/mem_line.h"
 #include "mem/config/mem_cfg.h"
+#include "mem/os/mem_os_stream.h"
 
 #include <atomic>
 #include <cstdint>
@@ -129,7 +130,7 @@ bool mem_msg_redirect_to_file(char const *path)
 {
     std::FILE *file = nullptr;
     if (path != nullptr) {
-        file = std::fopen(path, "a");
+        file = mem_os_open_to_append(path);
         if (file == nullptr)
             return false;
     }

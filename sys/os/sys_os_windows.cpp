@@ -1,6 +1,7 @@
 #include "sys/os/sys_os_function_windows.h"
 #include "sys/os/sys_os_thread.h"
 #include "sys/sys_module.h"
+#include "sys/sys_path_text.h"
 #include "sys/sys_process.h"
 
 #include <windows.h>
@@ -58,8 +59,9 @@ bool sys_find_module(std::uintptr_t address, SYS_MODULE &module)
     if (address == 0 || !GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(address), &handle) ||
         !read_module_path(handle, path))
         return false;
-    std::replace(path, path + std::strlen(path), '\\', '/');
-    std::size_t const length = sys_file_name(path).copy(module.name, sizeof module.name - 1);
+    std::string_view name = path;
+    name.remove_prefix(sys_find_last_separator(name) + 1); // npos + 1 is 0
+    std::size_t const length = name.copy(module.name, sizeof module.name - 1);
     module.name[length] = '\0';
     module.begin = reinterpret_cast<std::uintptr_t>(handle);
     return true;

@@ -4,12 +4,15 @@
 #include "tests/support/argument_slots.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
+#include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
+#include <fstream>
 #include <set>
 #include <sstream>
 #include <string>
@@ -292,6 +295,27 @@ TEST_F(MemMsg, AppendsToAFile)
     EXPECT_THAT(lines_of(m_dir.read("log.txt")), ElementsAre("former", "Info (GEN): one", "Debug (GEN): two"));
     EXPECT_THAT(lines_of(output.standard), ElementsAre("Info (GEN): three"));
     EXPECT_EQ(output.error, "");
+}
+
+TEST_F(MemMsg, WritesToAFileWhateverTheLengthOfItsPath)
+{
+    // In the form that the standard library takes at any length; the system's common form has a limit of 260
+    // characters.
+    std::filesystem::path const top = (ON_WINDOWS ? "\\\\?\\" : "") + m_dir.path().string();
+    std::filesystem::path deep = top;
+    while (deep.string().size() < 300)
+        deep /= std::string(50, 'd');
+    std::filesystem::create_directories(deep);
+    std::string const path = deep.string().substr(ON_WINDOWS ? 4 : 0) + "/log.txt";
+    EXPECT_TRUE(mem_msg_redirect_to_file(path.c_str())) << path;
+    EXPECT_TRUE(info("GEN", "deep"));
+    mem_msg_redirect(nullptr, nullptr);
+    std::ifstream file(deep / "log.txt");
+    std::string line;
+    std::getline(file, line);
+    EXPECT_EQ(line, "Info (GEN): deep");
+    file.close();
+    std::filesystem::remove_all(top / std::string(50, 'd'));
 }
 
 TEST_F(MemMsg, KeepsTheFormerRedirectionIfAFileCantBeOpened)

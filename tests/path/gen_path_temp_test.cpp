@@ -14,6 +14,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 using testing::Each;
@@ -248,6 +249,15 @@ TEST(GenUniquePath, IsAFileNameOfHexadecimalDigits)
         EXPECT_THAT(name, EndsWith(".tmp"));
         EXPECT_EQ(name.find_first_not_of("0123456789abcdef"), name.size() - 4) << name;
     }
+}
+
+// The generator has one state for all threads: a thread doesn't begin the sequence again.
+TEST(GenUniquePath, IsAnotherOneOnEveryThread)
+{
+    std::set<std::string> names;
+    for (int i = 0; i < 8; ++i)
+        std::thread([&] { names.insert(gen_unique_path(nullptr)); }).join();
+    EXPECT_THAT(names, SizeIs(8));
 }
 
 TEST(GenUniqueDir, IsANameOnlyUnlessItIsToBeMade)

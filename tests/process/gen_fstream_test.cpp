@@ -2,10 +2,13 @@
 
 #include "fio_sys.h"
 #include "gen_time_sys.h"
+#include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
 
+#include <locale>
+#include <string>
 #include <type_traits>
 
 namespace {
@@ -196,6 +199,101 @@ TEST(BriselOfstream, CanBeReadWhileItIsOpen)
     EXPECT_EQ(first_line(path), "so far");
     EXPECT_EQ(dir.read("a.log"), "so far") << "by the standard stream";
     EXPECT_TRUE(out.good());
+}
+
+// What others may do with the file while it is open, by the values of the Windows runtime (share.h).
+TEST(BriselStreams, HoldTheFileAsTheirProtectionSays)
+{
+    struct ProtectionCase
+    {
+        int protection;
+        bool is_readable;
+        bool is_writable;
+    };
+    constexpr ProtectionCase CASES[] = {
+        {0x10, false, false},
+        {0x20, true, false},
+        {0x30, false, true},
+        {0x40, true, true},
+    };
+    TempDir const dir;
+    std::string const path = dir.write("a.txt", "text");
+    for (ProtectionCase const &c : CASES) {
+        for (bool const is_output : {false, true}) {
+            std::brisel_ofstream out;
+            std::brisel_ifstream in;
+            if (is_output)
+                out.open(path.c_str(), APP, c.protection);
+            else
+                in.open(path.c_str(), IN, c.protection);
+            ASSERT_NE(out.is_open(), in.is_open()) << "protection " << c.protection;
+            std::brisel_ifstream const reader(path.c_str(), IN, SHARED);
+            std::brisel_ofstream const writer(path.c_str(), APP, SHARED);
+            EXPECT_EQ(reader.is_open(), c.is_readable || !ON_WINDOWS) << "protection " << c.protection;
+            EXPECT_EQ(writer.is_open(), c.is_writable || !ON_WINDOWS) << "protection " << c.protection;
+        }
+    }
+    for (int const unknown : {0, 1, 0x50, 0x80, -1}) {
+        std::brisel_ofstream const out(path.c_str(), APP, unknown);
+        EXPECT_EQ(out.good(), !ON_WINDOWS) << "protection " << unknown;
+    }
+    EXPECT_EQ(dir.read("a.txt"), "text");
+}
+
+TEST(BriselStreams, TakeEveryModeOfAFileBuffer)
+{
+    struct ModeCase
+    {
+        std::ios_base::openmode mode;
+        char const *content; // after "new" was written over "oldtext"; null if the open fails
+    };
+    using std::ios;
+    ModeCase const CASES[] = {
+        {ios::out, "new"},
+        {ios::out | ios::trunc, "new"},
+        {ios::app, "oldtextnew"},
+        {ios::out | ios::ate, "new"},
+        {ios::in | ios::out, "newtext"},
+        {ios::in | ios::out | ios::ate, "oldtextnew"},
+        {ios::in | ios::out | ios::trunc, "new"},
+        {ios::in | ios::out | ios::app, "oldtextnew"},
+        {ios::in | ios::out | ios::binary, "newtext"},
+        {ios::app | ios::trunc, nullptr},
+    };
+    for (ModeCase const &c : CASES) {
+        TempDir const dir;
+        std::string const path = dir.write("a.txt", "oldtext");
+        std::brisel_ofstream out(path.c_str(), c.mode, SHARED);
+        EXPECT_EQ(out.good(), c.content != nullptr) << c.mode;
+        out << "new";
+        out.close();
+        EXPECT_EQ(dir.read("a.txt"), c.content != nullptr ? c.content : "oldtext") << c.mode;
+    }
+    TempDir const dir;
+    std::brisel_ofstream const missing(dir.text("none").c_str(), ios::in | ios::out, SHARED);
+    EXPECT_FALSE(missing.is_open());
+}
+
+TEST(BriselStreams, KeepTheirLocale)
+{
+    struct Comma : std::numpunct<char>
+    {
+        char do_decimal_point() const override { return ','; }
+    };
+    TempDir const dir;
+    std::brisel_ofstream out;
+    out.imbue(std::locale(std::locale::classic(), new Comma));
+    out.open(dir.text("a.txt").c_str(), OUT, SHARED);
+    EXPECT_TRUE(out.rdbuf()->getloc() == out.getloc());
+}
+
+// A colon there would name a stream of the file, which no listing shows.
+TEST(BriselStreams, MakeNoFileForANameWithAColonOnWindows)
+{
+    TempDir const dir;
+    std::brisel_ofstream out(dir.text("mem_a:b.log").c_str(), OUT, SHARED);
+    EXPECT_EQ(out.good(), !ON_WINDOWS);
+    EXPECT_EQ(entry_names(dir.path()).size(), ON_WINDOWS ? 0U : 1U);
 }
 
 TEST(BriselStreams, OpenPathsBeyondTheUsualLimit)

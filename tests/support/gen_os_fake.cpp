@@ -3,6 +3,7 @@
 #include "gen/os/gen_os.h"
 #include "tests/support/platform.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <limits>
 #include <sstream>
@@ -270,7 +271,7 @@ bool gen_os_library_links_count()
     return false;
 }
 
-bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode)
+bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode, int)
 {
     return buffer.open(path, mode) != nullptr;
 }
@@ -314,6 +315,12 @@ bool gen_os_create_temp_file(char const *directory, char const *prefix, std::str
         return false;
     path = std::string(directory) + '/' + name;
     return std::ofstream(path).is_open();
+}
+
+// The runtime's own, which tests seed.
+int gen_os_random_number()
+{
+    return std::rand(); // NOLINT(cert-msc30-c,cert-msc50-cpp)
 }
 
 bool gen_os_read_temp_directory(std::string &path)

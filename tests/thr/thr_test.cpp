@@ -210,6 +210,19 @@ TEST(ThrSetenv, EmptyValueLeavesTheVariableSet)
     }
 }
 
+#ifdef _WIN32
+TEST(ThrSetenv, EmptyValueIsAlsoThatOfTheWideEnvironment)
+{
+    for (char const *former : {static_cast<char const *>(nullptr), "", "former"}) {
+        Environment const restored("ZEL_THR_TEST", former);
+        thr_setenv("ZEL_THR_TEST", "");
+        wchar_t const *const value = _wgetenv(L"ZEL_THR_TEST");
+        ASSERT_NE(value, nullptr);
+        EXPECT_EQ(std::wstring(value), L"");
+    }
+}
+#endif
+
 TEST(ThrSetenv, NullValueRemovesTheVariable)
 {
     for (char const *former : {static_cast<char const *>(nullptr), "", "former"}) {

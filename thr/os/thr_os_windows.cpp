@@ -1,5 +1,7 @@
 #include "thr/os/thr_os.h"
 
+#include "sys/os/sys_os_long_path_windows.h"
+
 #include <windows.h>
 
 #include <cstdlib>
@@ -51,12 +53,15 @@ void thr_os_setenv(char const *name, char const *value)
         _putenv_s(name, value);
         return;
     }
-    // The runtime removes a variable whose value is empty. So its entry is made with another value, which is then cut
-    // off, and the table of the system, from which child processes inherit, is set separately.
+    // The runtime removes a variable whose value is empty. So its entries, in the narrow and in the wide table, are
+    // made with another value, which is then cut off, and the table of the system, from which child processes inherit,
+    // is set separately.
     if (_putenv_s(name, "x") != 0)
         return;
     if (char *entry = std::getenv(name))
         *entry = '\0';
+    if (wchar_t *entry = _wgetenv(sys_os_widen(name).c_str()))
+        *entry = L'\0';
     SetEnvironmentVariableA(name, "");
 }
 
