@@ -87,7 +87,7 @@ void gen_pb_flush()
     gen_pb_process(intake.events.data(), intake.event_count);
     intake.event_count = 0;
     GEN_CLOCKS const spent = gen_read_clocks() - before;
-    if (GEN_PB_IMPL *const bin = gen_pb().tree.current)
+    if (GEN_PB_IMPL *const bin = GEN_PB_IMPL::get_current_bin())
         bin->m_overhead.add_interval(spent);
 }
 
@@ -126,7 +126,7 @@ GEN_PROFILE_BIN const *gen_pb_open_special(char const *code_prefix, char const *
         return gen_pb_push_open(code_prefix, name, flags, tag, user_tag);
     push_immediate(GEN_PB_EVENT_OPEN, code_prefix, name, flags, tag, user_tag);
     ++intake.immediate_count;
-    return gen_pb().tree.current;
+    return GEN_PB_IMPL::get_current_bin();
 }
 
 void gen_pb_close_special(char const *name, std::uint32_t flags)
@@ -153,7 +153,7 @@ GEN_PROFILE_BIN const *gen_pb_ignore_with_warning(char const *name)
 void gen_pb_stop_ignoring()
 {
     auto &intake = gen_pb().intake;
-    GEN_PB_IMPL const *const bin = gen_pb().tree.current;
+    GEN_PB_IMPL const *const bin = GEN_PB_IMPL::get_current_bin();
     intake.level_flags = bin == nullptr ? std::uint32_t{GEN_PB_FLAG_ALL} : bin->m_flags;
     intake.ignored_name = nullptr;
     --intake.debug_depth;
