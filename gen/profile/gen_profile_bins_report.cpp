@@ -144,11 +144,11 @@ private:
         if (!GEN_PB_CHECK(bin.m_open_count == 0, "m_open_count == 0"))
             return false;
         std::size_t const place_length = m_place.size();
-        if (m_file && !bin.m_name.empty())
+        if (m_file != nullptr && !bin.m_name.empty())
             m_place += m_levels.empty() ? bin.m_name : "::" + bin.m_name;
         if (!bin.m_name.empty())
-            write_row({bin.m_count, bin.m_report}, m_file ? m_place : m_place + bin.m_name);
-        if (!m_file)
+            write_row({bin.m_count, bin.m_report}, m_file != nullptr ? m_place : m_place + bin.m_name);
+        if (m_file == nullptr)
             m_place += "| ";
         m_levels.push_back({&bin, children_of(bin), 0, place_length});
         return true;
@@ -186,7 +186,7 @@ private:
     // The rest that no child accounts for, as if it were the last child.
     void write_other(GEN_PB_IMPL const &bin) const
     {
-        write_row({/*count=*/0, bin.m_self}, m_place + (m_file ? "::OTHER" : "OTHER"));
+        write_row({/*count=*/0, bin.m_self}, m_place + (m_file != nullptr ? "::OTHER" : "OTHER"));
     }
 
     GEN_PB_IMPL const &m_top;

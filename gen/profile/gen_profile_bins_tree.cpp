@@ -34,6 +34,20 @@ void set_current_bin(GEN_PB_IMPL *bin)
     gen_pb().tree.current.store(bin, std::memory_order_relaxed);
 }
 
+// Makes a bin the current one at the end of the scope, also if a listener throws for want of memory: the open or the
+// close has happened all the same.
+class CurrentAfterwards
+{
+public:
+    explicit CurrentAfterwards(GEN_PB_IMPL *bin) : m_bin(bin) {}
+    ~CurrentAfterwards() { set_current_bin(m_bin); }
+    CurrentAfterwards(CurrentAfterwards const &) = delete;
+    CurrentAfterwards &operator=(CurrentAfterwards const &) = delete;
+
+private:
+    GEN_PB_IMPL *m_bin;
+};
+
 // A step without a labelled bin above it is one of the root's.
 void number_step(GEN_PB_IMPL &bin)
 {
@@ -126,10 +140,12 @@ void process_open(GEN_PB_EVENT const &event)
     bin->m_open_count = 1;
     bin->m_flags = event.m_flags;
     bin->m_computed = false;
-    if (!bin->m_name.empty())
-        mem_open_profile_bin(bin->m_name, bin->m_tag);
-    notify_if_any(*bin, event);
-    set_current_bin(bin);
+    {
+        CurrentAfterwards const becomes_current(bin);
+        if (!bin->m_name.empty())
+            mem_open_profile_bin(bin->m_name, bin->m_tag);
+        notify_if_any(*bin, event);
+    }
     if ((bin->m_flags & GEN_PB_FLAG_ANNOUNCE) != 0)
         gen_pb_announce_open(*bin);
 }
@@ -193,6 +209,8 @@ void process_close(GEN_PB_EVENT const &event)
     if (--bin->m_open_count != 0)
         return;
 
+    CurrentAfterwards const parent_becomes_current(bin->m_parent);
+    gen_pb().intake.level_flags = bin->m_parent == nullptr ? std::uint32_t{GEN_PB_FLAG_ALL} : bin->m_parent->m_flags;
     bin->m_computed = false;
     add_interval(*bin, event.m_clocks - bin->m_start);
     GEN_PB_INTERVAL_MEMORY memory;
@@ -201,8 +219,6 @@ void process_close(GEN_PB_EVENT const &event)
     notify_if_any(*bin, event);
     if ((bin->m_flags & GEN_PB_FLAG_ANNOUNCE) != 0)
         gen_pb_announce_close(*bin, memory);
-    set_current_bin(bin->m_parent);
-    gen_pb().intake.level_flags = bin->m_parent == nullptr ? std::uint32_t{GEN_PB_FLAG_ALL} : bin->m_parent->m_flags;
 }
 
 void process(GEN_PB_EVENT const &event)
