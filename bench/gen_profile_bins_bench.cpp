@@ -1,11 +1,13 @@
 // Opens and closes of profile bins with the real clocks. One iteration is five pairs, which fill the buffer of ten
 // events. A buffered iteration therefore reads both clocks twelve times: ten times for the events and twice for the
-// flush.
+// flush. One iteration of "levels" is one pair: of 100,000 new bins inside each other, or of as many under one parent.
 #include "gen_profile_bins_sys.h"
 #include "gen_time_sys.h"
 
 #include "bench/bench.h"
+#include "bench/bench_child.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 
@@ -133,6 +135,39 @@ void walk(benchmark::State &state)
     }
 }
 
+void open_level(std::string const &name)
+{
+    GEN_PROFILE_BINS::open("BENCH", name.c_str(), GEN_PB_FLAG_RECORD);
+}
+
+void close_level(std::string const &name)
+{
+    GEN_PROFILE_BINS::close(name.c_str());
+}
+
+template <bool IS_DEEP>
+double open_and_close_levels(std::vector<std::string> const &names)
+{
+    auto const start = std::chrono::steady_clock::now();
+    for (std::string const &name : names) {
+        open_level(name);
+        if (!IS_DEEP)
+            close_level(name);
+    }
+    if (IS_DEEP)
+        std::for_each(names.rbegin(), names.rend(), close_level);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+template <bool IS_DEEP>
+void levels(benchmark::State &state)
+{
+    use_bins();
+    std::vector<std::string> const &names = child_names(state.range(0));
+    run_in_children(state, static_cast<std::int64_t>(names.size()),
+                    [&names] { return open_and_close_levels<IS_DEEP>(names); });
+}
+
 BENCHMARK(clock_readings)
     ->Name("floor/clocks")
     ->Args({12, 0})
@@ -146,6 +181,8 @@ BENCHMARK(ignored_pairs)->Name("ignored");
 BENCHMARK(foreign_pairs)->Name("foreign")->UseManualTime()->Iterations(20);
 BENCHMARK(walk<false>)->Name("floor/walk")->Arg(10)->Arg(1000)->Arg(100000);
 BENCHMARK(walk<true>)->Name("walk")->Arg(10)->Arg(1000)->Arg(100000);
+BENCHMARK(levels<false>)->Name("levels/flat")->Arg(100000)->UseManualTime()->Iterations(1);
+BENCHMARK(levels<true>)->Name("levels/deep")->Arg(100000)->UseManualTime()->Iterations(1);
 
 BenchGoals const GOALS{
     {"buffered bin / 2.4 readings of both clocks", "buffered/0", "floor/clocks/12/0", 1.06},
@@ -159,6 +196,8 @@ BenchGoals const GOALS{
     {"one of 10 children / the walk's clocks", "walk/10", "floor/walk/10", 1.06},
     {"one of 1,000 children / the walk's clocks", "walk/1000", "floor/walk/1000", 1.15},
     {"one of 100,000 children / the walk's clocks", "walk/100000", "floor/walk/100000", 1.80},
+    {"one of 100,000 levels / one of 100,000 children", "levels/deep/100000/iterations:1/manual_time",
+     "levels/flat/100000/iterations:1/manual_time", 2},
     {"one of 1,000 children / LLVM named timers", "walk/1000", "peer/llvm_named_timers/1000", 0.75},
     {"one of 100,000 children / LLVM named timers", "walk/100000", "peer/llvm_named_timers/100000", 0.80},
 };

@@ -7,7 +7,8 @@
 
 #include <cstdint>
 
-/// Records a value with the path of gen_profile_bin_get_current_bin(). The path is empty if that is null.
+/// Records a value with the path of gen_profile_bin_get_current_bin(). The path is empty if that is null, on a thread
+/// that doesn't own the bins, and after a fault in a customer build.
 ///
 /// @param description  name of the value, copied; not null
 /// @param hash         the value

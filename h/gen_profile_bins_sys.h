@@ -210,7 +210,10 @@ public:
 };
 
 /// The innermost open bin after all events that have been processed; events in the buffer don't count. Null if there is
-/// none, and on a thread that doesn't own the bins.
+/// none, as before the first open and after finalize(). In a customer build it stays the same after a fault.
+///
+/// Any thread may call it, and gets the bin of the moment. The bin itself may be used on the thread that owns the bins
+/// alone, which may delete it at any time.
 GEN_API GEN_PROFILE_BIN const *gen_profile_bin_get_current_bin();
 
 /// Reports the sizes of the suite's libraries and the memory of the process as debug messages. Each configuration key

@@ -7,6 +7,7 @@
 #include "gen/profile/gen_profile_bins_estimate.h"
 #include "gen/profile/gen_profile_bins_listener.h"
 #include "gen/profile/gen_profile_bins_mem.h"
+#include "gen/profile/gen_profile_bins_ratios.h"
 #include "gen/profile/gen_profile_bins_report.h"
 #include "gen/profile/gen_profile_bins_tree.h"
 #include "gen_time_sys.h"
@@ -191,7 +192,7 @@ bool report_and_delete_bins(char const *name)
 
 GEN_PROFILE_BIN const *gen_profile_bin_get_current_bin()
 {
-    return gen_pb_is_own_thread() ? GEN_PB_IMPL::get_current_bin() : nullptr;
+    return GEN_PB_IMPL::get_current_bin();
 }
 
 void GEN_PROFILE_BINS::initialize(char const *name, bool primary, bool debug_messages)

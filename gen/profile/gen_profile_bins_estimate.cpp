@@ -26,37 +26,9 @@
 
 #include <algorithm>
 
-#include <boost/algorithm/string/classification.hpp>
-#include <boost/algorithm/string/split.hpp>
-
 namespace {
 
 constexpr std::int64_t CALIBRATION_ROUNDS = 100000;
-
-struct BuiltinRule
-{
-    char const *m_pattern;
-    double m_ratio;
-};
-
-// Ratios that were measured on the suite's own flows.
-constexpr BuiltinRule BUILTIN_RULES[] = {
-    {"Fitter/*/Cluster Annealing/Perform Temperature", 2.85},
-    {"Fitter/*/Cluster Annealing/Serial Perform Temperature", 2.85},
-    {"*/TIS Annotate Delay Tree", 3.14},
-    {"Fitter/*/TDC Timing Analysis", 1.12},
-    {"Fitter/*/Placer/*/Placement Congestion Analysis", 2.49},
-    {"Fitter/*/Delay Cache/*/perform_lookahead_explorations", 2.77},
-    {"Fitter/*/CBE-level placement optimization/*/Perform Moves", 1.59},
-    {"Fitter/*/BLE-level placement optimization/*/Perform Moves", 2.94},
-    {"Fitter/*/Router Main Loop Before First Convergence/Core Routing", 1.39},
-    {"Fitter/*/Router Main Loop After First Convergence/Core Routing", 1.07},
-    {"Fitter/*/target_density_calibration", 1000000.0},
-    {"*/U2B2_DIRECTOR->work", 2.0},
-};
-
-// Of a bin that matches several rules: its whole CPU time is subtracted from its estimate.
-constexpr double CONFLICTING_FACTOR = -1.0;
 
 GEN_PB_METRICS overhead_of_pair(GEN_CLOCKS const &all_rounds)
 {
@@ -80,32 +52,6 @@ void report_overhead(GEN_PB_METRICS const &internal, GEN_PB_METRICS const &exter
                       narrow(external.m_values[GEN_PB_WC]));
 }
 
-// Whether the segments of a pattern match the names of a path. "*" matches any number of names, also none; at a
-// mismatch the last "*" takes one name more.
-bool matches(std::vector<std::string> const &segments, std::vector<GEN_PB_IMPL const *> const &path)
-{
-    constexpr std::size_t NONE = static_cast<std::size_t>(-1);
-    std::size_t segment = 0;
-    std::size_t bin = 0;
-    std::size_t star = NONE;
-    std::size_t star_end = 0; // the first bin after those that the star has taken
-    while (bin < path.size()) {
-        if (segment < segments.size() && segments[segment] == "*") {
-            star = segment++;
-            star_end = bin;
-        } else if (segment < segments.size() && segments[segment] == path[bin]->m_name) {
-            ++segment;
-            ++bin;
-        } else if (star != NONE) {
-            segment = star + 1;
-            bin = ++star_end;
-        } else
-            return false;
-    }
-    return std::all_of(segments.begin() + static_cast<std::ptrdiff_t>(segment), segments.end(),
-                       [](std::string const &rest) { return rest == "*"; });
-}
-
 // Sums over the children of a bin.
 struct ChildSums
 {
@@ -113,6 +59,45 @@ struct ChildSums
     GEN_PB_METRICS overhead;
     std::int64_t count = 0;
 };
+
+bool is_closed(GEN_PB_IMPL const &bin)
+{
+    return GEN_PB_CHECK(bin.m_open_count == 0, "m_open_count == 0");
+}
+
+// Computes the report values of a bin, whose children are computed.
+void compute_from_children(GEN_PB_IMPL const &bin)
+{
+    auto const &state = gen_pb().estimate;
+    bin.m_computed = true;
+    bin.m_report = bin.m_total;
+    bin.m_report_overhead = bin.m_overhead;
+    bin.m_report_overhead.add_clocks(state.internal_overhead, bin.m_count);
+
+    ChildSums children;
+    for (GEN_PB_IMPL const *child : bin.m_children) {
+        children.report.add_clocks(child->m_report);
+        children.overhead.add_clocks(child->m_report_overhead);
+        children.count += child->m_count;
+    }
+    bin.m_report_overhead.add_clocks(children.overhead);
+    bin.m_report_overhead.add_clocks(state.external_overhead, children.count);
+    bin.m_report_overhead.add_clocks(state.internal_overhead, -children.count);
+    bin.m_report.subtract_clocks(bin.m_report_overhead);
+
+    std::int64_t &estimate = bin.m_report.m_values[GEN_PB_WC_EST];
+    if (bin.m_wc_est_factor != 0.0)
+        estimate += gen_truncate(static_cast<double>(bin.m_report.m_values[GEN_PB_CPU]) * bin.m_wc_est_factor);
+    else
+        estimate += children.report.m_values[GEN_PB_WC_EST] - children.report.m_values[GEN_PB_CPU];
+    bin.m_report.clamp_clocks();
+
+    bin.m_self = bin.m_report;
+    for (std::size_t i = GEN_PB_CLOCK_COUNT; i < GEN_PB_METRIC_COUNT; ++i)
+        bin.m_self.m_values[i] = 0;
+    bin.m_self.subtract_clocks(children.report);
+    bin.m_self.clamp_clocks();
+}
 
 // A metric that only the report values have.
 double report_metric(GEN_PB_IMPL const &bin, unsigned metric)
@@ -160,81 +145,31 @@ void gen_pb_calibrate(bool run)
     state.external_overhead = external;
 }
 
-void gen_pb_add_ratio_rule(char const *pattern, double ratio)
+// One loop instead of a call for each level, since a tree may be deeper than the stack: m_walk of a bin counts the
+// children that the loop has entered, and a bin is computed after the last of them.
+bool gen_pb_compute_report(GEN_PB_IMPL const &top)
 {
-    GEN_PB_RATIO_RULE rule{pattern, {}, ratio};
-    boost::split(rule.m_segments, rule.m_pattern, [](char c) { return c == '/'; });
-    gen_pb().estimate.ratio_rules.push_back(std::move(rule));
-}
-
-void gen_pb_add_builtin_ratio_rules()
-{
-    for (BuiltinRule const &rule : BUILTIN_RULES)
-        gen_pb_add_ratio_rule(rule.m_pattern, rule.m_ratio);
-}
-
-void gen_pb_apply_ratio_rules(GEN_PB_IMPL &bin)
-{
-    std::vector<GEN_PB_IMPL const *> const path = gen_pb_path(bin, /*top=*/nullptr);
-    GEN_PB_RATIO_RULE const *first = nullptr;
-    bool is_conflicting = false;
-    for (GEN_PB_RATIO_RULE const &rule : gen_pb().estimate.ratio_rules) {
-        if (!matches(rule.m_segments, path))
-            continue;
-        if (first == nullptr) {
-            first = &rule;
-            continue;
-        }
-        if (!is_conflicting) {
-            gen_debug_message("WARNING: multiple CPU:WC ratios found for bin %s. Disabling CPU:WC.\n",
-                              gen_pb_path_text(path, "/"));
-            gen_debug_message("  WARNING: first ratio: %.1f (%s)", first->m_ratio, first->m_pattern);
-        }
-        is_conflicting = true;
-        gen_debug_message("  WARNING: additional ratio: %.1f (%s)", rule.m_ratio, rule.m_pattern);
-    }
-    if (first != nullptr)
-        bin.m_wc_est_factor = is_conflicting ? CONFLICTING_FACTOR : 1 / first->m_ratio - 1;
-}
-
-bool gen_pb_compute_report(GEN_PB_IMPL const &bin)
-{
-    if (!GEN_PB_CHECK(bin.m_open_count == 0, "m_open_count == 0"))
+    if (!is_closed(top))
         return false;
-    if (bin.m_computed)
+    if (top.m_computed)
         return true;
-    auto const &state = gen_pb().estimate;
-    bin.m_computed = true;
-    bin.m_report = bin.m_total;
-    bin.m_report_overhead = bin.m_overhead;
-    bin.m_report_overhead.add_clocks(state.internal_overhead, bin.m_count);
-
-    ChildSums children;
-    for (GEN_PB_IMPL const *child : bin.m_children) {
-        if (!gen_pb_compute_report(*child))
-            return false;
-        children.report.add_clocks(child->m_report);
-        children.overhead.add_clocks(child->m_report_overhead);
-        children.count += child->m_count;
+    top.m_walk = 0;
+    for (GEN_PB_IMPL const *bin = &top;;) {
+        if (bin->m_walk != bin->m_children.size()) {
+            GEN_PB_IMPL const *const child = bin->m_children[bin->m_walk++];
+            if (!is_closed(*child))
+                return false;
+            if (!child->m_computed) {
+                child->m_walk = 0;
+                bin = child;
+            }
+            continue;
+        }
+        compute_from_children(*bin);
+        if (bin == &top)
+            return true;
+        bin = bin->m_parent;
     }
-    bin.m_report_overhead.add_clocks(children.overhead);
-    bin.m_report_overhead.add_clocks(state.external_overhead, children.count);
-    bin.m_report_overhead.add_clocks(state.internal_overhead, -children.count);
-    bin.m_report.subtract_clocks(bin.m_report_overhead);
-
-    std::int64_t &estimate = bin.m_report.m_values[GEN_PB_WC_EST];
-    if (bin.m_wc_est_factor != 0.0)
-        estimate += gen_truncate(static_cast<double>(bin.m_report.m_values[GEN_PB_CPU]) * bin.m_wc_est_factor);
-    else
-        estimate += children.report.m_values[GEN_PB_WC_EST] - children.report.m_values[GEN_PB_CPU];
-    bin.m_report.clamp_clocks();
-
-    bin.m_self = bin.m_report;
-    for (std::size_t i = GEN_PB_CLOCK_COUNT; i < GEN_PB_METRIC_COUNT; ++i)
-        bin.m_self.m_values[i] = 0;
-    bin.m_self.subtract_clocks(children.report);
-    bin.m_self.clamp_clocks();
-    return true;
 }
 
 double gen_pb_metric(GEN_PB_IMPL const &bin, unsigned metric, bool cumulative)

@@ -8,13 +8,6 @@
 /// Reads the tick frequency; with `run` also measures the cost of an open and a close.
 void gen_pb_calibrate(bool run);
 
-/// Appends a rule, as GEN_PROFILE_BINS::set_cpu_to_wc_estimated_ratio() describes it.
-void gen_pb_add_ratio_rule(char const *pattern, double ratio);
-/// Appends the rules that are known for the suite's flows.
-void gen_pb_add_builtin_ratio_rules();
-/// Sets m_wc_est_factor of a new bin, which has its parent and its name.
-void gen_pb_apply_ratio_rules(GEN_PB_IMPL &bin);
-
 /// Brings m_report, m_report_overhead and m_self up to date, for this bin and all below it. If one of them is open this
 /// is an internal error, and the result is false.
 bool gen_pb_compute_report(GEN_PB_IMPL const &bin);

@@ -25,6 +25,8 @@
 #include "gen/profile/gen_profile_bins_tree.h"
 #include "mem_sys.h"
 
+#include <utility>
+
 namespace {
 
 // Fills an event; the clocks are read last.
@@ -84,10 +86,10 @@ void gen_pb_flush()
         return;
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
     GEN_CLOCKS const before = gen_read_clocks();
-    gen_pb_process(intake.events.data(), intake.event_count);
-    intake.event_count = 0;
+    // The buffer counts as empty from now on: if the processing throws there is room for the next events.
+    gen_pb_process(intake.events.data(), std::exchange(intake.event_count, 0));
     GEN_CLOCKS const spent = gen_read_clocks() - before;
-    if (GEN_PB_IMPL *const bin = gen_pb().tree.current)
+    if (GEN_PB_IMPL *const bin = GEN_PB_IMPL::get_current_bin())
         bin->m_overhead.add_interval(spent);
 }
 
@@ -126,7 +128,7 @@ GEN_PROFILE_BIN const *gen_pb_open_special(char const *code_prefix, char const *
         return gen_pb_push_open(code_prefix, name, flags, tag, user_tag);
     push_immediate(GEN_PB_EVENT_OPEN, code_prefix, name, flags, tag, user_tag);
     ++intake.immediate_count;
-    return gen_pb().tree.current;
+    return GEN_PB_IMPL::get_current_bin();
 }
 
 void gen_pb_close_special(char const *name, std::uint32_t flags)
@@ -153,7 +155,7 @@ GEN_PROFILE_BIN const *gen_pb_ignore_with_warning(char const *name)
 void gen_pb_stop_ignoring()
 {
     auto &intake = gen_pb().intake;
-    GEN_PB_IMPL const *const bin = gen_pb().tree.current;
+    GEN_PB_IMPL const *const bin = GEN_PB_IMPL::get_current_bin();
     intake.level_flags = bin == nullptr ? std::uint32_t{GEN_PB_FLAG_ALL} : bin->m_flags;
     intake.ignored_name = nullptr;
     --intake.debug_depth;

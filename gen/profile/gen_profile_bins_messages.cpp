@@ -41,7 +41,8 @@ void gen_pb_announce_open(GEN_PB_IMPL const &bin)
 {
     if (!bin.m_user_tag.empty()) {
         std::string const time = now();
-        GEN_ARGUMENT_SLOTS arguments(gen_pb().tree.root->m_name, bin.m_step, bin.m_user_tag, time,
+        std::string const step = gen_pb_step(bin);
+        GEN_ARGUMENT_SLOTS arguments(gen_pb().tree.root->m_name, step, bin.m_user_tag, time,
                                      mib_of_message(mem_info_get_process_peak_virtual_used()));
         mem_msg_local_vinfo(bin.m_code_prefix.c_str(), "Starting %s Step %s %s at %s (peak virtual memory %.3f MB)",
                             arguments.cursor());
@@ -73,7 +74,8 @@ void gen_pb_announce_close(GEN_PB_IMPL const &bin, GEN_PB_INTERVAL_MEMORY const 
     if (!bin.m_user_tag.empty()) {
         std::string const time = now();
         std::string const elapsed = gen_format_elapsed_sec(gen_pb_metric(bin, GEN_PB_METRIC_WC, /*cumulative=*/false));
-        GEN_ARGUMENT_SLOTS arguments(gen_pb().tree.root->m_name, bin.m_step, bin.m_user_tag, time,
+        std::string const step = gen_pb_step(bin);
+        GEN_ARGUMENT_SLOTS arguments(gen_pb().tree.root->m_name, step, bin.m_user_tag, time,
                                      mib_of_message(mem_info_get_process_peak_virtual_used()), elapsed);
         mem_msg_local_vinfo(bin.m_code_prefix.c_str(),
                             "  Ending %s Step %s %s at %s (peak virtual memory %.3f MB elapsed time: %s)",

@@ -114,34 +114,68 @@ public:
 
     void write_header() const { write_line(header_line(m_separator)); }
 
-    // Writes the rows of a bin and of all bins below it. `depth` indents the names in debug messages. If a bin is open
-    // this is an internal error, and the result is false.
-    bool write_rows(GEN_PB_IMPL &bin, int depth = 0) const
+    // Writes the rows of a bin and of all bins below it. If one of them is open this is an internal error, and nothing
+    // follows. The bins that the walk is in are kept in a list instead of calls, since a tree may be deeper than the
+    // stack.
+    void write_rows(GEN_PB_IMPL &top)
     {
-        if (!GEN_PB_CHECK(bin.m_open_count == 0, "m_open_count == 0"))
-            return false;
-        if (!bin.m_name.empty())
-            write_row({bin.m_count, bin.m_report}, name_of(bin, depth));
-        if (!bin.m_children.empty() && !write_children(bin, depth + 1))
-            return false;
-        if (m_tagged_bins != nullptr && !bin.m_tag.empty())
-            m_tagged_bins->push_back(&bin);
-        return true;
+        for (bool goes_on = enter(top); goes_on && !m_levels.empty();) {
+            Level &level = m_levels.back();
+            if (level.next != level.children->size())
+                goes_on = enter(*(*level.children)[level.next++]);
+            else
+                leave();
+        }
     }
 
 private:
-    // The last cell of a row: the whole path in a file, else an indented name.
-    std::string name_of(GEN_PB_IMPL const &bin, int depth) const
+    // A bin whose row is written, while its children are.
+    struct Level
     {
-        return m_file ? gen_pb_path_text(gen_pb_path(bin, &m_top), "::") : indentation(depth) + bin.m_name;
+        GEN_PB_IMPL *bin;
+        std::vector<GEN_PB_IMPL *> const *children;
+        std::size_t next;         // of the children
+        std::size_t place_length; // of m_place before the bin
+    };
+
+    // Writes the row of a bin. Returns false if the bin is open.
+    bool enter(GEN_PB_IMPL &bin)
+    {
+        if (!GEN_PB_CHECK(bin.m_open_count == 0, "m_open_count == 0"))
+            return false;
+        std::size_t const place_length = m_place.size();
+        if (m_file != nullptr && !bin.m_name.empty())
+            m_place += m_levels.empty() ? bin.m_name : "::" + bin.m_name;
+        if (!bin.m_name.empty())
+            write_row({bin.m_count, bin.m_report}, m_file != nullptr ? m_place : m_place + bin.m_name);
+        if (m_file == nullptr)
+            m_place += "| ";
+        m_levels.push_back({&bin, children_of(bin), 0, place_length});
+        return true;
     }
 
-    static std::string indentation(int depth)
+    // Ends the rows of the innermost bin.
+    void leave()
     {
-        std::string text;
-        for (int i = 0; i < depth; ++i)
-            text += "| ";
-        return text;
+        Level const level = m_levels.back();
+        GEN_PB_IMPL &bin = *level.bin;
+        if (!bin.m_children.empty() && !bin.m_name.empty())
+            write_other(bin);
+        if (m_tagged_bins != nullptr && !bin.m_tag.empty())
+            m_tagged_bins->push_back(&bin);
+        m_place.resize(level.place_length);
+        m_levels.pop_back();
+    }
+
+    // The root's children are sorted in each report that collects no tags.
+    std::vector<GEN_PB_IMPL *> const *children_of(GEN_PB_IMPL const &bin)
+    {
+        if (&bin != GEN_PB_IMPL::get_root_bin() || m_tagged_bins != nullptr)
+            return &bin.m_children;
+        m_sorted_children = bin.m_children;
+        std::stable_sort(m_sorted_children.begin(), m_sorted_children.end(),
+                         [](GEN_PB_IMPL const *a, GEN_PB_IMPL const *b) { return a->m_name < b->m_name; });
+        return &m_sorted_children;
     }
 
     void write_row(Figures const &figures, std::string const &name) const
@@ -149,32 +183,20 @@ private:
         write_line(value_cells(figures, m_separator) + name + '\n');
     }
 
-    bool write_children(GEN_PB_IMPL const &bin, int depth) const
-    {
-        std::vector<GEN_PB_IMPL *> children = bin.m_children;
-        // The root's children are sorted in each report that collects no tags.
-        if (&bin == GEN_PB_IMPL::get_root_bin() && m_tagged_bins == nullptr)
-            std::stable_sort(children.begin(), children.end(),
-                             [](GEN_PB_IMPL const *a, GEN_PB_IMPL const *b) { return a->m_name < b->m_name; });
-        for (GEN_PB_IMPL *child : children)
-            if (!write_rows(*child, depth))
-                return false;
-        if (!bin.m_name.empty())
-            write_other(bin, depth);
-        return true;
-    }
-
     // The rest that no child accounts for, as if it were the last child.
-    void write_other(GEN_PB_IMPL const &bin, int depth) const
+    void write_other(GEN_PB_IMPL const &bin) const
     {
-        constexpr char OTHER[] = "OTHER";
-        write_row({/*count=*/0, bin.m_self}, m_file ? name_of(bin, depth) + "::" + OTHER : indentation(depth) + OTHER);
+        write_row({/*count=*/0, bin.m_self}, m_place + (m_file != nullptr ? "::OTHER" : "OTHER"));
     }
 
     GEN_PB_IMPL const &m_top;
     File m_file; // null for debug messages
     char m_separator;
     std::vector<GEN_PB_IMPL *> *m_tagged_bins;
+    std::vector<Level> m_levels; // from the topmost bin down to the bin that the walk is in
+    // What the rows of the children of that bin begin their last cell with: its path in a file, else the indentation.
+    std::string m_place;
+    std::vector<GEN_PB_IMPL *> m_sorted_children; // of the root
 };
 
 void write_file_report(GEN_PB_IMPL &bin, char const *name, std::vector<GEN_PB_IMPL *> *tagged_bins)
@@ -188,7 +210,7 @@ void write_file_report(GEN_PB_IMPL &bin, char const *name, std::vector<GEN_PB_IM
         return;
     }
     GEN_PB_SCOPED_FLAG const writing(writes_file);
-    RowWriter const writer(bin, std::move(file), tagged_bins);
+    RowWriter writer(bin, std::move(file), tagged_bins);
     writer.write_header();
     writer.write_rows(bin);
     std::string closing;
@@ -204,7 +226,7 @@ void write_debug_report(GEN_PB_IMPL &bin)
     if (!GEN_PB_CHECK(!writes_debug, "l_gen_pb_current_code_prefix == 0LL"))
         return;
     GEN_PB_SCOPED_FLAG const writing(writes_debug);
-    RowWriter const writer(bin, /*file=*/nullptr, /*tagged_bins=*/nullptr);
+    RowWriter writer(bin, /*file=*/nullptr, /*tagged_bins=*/nullptr);
     writer.write_header();
     writer.write_rows(bin);
 }

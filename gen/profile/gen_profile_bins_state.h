@@ -12,6 +12,7 @@
 //     _tree                        the effect of an open or a close in the tree
 //     _messages                    the lines of announced bins and of the trace
 //     _estimate                    calibration, report values and estimates
+//     _ratios                      the ratio rules and the bins that match them
 //     _bin                         one bin: its children and its path
 //     _listener                    the register of the listeners
 //     _state, _metrics             the state and the figures
@@ -26,6 +27,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -57,6 +59,21 @@ struct GEN_PB_RATIO_RULE
     std::string m_pattern;
     std::vector<std::string> m_segments; ///< the pattern, split at each "/"
     double m_ratio;
+    std::size_t m_first_place; ///< number of the place before the first segment; see GEN_PB_RATIO_STATE
+};
+
+/// How far the names of a path, from the top of the tree on, lead into each pattern. A pattern has a place before each
+/// segment and one at its end; the places of all patterns are numbered in order. Bins share equal states.
+struct GEN_PB_RATIO_STATE
+{
+    std::size_t m_rule_count; ///< the rules that existed
+    std::vector<bool> m_places;
+    std::vector<std::size_t> m_matches; ///< the rules whose end is among the places, in order
+
+    bool operator<(GEN_PB_RATIO_STATE const &other) const
+    {
+        return m_rule_count != other.m_rule_count ? m_rule_count < other.m_rule_count : m_places < other.m_places;
+    }
 };
 
 constexpr std::int64_t GEN_PB_NO_THREAD = 0;
@@ -94,7 +111,8 @@ struct GEN_PB_STATE
     struct Tree
     {
         GEN_PB_IMPL *root = nullptr;
-        GEN_PB_IMPL *current = nullptr; ///< the innermost bin that the processed events left open
+        /// The innermost bin that the processed events left open. Any thread may read the pointer.
+        std::atomic<GEN_PB_IMPL *> current{nullptr};
         /// Bins that were opened when no bin was open, although there was a root. Nothing else leads to them.
         std::vector<GEN_PB_IMPL *> strays;
         /// Makes an empty bin. gen_profile_bins sets it: the public operations of a bin use all files, so that only
@@ -109,7 +127,7 @@ struct GEN_PB_STATE
         std::vector<GEN_PB_LISTENER *> at_end;  ///< at the end of a run, before and after the bins are deleted
     } listeners;
 
-    /// The results of the calibration, and the ratio rules: _estimate.
+    /// The results of the calibration: _estimate.
     struct Estimate
     {
         std::int64_t wc_frequency = 1; ///< ticks per second
@@ -117,8 +135,14 @@ struct GEN_PB_STATE
         /// enclosing bin sees it. Zero until they are calibrated.
         GEN_PB_METRICS internal_overhead;
         GEN_PB_METRICS external_overhead;
-        std::vector<GEN_PB_RATIO_RULE> ratio_rules; ///< in order of addition; never emptied
     } estimate;
+
+    /// The ratio rules, and how far the bins match them: _ratios.
+    struct Ratios
+    {
+        std::vector<GEN_PB_RATIO_RULE> rules; ///< in order of addition; never emptied
+        std::set<GEN_PB_RATIO_STATE> states;  ///< those of the bins, which refer to them
+    } ratios;
 
     /// The dumps that are running: _report. A dump within one of its own kind is a fault.
     struct Report

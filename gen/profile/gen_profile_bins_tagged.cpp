@@ -50,28 +50,44 @@ void for_each_below_root(GEN_PB_IMPL *bin, Action action)
         action(*bin);
 }
 
-// Puts `bin` below copies of the bins above it, up to the root or to one with the name of `stop`. Returns the topmost
-// copy, or the bin if there is none.
-std::unique_ptr<GEN_PB_IMPL> make_chain(std::unique_ptr<GEN_PB_IMPL> bin, GEN_PB_IMPL const &stop)
+// Copies of the bins above a moved bin, each one the only child of the one before.
+struct Chain
 {
-    GEN_PB_METRICS const share = bin->m_report;
-    GEN_PB_IMPL const *above = bin->m_parent;
-    std::unique_ptr<GEN_PB_IMPL> top = std::move(bin);
-    for (; above != nullptr && above != gen_pb().tree.root && above->m_name != stop.m_name; above = above->m_parent) {
+    std::unique_ptr<GEN_PB_IMPL> top; // null if there is no copy
+    GEN_PB_IMPL *bottom = nullptr;    // takes the moved bin, which needs no memory
+};
+
+// Copies the bins above `bin`, up to the root or to one with the name of `stop`.
+Chain make_chain(GEN_PB_IMPL const &bin, GEN_PB_IMPL const &stop)
+{
+    Chain chain;
+    for (GEN_PB_IMPL const *above = bin.m_parent;
+         above != nullptr && above != gen_pb().tree.root && above->m_name != stop.m_name; above = above->m_parent) {
         std::unique_ptr<GEN_PB_IMPL> copy = gen_pb_make_bin();
         copy->m_name = above->m_name;
         copy->m_count = above->m_count;
-        copy->m_report = share;
-        copy->add_child(std::move(top));
-        top = std::move(copy);
+        copy->m_report = bin.m_report;
+        copy->reserve_child();
+        if (chain.top == nullptr)
+            chain.bottom = copy.get();
+        else
+            copy->add_child(std::move(chain.top));
+        chain.top = std::move(copy);
     }
-    return top;
+    return chain;
 }
 
-// Moves a bin with its chain below `parent`. Its former parent still lists it, until all bins have moved.
+// Moves a bin with its chain below `parent`. Its former parent still lists it, until all bins have moved. The bin moves
+// last, so that it stays in its place if there is no memory.
 void move_below(GEN_PB_IMPL &parent, GEN_PB_IMPL &bin)
 {
-    parent.add_child(make_chain(std::unique_ptr<GEN_PB_IMPL>(&bin), parent));
+    Chain chain = make_chain(bin, parent);
+    if (chain.top == nullptr) {
+        parent.adopt_child(bin);
+        return;
+    }
+    parent.add_child(std::move(chain.top));
+    chain.bottom->adopt_child(bin);
 }
 
 // Makes the bin of a tag, with the tag's first bin.
@@ -82,56 +98,101 @@ void add_below_root(GEN_PB_IMPL &bin)
     tag_bin->m_name = bin.m_tag;
     tag_bin->m_report = bin.m_report;
     tag_bin->m_count = 1;
-    tag_bin->add_child(make_chain(std::unique_ptr<GEN_PB_IMPL>(&bin), root));
+    Chain chain = make_chain(bin, root);
+    if (chain.top == nullptr) {
+        tag_bin->reserve_child();
+        chain.bottom = tag_bin.get();
+    } else
+        tag_bin->add_child(std::move(chain.top));
     root.add_child(std::move(tag_bin));
+    chain.bottom->adopt_child(bin);
 }
 
-// The bin that takes `bin`, as `placed` was the last one of its tag; null if there is none.
-GEN_PB_IMPL *find_join_bin(GEN_PB_IMPL const &bin, GEN_PB_IMPL const &placed)
+// The bin above `placed` or `placed` itself, at which the two paths differ first, read upward; null if there is none.
+GEN_PB_IMPL const *find_difference(GEN_PB_IMPL const &bin, GEN_PB_IMPL const &placed)
 {
     GEN_PB_IMPL const *above = &bin;
-    for (GEN_PB_IMPL const *at = &placed; at != nullptr; at = at->m_parent) {
+    for (GEN_PB_IMPL const *at = &placed; at != nullptr && above != nullptr; at = at->m_parent) {
         if (at->m_name == bin.m_tag)
             continue;
-        if (above == nullptr)
-            break;
         if (at->m_name != above->m_name)
-            return at->m_parent;
+            return at;
         above = above->m_parent;
     }
-    gen_debug_message("GEN_BIN_TAGGED: the tagged bin report could be corrupt for tag: %s\n", bin.m_tag);
     return nullptr;
 }
 
-// Returns false if there is no bin to join; `bin` stays in its place then.
-bool place_after(GEN_PB_IMPL const &placed, GEN_PB_IMPL &bin)
+// From the bins above a bin that moves away.
+void subtract(GEN_PB_IMPL const &bin, GEN_PB_IMPL *above)
 {
-    GEN_PB_IMPL *const join = find_join_bin(bin, placed);
-    if (join == nullptr)
-        return false;
-    move_below(*join, bin);
-    for_each_below_root(join, [&bin](GEN_PB_IMPL &above) { above.m_report.add_clocks(bin.m_report); });
-    return true;
+    for_each_below_root(above, [&bin](GEN_PB_IMPL &each) { each.m_report.subtract_clocks(bin.m_report); });
 }
 
-// Returns whether the bin has moved.
-bool move(GEN_PB_IMPL &bin, PlacedBins &placed_bins)
+// Moves the first bin of a tag.
+void place_first(GEN_PB_IMPL &bin)
+{
+    GEN_PB_IMPL *const former_parent = bin.m_parent;
+    add_below_root(bin);
+    subtract(bin, former_parent);
+}
+
+// Moves a later bin of a tag. Returns false if there is no bin to join; `bin` stays in its place then, although its
+// figures are subtracted.
+bool place_after(GEN_PB_IMPL const &placed, GEN_PB_IMPL &bin)
+{
+    GEN_PB_IMPL *const former_parent = bin.m_parent;
+    GEN_PB_IMPL const *const difference = find_difference(bin, placed);
+    GEN_PB_IMPL *const join = difference == nullptr ? nullptr : difference->m_parent;
+    if (join != nullptr)
+        move_below(*join, bin);
+    subtract(bin, former_parent);
+    if (difference == nullptr)
+        gen_debug_message("GEN_BIN_TAGGED: the tagged bin report could be corrupt for tag: %s\n", bin.m_tag);
+    for_each_below_root(join, [&bin](GEN_PB_IMPL &above) { above.m_report.add_clocks(bin.m_report); });
+    return join != nullptr;
+}
+
+void move(GEN_PB_IMPL &bin, PlacedBins &placed_bins)
 {
     if (is_inside_its_tag(bin))
-        return false;
+        return;
     if (bin.m_parent == nullptr) {
         gen_debug_message("root bin should not be tagged\n");
-        return false;
+        return;
     }
-    for_each_below_root(bin.m_parent, [&bin](GEN_PB_IMPL &above) { above.m_report.subtract_clocks(bin.m_report); });
     GEN_PB_IMPL *&placed = placed_bins[bin.m_tag];
     if (placed == nullptr)
-        add_below_root(bin);
+        place_first(bin);
     else if (!place_after(*placed, bin))
-        return false;
+        return;
     placed = &bin;
-    return true;
 }
+
+// The bins that may lose children. They drop them at the end, each one all at once, also if there was no memory for the
+// move of another bin.
+class FormerParents
+{
+public:
+    explicit FormerParents(std::vector<GEN_PB_IMPL *> const &moving_bins)
+    {
+        m_bins.reserve(moving_bins.size());
+        for (GEN_PB_IMPL const *bin : moving_bins)
+            if (bin->m_parent != nullptr)
+                m_bins.push_back(bin->m_parent);
+        std::sort(m_bins.begin(), m_bins.end());
+        m_bins.erase(std::unique(m_bins.begin(), m_bins.end()), m_bins.end());
+    }
+    ~FormerParents()
+    {
+        for (GEN_PB_IMPL *bin : m_bins)
+            bin->drop_moved_children();
+    }
+    FormerParents(FormerParents const &) = delete;
+    FormerParents &operator=(FormerParents const &) = delete;
+
+private:
+    std::vector<GEN_PB_IMPL *> m_bins;
+};
 
 } // namespace
 
@@ -141,15 +202,7 @@ void gen_pb_build_tag_tree(std::vector<GEN_PB_IMPL *> const &tagged_bins)
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
     GEN_PB_BUSY const busy;
     PlacedBins placed_bins;
-    // The bins that lost children. They drop them at the end, each one all at once.
-    std::vector<GEN_PB_IMPL *> parents;
-    for (GEN_PB_IMPL *bin : tagged_bins) {
-        GEN_PB_IMPL *const parent = bin->m_parent;
-        if (move(*bin, placed_bins))
-            parents.push_back(parent);
-    }
-    std::sort(parents.begin(), parents.end());
-    parents.erase(std::unique(parents.begin(), parents.end()), parents.end());
-    for (GEN_PB_IMPL *parent : parents)
-        parent->drop_moved_children();
+    FormerParents const former_parents(tagged_bins);
+    for (GEN_PB_IMPL *bin : tagged_bins)
+        move(*bin, placed_bins);
 }

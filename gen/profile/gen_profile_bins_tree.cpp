@@ -7,6 +7,7 @@
 #include "gen/profile/gen_profile_bins_estimate.h"
 #include "gen/profile/gen_profile_bins_listener.h"
 #include "gen/profile/gen_profile_bins_messages.h"
+#include "gen/profile/gen_profile_bins_ratios.h"
 #include "mem_sys.h"
 
 #include <algorithm>
@@ -28,21 +29,30 @@ std::string_view normal_name(char const *name, std::string &copy)
     return copy;
 }
 
-// The nearest bin above `bin` that has a step label; null if there is none.
-GEN_PB_IMPL *labelled_ancestor(GEN_PB_IMPL const &bin)
+void set_current_bin(GEN_PB_IMPL *bin)
 {
-    GEN_PB_IMPL *above = bin.m_parent;
-    while (above != nullptr && above->m_user_tag.empty())
-        above = above->m_parent;
-    return above;
+    gen_pb().tree.current.store(bin, std::memory_order_relaxed);
 }
 
+// Makes a bin the current one at the end of the scope, also if a listener throws for want of memory: the open or the
+// close has happened all the same.
+class CurrentAfterwards
+{
+public:
+    explicit CurrentAfterwards(GEN_PB_IMPL *bin) : m_bin(bin) {}
+    ~CurrentAfterwards() { set_current_bin(m_bin); }
+    CurrentAfterwards(CurrentAfterwards const &) = delete;
+    CurrentAfterwards &operator=(CurrentAfterwards const &) = delete;
+
+private:
+    GEN_PB_IMPL *m_bin;
+};
+
+// A step without a labelled bin above it is one of the root's.
 void number_step(GEN_PB_IMPL &bin)
 {
-    if (GEN_PB_IMPL *const above = labelled_ancestor(bin))
-        bin.m_step = above->m_step + '.' + std::to_string(++above->m_child_steps);
-    else
-        bin.m_step = std::to_string(++gen_pb().tree.root->m_child_steps);
+    GEN_PB_IMPL &above = bin.m_labelled_above == nullptr ? *gen_pb().tree.root : *bin.m_labelled_above;
+    bin.m_step_number = ++above.m_child_steps;
 }
 
 // Adds a new bin below its parent; without one, as the root or as a stray. Returns it.
@@ -60,7 +70,10 @@ GEN_PB_IMPL *add_to_tree(std::unique_ptr<GEN_PB_IMPL> bin)
 GEN_PB_IMPL *create_bin(GEN_PB_EVENT const &event, std::string_view name)
 {
     std::unique_ptr<GEN_PB_IMPL> bin = gen_pb_make_bin();
-    bin->m_parent = gen_pb().tree.current;
+    GEN_PB_IMPL *const parent = GEN_PB_IMPL::get_current_bin();
+    bin->m_parent = parent;
+    if (parent != nullptr)
+        bin->m_labelled_above = parent->m_user_tag.empty() ? parent->m_labelled_above : parent;
     bin->m_name = name;
     bin->m_code_prefix = gen_pb_text_or_empty(event.m_code_prefix);
     if (event.m_tag != nullptr)
@@ -103,10 +116,9 @@ std::string path_of(GEN_PB_IMPL const &bin)
 
 void process_open(GEN_PB_EVENT const &event)
 {
-    auto &tree = gen_pb().tree;
     std::string copy;
     std::string_view const name = normal_name(gen_pb_text_or_empty(event.m_name), copy);
-    GEN_PB_IMPL *const current = tree.current;
+    GEN_PB_IMPL *const current = GEN_PB_IMPL::get_current_bin();
     GEN_PB_IMPL *bin = nullptr;
     if (current != nullptr && !name.empty()) {
         if (current->m_name == name) {
@@ -128,10 +140,12 @@ void process_open(GEN_PB_EVENT const &event)
     bin->m_open_count = 1;
     bin->m_flags = event.m_flags;
     bin->m_computed = false;
-    if (!bin->m_name.empty())
-        mem_open_profile_bin(bin->m_name, bin->m_tag);
-    notify_if_any(*bin, event);
-    tree.current = bin;
+    {
+        CurrentAfterwards const becomes_current(bin);
+        if (!bin->m_name.empty())
+            mem_open_profile_bin(bin->m_name, bin->m_tag);
+        notify_if_any(*bin, event);
+    }
     if ((bin->m_flags & GEN_PB_FLAG_ANNOUNCE) != 0)
         gen_pb_announce_open(*bin);
 }
@@ -186,8 +200,7 @@ bool may_close(GEN_PB_EVENT const &event, GEN_PB_IMPL const &bin)
 
 void process_close(GEN_PB_EVENT const &event)
 {
-    auto &tree = gen_pb().tree;
-    GEN_PB_IMPL *const bin = tree.current;
+    GEN_PB_IMPL *const bin = GEN_PB_IMPL::get_current_bin();
     if (!GEN_PB_CHECK(bin != nullptr, "bin != 0LL") || !GEN_PB_CHECK(bin->m_open_count != 0, "bin->m_open_count") ||
         !may_close(event, *bin))
         return;
@@ -196,6 +209,8 @@ void process_close(GEN_PB_EVENT const &event)
     if (--bin->m_open_count != 0)
         return;
 
+    CurrentAfterwards const parent_becomes_current(bin->m_parent);
+    gen_pb().intake.level_flags = bin->m_parent == nullptr ? std::uint32_t{GEN_PB_FLAG_ALL} : bin->m_parent->m_flags;
     bin->m_computed = false;
     add_interval(*bin, event.m_clocks - bin->m_start);
     GEN_PB_INTERVAL_MEMORY memory;
@@ -204,8 +219,6 @@ void process_close(GEN_PB_EVENT const &event)
     notify_if_any(*bin, event);
     if ((bin->m_flags & GEN_PB_FLAG_ANNOUNCE) != 0)
         gen_pb_announce_close(*bin, memory);
-    tree.current = bin->m_parent;
-    gen_pb().intake.level_flags = bin->m_parent == nullptr ? std::uint32_t{GEN_PB_FLAG_ALL} : bin->m_parent->m_flags;
 }
 
 void process(GEN_PB_EVENT const &event)
@@ -237,7 +250,7 @@ void gen_pb_process(GEN_PB_EVENT const *events, std::size_t count)
 bool gen_pb_delete_bins()
 {
     auto &tree = gen_pb().tree;
-    if (!GEN_PB_CHECK(tree.current == nullptr, "s_current_bin == 0LL"))
+    if (!GEN_PB_CHECK(GEN_PB_IMPL::get_current_bin() == nullptr, "s_current_bin == 0LL"))
         return false;
     // The bins were allocated with tracking suspended; free them the same way.
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
@@ -246,6 +259,7 @@ bool gen_pb_delete_bins()
     for (GEN_PB_IMPL *bin : tree.strays)
         delete bin;
     tree.strays.clear();
+    gen_pb_forget_ratio_states();
     gen_debug_message("Deleted all bins; buffer was full %d times", gen_pb().intake.full_count);
     return true;
 }

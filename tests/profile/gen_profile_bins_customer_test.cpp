@@ -387,6 +387,7 @@ void expect_silence(GEN_PROFILE_BIN *bin)
     MessageRecorder const recorder;
     mem_fake_clear_log();
     std::uint64_t const readings = gen_os_fake_reading_count();
+    GEN_PROFILE_BIN const *const current = gen_profile_bin_get_current_bin();
     EXPECT_EQ(GEN_PROFILE_BINS::open("TST", "late", GEN_PB_FLAG_ALL), nullptr);
     EXPECT_EQ(GEN_PROFILE_BINS::open("TST", "late", 0), nullptr);
     EXPECT_EQ(GEN_PROFILE_BINS::open_with_tag("TST", "late", GEN_PB_FLAG_ALL, "tag"), nullptr);
@@ -399,7 +400,6 @@ void expect_silence(GEN_PROFILE_BIN *bin)
     GEN_PROFILE_BINS::close(nullptr);
     GEN_PROFILE_BINS::close_recursively(bin);
     GEN_PROFILE_BINS::close_recursively(nullptr);
-    EXPECT_EQ(gen_profile_bin_get_current_bin(), nullptr);
     if (bin != nullptr) {
         EXPECT_EQ(bin->get_metric(GEN_PB_METRIC_WC, true), -1.0);
         EXPECT_EQ(bin->get_metric(GEN_PB_METRIC_WC_EST, true), -1.0);
@@ -426,6 +426,7 @@ void expect_silence(GEN_PROFILE_BIN *bin)
         GEN_PROFILE_BINS::initialize("Late", /*primary=*/true, /*debug_messages=*/true);
         EXPECT_EQ(GEN_PROFILE_BINS::open("TST", "late", GEN_PB_FLAG_ALL), nullptr);
     }).join();
+    EXPECT_EQ(gen_profile_bin_get_current_bin(), current);
     EXPECT_THAT(recorder.lines(), IsEmpty());
     EXPECT_THAT(mem_fake_log(), IsEmpty());
     EXPECT_EQ(gen_os_fake_reading_count(), readings);
@@ -484,6 +485,21 @@ std::string fault_name(testing::TestParamInfo<Fault> const &tested)
     return tested.param.name;
 }
 INSTANTIATE_TEST_SUITE_P(Bins, GenProfileBinsFaultDeathTest, testing::ValuesIn(FAULTS), fault_name);
+
+TEST(GenProfileBinsAfterAFaultDeathTest, TheCurrentBinStaysWhatItWas)
+{
+    auto const commit = [] { GEN_PROFILE_BINS::check_make_tracq_equal_1_performed(); };
+    Flow const flow;
+    if (!IS_CUSTOMER_BUILD) {
+        EXPECT_EXIT(commit(), ExitedWithCode(INTERNAL_ERROR_STATUS), dies_with(TRACQ_TEXT, "gen_profile_bins"));
+        return;
+    }
+    commit();
+    EXPECT_EQ(gen_profile_bin_get_current_bin(), flow.placer);
+    GEN_PROFILE_BINS::close(nullptr);
+    GEN_PROFILE_BINS::force_finalize("tool");
+    EXPECT_EQ(gen_profile_bin_get_current_bin(), flow.placer);
+}
 
 // Receives the messages of a dump, and dumps once more when a row comes.
 void dump_again(MEM_MSG_KIND, char const *, char const *text, void *context)

@@ -12,6 +12,10 @@ protected:
     void start_with_fault()
     {
         start();
+        GEN_PROFILE_BINS::open("T", "A", IMMEDIATE);
+        m_current = gen_profile_bin_get_current_bin();
+        GEN_PROFILE_BINS::close(nullptr);
+        forget();
         GEN_PROFILE_BINS::open("T", "A", PLAIN);
         GEN_PROFILE_BINS::close("wrong");
     }
@@ -21,8 +25,10 @@ protected:
     {
         EXPECT_THAT(memory_calls(), ElementsAre("open A  suspended"));
         EXPECT_THAT(m_messages.lines(), ElementsAre("Error: trying to close wrong but open bin is Fitter/A"));
-        EXPECT_EQ(gen_profile_bin_get_current_bin(), nullptr);
+        EXPECT_EQ(gen_profile_bin_get_current_bin(), m_current);
     }
+
+    GEN_PROFILE_BIN const *m_current = nullptr; // when the fault is found
 };
 
 TEST_F(GenProfileBinsFlushFaultDeathTest, ReachesNothingAfterIt)

@@ -48,7 +48,7 @@ public:
 
     void on_step(GEN_PB_IMPL const &bin, GEN_PB_EVENT const &event) override
     {
-        add("step " + bin.m_step + " " + type_of(event));
+        add("step " + gen_pb_step(bin) + " " + type_of(event));
     }
 
     // "complete tool: Placer Router": the name of the run, and the bins below the root.

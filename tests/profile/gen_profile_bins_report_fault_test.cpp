@@ -1,10 +1,11 @@
-// Dumps that end by an exception: the bins and the dumps after them work as before, and no file stays open. Each
-// allocation of a dump fails in turn; the replaced operator new reaches into the library.
+// Reports that end by an exception: the bins and the reports after them work as before, and no file stays open. Each
+// allocation of a report fails in turn; the replaced operator new reaches into the library.
 #include "gen_profile_bins_sys.h"
 
 #include "tests/support/message_recorder.h"
 #include "tests/support/profile_bins_script.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/texts.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -61,6 +62,42 @@ protected:
         l_successes_left = ALL;
         return failures;
     }
+
+    // Runs a flow in which a tag moves so many bins below one that it looks them up in an index, and another one moves
+    // the bins that contained them. Returns the root, which is closed.
+    static GEN_PROFILE_BIN *run_tagged_flow()
+    {
+        GEN_PROFILE_BIN *const root = start_bins("Fitter");
+        int leaf = 0;
+        for (char const *stage : {"Placer", "Router"}) {
+            open_bin("Plan");
+            GEN_PROFILE_BINS::open_with_tag("TST", stage, GEN_PB_FLAG_IMMEDIATE, "stages");
+            for (int i = 0; i < LEAVES / 2; ++i) {
+                GEN_PROFILE_BINS::open_with_tag("TST", leaf_name(leaf++).c_str(), GEN_PB_FLAG_IMMEDIATE, "leaves");
+                close_bin();
+            }
+            close_bin();
+            close_bin();
+        }
+        close_bin();
+        return root;
+    }
+
+    static std::string leaf_name(int leaf) { return "leaf of a long name, " + std::to_string(leaf) + "."; }
+
+    // Whether a report has one row for each leaf. Other bins with a tag also have copies above the leaves.
+    testing::AssertionResult has_each_leaf_once(std::string const &file) const
+    {
+        std::string const report = m_directory.read(file);
+        for (int leaf = 0; leaf < LEAVES; ++leaf) {
+            std::size_t const count = count_of(report, "::" + leaf_name(leaf) + '\n');
+            if (count != 1)
+                return testing::AssertionFailure() << count << " times leaf " << leaf << " in\n" << report;
+        }
+        return testing::AssertionSuccess();
+    }
+
+    static constexpr int LEAVES = 40;
 
     static GEN_PROFILE_BIN *run_flow()
     {
@@ -120,6 +157,71 @@ TEST_F(GenProfileBinsReportFault, ByTheReceiverOfAMessageLeavesNothingSet)
     EXPECT_THROW(placer->dump(nullptr, /*collect_tags=*/false), std::runtime_error);
     EXPECT_NE(open_bin("Router"), nullptr);
     close_bin();
+}
+
+// The events after the one that fails are lost, and those that come later begin a new buffer.
+TEST_F(GenProfileBinsReportFault, InAFlushDropsTheRestOfTheBuffer)
+{
+    constexpr int PAIRS = 20;
+    int failures = 0;
+    for (std::size_t successes = 0;; ++successes, ++failures) {
+        GEN_PROFILE_BIN const *const root = start_bins("Fitter");
+        l_successes_left = successes;
+        for (int i = 0; i < PAIRS; ++i)
+            try {
+                GEN_PROFILE_BINS::open("TST", "a name that needs memory", GEN_PB_FLAG_RECORD);
+                GEN_PROFILE_BINS::close(nullptr);
+                GEN_PROFILE_BINS::open("TST", "another name that needs memory", GEN_PB_FLAG_RECORD);
+                GEN_PROFILE_BINS::close(nullptr);
+            } catch (std::bad_alloc const &) {
+                // The tool goes on.
+            }
+        bool const is_done = l_successes_left != ALL;
+        l_successes_left = ALL;
+        // Bins whose close was lost are still open.
+        std::vector<std::string> open_bins;
+        open_bin("last")->get_path_names(&open_bins, root);
+        ASSERT_GE(open_bins.size(), 2U);
+        EXPECT_EQ(open_bins.back(), "last");
+        for (std::size_t i = 1; i < open_bins.size(); ++i)
+            GEN_PROFILE_BINS::close(nullptr);
+        GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
+        EXPECT_EQ(gen_profile_bin_get_current_bin(), nullptr);
+        EXPECT_EQ(m_messages.lines().back().substr(0, 2), "0 ");
+        if (is_done)
+            break;
+    }
+    EXPECT_GT(failures, 5);
+}
+
+// The failing allocation is one between the main report and the tagged report, in which the bins move. After it,
+// finalize() succeeds; it moves the bins anew, wherever they are.
+TEST_F(GenProfileBinsReportFault, InTheMovesOfTaggedBinsLeavesEachBinInOnePlace)
+{
+    constexpr std::size_t MANY = 1000000;
+    mem_cfg_set("gen_print_profile_bins", "on");
+    GEN_PROFILE_BIN *const root = run_tagged_flow();
+    l_successes_left = MANY;
+    root->dump("profile_bins_Fitter.log", /*collect_tags=*/true);
+    std::size_t const allocations_of_dump = MANY - l_successes_left;
+    l_successes_left = ALL;
+    GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/false);
+    ASSERT_TRUE(has_each_leaf_once("profile_bins_Fitter.log"));
+    ASSERT_TRUE(has_each_leaf_once("profile_bins_tagged_Fitter.log"));
+
+    int failures = 0;
+    for (std::size_t successes = allocations_of_dump;; ++successes, ++failures) {
+        std::filesystem::remove("profile_bins_tagged_Fitter.log");
+        run_tagged_flow();
+        l_successes_left = successes;
+        EXPECT_THROW(GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/false), std::bad_alloc);
+        if (std::filesystem::exists("profile_bins_tagged_Fitter.log"))
+            break;
+        GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/false);
+        ASSERT_TRUE(has_each_leaf_once("profile_bins_Fitter.log")) << successes;
+        ASSERT_TRUE(has_each_leaf_once("profile_bins_tagged_Fitter.log")) << successes;
+    }
+    EXPECT_GT(failures, LEAVES);
 }
 
 void *operator new(std::size_t size)

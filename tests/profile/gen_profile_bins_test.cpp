@@ -53,16 +53,16 @@ GEN_PROFILE_BIN &writable(GEN_PROFILE_BIN const *bin)
     return *const_cast<GEN_PROFILE_BIN *>(bin);
 }
 
-// Every operation that has no effect for a caller that doesn't own the bins. Returns an empty text, or one that names
-// the first operation that had an effect all the same.
+// Every operation that has no effect for a caller that doesn't own the bins, and the current bin, which exists if `bin`
+// does. Returns an empty text, or one that names the first operation that had an effect all the same.
 std::string use_without_effect(GEN_PROFILE_BIN const *bin)
 {
     if (GEN_PROFILE_BINS::open("T", "X", IMMEDIATE) != nullptr || GEN_PROFILE_BINS::open("T", "X", 0) != nullptr ||
         GEN_PROFILE_BINS::open_with_tag("T", "X", ANNOUNCED, "tag") != nullptr ||
         GEN_PROFILE_BINS::open_with_user_tag("T", "X", ANNOUNCED, "tag", "Label") != nullptr)
         return "an open gave a bin";
-    if (gen_profile_bin_get_current_bin() != nullptr)
-        return "there is a current bin";
+    if ((gen_profile_bin_get_current_bin() == nullptr) != (bin == nullptr))
+        return bin == nullptr ? "there is a current bin" : "there is no current bin";
     {
         GEN_PROFILER const guard("T", "X", IMMEDIATE);
         GEN_PROFILER const copy(guard);
@@ -169,13 +169,59 @@ TEST(GenProfileBins, AreSilentOnOtherThreadsWhileTheirOwnWorks)
 TEST(GenProfileBins, WorkOnTheThreadThatInitializes)
 {
     std::string path;
-    std::thread([&path] {
+    GEN_PROFILE_BIN const *root = nullptr;
+    std::thread([&path, &root] {
         start();
+        root = gen_profile_bin_get_current_bin();
         GEN_PROFILER const guard("T", "A", IMMEDIATE);
         path = guard->get_path(nullptr);
     }).join();
     EXPECT_EQ(path, "Fitter/A");
-    EXPECT_EQ(use_without_effect(nullptr), "");
+    EXPECT_EQ(gen_profile_bin_get_current_bin(), root);
+    EXPECT_EQ(use_without_effect(root), "");
+}
+
+TEST(GenProfileBins, ShowTheCurrentBinToEveryThread)
+{
+    constexpr int THREAD_COUNT = 3;
+    constexpr int MIN_ROUNDS = 1000;
+    constexpr int OWN_ROUNDS = 2000;
+    auto const seen_elsewhere = [] {
+        GEN_PROFILE_BIN const *bin = nullptr;
+        std::thread([&bin] { bin = gen_profile_bin_get_current_bin(); }).join();
+        return bin;
+    };
+    EXPECT_EQ(seen_elsewhere(), nullptr);
+    start();
+    GEN_PROFILE_BIN const *const root = gen_profile_bin_get_current_bin();
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(seen_elsewhere(), root);
+    GEN_PROFILE_BIN const *const stage = GEN_PROFILE_BINS::open("T", "A", IMMEDIATE);
+    EXPECT_EQ(seen_elsewhere(), stage);
+    GEN_PROFILE_BINS::close(nullptr);
+
+    // While the owner opens and closes, the others see one of its bins.
+    std::atomic<bool> is_done{false};
+    std::atomic<int> others{0};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < THREAD_COUNT; ++thread)
+        threads.emplace_back([&is_done, &others, root, stage] {
+            for (int i = 0; i < MIN_ROUNDS || !is_done; ++i) {
+                GEN_PROFILE_BIN const *const bin = gen_profile_bin_get_current_bin();
+                if (bin != root && bin != stage)
+                    ++others;
+            }
+        });
+    for (int i = 0; i < OWN_ROUNDS; ++i)
+        GEN_PROFILER const guard("T", "A", i % 2 == 0 ? IMMEDIATE : PLAIN);
+    is_done = true;
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(others, 0);
+
+    GEN_PROFILE_BINS::finalize("Fitter", /*close_root=*/true);
+    EXPECT_EQ(gen_profile_bin_get_current_bin(), nullptr);
+    EXPECT_EQ(seen_elsewhere(), nullptr);
 }
 
 // Guards.
