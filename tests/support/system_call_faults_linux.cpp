@@ -138,6 +138,16 @@ extern "C" {
     return call_or_fail(&flock, "flock", descriptor, operation);
 }
 
+[[gnu::visibility("default")]] int stat(char const *path, struct stat *status) noexcept
+{
+    return call_or_fail(static_cast<int (*)(char const *, struct stat *)>(&stat), "stat", path, status);
+}
+
+[[gnu::visibility("default")]] int fstat(int descriptor, struct stat *status) noexcept
+{
+    return call_or_fail(&fstat, "fstat", descriptor, status);
+}
+
 [[gnu::visibility("default")]] int fchown(int descriptor, uid_t owner, gid_t group) noexcept
 {
     return call_or_fail(&fchown, "fchown", descriptor, owner, group);

@@ -97,6 +97,8 @@ TEST_F(GenIniFileFaults, AFailedCallChangesNothing)
                                                                      {"open", ENOSPC, 2},
                                                                      {"flock", ENOLCK},
                                                                      {"flock", ENOLCK, 2, 1000},
+                                                                     {"fstat", EIO},
+                                                                     {"fstat", EIO, 3},
                                                                      {"read", EIO},
                                                                      {"read", EIO, 2},
                                                                      {"fchmod", EPERM},
@@ -141,6 +143,19 @@ TEST_F(GenIniFileFaults, GoesOnAfterInterruptions)
         EXPECT_TRUE(add("new")) << function;
         EXPECT_EQ(text(), "old\nnew\n") << function;
         EXPECT_GE(scope.met(), 3) << function;
+    }
+}
+
+// Then the name could be that of another file.
+TEST_F(GenIniFileFaults, LooksAgainIfItCantCompareFiles)
+{
+    for (int const call : {2, 4}) {
+        m_dir.write(NAME, "old\n");
+        SystemCallFaults const scope({{"fstat", EIO, call}});
+        EXPECT_TRUE(add("new"));
+        EXPECT_EQ(scope.met(), 1);
+        EXPECT_EQ(text(), "old\nnew\n");
+        EXPECT_THAT(names(), ElementsAre(NAME));
     }
 }
 
