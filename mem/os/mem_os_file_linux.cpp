@@ -11,22 +11,22 @@
 namespace {
 
 // Opens a file for reading. A pipe doesn't wait for its other end, and a terminal doesn't become that of the process.
-class OpenFile
+class InputFile
 {
 public:
-    explicit OpenFile(char const *path)
+    explicit InputFile(char const *path)
     {
         do
             m_descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
         while (m_descriptor < 0 && errno == EINTR);
     }
-    ~OpenFile()
+    ~InputFile()
     {
         if (is_open())
             close(m_descriptor);
     }
-    OpenFile(OpenFile const &) = delete;
-    OpenFile &operator=(OpenFile const &) = delete;
+    InputFile(InputFile const &) = delete;
+    InputFile &operator=(InputFile const &) = delete;
 
     bool is_open() const { return m_descriptor >= 0; }
     bool get_status(struct stat &status) const { return fstat(m_descriptor, &status) == 0; }
@@ -83,7 +83,7 @@ MEM_OS_FILE without_open_file(char const *path, int error)
 
 MEM_OS_FILE mem_os_read_file(char const *path, std::size_t largest_size)
 {
-    OpenFile const file(path);
+    InputFile const file(path);
     if (!file.is_open())
         return without_open_file(path, errno);
     struct stat status;

@@ -10,21 +10,21 @@
 namespace {
 
 // A file for a scope. The flag lets directories be opened too, which are then known as such.
-class OpenFile
+class InputFile
 {
 public:
-    OpenFile(char const *path, DWORD access)
+    InputFile(char const *path, DWORD access)
         : m_handle(CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr))
     {
     }
-    ~OpenFile()
+    ~InputFile()
     {
         if (is_open())
             CloseHandle(m_handle);
     }
-    OpenFile(OpenFile const &) = delete;
-    OpenFile &operator=(OpenFile const &) = delete;
+    InputFile(InputFile const &) = delete;
+    InputFile &operator=(InputFile const &) = delete;
 
     bool is_open() const { return m_handle != INVALID_HANDLE_VALUE; }
 
@@ -67,7 +67,7 @@ std::string identity_of(BY_HANDLE_FILE_INFORMATION const &status)
 // The same for a file that can't be read, but asked for its facts.
 std::string identity_of(char const *path)
 {
-    OpenFile const file(path, /*access=*/0);
+    InputFile const file(path, /*access=*/0);
     BY_HANDLE_FILE_INFORMATION status;
     return file.is_open() && file.get_status(status) ? identity_of(status) : std::string();
 }
@@ -91,7 +91,7 @@ MEM_OS_FILE without_open_file(char const *path, DWORD error)
 
 MEM_OS_FILE mem_os_read_file(char const *path, std::size_t largest_size)
 {
-    OpenFile const file(path, GENERIC_READ);
+    InputFile const file(path, GENERIC_READ);
     if (!file.is_open())
         return without_open_file(path, GetLastError());
     BY_HANDLE_FILE_INFORMATION status = {};
