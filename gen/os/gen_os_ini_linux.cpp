@@ -12,6 +12,10 @@
 // The locks are those of flock(). Each belongs to one opening of a file, so that they also hold among the threads of a
 // process, and the system releases them when the process ends. Locks of fcntl() would be those of the whole process,
 // and its open-file-description locks would see no other program that uses flock().
+//
+// flock() gives the lock to whoever comes first, and a caller that changes the file again and again comes first nearly
+// always. So a caller that finds the file locked marks it, by a read lock of a byte that no file has, and the one that
+// has changed a marked file sleeps before it returns.
 #include "gen/os/gen_os_ini.h"
 
 #include "sys/sys_write.h"
@@ -39,10 +43,13 @@ constexpr char NEXT_SUFFIX[] = ".gen_ini_tmp";
 
 constexpr char ACL_NAME[] = "system.posix_acl_access";
 
-// A caller looks for the lock once a millisecond at least: another process that changes the file again and again leaves
-// it unlocked for some ten microseconds each time.
+// Of the first and the longest sleep between two looks for the lock, and of the sleep that lets another caller find it.
 constexpr std::int64_t FIRST_PAUSE_NSEC = 50'000;
 constexpr std::int64_t LONGEST_PAUSE_NSEC = 1'000'000;
+constexpr std::int64_t PASSING_PAUSE_NSEC = 2'000'000;
+
+// The byte whose read lock says that a caller waits for the file.
+constexpr off_t WAITING_MARK = off_t{1} << 62;
 
 // Calls a function again as long as a signal interrupts it.
 template <typename Function>
@@ -53,6 +60,12 @@ auto uninterrupted(Function const &function)
         if (result >= 0 || errno != EINTR)
             return result;
     }
+}
+
+void sleep_for(std::int64_t nsec)
+{
+    timespec const time{0, static_cast<long>(nsec)};
+    nanosleep(&time, nullptr);
 }
 
 // The time that a change may wait, from its construction on.
@@ -67,8 +80,7 @@ public:
         std::int64_t const rest_nsec = m_end_nsec - now_nsec();
         if (rest_nsec <= 0)
             return false;
-        timespec const time{0, static_cast<long>(std::min(rest_nsec, m_pause_nsec))};
-        nanosleep(&time, nullptr);
+        sleep_for(std::min(rest_nsec, m_pause_nsec));
         m_pause_nsec = std::min(2 * m_pause_nsec, LONGEST_PAUSE_NSEC);
         return true;
     }
@@ -148,9 +160,17 @@ public:
             LockResult const result = try_lock();
             if (result != LockResult::HELD_BY_ANOTHER)
                 return result == LockResult::LOCKED;
+            mark();
             if (!patience.pause())
                 return false;
         }
+    }
+
+    // Whether another caller waits for the lock. False on systems without such marks.
+    bool is_waited_for() const
+    {
+        struct flock mark = waiting_mark(F_WRLCK);
+        return fcntl(m_descriptor, F_OFD_GETLK, &mark) == 0 && mark.l_type != F_UNLCK;
     }
 
     bool read_all(std::string &text) const
@@ -172,6 +192,23 @@ public:
     }
 
 private:
+    static struct flock waiting_mark(short type)
+    {
+        struct flock mark = {};
+        mark.l_type = type;
+        mark.l_whence = SEEK_SET;
+        mark.l_start = WAITING_MARK;
+        mark.l_len = 1;
+        return mark;
+    }
+
+    // The mark ends with the opening of the file.
+    void mark() const
+    {
+        struct flock mark = waiting_mark(F_RDLCK);
+        fcntl(m_descriptor, F_OFD_SETLK, &mark);
+    }
+
     int m_descriptor;
     bool m_is_locked = false;
 };
@@ -305,8 +342,11 @@ public:
     {
         do {
             Result const result = try_once();
-            if (result != Result::FILE_CHANGED_ITS_NAME)
+            if (result != Result::FILE_CHANGED_ITS_NAME) {
+                if (m_is_waited_for)
+                    sleep_for(PASSING_PAUSE_NSEC);
                 return result == Result::DONE;
+            }
             m_patience.restart();
         } while (m_patience.pause());
         return false;
@@ -350,6 +390,7 @@ private:
         bool const is_done = change_text(file, target);
         if (!is_done && is_new)
             remove_if_empty(file, target);
+        m_is_waited_for = file.is_waited_for();
         return result_of(is_done);
     }
 
@@ -378,6 +419,7 @@ private:
     char const *m_path;
     Patience m_patience;
     std::function<bool(std::string &)> const &m_change;
+    bool m_is_waited_for = false; // by others, when the change was made
 };
 
 } // namespace

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-/// A fault of one function: open, read, write, fsync, flock, stat, fstat, fchown, fchmod, rename, fgetxattr or
-/// fsetxattr.
+/// A fault of one function: open, read, write, fsync, flock, stat, fstat, fchown, fchmod, rename, nanosleep,
+/// fgetxattr or fsetxattr.
 struct SystemCallFault
 {
     /// As the error of read or write: the call transfers one byte at most.

@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/xattr.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace {
@@ -146,6 +147,11 @@ extern "C" {
 [[gnu::visibility("default")]] int fstat(int descriptor, struct stat *status) noexcept
 {
     return call_or_fail(&fstat, "fstat", descriptor, status);
+}
+
+[[gnu::visibility("default")]] int nanosleep(timespec const *time, timespec *rest)
+{
+    return call_or_fail(&nanosleep, "nanosleep", time, rest);
 }
 
 [[gnu::visibility("default")]] int fchown(int descriptor, uid_t owner, gid_t group) noexcept

@@ -5,10 +5,12 @@
 #include "tests/support/temp_dir.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -254,6 +256,34 @@ TEST_F(GenIniFileFaults, MakesTheFileThatWasRemovedBeforeTheLock)
     EXPECT_TRUE(add("new"));
     EXPECT_EQ(scope.met(), 1);
     EXPECT_EQ(text(), "new\n");
+}
+
+// Otherwise a caller that changes the file again and again would have the lock nearly always.
+TEST_F(GenIniFileFaults, LetsAnotherCallerThatWaitsGoFirst)
+{
+    std::atomic<bool> waits{false};
+    std::thread other;
+    {
+        // The other caller has marked the file when it looks for the lock a second time.
+        auto const wait_as_another = [&] {
+            SystemCallFaults const scope({{"flock", SystemCallFault::NO_ERROR, 2, 1, [&] { waits = true; }}});
+            EXPECT_TRUE(add("another"));
+        };
+        SystemCallFaults const scope({{"rename", SystemCallFault::NO_ERROR, 1, 1,
+                                       [&] {
+                                           other = std::thread(wait_as_another);
+                                           while (!waits)
+                                               std::this_thread::yield();
+                                       }},
+                                      {"nanosleep", SystemCallFault::NO_ERROR}});
+        EXPECT_TRUE(add("new"));
+        EXPECT_EQ(scope.met(), 2);
+    }
+    other.join();
+    EXPECT_EQ(text(), "old\nnew\nanother\n");
+    SystemCallFaults const scope({{"nanosleep", SystemCallFault::NO_ERROR}});
+    EXPECT_TRUE(add("alone"));
+    EXPECT_EQ(scope.met(), 0);
 }
 
 // A child of a fork has the same openings of files, and may live long.
