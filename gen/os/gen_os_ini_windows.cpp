@@ -31,8 +31,7 @@ std::string mutex_name(std::string const &path)
     for (char const c : path)
         hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
     char name[64];
-    std::snprintf(name, sizeof name, "Global\\zel_gen_ini_%08lx%08lx", static_cast<unsigned long>(hash >> 32),
-                  static_cast<unsigned long>(hash & 0xffffffffU));
+    std::snprintf(name, sizeof name, "Global\\zel_gen_ini_%016llx", static_cast<unsigned long long>(hash));
     return name;
 }
 
