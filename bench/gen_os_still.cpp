@@ -1,5 +1,6 @@
 // An operating-system layer whose clocks never advance and cost nothing.
 #include "gen/os/gen_os.h"
+#include "gen/os/gen_os_ini.h"
 
 bool gen_os_read_counter(std::uint64_t &ticks)
 {
@@ -71,15 +72,11 @@ bool gen_os_reserve_address_space(std::size_t)
     return false;
 }
 void gen_os_debug_output(char const *) {}
-bool gen_os_write_private_profile_string(char const *, char const *, char const *, char const *, int &)
+bool gen_os_write_private_profile_string(char const *, char const *, char const *, char const *, int, int &)
 {
     return false;
 }
-bool gen_os_read_file(char const *, std::string &)
-{
-    return false;
-}
-bool gen_os_replace_file(char const *, std::string const &)
+bool gen_os_change_file(char const *, int, std::function<bool(std::string &text)> const &)
 {
     return false;
 }

@@ -308,6 +308,14 @@ GEN_API bool gen_getline(std::istream *in, std::string *line, char delimiter);
 /// On Windows this calls WritePrivateProfileStringA() and returns its result. Elsewhere the file is replaced as a whole
 /// with all other lines unchanged, and a text that could not be read back is a failure: a key with "=", a text with a
 /// line end, and a key that would begin a comment or a section.
+///
+/// Any thread. Calls of several threads and processes for one file lose no key: each waits for the others, 10 s at most,
+/// and is a failure after that. (On Windows two paths that differ in more than case, such as a link, count as two
+/// files.) On Linux the directory has to be writable; the file keeps its mode, and its owner, group and ACL as far as
+/// the user may set them; a link, also to a missing file, stays, and the file that it names is changed. Not changed
+/// are a file without any write permission, also for the superuser, and anything that is no regular file. While the
+/// file is written, its new text is in a file with ".gen_ini_tmp" after the name; the next change removes the one that
+/// a killed process leaves.
 GEN_API int gen_writeprivateprofilestring(char const *section, char const *key, char const *value, char const *file);
 
 // Messages from templates.

@@ -37,8 +37,11 @@
 //     4. "kalvern.ini" in the installation root, which is known after mem_set_gen_get_kalvern_path_callback()
 //
 // Each file is read once: files 2 and 3 at the first look-up in the process, file 4 at the first look-up after its
-// callback was set. A file that can't be read counts as absent. A file of more than 16 MiB counts as absent too, and is
-// reported.
+// callback was set. Regular files are read, and links to them; the opening of a pipe is not waited for. A file that is
+// there and can't be read, is no regular file, or has more than 16 MiB counts as absent, and so does a missing file that
+// KALVERN_INI names. Each is reported once on the standard error stream, with the reason:
+//
+//     Warning: kalvern.ini: the file can't be read: Permission denied
 //
 // Each line of a file is "key = value"; blanks around the key and the value are dropped. A line that begins with # or ;
 // is a comment; elsewhere in a line these characters belong to the value. A line with a section in brackets is ignored.
@@ -65,6 +68,12 @@ MEM_API int mem_cfg_get_int_value(char const *key, int default_value);
 ///
 /// @param key  the key; null counts as absent
 MEM_API std::string mem_cfg_get_value(char const *key);
+
+/// Where the value of a key comes from, for a message about it: the file as it was opened and the line, in the form
+/// "kalvern.ini:3"; "mem_cfg_set" if the program has set it; empty if the key is absent.
+///
+/// @param key  the key; null counts as absent
+MEM_API std::string mem_cfg_get_origin(char const *key);
 
 /// Sets a key for this process, from now on and for all threads. It takes precedence over every file.
 ///

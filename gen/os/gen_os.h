@@ -4,9 +4,10 @@
 //     gen_os.h            clocks, modules, files, the process
 //     gen_os_host.h       the host, its user, the version of the system
 //     gen_os_machine.h    the processors: affinity, CPUID, frequency
+//     gen_os_ini.h        changes of initialisation files
 //     gen_os_text.h       text functions of the Windows runtime
 //
-// A test may link a fake in place of the first three. A query with outputs returns false, and leaves the outputs alone,
+// A test may link a fake in place of the first four. A query with outputs returns false, and leaves the outputs alone,
 // if the system gives no result; the caller decides what to do then. The sources contain system calls alone: a text
 // that the system gives is read by the pure functions of gen/base, and the queries that zel_gen has in common with the
 // other libraries are in sys/.
@@ -66,18 +67,6 @@ bool gen_os_library_links_count();
 /// Opens a file buffer through the system's long-path form; it has no file yet. `protection` is what the runtime
 /// library of Windows calls a sharing argument (share.h); it has no effect elsewhere.
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode, int protection);
-
-/// Sets a key in a section of an initialisation file by the system's own call, whose result it stores. False except on
-/// Windows; elsewhere gen/text implements the rules of these files and uses the next two functions.
-bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,
-                                         int &result);
-
-/// The text of a regular file; the empty text if the file is missing. False on Windows.
-bool gen_os_read_file(char const *path, std::string &text);
-
-/// Replaces the text of a regular file in one step, so that no reader ever sees a part of it, or creates the file. A
-/// link stays a link, and the file keeps its permissions. False on Windows.
-bool gen_os_replace_file(char const *path, std::string const &text);
 
 /// Creates an empty file in a directory. Its name was free, and begins with the first three characters of the prefix.
 /// Processes that call it at the same time get different files. The directory is not empty; it and the path have the

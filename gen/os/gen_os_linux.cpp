@@ -3,8 +3,6 @@
 #include "sys/sys_module.h"
 #include "sys/sys_process.h"
 
-#include <atomic>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -13,7 +11,6 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -59,7 +56,6 @@ class File
 {
 public:
     explicit File(int descriptor) : m_descriptor(descriptor) {}
-    File(char const *path, int flags, mode_t mode = 0) : File(open(path, flags | O_CLOEXEC, mode)) {}
     ~File()
     {
         if (is_open())
@@ -70,55 +66,9 @@ public:
 
     bool is_open() const { return m_descriptor >= 0; }
 
-    bool read_all(std::string &text) const
-    {
-        char buffer[4096];
-        for (;;) {
-            ssize_t const count = read(m_descriptor, buffer, sizeof buffer);
-            if (count == 0)
-                return true;
-            if (count > 0)
-                text.append(buffer, static_cast<std::size_t>(count));
-            else if (errno != EINTR)
-                return false;
-        }
-    }
-
-    // Also waits until the bytes have reached the disk.
-    bool write_all(std::string const &text) const
-    {
-        for (std::size_t done = 0; done < text.size();) {
-            ssize_t const count = write(m_descriptor, text.data() + done, text.size() - done);
-            if (count >= 0)
-                done += static_cast<std::size_t>(count);
-            else if (errno != EINTR)
-                return false;
-        }
-        return fsync(m_descriptor) == 0;
-    }
-
-    bool is_regular() const
-    {
-        struct stat status;
-        return fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    }
-
-    bool set_mode(mode_t mode) const { return fchmod(m_descriptor, mode) == 0; }
-
 private:
     int m_descriptor;
 };
-
-// The permissions of a regular file; 0 if the file is missing, and false if it is something else.
-bool read_permissions(std::string const &path, mode_t &permissions)
-{
-    permissions = 0;
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0)
-        return errno == ENOENT;
-    permissions = status.st_mode & 07777;
-    return S_ISREG(status.st_mode);
-}
 
 // The first characters of a text in UTF-8, in which a byte of the form 10xxxxxx continues a character.
 std::string first_characters(char const *text, std::size_t count)
@@ -227,41 +177,6 @@ bool gen_os_library_links_count()
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode, int)
 {
     return buffer.open(path, mode) != nullptr;
-}
-
-bool gen_os_write_private_profile_string(char const *, char const *, char const *, char const *, int &)
-{
-    return false;
-}
-
-bool gen_os_read_file(char const *path, std::string &text)
-{
-    File const file(path, O_RDONLY | O_NONBLOCK); // so that a pipe doesn't wait for its other end
-    std::string content;
-    if (file.is_open() ? !file.is_regular() || !file.read_all(content) : errno != ENOENT)
-        return false;
-    text = std::move(content);
-    return true;
-}
-
-bool gen_os_replace_file(char const *path, std::string const &text)
-{
-    static std::atomic<unsigned> serial{0};
-    std::string target = path;
-    read_real_path(path, target);
-    mode_t permissions;
-    if (!read_permissions(target, permissions))
-        return false;
-    // The new file never has wider permissions than the old one, not even while it is written.
-    std::string const fresh = target + '.' + std::to_string(getpid()) + '.' + std::to_string(serial++) + ".tmp";
-    File const file(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL, permissions == 0 ? 0666 : permissions);
-    if (!file.is_open())
-        return false;
-    if (file.write_all(text) && (permissions == 0 || file.set_mode(permissions)) &&
-        std::rename(fresh.c_str(), target.c_str()) == 0)
-        return true;
-    unlink(fresh.c_str());
-    return false;
 }
 
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)

@@ -203,23 +203,6 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
     return true;
 }
 
-bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,
-                                         int &result)
-{
-    result = WritePrivateProfileStringA(section, key, value, file);
-    return true;
-}
-
-bool gen_os_read_file(char const *, std::string &)
-{
-    return false;
-}
-
-bool gen_os_replace_file(char const *, std::string const &)
-{
-    return false;
-}
-
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
 {
     // The call takes a directory that is at least 14 characters shorter than the longest path. Not every system checks

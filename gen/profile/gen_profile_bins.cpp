@@ -96,8 +96,11 @@ std::unique_ptr<GEN_PB_IMPL> make_bin()
     return std::make_unique<Bin>();
 }
 
-[[noreturn]] void report_bad_regex(std::string const &expression)
+[[noreturn]] void report_bad_regex(char const *key, std::string const &expression)
 {
+    std::string const origin = mem_cfg_get_origin(key);
+    GEN_ARGUMENT_SLOTS arguments(origin, key);
+    mem_msg_local_vinfo("GEN", "%s: the value of \"%s\" is not a regular expression", arguments.cursor());
     std::string text;
     stl_sprintf(&text, "Error compiling regular expression \"%s\"", expression.c_str());
     text.resize(std::min(text.size(), REGEX_ERROR_SIZE - 1));
@@ -112,7 +115,7 @@ std::unique_ptr<boost::regex> compile_key(char const *key)
     try {
         return std::make_unique<boost::regex>(expression, boost::regex::perl);
     } catch (boost::regex_error const &) {
-        report_bad_regex(expression);
+        report_bad_regex(key, expression);
     }
 }
 

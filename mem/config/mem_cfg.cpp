@@ -23,6 +23,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <mutex>
+#include <set>
 
 namespace {
 
@@ -45,6 +46,8 @@ struct Configuration
     // The texts read so far; empty after the last file. The installation root may be the current directory, and a file
     // is one source however it is reached.
     std::vector<std::string> texts;
+    // The identities of the files that can't be read.
+    std::set<std::string> unreadable_files;
 
     // Guards the values, which mem_cfg_set() and the query that reads the files write.
     std::mutex tables;
@@ -86,10 +89,10 @@ public:
 };
 
 // Adds those values of a file whose keys occur in no file read before. Under `reading`.
-void read_source(Configuration &cfg, std::string const &path, Problems &problems)
+void read_source(Configuration &cfg, std::string const &path, bool is_named, Problems &problems)
 {
     std::string text;
-    if (!mem_cfg_read_file(path, text, problems))
+    if (!mem_cfg_read_file(path, is_named, text, cfg.unreadable_files, problems))
         return;
     for (std::string const &former : cfg.texts)
         if (former == text)
@@ -108,8 +111,8 @@ void read_start_files(Configuration &cfg, Problems &problems)
         return;
     char const *const named = std::getenv(FILE_VARIABLE);
     if (named != nullptr && *named != '\0')
-        read_source(cfg, named, problems);
-    read_source(cfg, FILE_NAME, problems);
+        read_source(cfg, named, /*is_named=*/true, problems);
+    read_source(cfg, FILE_NAME, /*is_named=*/false, problems);
     cfg.has_start_files = true;
     begin_generation();
 }
@@ -122,9 +125,10 @@ void read_root_file(Configuration &cfg, std::string root, Problems &problems)
     if (!root.empty()) {
         if (root.back() != '/' && root.back() != '\\')
             root += '/';
-        read_source(cfg, root + FILE_NAME, problems);
+        read_source(cfg, root + FILE_NAME, /*is_named=*/false, problems);
     }
     cfg.texts = {};
+    cfg.unreadable_files = {};
     cfg.has_root_file = true;
     begin_generation();
 }
@@ -218,6 +222,12 @@ std::string mem_cfg_get_value(char const *key)
 {
     std::shared_ptr<MEM_CFG_ENTRY> const entry = find_entry(key);
     return entry == nullptr ? std::string() : entry->value;
+}
+
+std::string mem_cfg_get_origin(char const *key)
+{
+    std::shared_ptr<MEM_CFG_ENTRY> const entry = find_entry(key);
+    return entry == nullptr ? std::string() : entry->origin;
 }
 
 void mem_cfg_set(char const *key, char const *value)

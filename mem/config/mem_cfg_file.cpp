@@ -1,11 +1,12 @@
 #include "mem/config/mem_cfg_file.h"
 
+#include "mem/os/mem_os_file.h"
 #include "sys/sys_text.h"
 
 #include <charconv>
 #include <cstdint>
-#include <cstdio>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -70,36 +71,24 @@ bool parse_line(std::string_view line, std::string const &origin, MEM_CFG_ENTRIE
     return true;
 }
 
-struct CloseFile
-{
-    void operator()(std::FILE *file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
-// Reads until the end, an error, or more than the largest size. False after an error.
-bool read_all(std::FILE *file, std::string &text)
-{
-    char block[8192];
-    while (std::size_t const size = std::fread(block, 1, sizeof block, file)) {
-        text.append(block, size);
-        if (text.size() > MEM_CFG_LARGEST_FILE)
-            break;
-    }
-    return std::ferror(file) == 0;
-}
-
 } // namespace
 
-bool mem_cfg_read_file(std::string const &path, std::string &text, std::vector<std::string> &problems)
+bool mem_cfg_read_file(std::string const &path, bool is_named, std::string &text, std::set<std::string> &files,
+                       std::vector<std::string> &problems)
 {
-    File const file(std::fopen(path.c_str(), "rb"));
-    if (file == nullptr)
+    MEM_OS_FILE file = mem_os_read_file(path.c_str(), MEM_CFG_LARGEST_FILE);
+    bool const is_read = file.state == MEM_OS_FILE_STATE::READ;
+    if (is_read && file.text.size() <= MEM_CFG_LARGEST_FILE) {
+        text = std::move(file.text);
+        return true;
+    }
+    if (file.state == MEM_OS_FILE_STATE::ABSENT && !is_named)
         return false;
-    bool const readable = read_all(file.get(), text);
-    if (text.size() <= MEM_CFG_LARGEST_FILE)
-        return readable;
-    problems.push_back(path + ": the file is larger than " + std::to_string(MEM_CFG_LARGEST_FILE >> 20) +
-                       " MiB and is not read");
+    if (!file.identity.empty() && !files.insert(file.identity).second)
+        return false;
+    problems.push_back(path + (is_read ? ": the file is larger than " + std::to_string(MEM_CFG_LARGEST_FILE >> 20) +
+                                             " MiB and is not read"
+                                       : ": the file can't be read: " + file.reason));
     return false;
 }
 

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,15 +21,19 @@ struct MEM_CFG_ENTRY
 
 using MEM_CFG_ENTRIES = std::map<std::string, std::shared_ptr<MEM_CFG_ENTRY>, std::less<>>;
 
-/// A larger file is not read. The bound also ends the reading of a device, which has no end.
+/// A larger file is not read.
 constexpr std::size_t MEM_CFG_LARGEST_FILE = std::size_t(16) << 20;
 
 /// Lines of one file that are reported one by one; the others are counted.
 constexpr std::size_t MEM_CFG_MOST_REPORTS = 20;
 
-/// Reads a whole file. False if there is none or it can't be read; a file that is too large is also added to the
-/// problems.
-bool mem_cfg_read_file(std::string const &path, std::string &text, std::vector<std::string> &problems);
+/// Reads a whole regular file. If it can't, or if the file is too large, the reason is added to the problems.
+///
+/// @param is_named      whether the user named the file. Otherwise a missing one is no problem
+/// @param files         the identities of the files whose reasons are known by now. A reason is added once for each
+/// file
+bool mem_cfg_read_file(std::string const &path, bool is_named, std::string &text, std::set<std::string> &files,
+                       std::vector<std::string> &problems);
 
 /// Adds the values of a file's text, named `path` in reports. A key that occurs twice has its last value.
 void mem_cfg_parse(std::string const &path, std::string_view text, MEM_CFG_ENTRIES &entries,

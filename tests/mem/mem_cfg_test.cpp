@@ -224,26 +224,7 @@ TEST_F(MemCfg, TakesAFileThatIsReachedTwiceAsOneSource)
     EXPECT_EQ(count_of(errors, "nonsense"), 1U) << errors;
 }
 
-// Unreadable files are as good as none.
-
-TEST_F(MemCfg, PassesOverAMissingFile)
-{
-    Environment const variable("KALVERN_INI", "missing/file.cfg");
-    m_dir.write("current/kalvern.ini", "a = current\n");
-    l_root = m_dir.text("missing/");
-    set_root_callback();
-    EXPECT_EQ(errors_of([] { EXPECT_EQ(mem_cfg_get_value("a"), "current"); }), "");
-}
-
-TEST_F(MemCfg, PassesOverDirectories)
-{
-    std::string const named = make("named.cfg");
-    make("current/kalvern.ini");
-    Environment const variable("KALVERN_INI", named.c_str());
-    m_dir.write("root/kalvern.ini", "a = root\n");
-    set_root_callback();
-    EXPECT_EQ(errors_of([] { EXPECT_EQ(mem_cfg_get_value("a"), "root"); }), "");
-}
+// Size.
 
 TEST_F(MemCfg, RefusesAFileThatIsTooLarge)
 {

@@ -1,6 +1,7 @@
 #include "tests/support/gen_os_fake.h"
 
 #include "gen/os/gen_os.h"
+#include "gen/os/gen_os_ini.h"
 #include "tests/support/platform.h"
 
 #include <cstdlib>
@@ -277,30 +278,21 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
 }
 
 bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,
-                                         int &result)
+                                         int lock_msec, int &result)
 {
-    script().profile_call = {section, key, value, file};
+    script().profile_call = {section, key, value, file, lock_msec};
     if (!script().answers.private_profile_string)
         return false;
     result = script().profile_result;
     return true;
 }
 
-bool gen_os_read_file(char const *path, std::string &text)
+bool gen_os_change_file(char const *path, int lock_msec, std::function<bool(std::string &text)> const &change)
 {
     Script &s = script();
-    s.file_calls += std::string("read ") + path + '\n';
-    if (!s.answers.read_file)
-        return false;
-    text = s.file_text;
-    return true;
-}
-
-bool gen_os_replace_file(char const *path, std::string const &text)
-{
-    Script &s = script();
-    s.file_calls += std::string("replace ") + path + '\n';
-    if (!s.answers.replace_file)
+    s.file_calls += "change " + std::string(path) + " within " + std::to_string(lock_msec) + '\n';
+    std::string text = s.file_text;
+    if (!s.answers.change_file || !change(text))
         return false;
     s.file_text = text;
     return true;

@@ -30,8 +30,7 @@ struct GEN_OS_FAKE_ANSWERS
     bool local_time = true;
     bool executable_path = true;
     bool private_profile_string = true; ///< as on Windows
-    bool read_file = true;
-    bool replace_file = true;
+    bool change_file = true;
 };
 GEN_API void gen_os_fake_set_answers(GEN_OS_FAKE_ANSWERS const &answers);
 
@@ -61,11 +60,12 @@ struct GEN_OS_FAKE_PROFILE_CALL
     char const *key = nullptr;
     char const *value = nullptr;
     char const *file = nullptr;
+    int lock_msec = 0;
 };
 GEN_API GEN_OS_FAKE_PROFILE_CALL gen_os_fake_last_profile_call();
 GEN_API void gen_os_fake_set_profile_result(int result);
-/// The text of the one file there is, under every path; empty at start. The calls to read and to replace it since then,
-/// "read path" or "replace path" and a line end each. The results are valid until the next call.
+/// The text of the one file there is, under every path; empty at start. The calls to change it since then, "change path
+/// within milliseconds" and a line end each. The results are valid until the next call.
 GEN_API void gen_os_fake_set_file_text(char const *text);
 GEN_API char const *gen_os_fake_file_text();
 GEN_API char const *gen_os_fake_file_calls();

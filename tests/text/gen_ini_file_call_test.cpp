@@ -1,4 +1,4 @@
-// The change of a file over a scripted system, which has a call of its own or only reads and replaces files.
+// The change of a file over a scripted system, which has a call of its own or only changes files.
 #include "gen_string_sys.h"
 
 #include "tests/support/gen_os_fake.h"
@@ -25,10 +25,11 @@ TEST(GenWriteprivateprofilestring, IsTheCallOfASystemThatHasOne)
         EXPECT_EQ(call.key, c.key);
         EXPECT_EQ(call.value, c.value);
         EXPECT_EQ(call.file, c.file);
+        EXPECT_EQ(call.lock_msec, 10'000);
     }
 }
 
-TEST(GenWriteprivateprofilestring, ReadsAndReplacesTheFileOfASystemWithoutACall)
+TEST(GenWriteprivateprofilestring, ChangesTheFileOfASystemWithoutACall)
 {
     struct Case
     {
@@ -43,18 +44,15 @@ TEST(GenWriteprivateprofilestring, ReadsAndReplacesTheFileOfASystemWithoutACall)
     };
     GEN_OS_FAKE_ANSWERS system;
     system.private_profile_string = false;
-    GEN_OS_FAKE_ANSWERS unreadable = system;
-    unreadable.read_file = false;
     GEN_OS_FAKE_ANSWERS unwritable = system;
-    unwritable.replace_file = false;
+    unwritable.change_file = false;
     constexpr char const *FORMER = "[a]\nx=1\n";
     for (Case const &c : {
-             Case{"a change", system, "a", "2", "t.ini", 1, "read t.ini\nreplace t.ini\n", "[a]\nx=2\n"},
-             Case{"no change", system, "a", "1", "t.ini", 1, "read t.ini\n", FORMER},
-             Case{"a refused change", system, nullptr, "2", "t.ini", 0, "read t.ini\n", FORMER},
+             Case{"a change", system, "a", "2", "t.ini", 1, "change t.ini within 10000\n", "[a]\nx=2\n"},
+             Case{"no change", system, "a", "1", "t.ini", 1, "change t.ini within 10000\n", FORMER},
+             Case{"a refused change", system, nullptr, "2", "t.ini", 0, "change t.ini within 10000\n", FORMER},
              Case{"no file", system, "a", "2", nullptr, 0, "", FORMER},
-             Case{"an unreadable file", unreadable, "a", "2", "t.ini", 0, "read t.ini\n", FORMER},
-             Case{"an unwritable file", unwritable, "a", "2", "t.ini", 0, "read t.ini\nreplace t.ini\n", FORMER},
+             Case{"an unwritable file", unwritable, "a", "2", "t.ini", 0, "change t.ini within 10000\n", FORMER},
          }) {
         gen_os_fake_set_answers(c.answers);
         gen_os_fake_set_file_text(FORMER);
