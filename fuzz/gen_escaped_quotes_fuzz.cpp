@@ -1,18 +1,11 @@
 // Escapes outside double quotes. The input is the text.
 #include "gen_string_sys.h"
 
-#include <cstdint>
-#include <cstdlib>
+#include "fuzz_target.h"
+
 #include <cstring>
-#include <vector>
 
 namespace {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // The expected result, from one pass over the characters with the state in one variable.
 std::string decoded(std::string const &text)

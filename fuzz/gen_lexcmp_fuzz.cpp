@@ -2,22 +2,13 @@
 // their line feeds replaced by null characters.
 #include "gen_string_sys.h"
 
-#include "tests/support/lexcmp_reference.h"
+#include "fuzz_target.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <vector>
+#include "tests/support/lexcmp_reference.h"
 
 namespace {
 
 using Name = std::vector<char>;
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 int sign_of(int value)
 {

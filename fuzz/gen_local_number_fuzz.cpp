@@ -2,20 +2,13 @@
 // text.
 #include "gen_localization_sys.h"
 
+#include "fuzz_target.h"
+
 #include <cerrno>
 #include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <limits>
-#include <string>
 
 namespace {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 template <typename Number>
 struct Parsed

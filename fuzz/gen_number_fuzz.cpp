@@ -1,17 +1,11 @@
 // Numbers in text, both ways. The first byte of the input chooses a radix from -126 to 129, the rest is the text.
 #include "gen_string_sys.h"
 
+#include "fuzz_target.h"
+
 #include <charconv>
-#include <cstdint>
-#include <cstdlib>
 
 namespace {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // All numbers of a text, one after another.
 void check_cursor(std::string const &text)

@@ -1,22 +1,13 @@
 // Wild cards as regular expressions. The input is the wild card and, after the first line feed, a text to match.
 #include "gen_string_sys.h"
 
+#include "fuzz_target.h"
+
 #include <boost/regex.hpp>
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // Whether a wild card contains a character that keeps its special meaning in the regular expression.
 bool has_live_character(std::string const &wildcard)
