@@ -426,10 +426,11 @@ void prepare_gui_stream()
 std::string open_gui_stream()
 {
     gen_set_gui_profile_stream();
-    bool const is_open = gen_get_gui_profile_stream() != nullptr;
-    gen_set_db_dir_path("none");
-    gen_set_gui_profile_stream(); // deletes the stream
-    return is_open ? "open" : "none";
+    std::brisel_ofstream *const stream = gen_get_gui_profile_stream();
+    if (stream == nullptr)
+        return "none";
+    stream->close();
+    return "open";
 }
 
 // Tracking
