@@ -1,6 +1,6 @@
 # zel_add_test(<name> [STATEFUL] [CUSTOMER] [UNSIGNED_CHAR] [UTF8] [THREADS]
 #              [LIBRARIES <target>...] [SOURCES <file>...] [OBJECTS <object library>...] [DEFINITIONS <definition>...]
-#              [OPTIONS <compiler option>...] [DEPENDS <target>...] [TIMEOUT <seconds>])
+#              [OPTIONS <compiler option>...] [DEPENDS <target>...] [LABEL <label>] [TIMEOUT <seconds>])
 #
 # Builds <name>_test from <name>_test.cpp of the calling directory.
 #
@@ -13,7 +13,7 @@
 #   OBJECTS        object libraries that are linked into the executable
 #   DEPENDS        targets that are built before, for a test that runs or loads them
 function(zel_add_test name)
-  cmake_parse_arguments(ARG "STATEFUL;CUSTOMER;UNSIGNED_CHAR;UTF8;THREADS" "TIMEOUT"
+  cmake_parse_arguments(ARG "STATEFUL;CUSTOMER;UNSIGNED_CHAR;UTF8;THREADS" "LABEL;TIMEOUT"
     "LIBRARIES;SOURCES;OBJECTS;DEFINITIONS;OPTIONS;DEPENDS" ${ARGN})
   if(ARG_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "zel_add_test(${name}): unknown arguments ${ARG_UNPARSED_ARGUMENTS}")
@@ -60,6 +60,8 @@ macro(zel_add_test_executable target prefix)
   endif()
   if(ARG_THREADS)
     list(APPEND properties LABELS threads)
+  elseif(ARG_LABEL)
+    list(APPEND properties LABELS ${ARG_LABEL})
   endif()
   if(ARG_STATEFUL)
     gtest_discover_tests(${target} TEST_PREFIX "${prefix}." DISCOVERY_TIMEOUT 120 PROPERTIES ${properties})

@@ -1,5 +1,7 @@
 #include "mem/os/mem_os_file.h"
 
+#include "sys/os/sys_os_long_path_windows.h"
+
 #include <algorithm>
 #include <iterator>
 #include <system_error>
@@ -14,8 +16,9 @@ class InputFile
 {
 public:
     InputFile(char const *path, DWORD access)
-        : m_handle(CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                               OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr))
+        : m_handle(CreateFileW(sys_os_long_path(path).c_str(), access,
+                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                               FILE_FLAG_BACKUP_SEMANTICS, nullptr))
     {
     }
     ~InputFile()
@@ -81,7 +84,8 @@ bool says_absent(DWORD error)
 
 MEM_OS_FILE without_open_file(char const *path, DWORD error)
 {
-    bool const is_hidden = error == ERROR_ACCESS_DENIED && GetFileAttributesA(path) == INVALID_FILE_ATTRIBUTES;
+    bool const is_hidden =
+        error == ERROR_ACCESS_DENIED && GetFileAttributesW(sys_os_long_path(path).c_str()) == INVALID_FILE_ATTRIBUTES;
     if (is_hidden || says_absent(error))
         return {MEM_OS_FILE_STATE::ABSENT, "", reason_of(error), ""};
     return {MEM_OS_FILE_STATE::UNREADABLE, "", reason_of(error), identity_of(path)};
