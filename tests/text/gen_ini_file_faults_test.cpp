@@ -328,7 +328,7 @@ TEST_F(GenIniFileFaults, RemovesTheFileOfAKilledProcess)
     ASSERT_TRUE(WIFSIGNALED(result));
     EXPECT_THAT(names(), ElementsAre(NAME, NEXT_NAME));
     EXPECT_EQ(text(), "old\n");
-    EXPECT_TRUE(add("new", SHORT_MSEC));
+    EXPECT_TRUE(add("new"));
     EXPECT_THAT(names(), ElementsAre(NAME));
     EXPECT_EQ(text(), "old\nnew\n");
 }
@@ -357,7 +357,7 @@ TEST_F(GenIniFileFaults, WritesThroughNothingThatHasTheNextName)
 {
     std::string const victim = m_dir.write("victim", "precious");
     fs::create_hard_link(victim, m_dir.path() / NEXT_NAME);
-    EXPECT_TRUE(add("new", SHORT_MSEC));
+    EXPECT_TRUE(add("new"));
     EXPECT_EQ(m_dir.read("victim"), "precious");
     fs::create_symlink("victim", m_dir.path() / NEXT_NAME);
     EXPECT_FALSE(add("newer", SHORT_MSEC));
