@@ -353,6 +353,18 @@ TEST_F(MemMsgLosses, OfOneDestinationAreNotThoseOfAnother)
     EXPECT_EQ(m_dir.read("log.txt"), line_of("one"));
 }
 
+TEST_F(MemMsgLosses, NoneOfDescriptorsByRedirections)
+{
+    auto const count = [] { return entry_names("/proc/self/fd").size(); };
+    std::size_t const before = count();
+    for (int round = 0; round < 10; ++round) {
+        ASSERT_TRUE(mem_msg_redirect_to_file(m_dir.text("log.txt").c_str()));
+        EXPECT_TRUE(info("one"));
+    }
+    mem_msg_redirect(nullptr, nullptr);
+    EXPECT_EQ(count(), before);
+}
+
 TEST_F(MemMsgLosses, NoneOfTheOrderWithTheToolsOwnText)
 {
     {
