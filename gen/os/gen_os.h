@@ -66,6 +66,9 @@ bool gen_os_library_links_count();
 /// Opens a file buffer through the system's long-path form; it has no file yet. Other processes may open the file too.
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode);
 
+/// Creates an empty file that did not exist. Of several processes that call it at the same time, one succeeds.
+bool gen_os_create_file(char const *path);
+
 /// Sets a key in a section of an initialisation file by the system's own call, whose result it stores. False except on
 /// Windows; elsewhere gen/text implements the rules of these files and uses the next two functions.
 bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,

@@ -136,6 +136,14 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
     return buffer.open(std::filesystem::path(fio_get_unc_full_path(path)), mode) != nullptr;
 }
 
+bool gen_os_create_file(char const *path)
+{
+    HANDLE const file = CreateFileW(std::filesystem::path(fio_get_unc_full_path(path)).c_str(), GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, /*lpSecurityAttributes=*/nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file) != FALSE;
+}
+
 bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,
                                          int &result)
 {
