@@ -36,6 +36,9 @@ constexpr std::size_t HASH_WIDTH = 25;
 constexpr std::size_t PATH_WIDTH = 20;
 constexpr std::size_t LINE_WIDTH = 200;
 
+// How often the end of a file is read before it counts as unfinished.
+constexpr int LOOKS = 10;
+
 using Path = std::vector<std::string>;
 
 struct Cookie
@@ -134,8 +137,8 @@ Groups Log::log_all()
     return {m_logged.begin(), std::prev(m_logged.end()), /*is_empty=*/false};
 }
 
-// Whether the last byte of a regular file is not a line end.
-bool ends_within_line(std::string const &file)
+// Whether the last byte of a regular file is not a line end now.
+bool shows_part_of_line(std::string const &file)
 {
     struct _stat64i32 record;
     if (!FIO_FILE_SYSTEM::status(file, &record) || !sys_mode_is_regular(record.st_mode))
@@ -143,6 +146,19 @@ bool ends_within_line(std::string const &file)
     std::brisel_ifstream in(file.c_str(), std::ios::in | std::ios::binary | std::ios::ate, GEN_SHARE_ALL);
     in.seekg(-1, std::ios::end); // fails if the file is empty
     return in.good() && in.get() != '\n';
+}
+
+// Whether a process has left a file within a line. One that is still writing also shows parts of its lines, but not at
+// each of several looks.
+bool ends_within_line(std::string const &file)
+{
+    for (int look = 0; look < LOOKS; ++look) {
+        if (look != 0)
+            thr_sleep(/*milliseconds=*/1);
+        if (!shows_part_of_line(file))
+            return false;
+    }
+    return true;
 }
 
 // Appends a text, filled up with blanks to a width. A longer text is not cut.
