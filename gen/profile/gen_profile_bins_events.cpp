@@ -25,6 +25,8 @@
 #include "gen/profile/gen_profile_bins_tree.h"
 #include "mem_sys.h"
 
+#include <utility>
+
 namespace {
 
 // Fills an event; the clocks are read last.
@@ -84,8 +86,8 @@ void gen_pb_flush()
         return;
     MEM_TBB_NO_TRACK_ALLOC_DEALLOC_UNTIL_SCOPE_EXIT const untracked;
     GEN_CLOCKS const before = gen_read_clocks();
-    gen_pb_process(intake.events.data(), intake.event_count);
-    intake.event_count = 0;
+    // The buffer counts as empty before, so that an exception leaves it empty. Nothing is added to it meanwhile.
+    gen_pb_process(intake.events.data(), std::exchange(intake.event_count, 0));
     GEN_CLOCKS const spent = gen_read_clocks() - before;
     if (GEN_PB_IMPL *const bin = gen_pb().tree.current)
         bin->m_overhead.add_interval(spent);

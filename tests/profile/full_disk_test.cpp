@@ -43,13 +43,18 @@ struct Fault
 Fault l_write_fault;
 Fault l_close_fault;
 
+// The memory logs that were closed, each with the number of those that existed then.
+std::vector<std::string> l_closed_logs;
+
+std::string name_of(int descriptor)
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error).filename().string();
+}
+
 bool takes_effect(Fault &fault, int descriptor)
 {
-    if (fault.file.empty())
-        return false;
-    std::error_code error;
-    auto const path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error);
-    if (path.filename() != fault.file)
+    if (fault.file.empty() || name_of(descriptor) != fault.file)
         return false;
     errno = fault.error;
     fault = {};
@@ -79,6 +84,9 @@ extern "C" [[gnu::visibility("default")]] ssize_t writev(int descriptor, iovec c
 extern "C" [[gnu::visibility("default")]] int fclose(std::FILE *file)
 {
     static auto *const real = next<int(std::FILE *)>("fclose");
+    std::string const name = name_of(fileno(file));
+    if (name.rfind("mem_tbb_", 0) == 0)
+        l_closed_logs.push_back(std::to_string(entry_names(".").size()) + ": " + name);
     bool const fails = takes_effect(l_close_fault, fileno(file));
     int const error = errno;
     int const result = real(file);
@@ -293,6 +301,19 @@ TEST_F(FullDisk, ReportsEachLogOfAStage)
     EXPECT_THAT(m_messages.lines(),
                 ElementsAre("Dumping detailed memory logs for the prefit stage of the flow", message("fileline"),
                             message("subsystem"), message("pbin_tag_stats"), message("pbin_stats")));
+}
+
+// Not a matter of a full disk, but of the calls that this test sees.
+TEST_F(FullDisk, IsNeverMetByTwoOpenLogsOfAStage)
+{
+    mem_cfg_set("gen_enable_mem_fileline_profiling", "on");
+    mem_enable_tracking(static_cast<MEM_TRACKING_GRANULARITY>(MEM_TRACKING_SOURCES | MEM_TRACKING_STATISTICS));
+    start_bins("Fitter");
+    run_bin("fit2_fit_plan", 0, 0);
+    l_closed_logs.clear();
+    run_bin("Placer", 0, 0);
+    EXPECT_THAT(l_closed_logs, ElementsAre("1: mem_tbb_fileline.prefit.log", "2: mem_tbb_subsystem.prefit.log",
+                                           "3: mem_tbb_pbin_tag_stats.prefit.log", "4: mem_tbb_pbin_stats.prefit.log"));
 }
 
 // The contract of receivers forbids it; the run goes on all the same.
