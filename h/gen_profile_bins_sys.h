@@ -101,7 +101,8 @@ public:
     virtual void get_path_names(std::vector<std::string> *result, GEN_PROFILE_BIN const *root) const = 0;
 
     /// Writes the report of this bin and of all bins below it. If this bin is open, or the file can't be opened, a
-    /// debug message reports it and nothing is written.
+    /// debug message reports it and nothing is written. If the file can't be written to its end, it contains the
+    /// beginning, and an information message names it with the reason.
     ///
     /// @param file          name of the file; null writes the report as debug messages
     /// @param collect_tags  whether to collect the bins with a tag for the tagged report; no effect if `file` is null
