@@ -26,7 +26,8 @@
 // There is one tree in a process. It belongs to the thread that called GEN_PROFILE_BINS::initialize(). Calls on other
 // threads, and calls before initialize() or after finalize(), return at once without effect; finalize() itself is the
 // exception, see there. No lock is taken. If the messages of the bins are redirected to a function of the tool
-// (mem_msg_redirect()), opens and closes inside that function have no effect either.
+// (mem_msg_redirect()), opens and closes inside that function have no effect either. It must not throw: the bin whose
+// message it receives would be left half open or half closed.
 //
 // A misuse is an internal error in a development build. In a customer build (gen_debug_is_customer_build()) it silently
 // disables the bins until the process ends, so that profiling never stops a customer's flow.
@@ -100,7 +101,8 @@ public:
     virtual void get_path_names(std::vector<std::string> *result, GEN_PROFILE_BIN const *root) const = 0;
 
     /// Writes the report of this bin and of all bins below it. If this bin is open, or the file can't be opened, a
-    /// debug message reports it and nothing is written.
+    /// debug message reports it and nothing is written. If the file can't be written to its end, it contains the
+    /// beginning, and an information message names it with the reason.
     ///
     /// @param file          name of the file; null writes the report as debug messages
     /// @param collect_tags  whether to collect the bins with a tag for the tagged report; no effect if `file` is null
@@ -251,11 +253,14 @@ public:
 
     GEN_PROFILER &operator=(GEN_PROFILER const &) = delete;
 
-    /// Closes the bin, unless a copy has taken over.
+    /// Closes the bin, unless a copy has taken over. An exception of the close, such as a lack of memory, ends here.
     ~GEN_PROFILER()
     {
-        if (m_is_orig)
-            GEN_PROFILE_BINS::close(m_name);
+        try {
+            if (m_is_orig)
+                GEN_PROFILE_BINS::close(m_name);
+        } catch (...) { // a destructor that lets it out would end the process
+        }
     }
 
     /// The bin, as GEN_PROFILE_BINS::open() returned it: null unless it was opened with GEN_PB_FLAG_IMMEDIATE, and null

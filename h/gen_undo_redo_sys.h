@@ -61,7 +61,8 @@ public:
     GEN_API void end_section();
 
     /// Writes the file with all finished sections, the oldest first, and replaces its former content; without finished
-    /// sections the file is empty. If the file can't be opened or written, no error is reported.
+    /// sections the file is empty. If the file can't be opened, no error is reported. If it can't be written to its
+    /// end, an information message names it, with the reason; it then contains the beginning.
     ///
     /// The sections stay, so that the function can be called again. If the file could be opened and there is a finished
     /// section, the current section becomes a copy of the last finished one.

@@ -38,8 +38,8 @@
 //
 // Each file is read once: files 2 and 3 at the first look-up in the process, file 4 at the first look-up after its
 // callback was set. Regular files are read, and links to them; the opening of a pipe is not waited for. A file that is
-// there and can't be read, is no regular file, or has more than 16 MiB counts as absent, and so does a missing file that
-// KALVERN_INI names. Each is reported once on the standard error stream, with the reason:
+// there and can't be read, is no regular file, or has more than 16 MiB counts as absent, and so does a missing file
+// that KALVERN_INI names. Each is reported once on the standard error stream, with the reason:
 //
 //     Warning: kalvern.ini: the file can't be read: Permission denied
 //
@@ -84,9 +84,15 @@ MEM_API void mem_cfg_set(char const *key, char const *value);
 // Messages. A message is one line, and lines of different threads don't mix.
 //
 // Information messages are written to the standard output stream. Debug messages are written to the standard error
-// stream, and only if the key mem_show_debug_messages is on. Each line is flushed when it is written:
+// stream, and only if the key mem_show_debug_messages is on. Each line goes out when it is emitted, after a flush of
+// the stream:
 //
 //     Info (GEN): text         Debug (GEN): text         Info: text     if the module is null or empty
+//
+// A line goes out whole, also after an interruption by a signal. If the descriptor doesn't block and has no room, the
+// line waits for its reader, one second at most. Then it is lost, as after any other error, and the lines after it
+// don't wait until the descriptor takes text again. The next line that goes out follows "Warning: 3 messages were lost
+// here:" with the reason of the first of them. A fork doesn't wait for a line that is on its way.
 
 /// Emits an information message.
 ///
@@ -115,6 +121,9 @@ enum MEM_MSG_KIND
 
 /// A function that receives messages; see mem_msg_redirect(). It runs on the thread that emits the message, and several
 /// threads may run it at the same time. It may emit messages, which call it again, and it may redirect messages.
+///
+/// It must not throw: functions of the suite emit messages at any point of their work, and an exception would leave
+/// that work half done.
 ///
 /// `module` is never null. `text` is the text without the module and without the line end, valid during the call.
 /// `context` is the second argument of mem_msg_redirect().

@@ -3,6 +3,7 @@
 #define SYS_WRITE_H
 
 #include <cstddef>
+#include <cstdio>
 
 /// How far a write came.
 struct SYS_WRITTEN
@@ -21,5 +22,9 @@ struct SYS_WRITTEN
 /// it may be called from a signal handler. The caller has SIGPIPE ignored if the signal must not end the process. On
 /// Windows every descriptor blocks, and a descriptor in text mode expands line ends.
 SYS_WRITTEN sys_write(int descriptor, char const *text, std::size_t size, int milliseconds);
+
+/// The file descriptor of an open stdio stream. Text in the stream's buffer has to be flushed before the descriptor is
+/// written to, or it comes after.
+int sys_descriptor_of(std::FILE *stream);
 
 #endif

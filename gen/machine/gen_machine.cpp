@@ -15,6 +15,22 @@ std::atomic<GEN_MACHINE_STATE *> l_state{nullptr};
 
 [[gnu::init_priority(GEN_STATIC_ORDER_MACHINE_STATE)]] GEN_MACHINE_STATE l_machine_state;
 
+// Marks the thread that captures during the scope, also if an exception ends it: the capture then counts as not made.
+class CapturingThread
+{
+public:
+    CapturingThread(GEN_MACHINE_STATE &state, std::int64_t thread) : m_state(state)
+    {
+        m_state.m_capturing_thread = thread;
+    }
+    ~CapturingThread() { m_state.m_capturing_thread = 0; }
+    CapturingThread(CapturingThread const &) = delete;
+    CapturingThread &operator=(CapturingThread const &) = delete;
+
+private:
+    GEN_MACHINE_STATE &m_state;
+};
+
 // Whether the system's number of processors is reported as the number of packages and of cores.
 bool has_system_count()
 {
@@ -65,9 +81,10 @@ bool GEN_MACHINE_INFO::capture_cpu_info()
     THR_SCOPED_MUTEX const lock(state->m_capture_mutex);
     if (state->m_cpu_info_captured)
         return state->m_cpu_info_valid;
-    state->m_capturing_thread = self;
-    gen_walk_processors(*state);
-    state->m_capturing_thread = 0;
+    {
+        CapturingThread const capturing(*state, self);
+        gen_walk_processors(*state);
+    }
     state->m_cpu_info_captured.store(true, std::memory_order_release);
     return state->m_cpu_info_valid;
 }

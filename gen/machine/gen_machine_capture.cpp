@@ -219,6 +219,23 @@ void visit_processors(GEN_MACHINE_STATE &state, std::uint64_t system_mask)
     }
 }
 
+// At the end of the scope the thread may run on all processors of the process again.
+class MovedThread
+{
+public:
+    explicit MovedThread(std::uint64_t const &process_mask) : m_process_mask(process_mask) {}
+    ~MovedThread()
+    {
+        gen_os_release_thread(m_process_mask); // has no effect if the masks were not read
+        thr_sleep(0);
+    }
+    MovedThread(MovedThread const &) = delete;
+    MovedThread &operator=(MovedThread const &) = delete;
+
+private:
+    std::uint64_t const &m_process_mask;
+};
+
 } // namespace
 
 GEN_CPU_IDS gen_split_apic_id(std::uint8_t apic_id, std::uint32_t logical_per_package, std::uint32_t smt_per_core)
@@ -234,6 +251,7 @@ void gen_walk_processors(GEN_MACHINE_STATE &state)
 {
     std::uint64_t process_mask = 0;
     std::uint64_t system_mask = 0;
+    MovedThread const moved(process_mask);
     if (state.m_cpu_info_valid) {
         if (!gen_os_read_affinity(process_mask, system_mask))
             state.m_cpu_info_valid = false;
@@ -241,6 +259,4 @@ void gen_walk_processors(GEN_MACHINE_STATE &state)
             gen_debug_message("This process can not utilize all logical processors");
         visit_processors(state, system_mask);
     }
-    gen_os_release_thread(process_mask); // has no effect if the masks were not read
-    thr_sleep(0);
 }

@@ -1,6 +1,6 @@
 #include "gen_undo_redo_sys.h"
 
-#include "gen_fstream_sys.h"
+#include "gen/process/gen_log_file.h"
 #include "mem_sys.h"
 
 #include <utility>
@@ -87,11 +87,11 @@ void GEN_UNDO_REDO_MGR::end_section()
 
 void GEN_UNDO_REDO_MGR::commit_file()
 {
-    std::brisel_ofstream out(m_path.fullpath().c_str(), std::ios::out, GEN_SHARE_ALL);
+    GEN_LOG_FILE out(m_path.fullpath(), std::ios::out);
     if (!out.is_open())
         return;
     for (Section const &finished : m_finished_sections) {
         m_section = finished;
-        m_section.write(out);
+        m_section.write(out.stream());
     }
 }

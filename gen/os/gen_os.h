@@ -68,6 +68,9 @@ bool gen_os_library_links_count();
 /// library of Windows calls a sharing argument (share.h); it has no effect elsewhere.
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode, int protection);
 
+/// Creates an empty file that did not exist. Of several processes that call it at the same time, one succeeds.
+bool gen_os_create_file(char const *path);
+
 /// Creates an empty file in a directory. Its name was free, and begins with the first three characters of the prefix.
 /// Processes that call it at the same time get different files. The directory is not empty; it and the path have the
 /// separators of the system.

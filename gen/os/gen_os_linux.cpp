@@ -179,6 +179,12 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
     return buffer.open(path, mode) != nullptr;
 }
 
+bool gen_os_create_file(char const *path)
+{
+    int const file = open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    return file >= 0 && close(file) == 0;
+}
+
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
 {
     static constexpr char SUFFIX[] = ".tmp";

@@ -203,6 +203,14 @@ bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::o
     return true;
 }
 
+bool gen_os_create_file(char const *path)
+{
+    HANDLE const file =
+        CreateFileW(fio_get_unc_full_path(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                    /*lpSecurityAttributes=*/nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file) != FALSE;
+}
+
 bool gen_os_create_temp_file(char const *directory, char const *prefix, std::string &path)
 {
     // The call takes a directory that is at least 14 characters shorter than the longest path. Not every system checks

@@ -7,17 +7,22 @@
 //     b in X, a in X, c in Y, d in X   gives   a in X, b in X, c in Y, d in X
 #include "gen_cookie_sys.h"
 
+#include "fio_sys.h"
 #include "gen/base/gen_debug_message.h"
+#include "gen/os/gen_os.h"
+#include "gen/process/gen_log_file.h"
 #include "gen/profile/gen_cookie.h"
 #include "gen/profile/gen_profile_bins_bin.h"
 #include "gen/profile/gen_profile_bins_listener.h"
 #include "gen_fstream_sys.h"
 #include "mem_sys.h"
+#include "sys/sys_file_mode.h"
 #include "thr_sys.h"
 
 #include <algorithm>
 #include <atomic>
 #include <iterator>
+#include <list>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -30,6 +35,9 @@ constexpr std::size_t DESCRIPTION_WIDTH = 60;
 constexpr std::size_t HASH_WIDTH = 25;
 constexpr std::size_t PATH_WIDTH = 20;
 constexpr std::size_t LINE_WIDTH = 200;
+
+// How often the end of a file is read before it counts as unfinished.
+constexpr int LOOKS = 10;
 
 using Path = std::vector<std::string>;
 
@@ -45,26 +53,41 @@ bool operator<(Cookie const &a, Cookie const &b)
     return std::tie(a.m_description, a.m_path, a.m_hash) < std::tie(b.m_description, b.m_path, b.m_hash);
 }
 
-// All cookies of the process. Any thread changes them, under the mutex; the owner of the bins writes them at the end.
-struct Log
+// Sorted; never changed once it is logged.
+using Group = std::vector<Cookie>;
+
+// Groups that are logged already, in the order of the file. They may be read without the mutex while others are added.
+struct Groups
 {
+    std::list<Group>::const_iterator first;
+    std::list<Group>::const_iterator last;
+    bool is_empty;
+};
+
+// All cookies of the process. Any thread changes them, under the mutex; the owner of the bins writes them at the end.
+class Log
+{
+public:
     Log();
     ~Log();
     Log(Log const &) = delete;
     Log &operator=(Log const &) = delete;
 
     void add(Cookie cookie);
-    // Sorts the pending cookies and appends them to the logged ones.
-    void move_pending();
-    // Does the same, but they stay pending as well.
-    void copy_pending();
+    // Everything up to now. The cookies of the current path are logged, and stay pending as well.
+    Groups log_all();
+
+private:
+    void log_pending();
 
     THR_MUTEX_OBJ m_mutex = thr_mutex_create();
-    bool m_enabled = false;
-    std::vector<Cookie> m_logged;  // in the order of the file
-    std::vector<Cookie> m_pending; // those of the current path
+    std::list<Group> m_logged;
+    Group m_pending; // of the current path
     Path m_last_path;
 };
+
+// Whether the log is written. Only the owner of the bins uses it.
+bool l_is_enabled = false;
 
 // The log, null before its construction and after its release; other libraries may log then.
 std::atomic<Log *> l_log_in_life{nullptr};
@@ -87,28 +110,55 @@ void Log::add(Cookie cookie)
     THR_SCOPED_MUTEX const lock(m_mutex);
     if (cookie.m_path != m_last_path) {
         if (!m_last_path.empty())
-            move_pending();
+            log_pending();
         m_last_path = cookie.m_path;
     }
     m_pending.push_back(std::move(cookie));
 }
 
-void Log::move_pending()
+void Log::log_pending()
 {
+    if (m_pending.empty())
+        return;
     std::sort(m_pending.begin(), m_pending.end());
-    std::move(m_pending.begin(), m_pending.end(), std::back_inserter(m_logged));
-    m_pending.clear();
+    m_logged.emplace_back();
+    m_logged.back().swap(m_pending);
 }
 
-void Log::copy_pending()
+Groups Log::log_all()
 {
-    std::sort(m_pending.begin(), m_pending.end());
-    m_logged.insert(m_logged.end(), m_pending.begin(), m_pending.end());
+    THR_SCOPED_MUTEX const lock(m_mutex);
+    if (!m_pending.empty()) {
+        std::sort(m_pending.begin(), m_pending.end());
+        m_logged.push_back(m_pending);
+    }
+    if (m_logged.empty())
+        return {m_logged.end(), m_logged.end(), /*is_empty=*/true};
+    return {m_logged.begin(), std::prev(m_logged.end()), /*is_empty=*/false};
 }
 
-bool exists(std::string const &file)
+// Whether the last byte of a regular file is not a line end now.
+bool shows_part_of_line(std::string const &file)
 {
-    return std::brisel_ifstream(file.c_str(), std::ios::in, GEN_SHARE_ALL).good();
+    struct _stat64i32 record;
+    if (!FIO_FILE_SYSTEM::status(file, &record) || !sys_mode_is_regular(record.st_mode))
+        return false;
+    std::brisel_ifstream in(file.c_str(), std::ios::in | std::ios::binary | std::ios::ate, GEN_SHARE_ALL);
+    in.seekg(-1, std::ios::end); // fails if the file is empty
+    return in.good() && in.get() != '\n';
+}
+
+// Whether a process has left a file within a line. One that is still writing also shows parts of its lines, but not at
+// each of several looks.
+bool ends_within_line(std::string const &file)
+{
+    for (int look = 0; look < LOOKS; ++look) {
+        if (look != 0)
+            thr_sleep(/*milliseconds=*/1);
+        if (!shows_part_of_line(file))
+            return false;
+    }
+    return true;
 }
 
 // Appends a text, filled up with blanks to a width. A longer text is not cut.
@@ -119,7 +169,7 @@ void append_cell(std::string &line, std::string const &text, std::size_t width)
         line.append(width - text.size(), ' ');
 }
 
-void write_heading(std::ostream &out, char const *name)
+void write_heading(GEN_LOG_FILE &out, char const *name)
 {
     std::string titles;
     append_cell(titles, "Description", DESCRIPTION_WIDTH);
@@ -127,7 +177,8 @@ void write_heading(std::ostream &out, char const *name)
     append_cell(titles, "Hash Val", HASH_WIDTH);
     titles += '|';
     append_cell(titles, "Path", PATH_WIDTH);
-    out << "Cookie Database file for " << name << "\n\n" << titles << '\n' << std::string(LINE_WIDTH, '-') << std::endl;
+    out.write(std::string("Cookie Database file for ") + name + "\n\n" + titles + '\n' + std::string(LINE_WIDTH, '-') +
+              '\n');
 }
 
 void append_row(std::string &row, Cookie const &cookie)
@@ -145,38 +196,49 @@ void append_row(std::string &row, Cookie const &cookie)
     row += '\n';
 }
 
-void write_rows(std::ostream &out, std::vector<Cookie> const &cookies)
+void write_rows(GEN_LOG_FILE &out, Group const &cookies)
 {
     std::string row;
     for (Cookie const &cookie : cookies) {
         row.clear();
         append_row(row, cookie);
-        out << row;
+        out.write(row);
     }
 }
 
-// Writes the log, if that is enabled. No other thread may log at the same time.
+void write_rows(GEN_LOG_FILE &out, Groups const &groups)
+{
+    if (groups.is_empty)
+        return;
+    for (auto group = groups.first;; ++group) {
+        write_rows(out, *group);
+        if (group == groups.last)
+            return;
+    }
+}
+
+// Appends the cookies to a file. Of several processes that find no file, the one that creates it writes the heading.
+void append_to_file(char const *name, Groups const &groups)
+{
+    std::string const file = std::string("cookie_db_") + name + ".log";
+    bool const is_new = gen_os_create_file(file.c_str());
+    GEN_LOG_FILE out(file, std::ios::app | std::ios::out);
+    if (is_new)
+        write_heading(out, name);
+    else if (ends_within_line(file))
+        out.write("\n");
+    write_rows(out, groups);
+}
+
+// Logs the pending cookies, and writes all to the file if that is enabled.
 void write_log(char const *name)
 {
     Log *const log = l_log_in_life.load(std::memory_order_acquire);
     if (log == nullptr)
         return;
-    log->copy_pending();
-    if (!log->m_enabled)
-        return;
-    if (name == nullptr)
-        name = "";
-    std::string const file = std::string("cookie_db_") + name + ".log";
-    std::brisel_ofstream out;
-    if (exists(file)) {
-        out.open(file.c_str(), std::ios::app | std::ios::out, GEN_SHARE_ALL);
-    } else {
-        out.open(file.c_str(), std::ios::out, GEN_SHARE_ALL);
-        if (out.good())
-            write_heading(out, name);
-    }
-    if (out.good())
-        write_rows(out, log->m_logged);
+    Groups const groups = log->log_all();
+    if (l_is_enabled)
+        append_to_file(name == nullptr ? "" : name, groups);
 }
 
 // Writes the log at the end of a run.
@@ -203,9 +265,8 @@ void gen_log_cookie(char const *description, std::uint64_t hash)
 
 void gen_cookie_log_configure(bool primary, bool debug_messages)
 {
-    Log *const log = l_log_in_life.load(std::memory_order_acquire);
-    if (log == nullptr)
+    if (l_log_in_life.load(std::memory_order_acquire) == nullptr)
         return;
-    log->m_enabled = mem_cfg_is_on("gen_print_cookie_log", false) && (primary || debug_messages);
+    l_is_enabled = mem_cfg_is_on("gen_print_cookie_log", false) && (primary || debug_messages);
     gen_pb_listen_to_end(l_writer);
 }

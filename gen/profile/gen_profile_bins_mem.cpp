@@ -7,9 +7,9 @@
 
 #include "err_sys.h"
 #include "gen/base/gen_debug_message.h"
+#include "gen/process/gen_log_file.h"
 #include "gen/profile/gen_profile_bins_bin.h"
 #include "gen/profile/gen_profile_bins_listener.h"
-#include "gen_fstream_sys.h"
 #include "mem_sys.h"
 
 #include <algorithm>
@@ -45,12 +45,12 @@ bool stage_logs_are_enabled()
     return is_enabled;
 }
 
-// A file that the tracker fills. If it can't be opened, nothing is written.
-class LogFile : public std::brisel_ofstream
+// Writes one log. The result of the dump is not used: the file reports a failure itself.
+void write_log(std::string const &name, bool (*dump)(std::ostream &))
 {
-public:
-    explicit LogFile(std::string const &name) : std::brisel_ofstream(name.c_str(), std::ios::out, GEN_SHARE_ALL) {}
-};
+    GEN_LOG_FILE log(name, std::ios::out);
+    dump(log.stream());
+}
 
 class MemoryLogs final : public GEN_PB_LISTENER
 {
@@ -157,16 +157,12 @@ void MemoryLogs::dump_stage_logs() const
     std::string const stage = m_stages[static_cast<std::size_t>(m_stage)].name;
     gen_debug_message("Dumping detailed memory logs for the %s stage of the flow", stage);
     if (mem_tracking_is_enabled(MEM_TRACKING_SOURCES)) {
-        LogFile lines("mem_tbb_fileline." + stage + ".log");
-        mem_dump_tbb_fileline_tracking(lines);
-        LogFile subsystems("mem_tbb_subsystem." + stage + ".log");
-        mem_dump_tbb_subsystem_tracking(subsystems);
+        write_log("mem_tbb_fileline." + stage + ".log", mem_dump_tbb_fileline_tracking);
+        write_log("mem_tbb_subsystem." + stage + ".log", mem_dump_tbb_subsystem_tracking);
     }
     if (mem_tracking_is_enabled(MEM_TRACKING_STATISTICS)) {
-        LogFile tags("mem_tbb_pbin_tag_stats." + stage + ".log");
-        mem_dump_tbb_profile_bin_tag_stats_tracking(tags);
-        LogFile bins("mem_tbb_pbin_stats." + stage + ".log");
-        mem_dump_tbb_profile_bin_stats_tracking(bins);
+        write_log("mem_tbb_pbin_tag_stats." + stage + ".log", mem_dump_tbb_profile_bin_tag_stats_tracking);
+        write_log("mem_tbb_pbin_stats." + stage + ".log", mem_dump_tbb_profile_bin_stats_tracking);
     }
     mem_tbb_tracking_flush_peak();
 }
@@ -175,13 +171,13 @@ void MemoryLogs::dump_bin_logs(GEN_PB_IMPL const &bin)
 {
     mem_disable_tracking(MEM_TRACKING_SELECTED_BIN);
     std::string const suffix = bin.m_name + '_' + std::to_string(bin.m_count) + ".log";
-    LogFile lines("mem_tbb_fileline_" + suffix);
-    LogFile subsystems("mem_tbb_subsystem_" + suffix);
-    LogFile timeline("mem_tbb_timeline_" + suffix);
-    LogFile details("mem_tbb_timeline_detailed_" + suffix);
-    mem_dump_tbb_fileline_tracking(lines);
-    mem_dump_tbb_subsystem_tracking(subsystems);
-    mem_dump_tbb_module_tracking(timeline, details);
+    GEN_LOG_FILE lines("mem_tbb_fileline_" + suffix, std::ios::out);
+    GEN_LOG_FILE subsystems("mem_tbb_subsystem_" + suffix, std::ios::out);
+    GEN_LOG_FILE timeline("mem_tbb_timeline_" + suffix, std::ios::out);
+    GEN_LOG_FILE details("mem_tbb_timeline_detailed_" + suffix, std::ios::out);
+    mem_dump_tbb_fileline_tracking(lines.stream());
+    mem_dump_tbb_subsystem_tracking(subsystems.stream());
+    mem_dump_tbb_module_tracking(timeline.stream(), details.stream());
     mem_reset_tracking_entries();
 }
 

@@ -4,12 +4,12 @@
 
 #include "fio_sys.h"
 #include "gen/base/gen_debug_message.h"
+#include "gen/process/gen_log_file.h"
 #include "gen/profile/gen_profile_bins_estimate.h"
 #include "gen/profile/gen_profile_bins_tagged.h"
 #include "mem_sys.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -87,27 +87,21 @@ std::string value_cells(Figures const &row, char separator)
     return cells;
 }
 
-struct CloseFile
-{
-    void operator()(std::FILE *file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
 // Writes one report: a file, or debug messages under the code prefix of its topmost bin.
 class RowWriter
 {
 public:
     // To debug messages if `file` is null. Bins with a tag are added to `tagged_bins` unless it is null.
-    RowWriter(GEN_PB_IMPL const &top, File file, std::vector<GEN_PB_IMPL *> *tagged_bins)
-        : m_top(top), m_file(std::move(file)), m_separator(m_file ? '\t' : ' '), m_tagged_bins(tagged_bins)
+    RowWriter(GEN_PB_IMPL const &top, GEN_LOG_FILE *file, std::vector<GEN_PB_IMPL *> *tagged_bins)
+        : m_top(top), m_file(file), m_separator(file != nullptr ? '\t' : ' '), m_tagged_bins(tagged_bins)
     {
     }
 
     // A line is data: a "%" in a bin's name stays one.
     void write_line(std::string const &line) const
     {
-        if (m_file)
-            std::fputs(line.c_str(), m_file.get());
+        if (m_file != nullptr)
+            m_file->write(line);
         else
             mem_msg_local_vdebug(m_top.m_code_prefix.c_str(), "%s", GEN_ARGUMENT_SLOTS(line).cursor());
     }
@@ -190,7 +184,7 @@ private:
     }
 
     GEN_PB_IMPL const &m_top;
-    File m_file; // null for debug messages
+    GEN_LOG_FILE *m_file; // null for debug messages
     char m_separator;
     std::vector<GEN_PB_IMPL *> *m_tagged_bins;
     std::vector<Level> m_levels; // from the topmost bin down to the bin that the walk is in
@@ -204,13 +198,13 @@ void write_file_report(GEN_PB_IMPL &bin, char const *name, std::vector<GEN_PB_IM
     bool &writes_file = gen_pb().report.writes_file;
     if (!GEN_PB_CHECK(!writes_file, "l_gen_pb_current_file == 0LL"))
         return;
-    File file(FIO_FILE_SYSTEM::fopen(name, "w"));
-    if (!file) {
+    GEN_LOG_FILE file(name, GEN_LOG_FILE::File(FIO_FILE_SYSTEM::fopen(name, "w")));
+    if (!file.is_open()) {
         gen_debug_message("Error - couldn't print profile bins (disk probably full)");
         return;
     }
     GEN_PB_SCOPED_FLAG const writing(writes_file);
-    RowWriter writer(bin, std::move(file), tagged_bins);
+    RowWriter writer(bin, &file, tagged_bins);
     writer.write_header();
     writer.write_rows(bin);
     std::string closing;

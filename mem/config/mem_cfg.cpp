@@ -19,6 +19,7 @@
 #include "mem/base/mem_line.h"
 #include "mem/config/mem_cfg.h"
 #include "mem/config/mem_cfg_file.h"
+#include "sys/sys_path_text.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -123,7 +124,7 @@ void read_root_file(Configuration &cfg, std::string root, Problems &problems)
     if (cfg.has_root_file)
         return;
     if (!root.empty()) {
-        if (root.back() != '/' && root.back() != '\\')
+        if (!sys_ends_in_separator(root))
             root += '/';
         read_source(cfg, root + FILE_NAME, /*is_named=*/false, problems);
     }

@@ -8,24 +8,33 @@
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
+#include <new>
 
 namespace {
 
 constexpr char DEBUG_KEY[] = "mem_show_debug_messages";
+
+// A file that messages are appended to. It is closed when messages go elsewhere and no thread writes to it any more.
+struct File
+{
+    std::FILE *stream;
+    int user_count; // 1 while messages go to it, and 1 for each thread that writes to it; changed under the mutex
+    MEM_LINE_LOSSES losses;
+};
 
 // Where messages go: to the function if there is one, else to the file, else to the standard streams.
 struct Destination
 {
     MEM_MSG_SINK sink;
     void *context;
-    std::FILE *file;
+    File *file;
 };
 
 // All state is constant-initialised and is not destroyed by the exit, so a message can be emitted at any time. A file
 // that is still open then is closed by the C library.
 
-// Written by the redirections, under the mutex. A line to a stream is written under it too, so that no other thread
-// closes the file meanwhile.
+// Written by the redirections, under the mutex, which is held for some nanoseconds: nothing is written or called
+// meanwhile.
 std::mutex l_mutex;
 Destination l_destination{nullptr, nullptr, nullptr};
 
@@ -47,10 +56,20 @@ bool is_debug_on()
     return (value & 1) != 0;
 }
 
-// Closes the former file.
+void release(File *file)
+{
+    {
+        std::lock_guard<std::mutex> const lock(l_mutex);
+        if (--file->user_count != 0)
+            return;
+    }
+    std::fclose(file->stream);
+    delete file;
+}
+
 void set_destination(Destination const &destination)
 {
-    std::FILE *former = nullptr;
+    File *former = nullptr;
     {
         std::lock_guard<std::mutex> const lock(l_mutex);
         former = l_destination.file;
@@ -58,8 +77,33 @@ void set_destination(Destination const &destination)
         l_has_sink.store(destination.sink != nullptr, std::memory_order_release);
     }
     if (former != nullptr)
-        std::fclose(former);
+        release(former);
 }
+
+// The file that messages go to, which stays open during the scope.
+class UsedFile
+{
+public:
+    UsedFile()
+    {
+        std::lock_guard<std::mutex> const lock(l_mutex);
+        m_file = l_destination.file;
+        if (m_file != nullptr)
+            ++m_file->user_count;
+    }
+    ~UsedFile()
+    {
+        if (m_file != nullptr)
+            release(m_file);
+    }
+    UsedFile(UsedFile const &) = delete;
+    UsedFile &operator=(UsedFile const &) = delete;
+
+    File *get() const { return m_file; }
+
+private:
+    File *m_file = nullptr;
+};
 
 bool emit_to_sink(Destination const &destination, MEM_MSG_KIND kind, char const *module, char const *format,
                   char *arguments)
@@ -84,11 +128,10 @@ bool emit_to_stream(MEM_MSG_KIND kind, char const *module, char const *format, c
     if (line.back() != '\n')
         line += '\n';
 
-    std::lock_guard<std::mutex> const lock(l_mutex);
-    std::FILE *stream = kind == MEM_MSG_DEBUG ? stderr : stdout;
-    if (l_destination.file != nullptr)
-        stream = l_destination.file;
-    return mem_line_write(stream, line);
+    UsedFile const file;
+    if (file.get() != nullptr)
+        return mem_line_write(file.get()->stream, file.get()->losses, line);
+    return kind == MEM_MSG_DEBUG ? mem_line_write_error(line) : mem_line_write_output(line);
 }
 
 bool emit(MEM_MSG_KIND kind, char const *module, char const *format, char *arguments)
@@ -128,11 +171,16 @@ void mem_msg_redirect(MEM_MSG_SINK sink, void *context)
 
 bool mem_msg_redirect_to_file(char const *path)
 {
-    std::FILE *file = nullptr;
+    File *file = nullptr;
     if (path != nullptr) {
-        file = mem_os_open_to_append(path);
-        if (file == nullptr)
+        std::FILE *const stream = mem_os_open_to_append(path);
+        if (stream == nullptr)
             return false;
+        file = new (std::nothrow) File{stream, /*user_count=*/1, {}};
+        if (file == nullptr) {
+            std::fclose(stream);
+            return false;
+        }
     }
     set_destination({nullptr, nullptr, file});
     return true;

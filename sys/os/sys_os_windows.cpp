@@ -1,5 +1,6 @@
 #include "sys/os/sys_os_function_windows.h"
 #include "sys/os/sys_os_thread.h"
+#include "sys/sys_fork.h"
 #include "sys/sys_module.h"
 #include "sys/sys_path_text.h"
 #include "sys/sys_process.h"
@@ -81,4 +82,9 @@ bool sys_is_last_thread_of_exit()
 std::int64_t sys_thread_self()
 {
     return GetCurrentThreadId();
+}
+
+bool sys_watch_forks(void (*)(), void (*)(), void (*)())
+{
+    return true;
 }

@@ -56,3 +56,8 @@ SYS_WRITTEN sys_write(int descriptor, char const *text, std::size_t size, int mi
     }
     return {written, 0};
 }
+
+int sys_descriptor_of(std::FILE *stream)
+{
+    return fileno(stream);
+}

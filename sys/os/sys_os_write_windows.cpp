@@ -18,3 +18,8 @@ SYS_WRITTEN sys_write(int descriptor, char const *text, std::size_t size, int /*
     }
     return {written, 0};
 }
+
+int sys_descriptor_of(std::FILE *stream)
+{
+    return _fileno(stream);
+}

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <stdexcept>
 #include <thread>
 
 using testing::Each;
@@ -861,6 +862,20 @@ TEST(GenMachineThreads, AMessagesReceiverMayAskFromWithin)
     for (std::string const &call : machine.calls())
         walks += call == "masks" ? 1 : 0;
     EXPECT_EQ(walks, 1U);
+}
+
+// The contract of receivers forbids it. The next query captures anew, on any thread.
+TEST(GenMachineThreads, AMessagesReceiverThatThrowsLeavesNoThreadMarked)
+{
+    PlayedMachine machine("no_cpuid");
+    mem_msg_redirect([](MEM_MSG_KIND, char const *, char const *text, void *) { throw std::runtime_error(text); },
+                     nullptr);
+    EXPECT_THROW(GEN_MACHINE_INFO::recapture_cpu_info(), std::runtime_error);
+    EXPECT_EQ(gen_machine_state()->m_capturing_thread, 0);
+    EXPECT_THAT(machine.calls().back(), "sleep 0");
+    EXPECT_THAT(machine.calls()[machine.calls().size() - 2], HasSubstr("release"));
+    mem_msg_redirect([](MEM_MSG_KIND, char const *, char const *, void *) {}, nullptr);
+    EXPECT_EQ(count_by(GEN_MACHINE_INFO::get_physical_cpu_count), (Count{false, 3}));
 }
 
 // APIC ids.

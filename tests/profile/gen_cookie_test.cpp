@@ -215,6 +215,31 @@ TEST_F(GenCookie, AppendsWithoutASecondHeading)
     EXPECT_THAT(lines_of(text.substr(former.size()), LINE_END), ElementsAre(row("cookie", "1", "Root")));
 }
 
+TEST_F(GenCookie, WritesNoHeadingIntoAnEmptyFile)
+{
+    m_directory.write("cookie_db_tool.log", "");
+    start();
+    gen_log_cookie("cookie", 1);
+    finish();
+    EXPECT_THAT(file(), ElementsAre(row("cookie", "1", "Root")));
+}
+
+// As a process leaves it that was ended within a write.
+TEST_F(GenCookie, EndsAnUnfinishedLineFirst)
+{
+    struct Case
+    {
+        std::string former;
+        std::string end;
+    };
+    for (Case const &c : {Case{"half a row", LINE_END}, Case{"\n", ""}, Case{std::string("a\n\0", 3), LINE_END}}) {
+        m_directory.write("cookie_db_tool.log", c.former);
+        start();
+        finish();
+        EXPECT_EQ(m_directory.read("cookie_db_tool.log"), c.former + c.end) << c.former;
+    }
+}
+
 // The logged cookies stay, and so does the last group, which is then written once more.
 TEST_F(GenCookie, WritesEverythingAgainAtASecondFinalize)
 {
@@ -345,6 +370,32 @@ TEST_F(GenCookie, TakesCookiesOfManyThreads)
         EXPECT_EQ(std::count(lines.begin(), lines.end(), row("thread", number, "")), THREADS) << k;
         EXPECT_EQ(std::count(lines.begin(), lines.end(), row("flow", number, "Root::X")), 1) << k;
     }
+}
+
+// The next file contains what was too late for the first one.
+TEST_F(GenCookie, TakesCookiesWhileTheLogIsWritten)
+{
+    constexpr int THREADS = 4;
+    constexpr std::uint64_t COOKIES = 5000;
+    start();
+    std::vector<std::thread> threads;
+    for (int i = 0; i < THREADS; ++i)
+        threads.emplace_back([i] {
+            for (std::uint64_t k = 0; k < COOKIES; ++k)
+                gen_log_cookie(("thread " + std::to_string(i)).c_str(), k);
+        });
+    finish();
+    for (std::thread &thread : threads)
+        thread.join();
+    start();
+    finish("again");
+    std::vector<std::string> lines = file("again");
+    std::sort(lines.begin(), lines.end());
+    for (int i = 0; i < THREADS; ++i)
+        for (std::uint64_t k = 0; k < COOKIES; ++k) {
+            std::string const wanted = row("thread " + std::to_string(i), std::to_string(k), "");
+            ASSERT_TRUE(std::binary_search(lines.begin(), lines.end(), wanted)) << wanted;
+        }
 }
 
 TEST(GenCookieDeathTest, TakesCookiesWhileTheProcessEnds)

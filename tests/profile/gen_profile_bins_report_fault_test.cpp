@@ -224,6 +224,27 @@ TEST_F(GenProfileBinsReportFault, InTheMovesOfTaggedBinsLeavesEachBinInOnePlace)
     EXPECT_GT(failures, LEAVES);
 }
 
+// The flow can write its report after all.
+TEST_F(GenProfileBinsReportFault, AtTheEndOfARunLeavesNothingSet)
+{
+    mem_cfg_set("gen_print_profile_bins", "on");
+    run_flow();
+    close_bin();
+    std::size_t failures = 0;
+    for (std::size_t successes = 0; m_directory.read("profile_bins_tool.log").find("Estimated") == std::string::npos;
+         ++successes) {
+        l_successes_left = successes;
+        try {
+            GEN_PROFILE_BINS::finalize("tool", /*close_root=*/false);
+        } catch (std::bad_alloc const &) {
+            ++failures;
+        }
+        l_successes_left = ALL;
+        ASSERT_LT(successes, 10000U);
+    }
+    EXPECT_GT(failures, 10U);
+}
+
 void *operator new(std::size_t size)
 {
     return allocate(size);

@@ -10,6 +10,10 @@
 #include <sstream>
 #include <string>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 struct Script
@@ -275,6 +279,13 @@ bool gen_os_library_links_count()
 bool gen_os_open_stream(std::filebuf &buffer, char const *path, std::ios_base::openmode mode, int)
 {
     return buffer.open(path, mode) != nullptr;
+}
+
+// Of the real file system, like the streams.
+bool gen_os_create_file(char const *path)
+{
+    int const file = open(path, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+    return file >= 0 && close(file) == 0;
 }
 
 bool gen_os_write_private_profile_string(char const *section, char const *key, char const *value, char const *file,
