@@ -7,9 +7,13 @@
 #include "gen_path_sys.h"
 #include "machine.h"
 #include "options.h"
+#include "output.h"
 #include "report.h"
 #include "source.h"
+#include "tests/support/file_size_limit.h"
+#include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
+#include "text.h"
 #include "undo.h"
 
 #include <gmock/gmock.h>
@@ -17,7 +21,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <memory>
@@ -588,8 +595,45 @@ TEST(FitterPlace, ReportsThatItsMovesCannotBeWritten)
     TempDir const dir;
     dir.write("d/undo_redo.txt/inside", "");
     for (std::string const &place : {dir.text("d"), dir.text("none")})
-        EXPECT_EQ(error_in([&] { fitter::write_undo_file(place, fit.packing, fit.device, fit.placement); }),
-                  "cannot write \"" + place + "/undo_redo.txt\"");
+        EXPECT_THAT(error_in([&] { fitter::write_undo_file(place, fit.packing, fit.device, fit.placement); }),
+                    StartsWith("cannot write \"" + place + "/undo_redo.txt\": "));
+    EXPECT_EQ(entry_names(dir.path() / "d"), std::set<std::string>{"undo_redo.txt"});
+}
+
+TEST(FitterPlace, WritesAnEmptyUndoFileWithoutMoves)
+{
+    fitter::Fit fit = make_fit(make_design(30));
+    fit.placement.last_moves.clear();
+    TempDir const dir;
+    dir.write("undo_redo.txt", "old");
+    fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement);
+    EXPECT_EQ(dir.read("undo_redo.txt"), "");
+}
+
+// Windows has no limit on the size of files.
+TEST(FitterPlace, KeepsTheOldUndoFileIfTheNewOneIsCutOff)
+{
+    fitter::Fit const fit = make_fit(make_design(200));
+    TempDir const dir;
+    fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement);
+    std::size_t const size = dir.read("undo_redo.txt").size();
+    dir.write("undo_redo.txt", "old");
+    for (std::size_t const limit : {std::size_t{0}, std::size_t{1}, size / 2, size - 4, size - 1}) {
+        FileSizeLimit const file_size_limit(limit);
+        if (!file_size_limit.is_set())
+            GTEST_SKIP() << "this platform has no limit on the size of files";
+        EXPECT_EQ(error_in([&] { fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement); }),
+                  "cannot write \"" + dir.text("undo_redo.txt") + "\"")
+            << limit << " of " << size;
+        EXPECT_EQ(dir.read("undo_redo.txt"), "old") << limit;
+        EXPECT_THAT(error_in([&] { fitter::write_result(dir.text("r.txt"), std::string(size, 'x')); }),
+                    StartsWith("cannot write \"" + dir.text("r.txt") + "\": "))
+            << limit;
+        EXPECT_EQ(entry_names(dir.path()), std::set<std::string>{"undo_redo.txt"}) << limit;
+    }
+    FileSizeLimit const file_size_limit(size);
+    fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement);
+    EXPECT_EQ(dir.read("undo_redo.txt").size(), size);
 }
 
 // The commands after a heading of the undo file, from top to bottom.
@@ -831,8 +875,10 @@ TEST(FitterResult, ReplacesTheFileWhole)
     for (char const *text : {"first, and longer", "second", ""}) {
         fitter::write_result(dir.text("r.txt"), text);
         EXPECT_EQ(dir.read("r.txt"), text);
-        EXPECT_FALSE(std::filesystem::exists(dir.path() / "r.txt.tmp"));
+        EXPECT_EQ(entry_names(dir.path()), std::set<std::string>{"r.txt"});
     }
+    fitter::check_writable(dir.text("s.txt"));
+    EXPECT_EQ(entry_names(dir.path()), std::set<std::string>{"r.txt"});
 }
 
 TEST(FitterResult, KeepsTheOldFileIfItCannotBeReplaced)
@@ -841,13 +887,45 @@ TEST(FitterResult, KeepsTheOldFileIfItCannotBeReplaced)
     dir.write("r.txt/inside", "kept"); // a directory where the file should go
     EXPECT_THROW(fitter::write_result(dir.text("r.txt"), "new"), fitter::Error);
     EXPECT_EQ(dir.read("r.txt/inside"), "kept");
-    EXPECT_FALSE(std::filesystem::exists(dir.path() / "r.txt.tmp"));
+    EXPECT_EQ(entry_names(dir.path()), std::set<std::string>{"r.txt"});
 
-    dir.write("s.txt", "old");
-    dir.write("s.txt.tmp/inside", ""); // the new file can't be made next to it
-    EXPECT_THROW(fitter::write_result(dir.text("s.txt"), "new"), fitter::Error);
-    EXPECT_THROW(fitter::check_writable(dir.text("s.txt")), fitter::Error);
-    EXPECT_EQ(dir.read("s.txt"), "old");
+    dir.write("plain", ""); // no directory for the new file
+    for (std::string const &place : {dir.text("plain/s.txt"), dir.text("none/s.txt")}) {
+        EXPECT_THROW(fitter::write_result(place, "new"), fitter::Error);
+        EXPECT_THROW(fitter::check_writable(place), fitter::Error);
+    }
+}
+
+// Nobody can guess the name under which a new file is written, and no file that a link names is written to.
+TEST(FitterResult, IsWrittenInAPrivateDirectory)
+{
+    TempDir const dir;
+    dir.write("r.txt.tmp/inside", "");
+    fitter::write_result(dir.text("r.txt"), "new");
+    EXPECT_EQ(dir.read("r.txt"), "new");
+
+    fitter::NewFile file(dir.path() / "r.txt");
+    fitter::NewFile const other(dir.path() / "r.txt");
+    EXPECT_NE(file.directory(), other.directory());
+    EXPECT_EQ(std::filesystem::path(file.path()).filename(), "r.txt");
+    std::filesystem::perms const directory = std::filesystem::status(file.directory()).permissions();
+    EXPECT_TRUE(ON_WINDOWS || directory == std::filesystem::perms::owner_all);
+    std::ofstream(file.path()) << "newer";
+    EXPECT_EQ(dir.read("r.txt"), "new");
+    std::filesystem::perms const perms = std::filesystem::status(dir.path() / "r.txt").permissions();
+    file.move_into_place();
+    EXPECT_EQ(dir.read("r.txt"), "newer");
+    EXPECT_EQ(std::filesystem::status(dir.path() / "r.txt").permissions(), perms) << "as any new file";
+}
+
+TEST(FitterText, ReplacesControlCharacters)
+{
+    EXPECT_EQ(fitter::printable("a\x1b[2J\x7f\n"), "a?[2J??");
+    EXPECT_EQ(fitter::printable("\x9b-\xe4-\xff\x9b"), "?-\xe4-\xff?");
+    EXPECT_EQ(fitter::printable("\xc2\x9b-\xc2\xa0"), "\xc2?-\xc2\xa0");
+    for (char const *text : {"\xc3\x9b", "\xe2\x82\xac", "\xf0\x9f\x98\x80", "\xe2\x99\x9b~ "})
+        EXPECT_EQ(fitter::printable(text), text);
+    EXPECT_EQ(fitter::line("title", "a\tb"), "title         a?b\n");
 }
 
 TEST(FitterResult, CountsNetsByTheirLength)
@@ -869,24 +947,33 @@ struct ToolRun
     std::string err;
 };
 
-std::string text_of(std::filesystem::path const &path)
+// The bytes of a file; empty for a device.
+std::string content(std::string const &path)
 {
+    if (!std::filesystem::is_regular_file(path))
+        return {};
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Runs the tool that lies next to the library, in a directory, by the system's shell.
-ToolRun run_fitter_in(std::filesystem::path const &directory, std::string const &arguments)
+// Runs the tool that lies next to the library, in the current directory, by the system's shell. Its standard output
+// goes to a file of this name.
+ToolRun run_fitter_here(std::string const &arguments, std::string const &out = "out.txt")
 {
-    CurrentDirectory const there(directory);
     std::filesystem::path const tool = std::filesystem::path(gen_get_module_path() + "fitter").make_preferred();
-    std::string command = "\"" + tool.string() + "\" " + arguments + " >out.txt 2>err.txt";
+    std::string command = "\"" + tool.string() + "\" " + arguments + " >" + out + " 2>err.txt";
     // The shell of Windows removes the outermost quotes.
     if (std::filesystem::path::preferred_separator == '\\')
         command = "\"" + command + "\"";
     int const status = std::system(command.c_str());
     // Elsewhere the exit code is in the second byte.
-    return {status > 0xff ? status >> 8 : status, text_of(directory / "out.txt"), text_of(directory / "err.txt")};
+    return {status > 0xff ? status >> 8 : status, content(out), content("err.txt")};
+}
+
+ToolRun run_fitter_in(std::filesystem::path const &directory, std::string const &arguments)
+{
+    CurrentDirectory const there(directory);
+    return run_fitter_here(arguments);
 }
 
 ToolRun run_fitter(TempDir const &dir, std::string const &arguments)
@@ -1125,6 +1212,59 @@ TEST(FitterTool, EndsWithStatusOneAndReportsTheReason)
         EXPECT_THAT(run.err, StartsWith(c.message)) << c.arguments;
     }
     EXPECT_THAT(dir.read("good.fit.txt"), HasSubstr("legal         no, "));
+}
+
+// The path of the output directory is too long for a system call, but its name in the current directory is not: the
+// library can't see the directory, and takes the project instead.
+TEST(FitterTool, WritesNothingIntoTheProjectIfTheOutputDirectoryCannotBeSeen)
+{
+    if (ON_WINDOWS)
+        GTEST_SKIP() << "a path on Windows may be as long as its names allow";
+    constexpr std::size_t LONGEST_PATH = 4095;
+    constexpr std::size_t LONGEST_RESULT = 65; // with the directory that it is written in
+    TempDir const dir;
+    CurrentDirectory const there(dir.path());
+    std::string const step(100, 'd');
+    while (std::filesystem::current_path().native().size() + 1 + step.size() < LONGEST_PATH - LONGEST_RESULT) {
+        std::filesystem::create_directory(step);
+        std::filesystem::current_path(step);
+    }
+    std::string const output(step.size() + LONGEST_RESULT + 1, 'o');
+    std::ofstream("small.blif") << make_design(20);
+    std::filesystem::create_directory(output);
+    ToolRun const run = run_fitter_here("--out " + output + " small.blif");
+    EXPECT_EQ(run.status, 1) << run.out;
+    EXPECT_EQ(run.err, "fitter: cannot make the output directory \"" + output + "\"\n");
+    EXPECT_FALSE(std::filesystem::exists("small.fit.txt"));
+    EXPECT_FALSE(std::filesystem::exists("undo_redo.txt"));
+}
+
+TEST(FitterTool, EndsWithStatusOneIfItsOutputCannotBeWritten)
+{
+    if (ON_WINDOWS)
+        GTEST_SKIP() << "Windows has no device that is always full";
+    TempDir const dir;
+    dir.write("small.blif", make_design(20));
+    CurrentDirectory const there(dir.path());
+    for (char const *arguments : {"small.blif", "--help", "--version"}) {
+        ToolRun const run = run_fitter_here(arguments, "/dev/full");
+        EXPECT_EQ(run.status, 1) << arguments;
+        EXPECT_EQ(run.err, "fitter: cannot write to the standard output\n") << arguments;
+    }
+    EXPECT_THAT(dir.read("small.fit.txt"), HasSubstr("legal         yes"));
+}
+
+TEST(FitterTool, SendsNoControlCharactersToTheTerminal)
+{
+    TempDir const dir;
+    dir.write("small.blif", ".model \x1b[2Jt\n.inputs a\x9b\n.outputs y\xc3\xa4\n.names a\x9b y\xc3\xa4\n1 1\n");
+    ToolRun const run = run_fitter(dir, "small.blif");
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("\ndesign        ?[2Jt: 1 LUTs"));
+    EXPECT_THAT(run.out, HasSubstr("from input a? to output y\xc3\xa4"));
+    EXPECT_THAT(dir.read("small.fit.txt"), HasSubstr("input a\x9b\n")) << "names in the rows stay as they are";
+
+    EXPECT_THAT(run_fitter(dir, "\"no\x1b[2Jne.blif\"").err, HasSubstr("no?[2Jne"));
 }
 
 TEST(FitterTool, IsNotStoppedByABrokenConfigurationOrReport)
