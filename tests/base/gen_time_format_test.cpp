@@ -1,11 +1,11 @@
 #include "gen/base/gen_time_format.h"
 
 #include "gen/os/gen_os_text.h"
-#include "tests/support/platform.h"
 
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <iterator>
 #include <string>
 
 namespace {
@@ -60,29 +60,26 @@ TEST(GenPortableTimeFormat, HasConversionsOfC89)
 #ifdef _WIN32
 namespace {
 
-// The formats that came to the runtime library.
 int l_calls = 0;
-
-std::size_t __cdecl count_strftime(char *, std::size_t, char const *, std::tm const *)
-{
-    ++l_calls;
-    return 7;
-}
-
-std::size_t __cdecl count_wcsftime(wchar_t *, std::size_t, wchar_t const *, std::tm const *)
-{
-    ++l_calls;
-    return 7;
-}
 
 } // namespace
 
-// The linker takes these pointers and not those of the runtime library, which might end the process.
+// In place of the functions of the runtime library, which might end the process.
 extern "C" {
-extern void *const l_strftime asm("__imp_strftime");
-extern void *const l_wcsftime asm("__imp_wcsftime");
-void *const l_strftime = reinterpret_cast<void *>(count_strftime);
-void *const l_wcsftime = reinterpret_cast<void *>(count_wcsftime);
+std::size_t count_strftime(char *, std::size_t, char const *, std::tm const *) asm("strftime");
+std::size_t count_wcsftime(wchar_t *, std::size_t, wchar_t const *, std::tm const *) asm("wcsftime");
+
+std::size_t count_strftime(char *, std::size_t, char const *, std::tm const *)
+{
+    ++l_calls;
+    return 7;
+}
+
+std::size_t count_wcsftime(wchar_t *, std::size_t, wchar_t const *, std::tm const *)
+{
+    ++l_calls;
+    return 7;
+}
 }
 
 TEST(GenOsStrftime, PassesOnPortableFormatsAlone)

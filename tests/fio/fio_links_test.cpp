@@ -165,9 +165,9 @@ TEST(FioLinks, ExistIfTheirTargetsDo)
         bool is_regular;
     };
     constexpr ExistsCase CASES[] = {
-        {"c:/links/file", true, true},      {"c:/links/to_file", true, true},  {"c:/links/to_directory", true, false},
-        {"c:/links/junction", true, false}, {"c:/links/broken", false, false}, {"c:/links/loop", false, false},
-        {"c:/links/closed", true, true},    {"c:/links/cloud", true, false},
+        {"C:/links/file", true, true},      {"C:/links/to_file", true, true},  {"C:/links/to_directory", true, false},
+        {"C:/links/junction", true, false}, {"C:/links/broken", false, false}, {"C:/links/loop", false, false},
+        {"C:/links/closed", true, true},    {"C:/links/cloud", true, false},
     };
     for (ExistsCase const &c : CASES) {
         EXPECT_EQ(fio_os_exists(c.path), c.exists) << c.path;
@@ -178,19 +178,19 @@ TEST(FioLinks, ExistIfTheirTargetsDo)
 TEST(FioLinks, HaveTheStatusOfTheirTargets)
 {
     struct _stat64i32 record = {};
-    ASSERT_TRUE(fio_os_status("c:/links/to_file", record));
+    ASSERT_TRUE(fio_os_status("C:/links/to_file", record));
     EXPECT_EQ(record.st_mode & (MODE_DIRECTORY | MODE_REGULAR), MODE_REGULAR);
     EXPECT_EQ(record.st_size, 5);
-    ASSERT_TRUE(fio_os_status("c:/links/junction", record));
+    ASSERT_TRUE(fio_os_status("C:/links/junction", record));
     EXPECT_EQ(record.st_mode & (MODE_DIRECTORY | MODE_REGULAR), MODE_DIRECTORY);
-    EXPECT_FALSE(fio_os_status("c:/links/broken", record));
-    EXPECT_FALSE(fio_os_status("c:/links/loop", record));
+    EXPECT_FALSE(fio_os_status("C:/links/broken", record));
+    EXPECT_FALSE(fio_os_status("C:/links/loop", record));
 }
 
 TEST(FioLinks, AreListedByTheirTargets)
 {
     std::vector<FIO_OS_ENTRY> entries;
-    ASSERT_TRUE(fio_os_list("c:/links", entries));
+    ASSERT_TRUE(fio_os_list("C:/links", entries));
     std::vector<std::pair<std::string, FIO_OS_KIND>> kinds;
     for (FIO_OS_ENTRY const &entry : entries)
         kinds.emplace_back(entry.name, entry.kind);
@@ -205,7 +205,7 @@ TEST(FioLinks, AreListedByTheirTargets)
 TEST(FioLinks, AreMarkedByAScanThatDescribesTheirTargets)
 {
     struct _finddata64i32_t data = {};
-    std::intptr_t const scan = fio_os_findfirst("c:/links/*", data);
+    std::intptr_t const scan = fio_os_findfirst("C:/links/*", data);
     ASSERT_NE(scan, -1);
     std::map<std::string, std::pair<unsigned, std::uint64_t>> found; // attributes and size
     do

@@ -134,8 +134,8 @@ TEST_F(GenFindFile, FindsNamesOfAnyKind)
 {
     std::string const longest(255, 'n');
     for (std::string const &name :
-         {std::string("name with blanks.v"), std::string(" .v"), std::string("gr\xc3\xbc\xdf.v"), std::string("a;b.v"),
-          std::string("a,b@c$d%e.v"), std::string(".v"), longest}) {
+         {std::string("name with blanks.v"), std::string(" .v"), std::string("gr\xc3\xbc\xc3\x9f.v"),
+          std::string("a;b.v"), std::string("a,b@c$d%e.v"), std::string(".v"), longest}) {
         std::string const path = world().put("user_lib/" + name);
         EXPECT_EQ(find(name), path);
     }
