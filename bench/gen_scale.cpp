@@ -51,16 +51,24 @@ Seconds measure(Work work, char const *key)
     return seconds;
 }
 
-// Opens and closes so many new bins below the current one. An event refers to the text of its name until ten more
-// events have followed, so the texts of sixteen names are kept.
+// The name of a bin. An event refers to the text of its name until ten more events have followed, so that the texts of
+// the last sixteen names are kept.
+char const *name_of(char const *stem, std::int64_t number)
+{
+    static std::array<std::string, 16> names;
+    static std::size_t next = 0;
+    std::string &name = names[next++ % names.size()];
+    name = stem + std::to_string(number);
+    return name.c_str();
+}
+
+// Opens and closes so many new bins below the current one.
 void run_bins(std::int64_t count)
 {
-    std::array<std::string, 16> names;
     for (std::int64_t i = 0; i < count; ++i) {
-        std::string &name = names[static_cast<std::size_t>(i) % names.size()];
-        name = "entity_" + std::to_string(i);
-        GEN_PROFILE_BINS::open("BENCH", name.c_str(), GEN_PB_FLAG_RECORD);
-        GEN_PROFILE_BINS::close(name.c_str());
+        char const *const name = name_of("entity_", i);
+        GEN_PROFILE_BINS::open("BENCH", name, GEN_PB_FLAG_RECORD);
+        GEN_PROFILE_BINS::close(name);
     }
 }
 
@@ -72,22 +80,17 @@ void run_bins_of_one_parent()
 void run_bins_of_many_parents()
 {
     for (std::int64_t i = 0; i < PARENT_COUNT; ++i) {
-        std::string const name = "stage_" + std::to_string(i);
-        GEN_PROFILE_BINS::open("BENCH", name.c_str(), GEN_PB_FLAG_IMMEDIATE);
+        GEN_PROFILE_BINS::open("BENCH", name_of("stage_", i), GEN_PB_FLAG_IMMEDIATE);
         run_bins(BIN_COUNT / PARENT_COUNT - 1);
-        GEN_PROFILE_BINS::close(name.c_str());
+        GEN_PROFILE_BINS::close(nullptr);
     }
 }
 
-// Bins inside each other. They are closed without their names, since no text of these is kept.
+// Bins inside each other.
 void run_deep_bins()
 {
-    std::array<std::string, 16> names;
-    for (std::int64_t i = 0; i < BIN_COUNT; ++i) {
-        std::string &name = names[static_cast<std::size_t>(i) % names.size()];
-        name = "entity_" + std::to_string(i);
-        GEN_PROFILE_BINS::open("BENCH", name.c_str(), GEN_PB_FLAG_RECORD);
-    }
+    for (std::int64_t i = 0; i < BIN_COUNT; ++i)
+        GEN_PROFILE_BINS::open("BENCH", name_of("entity_", i), GEN_PB_FLAG_RECORD);
     for (std::int64_t i = 0; i < BIN_COUNT; ++i)
         GEN_PROFILE_BINS::close(nullptr);
 }
