@@ -22,3 +22,13 @@ void mem_line_warn(std::string const &text)
 {
     mem_line_write(stderr, "Warning: " + text + '\n');
 }
+
+void mem_line_lock()
+{
+    l_mutex.lock();
+}
+
+void mem_line_unlock()
+{
+    l_mutex.unlock();
+}

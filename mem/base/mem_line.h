@@ -13,4 +13,8 @@ bool mem_line_write(std::FILE *stream, std::string const &line);
 /// Writes "Warning: ", the text and a line end to the standard error stream, also if messages are redirected.
 void mem_line_warn(std::string const &text);
 
+/// Takes the lock of the lines, and releases it, around a fork.
+void mem_line_lock();
+void mem_line_unlock();
+
 #endif

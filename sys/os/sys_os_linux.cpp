@@ -1,4 +1,5 @@
 #include "sys/os/sys_os_text_file_linux.h"
+#include "sys/sys_fork.h"
 #include "sys/sys_module.h"
 #include "sys/sys_process.h"
 #include "sys/sys_text.h"
@@ -7,6 +8,7 @@
 #include <climits>
 #include <cstdlib>
 #include <link.h>
+#include <pthread.h>
 
 namespace {
 
@@ -118,4 +120,10 @@ bool sys_is_debugged()
 bool sys_is_last_thread_of_exit()
 {
     return false;
+}
+
+bool sys_watch_forks(void (*before)(), void (*in_parent)(), void (*in_child)())
+{
+    // Linked into each library, which the system therefore takes for the owner of the functions.
+    return pthread_atfork(before, in_parent, in_child) == 0;
 }

@@ -1,5 +1,6 @@
 #include "sys/os/sys_os_function_windows.h"
 #include "sys/os/sys_os_thread.h"
+#include "sys/sys_fork.h"
 #include "sys/sys_module.h"
 #include "sys/sys_process.h"
 
@@ -74,6 +75,11 @@ bool sys_is_last_thread_of_exit()
 {
     auto const query = sys_os_find_function<ShutdownQuery>("ntdll.dll", "RtlDllShutdownInProgress");
     return query != nullptr && query() != FALSE;
+}
+
+bool sys_watch_forks(void (*)(), void (*)(), void (*)())
+{
+    return true;
 }
 
 std::int64_t sys_thread_self()
