@@ -1,5 +1,5 @@
-// Every mutex of the library is held over a fork, so that the child finds all of them free and what they guard complete.
-// docs/architecture.md has the order of the locks of all libraries.
+// Every mutex of the library is held over a fork, so that the child finds all of them free and what they guard
+// complete. docs/architecture.md has the order of the locks of all libraries.
 #include "gen/machine/gen_machine_state.h"
 #include "gen/profile/gen_cookie.h"
 #include "sys/sys_fork.h"

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string>
 
-/// Makes the state of the configuration, which is kept until the process ends. Done when the library is loaded; the first
-/// query makes it too.
+/// Makes the state of the configuration, which is kept until the process ends. Done when the library is loaded; the
+/// first query makes it too.
 void mem_cfg_prepare();
 
 /// Takes the locks of the configuration, and releases them, around a fork.

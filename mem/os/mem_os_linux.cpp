@@ -22,8 +22,8 @@ void forget_statm()
     l_statm.store(-1, std::memory_order_relaxed);
 }
 
-// Set when the library is loaded. Until then, or if there was no memory for the handler, no descriptor is kept. Not set at
-// the first use: the child of a fork at that moment would wait forever for the thread that sets it.
+// Set when the library is loaded. Until then, or if there was no memory for the handler, no descriptor is kept. Not set
+// at the first use: the child of a fork at that moment would wait forever for the thread that sets it.
 bool const l_is_forgotten_in_child = sys_watch_forks(nullptr, nullptr, forget_statm);
 
 bool read_statm(int descriptor, std::size_t *bytes)
