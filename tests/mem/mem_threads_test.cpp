@@ -41,36 +41,27 @@ protected:
     CapturedOutput m_output{StandardStream::OUTPUT};
 };
 
-// Runs actions on threads of their own, which all start before the first action begins.
-void run_at_once(std::vector<std::function<void()>> const &actions)
-{
-    std::atomic<std::size_t> waiting{actions.size()};
-    std::vector<std::thread> threads;
-    threads.reserve(actions.size());
-    for (auto const &action : actions)
-        threads.emplace_back([&waiting, &action] {
-            waiting.fetch_sub(1, std::memory_order_relaxed);
-            while (waiting.load(std::memory_order_relaxed) != 0)
-                std::this_thread::yield();
-            action();
-        });
-    for (std::thread &thread : threads)
-        thread.join();
-}
-
 // As many keys as take some milliseconds to read.
-std::string long_configuration()
+std::string long_configuration(std::string const &end_of_keys)
 {
     std::string text;
     for (int i = 0; i < 5000; ++i)
-        text += "key" + std::to_string(i) + " = value\n";
+        text += "key" + std::to_string(i) + end_of_keys + " = value\n";
     return text;
 }
 
-// The function may query the configuration, and does so while another thread reads the file of the root.
+std::atomic<int> l_calls_of_root{0};
+
+// The function may query the configuration. The first call returns during the others, which go on querying while the
+// first caller reads the file there.
 std::string root_after_queries()
 {
-    for (int i = 0; i < 200; ++i)
+    if (l_calls_of_root.fetch_add(1, std::memory_order_relaxed) == 0) {
+        while (l_calls_of_root.load(std::memory_order_relaxed) < 2)
+            std::this_thread::yield();
+        return "root";
+    }
+    for (int i = 0; i < 5000; ++i)
         mem_cfg_get_value("key17");
     return "root";
 }
@@ -102,12 +93,18 @@ TEST_F(MemThreads, TheStartAndTheEndOfThreadsBesideSwitchesAndTotals)
                                              give(take(1000));
                                      }).join();
                                  }}};
+    // Many, since a walk is much shorter than the life of a thread.
     Operations const walks = {{"switch",
                                [] {
-                                   mem_enable_tracking(MEM_TRACKING_SOURCES);
-                                   mem_disable_tracking(MEM_TRACKING_SOURCES);
+                                   for (int i = 0; i < 100; ++i) {
+                                       mem_enable_tracking(MEM_TRACKING_SOURCES);
+                                       mem_disable_tracking(MEM_TRACKING_SOURCES);
+                                   }
                                }},
-                              {"total", [] { MEM_MANAGER::current_total_memory(); }}};
+                              {"total", [] {
+                                   for (int i = 0; i < 100; ++i)
+                                       MEM_MANAGER::current_total_memory();
+                               }}};
     run_in_pairs(threads, walks, 300);
 }
 
@@ -152,8 +149,8 @@ TEST_F(MemThreads, NewModulesBesideTheTableOfModules)
 TEST_F(MemThreads, TheFirstQueriesOfTheConfiguration)
 {
     GTEST_FLAG_SET(death_test_style, "fast");
-    m_dir.write("kalvern.ini", long_configuration());
-    m_dir.write("root/kalvern.ini", long_configuration() + "last = value\n");
+    m_dir.write("kalvern.ini", long_configuration(""));
+    m_dir.write("root/kalvern.ini", long_configuration("_of_root") + "last = value\n");
     for (int round = 0; round < 5; ++round)
         EXPECT_EXIT(
             {
@@ -197,7 +194,7 @@ TEST_F(MemThreads, AWarningTearsNoMessage)
 TEST_F(MemThreads, ThreadsThatChangeDifferentSwitchesLoseNoChange)
 {
     auto const change = [](MEM_TRACKING_GRANULARITY granularity) {
-        for (int i = 0; i < 20000; ++i) {
+        for (int i = 0; i < 300000; ++i) {
             mem_enable_tracking(granularity);
             ASSERT_TRUE(mem_tracking_is_enabled(granularity)) << granularity << " in round " << i;
             mem_disable_tracking(granularity);

@@ -92,11 +92,19 @@ Operations without_foreign_locks(Operations operations)
     return operations;
 }
 
+// A warning, which is written beside the messages.
+void warn()
+{
+    mem_cfg_set("number", "unreadable");
+    mem_cfg_get_int_value("number", 0);
+}
+
 // The operations that don't end in a child while another thread repeats them.
 std::string operations_that_hang(Operations const &all)
 {
-    constexpr int ROUNDS = 15;
+    constexpr int ROUNDS = 50;
     CapturedOutput const output(StandardStream::OUTPUT);
+    CapturedOutput const errors(StandardStream::ERROR_OUTPUT);
     std::string names;
     for (Operation const &operation : without_foreign_locks(all)) {
         BusyThreads const threads({operation.run});
@@ -142,6 +150,11 @@ TEST_F(GenForks, TheChildRunsTheOperationOfTheSiblingsThatAnotherThreadRuns)
 TEST_F(GenForks, TheChildRunsTheOperationOfMemThatAnotherThreadRuns)
 {
     EXPECT_EQ(operations_that_hang(operations_of_mem()), "");
+}
+
+TEST_F(GenForks, TheChildWarnsWhileAnotherThreadWarns)
+{
+    EXPECT_EQ(operations_that_hang({{"warning", warn}}), "");
 }
 
 TEST_F(GenForks, TheChildRunsTheOperationOfGenThatAnotherThreadRuns)

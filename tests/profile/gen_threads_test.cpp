@@ -1,5 +1,6 @@
 // Every operation of zel_gen and of the libraries below it beside every other one, for the thread sanitizer.
 #include "gen_exe_sys.h"
+#include "gen_machine_sys.h"
 #include "gen_profile_bins_sys.h"
 #include "mem_sys.h"
 
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -57,6 +59,24 @@ TEST_F(GenThreads, TheBinsBesideAnyOperation)
     GEN_PROFILE_BINS::initialize("tool", /*primary=*/true, /*debug_messages=*/false);
     run_in_pairs(operations_of_gen_thread(), operations_of_gen(), 5);
     GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
+}
+
+// Each round is a process of its own, in which the processors were not captured before.
+TEST_F(GenThreads, TheFirstQueriesOfTheProcessors)
+{
+    GTEST_FLAG_SET(death_test_style, "fast");
+    auto const query = [] {
+        int cores = 0;
+        GEN_MACHINE_INFO::get_core_cpu_count(&cores);
+        EXPECT_GT(cores, 0);
+    };
+    for (int round = 0; round < 20; ++round)
+        EXPECT_EXIT(
+            {
+                run_at_once({query, query, query});
+                std::exit(testing::Test::HasFailure() ? 1 : 0);
+            },
+            testing::ExitedWithCode(0), "");
 }
 
 // Cookies don't come while finalize() writes them.

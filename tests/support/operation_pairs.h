@@ -7,7 +7,9 @@
 
 #include <atomic>
 #include <cstddef>
+#include <functional>
 #include <thread>
+#include <vector>
 
 /// Runs each operation of `own` on the calling thread beside each one of `others` on another thread.
 inline void run_in_pairs(Operations const &own, Operations const &others, int repeats)
@@ -32,6 +34,23 @@ inline void run_in_pairs(Operations const &own, Operations const &others, int re
     std::thread other([&] { run_all(false); });
     run_all(true);
     other.join();
+}
+
+/// Runs actions on threads of their own, which all start before the first action begins.
+inline void run_at_once(std::vector<std::function<void()>> const &actions)
+{
+    std::atomic<std::size_t> waiting{actions.size()};
+    std::vector<std::thread> threads;
+    threads.reserve(actions.size());
+    for (auto const &action : actions)
+        threads.emplace_back([&waiting, &action] {
+            waiting.fetch_sub(1, std::memory_order_relaxed);
+            while (waiting.load(std::memory_order_relaxed) != 0)
+                std::this_thread::yield();
+            action();
+        });
+    for (std::thread &thread : threads)
+        thread.join();
 }
 
 #endif

@@ -79,8 +79,6 @@ void read_clocks()
 
 void render_times()
 {
-    std::string text;
-    gen_get_formatted_time_from_milliseconds(1000);
     gen_format_elapsed_time(1000);
     gen_format_elapsed_sec(1.0);
     GEN_STOPWATCH watch;
@@ -169,7 +167,11 @@ Operations operations_of_gen()
         {"host", query_host},
         {"clocks", read_clocks},
         {"times", render_times},
-        {"dates", [] { gen_get_current_date_and_time(); }},
+        {"dates",
+         [] {
+             gen_get_current_date_and_time();
+             gen_get_formatted_time_from_milliseconds(1000);
+         }},
         {"paths", query_paths},
         {"texts", use_texts},
         {"bins", use_bins},
