@@ -55,6 +55,20 @@ GEN_MACHINE_STATE *gen_machine_state()
     return l_state.load(std::memory_order_relaxed);
 }
 
+void gen_machine_lock()
+{
+    GEN_MACHINE_STATE *const state = gen_machine_state();
+    if (state != nullptr && state->m_capturing_thread != thr_thread_self())
+        thr_mutex_lock(state->m_capture_mutex);
+}
+
+void gen_machine_unlock()
+{
+    GEN_MACHINE_STATE *const state = gen_machine_state();
+    if (state != nullptr && state->m_capturing_thread != thr_thread_self())
+        thr_mutex_unlock(state->m_capture_mutex);
+}
+
 GEN_PKG const *gen_first_package()
 {
     GEN_MACHINE_STATE const *const state = gen_machine_state();

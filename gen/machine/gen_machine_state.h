@@ -96,6 +96,11 @@ struct GEN_MACHINE_STATE
 /// The state; null before it is constructed and after it is released.
 GEN_MACHINE_STATE *gen_machine_state();
 
+/// Takes the mutex of the capture, and releases it, around a fork. A thread that captures has it already: it may fork
+/// in the function that receives a message of the capture.
+void gen_machine_lock();
+void gen_machine_unlock();
+
 /// The package with the lowest id; null if no processor was visited.
 GEN_PKG const *gen_first_package();
 

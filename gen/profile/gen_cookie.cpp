@@ -270,3 +270,15 @@ void gen_cookie_log_configure(bool primary, bool debug_messages)
     l_is_enabled = mem_cfg_is_on("gen_print_cookie_log", false) && (primary || debug_messages);
     gen_pb_listen_to_end(l_writer);
 }
+
+void gen_cookie_log_lock()
+{
+    if (Log *const log = l_log_in_life.load(std::memory_order_acquire))
+        thr_mutex_lock(log->m_mutex);
+}
+
+void gen_cookie_log_unlock()
+{
+    if (Log *const log = l_log_in_life.load(std::memory_order_acquire))
+        thr_mutex_unlock(log->m_mutex);
+}

@@ -6,4 +6,8 @@
 /// "cookie_db_<name>.log" with the name given to finalize().
 void gen_cookie_log_configure(bool primary, bool debug_messages);
 
+/// Takes the mutex of the log, and releases it, around a fork.
+void gen_cookie_log_lock();
+void gen_cookie_log_unlock();
+
 #endif

@@ -68,7 +68,7 @@ std::atomic<std::string (*)()> l_root_function{nullptr};
 // thread.
 thread_local bool l_is_reading = false;
 
-// Made by the first caller.
+// Made by the first caller, or when the library is loaded.
 Configuration &configuration()
 {
     static Configuration *const s_configuration = new Configuration;
@@ -188,6 +188,18 @@ void report_value(MEM_CFG_ENTRY &entry, char const *key, unsigned kind, char con
 void mem_cfg_prepare()
 {
     configuration();
+}
+
+void mem_cfg_lock()
+{
+    configuration().reading.lock();
+    configuration().tables.lock();
+}
+
+void mem_cfg_unlock()
+{
+    configuration().tables.unlock();
+    configuration().reading.unlock();
 }
 
 void mem_cfg_set_root_function(std::string (*function)())

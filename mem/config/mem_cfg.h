@@ -6,8 +6,13 @@
 #include <cstdint>
 #include <string>
 
-/// Makes the state of the configuration, which is kept until the process ends. Optional: the first query makes it too.
+/// Makes the state of the configuration, which is kept until the process ends. Done when the library is loaded; the
+/// first query makes it too.
 void mem_cfg_prepare();
+
+/// Takes the locks of the configuration, and releases them, around a fork.
+void mem_cfg_lock();
+void mem_cfg_unlock();
 
 /// Sets the function that returns the installation root; null if it is not known. The file in that directory is read at
 /// the next query.

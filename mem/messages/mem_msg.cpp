@@ -1,8 +1,9 @@
-#include "mem_sys.h"
+#include "mem/messages/mem_msg.h"
 
 #include "mem/base/mem_line.h"
 #include "mem/config/mem_cfg.h"
 #include "mem/os/mem_os_stream.h"
+#include "mem_sys.h"
 
 #include <atomic>
 #include <cstdint>
@@ -184,4 +185,14 @@ bool mem_msg_redirect_to_file(char const *path)
     }
     set_destination({nullptr, nullptr, file});
     return true;
+}
+
+void mem_msg_lock()
+{
+    l_mutex.lock();
+}
+
+void mem_msg_unlock()
+{
+    l_mutex.unlock();
 }

@@ -1,5 +1,5 @@
-// Queries to the platform about the memory, the threads and the forks of the process. A query returns false and leaves
-// its outputs alone if the system gives no result. Any thread. Sizes are in bytes.
+// Queries to the platform about the memory of the process. A query returns false and leaves its outputs alone if the
+// system gives no result. Any thread. Sizes are in bytes.
 #ifndef MEM_OS_H
 #define MEM_OS_H
 
@@ -19,9 +19,5 @@ bool mem_os_peak_virtual(std::size_t *bytes);
 /// The mark never falls, and if it rises from one call to the next, its new value was reached in between. A single mark
 /// means nothing: the first may be higher than the memory that this process ever had.
 bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes);
-
-/// Makes the system call the functions around each fork of the process from now on. False if it can't; true also if the
-/// platform has no forks.
-bool mem_os_watch_forks(void (*before)(), void (*in_parent)(), void (*in_child)());
 
 #endif

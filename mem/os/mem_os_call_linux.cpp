@@ -84,6 +84,9 @@ AddressRange cxx_runtime()
     return range;
 }
 
+// Found when the library is loaded, so that no fork finds a thread in the search: the child could not search then.
+[[maybe_unused]] AddressRange const l_cxx_runtime_found = cxx_runtime();
+
 AddressRange stack_of_thread()
 {
     AddressRange range{};

@@ -2,10 +2,10 @@
 
 #include "mem/base/mem_proc_text.h"
 #include "sys/os/sys_os_text_file_linux.h"
+#include "sys/sys_fork.h"
 
 #include <atomic>
 #include <fcntl.h>
-#include <pthread.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -22,24 +22,25 @@ void forget_statm()
     l_statm.store(-1, std::memory_order_relaxed);
 }
 
+// Set when the library is loaded. Until then, or if there was no memory for the handler, no descriptor is kept. Not set
+// at the first use: the child of a fork at that moment would wait forever for the thread that sets it.
+bool const l_is_forgotten_in_child = sys_watch_forks(nullptr, nullptr, forget_statm);
+
 bool read_statm(int descriptor, std::size_t *bytes)
 {
-    static std::size_t const PAGE_BYTES = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     char text[256]; // seven numbers of 64 bits and their separators take 147 bytes
     ssize_t const length = pread(descriptor, text, sizeof text, 0);
     std::uint64_t pages = 0;
     if (length < 0 || !mem_proc_statm_resident_pages({text, static_cast<std::size_t>(length)}, &pages))
         return false;
-    *bytes = pages * PAGE_BYTES;
+    *bytes = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     return true;
 }
 
 bool store_statm_descriptor(int descriptor)
 {
-    // Set by the first thread that keeps the descriptor. Without the handler no descriptor is kept.
-    static bool const FORGOTTEN_IN_CHILD = pthread_atfork(nullptr, nullptr, forget_statm) == 0;
     int none = -1;
-    return FORGOTTEN_IN_CHILD && l_statm.compare_exchange_strong(none, descriptor, std::memory_order_relaxed);
+    return l_is_forgotten_in_child && l_statm.compare_exchange_strong(none, descriptor, std::memory_order_relaxed);
 }
 
 bool open_and_read_statm(std::size_t *bytes)
@@ -101,9 +102,4 @@ bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes)
     // The figure of the resource usage is cheap. It is a mark and not the peak, since it survives the start of a new
     // program: it begins at the figure of the program that the process ran before, often the parent's.
     return mem_os_working_set(bytes) && read_resource_mark(mark_bytes);
-}
-
-bool mem_os_watch_forks(void (*before)(), void (*in_parent)(), void (*in_child)())
-{
-    return pthread_atfork(before, in_parent, in_child) == 0;
 }

@@ -49,8 +49,3 @@ bool mem_os_working_set_and_mark(std::size_t *bytes, std::size_t *mark_bytes)
     *mark_bytes = counters.PeakWorkingSetSize;
     return true;
 }
-
-bool mem_os_watch_forks(void (*)(), void (*)(), void (*)())
-{
-    return true;
-}

@@ -126,26 +126,9 @@ void count_thread_end(MEM_THREAD_COUNT &count)
     fold(count);
 }
 
-// In the child of a fork, which has one thread. The memory of the other threads' records may soon be reused, and their
-// locks are in the state in which the fork found them. So their bytes are added to the total now, without the locks.
-void forked()
-{
-    MEM_THREAD_COUNT *const own = mem_os_thread_count();
-    for (MEM_THREAD_COUNT *count = l_threads; count != nullptr; count = count->next)
-        if (count != own)
-            add_to_total(
-                count->bytes.load(std::memory_order_relaxed) - count->folded_bytes.load(std::memory_order_relaxed), 0);
-    bool const own_is_listed = own != nullptr && own->state == MEM_THREAD_COUNT::LISTED;
-    l_threads = own_is_listed ? own : nullptr;
-    l_thread_count.store(own_is_listed ? 1 : 0, std::memory_order_relaxed);
-    if (own_is_listed)
-        own->next = own->previous = nullptr;
-}
-
 void begin_counting(MEM_THREAD_COUNT &count)
 {
     mem_count_linked.store(true, std::memory_order_relaxed);
-    mem_locks_watch_forks(forked);
     if (!mem_os_watch_thread_end(count_thread_end))
         return set_state(count, MEM_THREAD_COUNT::ENDED);
     // In this order: a simultaneous change of the switch either finds the record in the list or is seen by set_state().
@@ -250,4 +233,20 @@ void mem_count_watch_blocks(bool watch)
         MEM_LOCK_SCOPE const record_lock(count->lock);
         set_limits(*count);
     }
+}
+
+void mem_count_forked()
+{
+    MEM_THREAD_COUNT *const own = mem_os_thread_count();
+    // The memory of the other threads' records may soon be reused, and their locks are in the state in which the fork
+    // found them. So their bytes are added to the total now, without the locks.
+    for (MEM_THREAD_COUNT *count = l_threads; count != nullptr; count = count->next)
+        if (count != own)
+            add_to_total(
+                count->bytes.load(std::memory_order_relaxed) - count->folded_bytes.load(std::memory_order_relaxed), 0);
+    bool const own_is_listed = own != nullptr && own->state == MEM_THREAD_COUNT::LISTED;
+    l_threads = own_is_listed ? own : nullptr;
+    l_thread_count.store(own_is_listed ? 1 : 0, std::memory_order_relaxed);
+    if (own_is_listed)
+        own->next = own->previous = nullptr;
 }

@@ -72,4 +72,8 @@ MEM_BOUNDARY mem_count_boundary();
 /// Starts or ends the recording of blocks by mem_sites_add() and mem_sites_remove(). Under the lock of the switches.
 void mem_count_watch_blocks(bool watch);
 
+/// In the child of a fork, whose only thread calls it: keeps what the other threads had counted, and forgets the
+/// threads.
+void mem_count_forked();
+
 #endif

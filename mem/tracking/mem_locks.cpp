@@ -1,6 +1,5 @@
 #include "mem/tracking/mem_locks.h"
 
-#include "mem/os/mem_os.h"
 #include "sys/sys_process.h"
 #include "thr_sys.h"
 
@@ -11,30 +10,8 @@ MEM_LOCK mem_sites_lock;
 
 namespace {
 
-// Written before the handlers of forks are set, always with the same function; the exit leaves it.
-std::atomic<void (*)()> l_forked{nullptr};
-
 // In the order in which they may be held together.
 constexpr MEM_LOCK *LOCKS[] = {&mem_switch_lock, &mem_bins_lock, &mem_threads_lock, &mem_sites_lock};
-
-void lock_all()
-{
-    for (MEM_LOCK *const lock : LOCKS)
-        if (!lock->try_lock())
-            mem_lock_wait(*lock);
-}
-
-void unlock_all()
-{
-    for (MEM_LOCK *const lock : LOCKS)
-        lock->unlock();
-}
-
-void unlock_all_in_child()
-{
-    unlock_all();
-    l_forked.load(std::memory_order_relaxed)();
-}
 
 } // namespace
 
@@ -47,10 +24,15 @@ void mem_lock_wait(MEM_LOCK &lock)
     } while (!lock.try_lock());
 }
 
-void mem_locks_watch_forks(void (*forked)())
+void mem_locks_lock_all()
 {
-    l_forked.store(forked, std::memory_order_relaxed);
-    // The first call sets the handlers, which stay.
-    static bool const IS_WATCHING = mem_os_watch_forks(lock_all, unlock_all, unlock_all_in_child);
-    static_cast<void>(IS_WATCHING);
+    for (MEM_LOCK *const lock : LOCKS)
+        if (!lock->try_lock())
+            mem_lock_wait(*lock);
+}
+
+void mem_locks_unlock_all()
+{
+    for (MEM_LOCK *const lock : LOCKS)
+        lock->unlock();
 }

@@ -26,8 +26,8 @@ private:
     MEM_LOCK &m_lock;
 };
 
-// A thread that holds one of these takes only those below it. A fork waits for all four, so that the child finds them
-// free. The exit leaves them usable.
+// A thread that holds one of these takes only those below it. A fork takes all four (mem_forks.cpp), so that the child
+// finds them free. The exit leaves them usable.
 
 /// Changes of the granularities.
 extern MEM_LOCK mem_switch_lock;
@@ -38,8 +38,8 @@ extern MEM_LOCK mem_threads_lock;
 /// The tables of the blocks and of their sites.
 extern MEM_LOCK mem_sites_lock;
 
-/// Makes every fork from now on wait for the locks. `forked` is called in each child, where the locks are free. Any
-/// thread, any number of times with the same function.
-void mem_locks_watch_forks(void (*forked)());
+/// Takes all four, and releases them, around a fork.
+void mem_locks_lock_all();
+void mem_locks_unlock_all();
 
 #endif

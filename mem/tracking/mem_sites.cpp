@@ -288,17 +288,23 @@ MEM_SITES mem_sites_copy()
 
 std::vector<std::string> mem_sites_modules()
 {
-    std::vector<std::string> names;
-    std::size_t const count = mem_sites_module_bytes().size(); // modules are never removed
-    names.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        ModuleName name;
+    std::vector<SiteModule> modules;
+    for (;;) {
+        std::size_t needed = 0;
         {
             MEM_LOCK_SCOPE const lock(mem_sites_lock);
-            std::memcpy(name, l_modules.values[i].name, sizeof name);
+            needed = l_modules.count;
+            if (needed <= modules.capacity()) {
+                modules.insert(modules.end(), l_modules.values, l_modules.values + needed);
+                break;
+            }
         }
-        names.emplace_back(name);
+        modules.reserve(needed); // not under the lock, since it allocates
     }
+    std::vector<std::string> names;
+    names.reserve(modules.size());
+    for (SiteModule const &module : modules)
+        names.emplace_back(module.name);
     return names;
 }
 

@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstdlib>
 #include <link.h>
+#include <mutex>
 #include <pthread.h>
 
 namespace {
@@ -39,9 +40,18 @@ int compare_library(dl_phdr_info *info, std::size_t, void *data)
     return 1;
 }
 
+// Held during a walk over the loader's list of libraries, and over a fork. The list has a lock of its own, which stays
+// locked in the child of a fork that finds another thread in a walk.
+std::mutex l_walk_mutex;
+
+// Set when the library is loaded that this file is linked into.
+[[maybe_unused]] bool const l_walk_is_watched =
+    sys_watch_forks([] { l_walk_mutex.lock(); }, [] { l_walk_mutex.unlock(); }, [] { l_walk_mutex.unlock(); });
+
 // Null if the library is not loaded.
 char const *find_loaded(char const *name)
 {
+    std::lock_guard<std::mutex> const lock(l_walk_mutex);
     LibraryQuery query{name, nullptr};
     dl_iterate_phdr(compare_library, &query);
     return query.loaded;

@@ -79,12 +79,12 @@ bool sys_is_last_thread_of_exit()
     return query != nullptr && query() != FALSE;
 }
 
-std::int64_t sys_thread_self()
-{
-    return GetCurrentThreadId();
-}
-
 bool sys_watch_forks(void (*)(), void (*)(), void (*)())
 {
     return true;
+}
+
+std::int64_t sys_thread_self()
+{
+    return GetCurrentThreadId();
 }
