@@ -235,6 +235,9 @@ public:
 
     bool is_started() const { return m_process > 0; }
 
+    // The child has said that there is nothing more, so that it ends by itself.
+    void set_done() { m_is_done = true; }
+
     // The number of bytes that came before the deadline; 0 if none, or at the end.
     std::size_t read(char *bytes, std::size_t size, std::int64_t deadline) const
     {
@@ -255,9 +258,12 @@ public:
 private:
     void start(ERR_OS_QUESTION const &question, int write_end)
     {
-        // No handler of the process runs in the child.
+        // No handler of the process runs in the child. A fault ends the process, which a blocked signal would not do
+        // with its status.
         sigset_t all, former;
         sigfillset(&all);
+        for (int const fault : ERR_OS_FAULTS)
+            sigdelset(&all, fault);
         pthread_sigmask(SIG_SETMASK, &all, &former);
         m_process = fork_without_handlers();
         if (m_process == 0)
@@ -265,19 +271,30 @@ private:
         pthread_sigmask(SIG_SETMASK, &former, nullptr);
     }
 
-    // Nobody waits for a child that the system doesn't end, nor ends one that a handler of the process has waited for.
+    // True if the child has ended, or if the process itself waits for all of its children and has waited for this one.
+    bool has_ended(int milliseconds) const
+    {
+        std::int64_t const deadline = milliseconds_now() + milliseconds;
+        while (waitpid(m_process, nullptr, WNOHANG) == 0) {
+            if (milliseconds_now() >= deadline)
+                return false;
+            poll(nullptr, 0, 1);
+        }
+        return true;
+    }
+
+    // A child that the system doesn't end is left alone.
     void reap() const
     {
-        if (waitpid(m_process, nullptr, WNOHANG) != 0)
+        if (has_ended(m_is_done ? REAP_MILLISECONDS : 0))
             return;
         kill(m_process, SIGKILL);
-        std::int64_t const deadline = milliseconds_now() + REAP_MILLISECONDS;
-        while (waitpid(m_process, nullptr, WNOHANG) == 0 && milliseconds_now() < deadline)
-            poll(nullptr, 0, 1);
+        has_ended(REAP_MILLISECONDS);
     }
 
     int m_pipe = -1;
     pid_t m_process = -1;
+    bool m_is_done = false;
 };
 
 // The answers of one child.
@@ -287,7 +304,7 @@ public:
     Answers(ERR_OS_QUESTION const &question, ERR_OS_RECEIVER &receiver) : m_question(question), m_receiver(receiver) {}
 
     // False if the child was never ready, but may not have been lucky.
-    bool receive(Child const &child, std::int64_t last_deadline)
+    bool receive(Child &child, std::int64_t last_deadline)
     {
         std::size_t size = 0;
         m_is_ready = false;
@@ -299,8 +316,11 @@ public:
                 return m_is_ready || milliseconds_now() < deadline;
             size += count;
             std::size_t const used = take_records({m_question.buffer, size});
-            if (used == std::string_view::npos)
+            if (used == std::string_view::npos) {
+                if (m_is_ended)
+                    child.set_done();
                 return true;
+            }
             size -= used;
             std::memmove(m_question.buffer, m_question.buffer + used, size);
         }
@@ -314,6 +334,7 @@ private:
         RecordHead head;
         while (bytes.size() >= sizeof head) {
             std::memcpy(&head, bytes.data(), sizeof head);
+            m_is_ended = head.kind == RecordKind::END;
             if (head.kind >= RecordKind::END || head.index >= m_question.count ||
                 std::max(head.function_size, head.file_size) > text_room(m_question.buffer_size))
                 return std::string_view::npos;
@@ -333,6 +354,7 @@ private:
     ERR_OS_QUESTION const &m_question;
     ERR_OS_RECEIVER &m_receiver;
     bool m_is_ready = false;
+    bool m_is_ended = false;
 };
 
 } // namespace
@@ -342,7 +364,7 @@ void err_os_describe(ERR_OS_QUESTION const &question, ERR_OS_RECEIVER &receiver)
     std::int64_t const deadline = milliseconds_now() + question.total_milliseconds;
     Answers answers(question, receiver);
     for (int i = 0; i < MAX_CHILDREN && milliseconds_now() < deadline; ++i) {
-        Child const child(question);
+        Child child(question);
         if (!child.is_started() || answers.receive(child, deadline))
             return;
     }

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <csignal>
 #include <cstddef>
 
 namespace {
@@ -13,8 +12,6 @@ constexpr bool IS_SANITIZED = true;
 #else
 constexpr bool IS_SANITIZED = false;
 #endif
-
-constexpr int SIGNALS[] = {SIGSEGV, SIGBUS, SIGABRT, SIGFPE};
 
 // Larger than what any processor's registers need.
 constexpr std::size_t STACK_SIZE = 64 * 1024;
@@ -47,7 +44,7 @@ void err_os_end_on_faults(int status)
     action.sa_flags = SA_ONSTACK;
     sigset_t faults;
     sigemptyset(&faults);
-    for (int const signal : SIGNALS) {
+    for (int const signal : ERR_OS_FAULTS) {
         sigaction(signal, &action, nullptr);
         sigaddset(&faults, signal);
     }
