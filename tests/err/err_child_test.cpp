@@ -24,6 +24,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -175,20 +176,29 @@ protected:
     Environment const m_path{"LD_LIBRARY_PATH", ERR_FAKE_DW_DIRECTORY};
 };
 
+// What must happen once, in the process itself, and not in the child too. The counts are in memory that both share.
+struct Counts
+{
+    std::atomic<int> ends_of_thread;
+    std::atomic<int> handlers;
+};
+Counts *l_counts = nullptr;
+
 struct EndOfThread
 {
-    ~EndOfThread() { std::fputs("[thread ends]\n", stderr); }
+    ~EndOfThread() { std::fprintf(stderr, "[end of thread %d]\n", ++l_counts->ends_of_thread); }
 };
 
-// What must happen once, in the process itself, and not in the child too.
 [[noreturn]] void fail_with_handlers()
 {
+    void *const shared = mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    l_counts = new (shared) Counts{};
     static thread_local EndOfThread const end;
     static_cast<void>(&end);
     dup2(STDERR_FILENO, STDOUT_FILENO);
     std::setvbuf(stdout, nullptr, _IOFBF, 4096);
     std::fputs("[buffered]\n", stdout);
-    std::atexit([] { std::fputs("[handler runs]\n", stderr); });
+    std::atexit([] { std::fprintf(stderr, "[handler %d]\n", ++l_counts->handlers); });
     fail();
     std::abort(); // never
 }
@@ -196,7 +206,7 @@ struct EndOfThread
 MATCHER(HasEachHandlerOnce, "")
 {
     for (char const *const text :
-         {"Internal error: ", "  Stack:\n", "[thread ends]\n", "[handler runs]\n", "[buffered]\n"})
+         {"Internal error: ", "  Stack:\n", "[end of thread 1]\n", "[handler 1]\n", "[buffered]\n"})
         if (count_of(arg, text) != 1) {
             *result_listener << "has " << count_of(arg, text) << " times " << text;
             return false;
@@ -264,15 +274,17 @@ void *run_with_short_stack(void *stack)
 [[noreturn]] void fail_on_short_stack(std::size_t left)
 {
     constexpr std::size_t SIZE = 64 * 1024;
-    alignas(4096) static char stack[SIZE + 4096];
+    constexpr std::size_t GUARD = 16 * 1024 * 1024; // more than any function steps over
     l_stack_left = left;
-    // Below the stack there is nothing.
-    static_cast<void>(mprotect(stack, 4096, PROT_NONE));
+    void *const memory = mmap(nullptr, GUARD + SIZE, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    char *const stack = static_cast<char *>(memory) + GUARD;
+    if (memory == MAP_FAILED || mprotect(stack, SIZE, PROT_READ | PROT_WRITE) != 0)
+        _exit(1);
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstack(&attributes, stack + 4096, SIZE);
+    pthread_attr_setstack(&attributes, stack, SIZE);
     pthread_t thread;
-    if (pthread_create(&thread, &attributes, run_with_short_stack, stack + 4096) != 0)
+    if (pthread_create(&thread, &attributes, run_with_short_stack, stack) != 0)
         _exit(1);
     pthread_join(thread, nullptr);
     _exit(1);
@@ -282,7 +294,7 @@ TEST_F(ErrChildDeathTest, AShortStackIsEnough)
 {
     for (std::size_t const left : {40960, 20480, 8192})
         EXPECT_EXIT(fail_on_short_stack(left), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                    AllOf(HasSubstr(HEAD), HasSubstr("\n    #0 err_test_failing_function()+0x")))
+                    AllOf(HasSubstr(HEAD), HasSubstr("::fail_with_short_stack(char const*)+0x")))
             << "left: " << left;
 }
 
