@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -347,6 +348,44 @@ TEST_F(ErrChildDeathTest, AFullStreamIsWaitedFor)
 TEST_F(ErrChildDeathTest, AStreamThatStaysFullIsGivenUp)
 {
     EXPECT_EXIT((fill_standard_error(), fail()), ExitedWithCode(INTERNAL_ERROR_STATUS), "^$");
+}
+
+// Prints the size and the beginning of each write to the standard error stream.
+int l_terminal = -1;
+int l_source = -1;
+
+void print_writes()
+{
+    static char message[400'000];
+    close(STDERR_FILENO);
+    for (;;) {
+        ssize_t const size = recv(l_source, message, sizeof message - 1, MSG_DONTWAIT);
+        if (size <= 0)
+            return;
+        message[size] = '\0';
+        dprintf(l_terminal, "[%zd %.8s]\n", size, message);
+    }
+}
+
+[[noreturn]] void fail_with_counted_writes(std::size_t expression_size)
+{
+    std::string const expression(expression_size, 'x');
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends) != 0)
+        _exit(1);
+    l_terminal = dup(STDERR_FILENO);
+    l_source = ends[0];
+    dup2(ends[1], STDERR_FILENO);
+    std::atexit(print_writes);
+    err_report_internal_error(expression.c_str(), "TST", "tests/err", 7);
+}
+
+TEST_F(ErrChildDeathTest, TheBlockHasTwoWritesAndALongOneThree)
+{
+    EXPECT_EXIT(fail_with_counted_writes(10), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                ContainsRegex("^.[0-9]+ Internal.\n.[0-9]+   Stack:.\n$"));
+    EXPECT_EXIT(fail_with_counted_writes(50000), ExitedWithCode(INTERNAL_ERROR_STATUS),
+                ContainsRegex("^.2048 Internal.\n.48[0-9][0-9][0-9] xxxxxxxx.\n.[0-9]+   Stack:.\n$"));
 }
 
 TEST_F(ErrChildDeathTest, AClosedStreamChangesNothingElse)
