@@ -14,7 +14,7 @@ constexpr int TOTAL_MILLISECONDS = 600'000;
 constexpr int SILENCE_MILLISECONDS = 30'000;
 
 // Names of templates may be long.
-constexpr std::size_t BUFFER_SIZE = 256 * 1024;
+constexpr std::size_t BUFFER_SIZE = std::size_t{256} * 1024;
 
 bool begins_with(std::string_view text, std::string_view beginning)
 {

@@ -34,8 +34,6 @@
 #include <cstring>
 #include <ctime>
 
-extern "C" void *__dso_handle; // this library, for the runtime
-
 namespace {
 
 constexpr int MAX_CHILDREN = 5;
@@ -153,7 +151,8 @@ void try_locks()
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     err_os_end_on_faults(/*status=*/1);
     // If a library calls exit(), this is called before any exit handler of the process, and before streams are flushed.
-    if (abi::__cxa_thread_atexit(end_child, nullptr, &__dso_handle) != 0)
+    // The last argument is any address in this library.
+    if (abi::__cxa_thread_atexit(end_child, nullptr, &l_child) != 0)
         _exit(1);
     PipeWriter writer;
     try_locks();

@@ -14,7 +14,7 @@ constexpr bool IS_SANITIZED = false;
 #endif
 
 // Larger than what any processor's registers need.
-constexpr std::size_t STACK_SIZE = 64 * 1024;
+constexpr std::size_t STACK_SIZE = std::size_t{64} * 1024;
 alignas(16) char l_stack[STACK_SIZE];
 
 // Written before the handler is set.
