@@ -36,9 +36,10 @@
 /// is a module and an offset. A frame's text is cut at 4 KB. "Module" is the text given to err_set_module_fullpath().
 /// "Process" is the path that the executable had when the library was loaded.
 ///
-/// The block needs no memory, no lock, and 8 KB of stack. On Linux the symbols are read in a child of the process, which
-/// runs no fork handlers and is ended after 5 seconds; frames that it has not described are printed as module and
-/// offset. If the standard error stream doesn't block and is full, each write waits for room, 1 second at most.
+/// The block needs no memory, no lock of these libraries, and 8 KB of stack. On Linux the symbols are read in a
+/// child of the process, which runs no fork handlers and is ended after 5 seconds; frames that it has not described
+/// are printed as module and offset. If the standard error stream doesn't block and is full, each write waits for room,
+/// 1 second at most.
 ///
 /// After the block the calling thread calls exit(3), so that exit handlers run. From the first write on, a fault on any
 /// thread ends the process at once with status 3: SIGSEGV, SIGBUS, SIGABRT and SIGFPE, or on Windows an unhandled

@@ -30,11 +30,13 @@
 #include <thread>
 #include <vector>
 
+// The C library's own names. NOLINTBEGIN(readability-identifier-naming)
 extern "C" {
 void *__libc_malloc(std::size_t size);
 void *__libc_calloc(std::size_t count, std::size_t size);
 void *__libc_realloc(void *memory, std::size_t size);
 }
+// NOLINTEND(readability-identifier-naming)
 
 namespace {
 
