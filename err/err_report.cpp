@@ -2,7 +2,7 @@
 // example, in which thread A fails a check while thread B works:
 //
 //     1  A  stores its identity as the reporter. Only one thread can: B would wait here for the end of the process.
-//     2  A  captures its stack and writes the block to the standard error stream.
+//     2  A  writes the block to the standard error stream: first what failed, then its stack.
 //     3  A  claims the end of the process for the reporter, and calls exit(3).
 //     4  A  runs the exit handlers. A second error in one of them is written as a second block, and the process ends at
 //           once with status 3, because A is the reporter already.
@@ -17,39 +17,42 @@
 //     B calls exit(0) after stage 3      B must not wait, since some systems let only one thread into exit(). B goes on
 //                                        while A does, and its last handler ends the process with A's status.
 //
+// The block is written even if the heap is damaged, memory or the stack is short, or a lock of another thread is never
+// released. What failed is written first, from static memory. The symbols of the stack are found by the system's layer,
+// which may fail; a frame without symbols is printed as a module and an offset. From stage 2 on a fault of the process,
+// on any thread, ends it at once with status 3.
+//
 // at_exit() is registered in the first lines of main, so it runs before the static objects of the libraries are
 // released. LastHandler is a static object of this library, which is released after everything that is built on it.
 #include "err_sys.h"
 
-#include "err/err_demangle.h"
+#include "err/err_text.h"
 #include "err/os/err_os.h"
 #include "sys/os/sys_os_thread.h"
+#include "sys/sys_module.h"
 #include "sys/sys_process.h"
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
-#include <new>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
 constexpr int STATUS = 3;
 
-// A path that err_set_module_fullpath() was given. Former ones are kept, because a report on another thread may be
-// reading them.
-struct ModulePath
-{
-    std::string text;
-    ModulePath const *former;
-};
+// Sizes in bytes: of the first write, which a pipe takes as a whole; of the text of a frame; and of a stack of them
+// with the modules and offsets.
+constexpr std::size_t FIRST_WRITE_SIZE = 2048;
+constexpr std::size_t FRAME_SIZE = 4096;
+constexpr std::size_t BLOCK_SIZE = ERR_OS_STACK::CAPACITY * (FRAME_SIZE + sizeof(SYS_MODULE::name) + 64);
 
-// The latest path; null before the first. It is never released, because an internal error may be reported until the
-// very end of the process.
-std::atomic<ModulePath const *> l_module_path{nullptr};
+// How long the symbols of a stack may take.
+constexpr int SYMBOLS_MILLISECONDS = 5000;
+
+// The path that err_set_module_fullpath() was given.
+ERR_SHARED_TEXT l_module_path;
 
 // The thread that reports; 0 before the first internal error. Written once.
 std::atomic<std::int64_t> l_reporter{0};
@@ -71,31 +74,81 @@ struct Failure
     int line;
 };
 
-// The failure whose block is being composed, else null. Only the reporter reads and writes it.
-Failure const *l_unwritten = nullptr;
+// The memory of a report, static because the heap may be damaged and the stack short. Only the reporter uses it.
+struct ReportMemory
+{
+    ERR_OS_STACK stack;
+    char module_path[ERR_SHARED_TEXT::CAPACITY];
+    char frames[ERR_OS_STACK::CAPACITY][FRAME_SIZE]; // the text of each, if its symbols were found
+    std::size_t frame_sizes[ERR_OS_STACK::CAPACITY];
+    char answers[2 * FRAME_SIZE];
+    char block[BLOCK_SIZE];
+    bool is_stream_lost; // a write has failed
+};
+ReportMemory l_memory;
 
-char const *text_or_null(char const *text)
+std::string_view text_or_null(char const *text)
 {
     return text == nullptr ? "(null)" : text;
 }
 
-std::string hexadecimal(std::uint64_t value)
+std::string_view text_or(std::string_view text, std::string_view replacement)
 {
-    char text[32];
-    std::snprintf(text, sizeof(text), "0x%llx", static_cast<unsigned long long>(value));
-    return text;
+    return text.empty() ? replacement : text;
 }
 
-std::string rendered(ERR_OS_FRAME const &frame, void *address)
+void write_error_stream(char const *text, std::size_t size)
 {
-    std::string const object = frame.object.empty() ? hexadecimal(reinterpret_cast<std::uintptr_t>(address))
-                                                    : frame.object + "+" + hexadecimal(frame.object_offset);
-    if (frame.function.empty())
-        return object;
-    std::string text = err_demangled(frame.function) + "+" + hexadecimal(frame.function_offset);
-    if (!frame.file.empty())
-        text += " at " + frame.file + ":" + std::to_string(frame.line);
-    return text + " (" + object + ")";
+    if (!l_memory.is_stream_lost)
+        l_memory.is_stream_lost = !err_os_write_error_stream(text, size);
+}
+
+void write_failure(Failure const &failure)
+{
+    ERR_TEXT block(l_memory.block, FIRST_WRITE_SIZE, BLOCK_SIZE, write_error_stream);
+    block << "Internal error: " << text_or_null(failure.expression) << "\n  Library: " << text_or_null(failure.module)
+          << "\n  Source:  " << text_or_null(failure.file) << ", line ";
+    block.append_number(failure.line) << "\n  Version: " ZEL_VERSION_TEXT "\n  Process: ";
+    block.append_number(static_cast<std::int64_t>(err_os_process_id()))
+        << ", " << text_or(err_os_executable(), "(unknown)")
+        << "\n  Module:  " << text_or(l_module_path.read(l_memory.module_path), "(not set)") << "\n";
+    block.flush();
+}
+
+// Keeps the symbols of each frame as text.
+class FrameTexts final : public ERR_OS_RECEIVER
+{
+public:
+    FrameTexts()
+    {
+        for (std::size_t &size : l_memory.frame_sizes)
+            size = 0;
+    }
+
+    void take(std::size_t index, bool, ERR_OS_LINE const &line) override
+    {
+        ERR_TEXT text(l_memory.frames[index], FRAME_SIZE);
+        (text << line.function << "+").append_hexadecimal(line.function_offset);
+        if (!line.file.empty())
+            (text << " at " << line.file << ":").append_number(line.line);
+        l_memory.frame_sizes[index] = text.size();
+    }
+
+    std::string_view operator[](std::size_t index) const
+    {
+        return {l_memory.frames[index], l_memory.frame_sizes[index]};
+    }
+};
+
+void append_object(ERR_TEXT &block, void const *address)
+{
+    std::uintptr_t const place = reinterpret_cast<std::uintptr_t>(address);
+    SYS_MODULE module;
+    // The call lies before its return address, which may belong to the next module.
+    if (sys_find_module(place - 1, module))
+        (block << module.name << "+").append_hexadecimal(place - module.begin);
+    else
+        block.append_hexadecimal(place);
 }
 
 // The first frame outside of the report itself: the one to which err_report_internal_error() returns.
@@ -107,63 +160,40 @@ std::size_t first_frame(ERR_OS_STACK const &stack, void const *caller)
     return 0;
 }
 
-void append_stack(std::string &block, ERR_OS_STACK const &stack, void const *caller)
+void write_stack(ERR_OS_STACK const &stack, void const *caller)
 {
     std::size_t const first = first_frame(stack, caller);
-    void *const *addresses = stack.addresses + first;
-    std::vector<ERR_OS_FRAME> const frames = err_os_describe(addresses, stack.count - first, /*with_inlined=*/false);
-    block += "  Stack:\n";
-    for (std::size_t i = 0; i < frames.size(); ++i)
-        block += "    #" + std::to_string(i) + " " + rendered(frames[i], addresses[i]) + "\n";
-}
-
-std::string block_of(Failure const &failure, ERR_OS_STACK const &stack, void const *caller)
-{
-    ModulePath const *const module_path = l_module_path.load(std::memory_order_acquire);
-    std::string const executable = err_os_executable();
-    std::string block;
-    block += std::string("Internal error: ") + text_or_null(failure.expression) + "\n";
-    block += std::string("  Library: ") + text_or_null(failure.module) + "\n";
-    block += std::string("  Source:  ") + text_or_null(failure.file) + ", line " + std::to_string(failure.line) + "\n";
-    block += "  Version: " ZEL_VERSION_TEXT "\n";
-    block += "  Process: " + std::to_string(err_os_process_id()) + ", " +
-             (executable.empty() ? "(unknown)" : executable) + "\n";
-    block +=
-        "  Module:  " + (module_path == nullptr || module_path->text.empty() ? "(not set)" : module_path->text) + "\n";
-    append_stack(block, stack, caller);
-    return block;
-}
-
-// The report if there is no memory for a full one. Nothing is allocated, and long texts are cut.
-void write_short_block(Failure const &failure)
-{
-    char block[2048];
-    int const length =
-        std::snprintf(block, sizeof(block),
-                      "Internal error: %.1000s\n  Library: %.100s\n  Source:  %.500s, line %d\n"
-                      "  Version: " ZEL_VERSION_TEXT "\n  Process: %llu\n",
-                      text_or_null(failure.expression), text_or_null(failure.module), text_or_null(failure.file),
-                      failure.line, static_cast<unsigned long long>(err_os_process_id()));
-    if (length > 0)
-        err_os_write_error_stream(block, static_cast<std::size_t>(length));
-}
-
-void write_block(Failure const &failure, ERR_OS_STACK const &stack, void const *caller)
-{
-    Failure const *unwritten = std::exchange(l_unwritten, &failure);
-    if (unwritten != nullptr) {
-        // The composing of a block failed, so it is not tried again.
-        write_short_block(*unwritten);
-        write_short_block(failure);
-        return;
+    void *const *const addresses = stack.addresses + first;
+    std::size_t const count = stack.count - first;
+    FrameTexts frames;
+    err_os_describe({addresses, count, /*with_inlined=*/false, /*is_demangled=*/true, SYMBOLS_MILLISECONDS,
+                     SYMBOLS_MILLISECONDS, l_memory.answers, sizeof l_memory.answers},
+                    frames);
+    ERR_TEXT block(l_memory.block, BLOCK_SIZE, BLOCK_SIZE, write_error_stream);
+    block << "  Stack:\n";
+    for (std::size_t i = 0; i < count; ++i) {
+        (block << "    #").append_number(static_cast<std::int64_t>(i)) << " ";
+        if (!frames[i].empty())
+            block << frames[i] << " (";
+        append_object(block, addresses[i]);
+        block << (frames[i].empty() ? "\n" : ")\n");
     }
-    try {
-        std::string const block = block_of(failure, stack, caller);
-        err_os_write_error_stream(block.data(), block.size());
-    } catch (std::bad_alloc const &) {
-        write_short_block(failure);
-    }
-    l_unwritten = nullptr;
+    block.flush();
+}
+
+// Returns whether the thread runs an exit handler.
+bool write_block(Failure const &failure, void const *caller)
+{
+    err_os_begin_report(STATUS);
+    l_memory.is_stream_lost = false;
+    write_failure(failure);
+    ERR_OS_STACK &stack = l_memory.stack;
+    stack.count = 0;
+    stack.is_in_exit = false;
+    err_os_capture_stack(stack);
+    if (!l_memory.is_stream_lost)
+        write_stack(stack, caller);
+    return stack.is_in_exit;
 }
 
 // True if the claimant owns the end of the process now, also if it did before.
@@ -219,10 +249,8 @@ void err_report_internal_error(char const *expression, char const *module, char 
     if (!is_first && reporter != self)
         err_os_wait_for_the_end();
 
-    ERR_OS_STACK stack;
-    err_os_capture_stack(stack);
-    write_block({expression, module, file, line}, stack, __builtin_return_address(0));
-    if (!is_first || stack.is_in_exit || !claim_end(ExitPhase::REPORTER))
+    bool const is_in_exit = write_block({expression, module, file, line}, __builtin_return_address(0));
+    if (!is_first || is_in_exit || !claim_end(ExitPhase::REPORTER))
         err_os_end_at_once(STATUS);
     std::exit(STATUS);
 }
@@ -231,14 +259,7 @@ void err_set_module_fullpath(std::string const &path)
 {
     static std::once_flag is_registered;
     std::call_once(is_registered, err_os_call_at_exit, at_exit);
-    ModulePath *latest = nullptr;
-    try {
-        latest = new ModulePath{path, l_module_path.load()};
-    } catch (std::bad_alloc const &) {
-        return; // reports show the former path
-    }
-    while (!l_module_path.compare_exchange_weak(latest->former, latest))
-        ;
+    l_module_path.set(path);
 }
 
 bool err_is_in_abnormal_exit()

@@ -19,7 +19,8 @@
 /// @param line        source line of the check
 ///
 /// A null text is printed as "(null)". The report is one block on the standard error stream; reports of
-/// different threads don't mix:
+/// different threads don't mix. It comes in two writes, the first with everything before the stack; if that is longer
+/// than 2 KB, in three:
 ///
 ///     Internal error: type < (GEN_LIBRARY_TYPE)GEN_LIB_SIZE
 ///       Library: GEN
@@ -31,11 +32,18 @@
 ///         #0 gen_get_library_path(GEN_LIBRARY_TYPE)+0x5c at gen/gen_path_layout.cpp:120 (libzel_gen.so.1+0x2f1c)
 ///         #1 ...
 ///
-/// Function, file and line of a frame are printed if symbols are available; on Windows a frame is a
-/// module and an offset. "Module" is the text given to err_set_module_fullpath(). If memory is short,
-/// texts are cut and the stack is left out.
+/// Function, file and line of a frame are printed if symbols are available; otherwise, and always on Windows, a frame
+/// is a module and an offset. A frame's text is cut at 4 KB. "Module" is the text given to err_set_module_fullpath().
+/// "Process" is the path that the executable had when the library was loaded.
 ///
-/// After the block the calling thread calls exit(3), so that exit handlers run.
+/// The block needs no memory, no lock of these libraries, and 8 KB of stack. On Linux the symbols are read in a
+/// child of the process, which runs no fork handlers and is ended after 5 seconds; frames that it has not described
+/// are printed as module and offset. If the standard error stream doesn't block and is full, each write waits for room,
+/// 1 second at most.
+///
+/// After the block the calling thread calls exit(3), so that exit handlers run. From the first write on, a fault on any
+/// thread ends the process at once with status 3: SIGSEGV, SIGBUS, SIGABRT and SIGFPE, or on Windows an unhandled
+/// exception or abort(). If a thread other than the reporting one uses up its stack, the system ends the process.
 ///
 /// | state of the process at the call               | effect                                            |
 /// |------------------------------------------------|---------------------------------------------------|
@@ -51,10 +59,9 @@
 [[noreturn]] ERR_API void err_report_internal_error(char const *expression, char const *module, char const *file,
                                                     int line);
 
-/// Stores the path of the module for the reports. A later call replaces it; if memory is short, the
-/// earlier path stays.
+/// Stores the path of the module for the reports. A later call replaces it.
 ///
-/// @param path  the path, copied; may be empty. gen_exe_init() passes the module's directory
+/// @param path  the path, copied and cut at 4 KB; may be empty. gen_exe_init() passes the module's directory
 ERR_API void err_set_module_fullpath(std::string const &path);
 
 /// True after the first internal error, also in exit handlers; false in an ordinary run and in an
@@ -89,7 +96,10 @@ struct ERR_PLACE
 /// @param return_addresses  the return addresses of the calls; not null unless `count` is 0
 /// @param count             the number of return addresses
 ///
-/// Reads symbols and debug information from disk, which takes some milliseconds or more. Throws std::bad_alloc only.
+/// Reads symbols and debug information from disk, which takes some milliseconds or more. On Linux this is done in a
+/// child of the process, one for each call, which runs no fork handlers. If the child ends early, takes longer than 30
+/// seconds for one address or longer than 10 minutes in all, the other places have no lines. A program that waits for
+/// all of its children or handles SIGCHLD sees this one too. Throws std::bad_alloc only.
 ERR_API std::vector<ERR_PLACE> err_describe_calls(void const *const *return_addresses, std::size_t count);
 
 #endif

@@ -1,5 +1,6 @@
 // The modules of this process: the executable and the libraries that are loaded. No function loads a library or takes a
-// reference to one. Any thread may call any of them; the last three take a lock of the loader.
+// reference to one. Any thread may call any of them; the last three take a lock of the loader, but
+// sys_find_module() takes none with glibc 2.35 or newer.
 #ifndef SYS_MODULE_H
 #define SYS_MODULE_H
 

@@ -2,6 +2,17 @@
 #ifndef SYS_PROCESS_H
 #define SYS_PROCESS_H
 
+#include <cstddef>
+
+/// Reads the full path of the process's executable, without a terminator.
+///
+/// @param path  receives the path
+/// @param size  the room for it
+///
+/// Returns the length; 0 if the system does not give the path or if it does not fit. If the file was removed or replaced
+/// while the process runs, the path is the one that it had. Allocates nothing.
+std::size_t sys_read_executable_path(char *path, std::size_t size);
+
 /// Whether a debugger is attached now; false if the system gives no information.
 bool sys_is_debugged();
 

@@ -1,13 +1,13 @@
 #include "err/os/err_os.h"
 
 #include "sys/os/sys_os_function_windows.h"
-#include "sys/sys_module.h"
 #include "sys/sys_process.h"
 
 #include <windows.h>
 
 #include <io.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <iterator>
 
@@ -78,15 +78,36 @@ private:
     std::size_t m_count = 0;
 };
 
-ERR_OS_FRAME describe_by_module(void const *address)
+// Found when the library is loaded, since a report takes no lock of the loader.
+ExitCode const l_exit_code;
+
+// Only the thread that reports uses them: the stack may be short.
+void *l_walked[MAX_WALKED_FRAMES];
+
+// Read when the library is loaded, for the same reason.
+struct ExecutablePath
 {
-    ERR_OS_FRAME frame;
-    SYS_MODULE module;
-    if (!sys_find_module(static_cast<std::uintptr_t>(call_of(address)), module))
-        return frame;
-    frame.object = module.name;
-    frame.object_offset = reinterpret_cast<std::uintptr_t>(address) - module.begin;
-    return frame;
+    ExecutablePath() : size(sys_read_executable_path(text, sizeof text)) {}
+
+    char text[4096];
+    std::size_t size;
+};
+ExecutablePath const l_executable;
+
+// What a fault ends the process with; written before the handlers are set.
+int l_fault_status = 0;
+
+// The room that a thread keeps for the handling of a stack that is used up.
+constexpr ULONG GUARANTEED_STACK = 16 * 1024;
+
+LONG WINAPI end_on_exception(EXCEPTION_POINTERS *)
+{
+    err_os_end_at_once(l_fault_status);
+}
+
+void __cdecl end_on_abort(int)
+{
+    err_os_end_at_once(l_fault_status);
 }
 
 HANDLE error_stream()
@@ -103,47 +124,46 @@ std::uint64_t err_os_process_id()
     return GetCurrentProcessId();
 }
 
-std::string err_os_executable()
+std::string_view err_os_executable()
 {
-    char path[MAX_PATH];
-    DWORD const length = GetModuleFileNameA(nullptr, path, MAX_PATH);
-    return length < MAX_PATH ? std::string(path, length) : std::string();
+    return {l_executable.text, l_executable.size};
+}
+
+void err_os_begin_report(int status)
+{
+    l_fault_status = status;
+    ULONG guaranteed = GUARANTEED_STACK;
+    SetThreadStackGuarantee(&guaranteed);
+    SetUnhandledExceptionFilter(end_on_exception);
+    std::signal(SIGABRT, end_on_abort);
 }
 
 void err_os_capture_stack(ERR_OS_STACK &stack)
 {
-    void *addresses[MAX_WALKED_FRAMES];
-    unsigned const count = RtlCaptureStackBackTrace(0, MAX_WALKED_FRAMES, addresses, nullptr);
-    ExitCode const exit_code;
+    unsigned const count = RtlCaptureStackBackTrace(0, MAX_WALKED_FRAMES, l_walked, nullptr);
     for (unsigned i = 0; i < count; ++i) {
         if (stack.count < ERR_OS_STACK::CAPACITY)
-            stack.addresses[stack.count++] = addresses[i];
-        stack.is_in_exit = stack.is_in_exit || exit_code.contains(call_of(addresses[i]));
+            stack.addresses[stack.count++] = l_walked[i];
+        stack.is_in_exit = stack.is_in_exit || l_exit_code.contains(call_of(l_walked[i]));
     }
     // The exit handlers of a library run when the system unloads it, outside of the functions of the runtime.
     stack.is_in_exit = stack.is_in_exit || sys_is_last_thread_of_exit();
 }
 
-std::vector<ERR_OS_FRAME> err_os_describe(void const *const *addresses, std::size_t count, bool)
-{
-    std::vector<ERR_OS_FRAME> frames;
-    frames.reserve(count);
-    for (std::size_t i = 0; i < count; ++i)
-        frames.push_back(describe_by_module(addresses[i]));
-    return frames;
-}
+void err_os_describe(ERR_OS_QUESTION const &, ERR_OS_RECEIVER &) {}
 
-void err_os_write_error_stream(char const *text, std::size_t size)
+bool err_os_write_error_stream(char const *text, std::size_t size)
 {
     HANDLE const stream = error_stream();
     while (size != 0) {
         DWORD const part = size < MAXDWORD ? static_cast<DWORD>(size) : MAXDWORD;
         DWORD written = 0;
         if (!WriteFile(stream, text, part, &written, nullptr) || written == 0)
-            return;
+            return false;
         text += written;
         size -= written;
     }
+    return true;
 }
 
 void err_os_call_at_exit(void (*function)())

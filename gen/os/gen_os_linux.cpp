@@ -145,7 +145,10 @@ bool gen_os_local_time(std::int64_t seconds, std::tm &local)
 
 bool gen_os_read_executable_path(std::string &path)
 {
-    return read_real_path("/proc/self/exe", path);
+    char buffer[PATH_MAX];
+    std::size_t const length = sys_read_executable_path(buffer, sizeof buffer);
+    path.assign(buffer, length);
+    return length != 0;
 }
 
 bool gen_os_read_library_path(char const *file_name, std::string &path)

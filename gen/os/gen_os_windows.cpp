@@ -2,6 +2,7 @@
 
 #include "fio_sys.h"
 #include "sys/sys_module.h"
+#include "sys/sys_process.h"
 
 #include <algorithm>
 #include <atomic>
@@ -151,11 +152,10 @@ bool gen_os_local_time(std::int64_t seconds, std::tm &local)
 
 bool gen_os_read_executable_path(std::string &path)
 {
-    char buffer[PATH_BUFFER_SIZE] = {};
-    if (GetModuleFileNameA(nullptr, buffer, PATH_BUFFER_SIZE - 1) == 0)
-        return false;
-    path = buffer;
-    return true;
+    char buffer[PATH_BUFFER_SIZE];
+    std::size_t const length = sys_read_executable_path(buffer, sizeof buffer);
+    path.assign(buffer, length);
+    return length != 0;
 }
 
 bool gen_os_read_library_path(char const *file_name, std::string &path)

@@ -4,12 +4,15 @@
 #include "sys/sys_process.h"
 #include "sys/sys_text.h"
 
+#include <dlfcn.h>
+#include <link.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <link.h>
 #include <mutex>
-#include <pthread.h>
 
 namespace {
 
@@ -57,6 +60,28 @@ char const *find_loaded(char const *name)
     return query.loaded;
 }
 
+void set_module(char const *path, std::uintptr_t begin, SYS_MODULE &module)
+{
+    // The executable has the empty name in the loader's list.
+    std::string_view const name = *path == '\0' ? program_invocation_short_name : sys_file_name(path).data();
+    std::size_t const length = name.copy(module.name, sizeof module.name - 1);
+    module.name[length] = '\0';
+    module.begin = begin;
+}
+
+#if __GLIBC_PREREQ(2, 35)
+
+bool find_module(std::uintptr_t address, SYS_MODULE &module)
+{
+    dl_find_object object;
+    if (_dl_find_object(reinterpret_cast<void *>(address), &object) != 0)
+        return false;
+    set_module(object.dlfo_link_map->l_name, reinterpret_cast<std::uintptr_t>(object.dlfo_map_start), module);
+    return true;
+}
+
+#else
+
 struct ModuleQuery
 {
     std::uintptr_t address;
@@ -89,13 +114,23 @@ int compare_module(dl_phdr_info *info, std::size_t, void *data)
     ModuleQuery const &query = *static_cast<ModuleQuery *>(data);
     if (!contains(*info, query.address))
         return 0;
-    // The executable has the empty name in the loader's list.
-    std::string_view const name =
-        *info->dlpi_name == '\0' ? program_invocation_short_name : sys_file_name(info->dlpi_name).data();
-    std::size_t const length = name.copy(query.module.name, sizeof query.module.name - 1);
-    query.module.name[length] = '\0';
-    query.module.begin = begin_of(*info);
+    set_module(info->dlpi_name, begin_of(*info), query.module);
     return 1;
+}
+
+bool find_module(std::uintptr_t address, SYS_MODULE &module)
+{
+    ModuleQuery query{address, module};
+    return dl_iterate_phdr(compare_module, &query) != 0;
+}
+
+#endif
+
+bool is_same_file(char const *a, char const *b)
+{
+    struct stat a_facts, b_facts;
+    return stat(a, &a_facts) == 0 && stat(b, &b_facts) == 0 && a_facts.st_dev == b_facts.st_dev &&
+           a_facts.st_ino == b_facts.st_ino;
 }
 
 } // namespace
@@ -116,8 +151,21 @@ bool sys_find_library(char const *name, std::string &path)
 
 bool sys_find_module(std::uintptr_t address, SYS_MODULE &module)
 {
-    ModuleQuery query{address, module};
-    return dl_iterate_phdr(compare_module, &query) != 0;
+    return find_module(address, module);
+}
+
+std::size_t sys_read_executable_path(char *path, std::size_t size)
+{
+    constexpr char const *LINK = "/proc/self/exe";
+    ssize_t const count = readlink(LINK, path, size);
+    std::size_t const length = count < 0 ? 0 : static_cast<std::size_t>(count);
+    if (length == size)
+        return 0;
+    // What the system appends if the file has no longer this name. A file may have such a name, too.
+    constexpr std::string_view MARK = " (deleted)";
+    path[length] = '\0';
+    bool const is_marked = length > MARK.size() && std::string_view(path, length).substr(length - MARK.size()) == MARK;
+    return is_marked && !is_same_file(path, LINK) ? length - MARK.size() : length;
 }
 
 bool sys_is_debugged()

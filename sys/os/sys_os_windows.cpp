@@ -68,6 +68,12 @@ bool sys_find_module(std::uintptr_t address, SYS_MODULE &module)
     return true;
 }
 
+std::size_t sys_read_executable_path(char *path, std::size_t size)
+{
+    DWORD const length = GetModuleFileNameA(nullptr, path, static_cast<DWORD>(size));
+    return length == size ? 0 : length; // a path that does not fit is cut
+}
+
 bool sys_is_debugged()
 {
     return IsDebuggerPresent() != FALSE;

@@ -85,6 +85,18 @@ TEST(GenModule, OfAMixedCaseInstallationFindsItself)
     EXPECT_EQ(report.at("KALVERN_BINDIR"), module_case(tree.root() + "Bin64/"));
 }
 
+TEST(GenModule, KeepsItsNameWhenItsFileIsReplaced)
+{
+    for (char const *const tool : {"tool", "tool (deleted)"})
+        for (char const *const arguments : {"", "replace"}) {
+            InstalledTree const tree("bin", tool);
+            auto const report = probe(tree.tool(), arguments);
+            ASSERT_EQ(report.at("status"), "0") << report.at("output");
+            EXPECT_EQ(report.at("executable"), lower(tree.tool().generic_string())) << arguments;
+            EXPECT_EQ(report.at("module"), module_case(tree.tool().generic_string())) << arguments;
+        }
+}
+
 TEST(GenIsKalvernExe, CountsTheGuiNamesInQtProcessesAndTheProductAlways)
 {
     struct NameCase

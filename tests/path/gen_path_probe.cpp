@@ -1,13 +1,26 @@
 // Prints, one line each, what the library knows of the installation that this program finds itself in. Its arguments
-// are done in order before that: "init" starts the process as a tool does, "qt" declares it a Qt process.
+// are done in order before that: "init" starts the process as a tool does, "qt" declares it a Qt process, "replace"
+// replaces the program's file as an update does, where the system permits it.
 #include "gen_exe_sys.h"
 #include "gen_path_sys.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <string>
+#include <system_error>
 
 namespace {
+
+void replace_file(std::filesystem::path const &file)
+{
+    std::filesystem::path fresh = file;
+    fresh += ".new";
+    std::error_code ignored;
+    std::filesystem::copy_file(file, fresh, ignored);
+    std::filesystem::rename(fresh, file, ignored);
+}
 
 void print(char const *name, std::string const &text)
 {
@@ -29,6 +42,8 @@ int main(int argument_count, char const **arguments)
             gen_exe_init(argument_count, arguments);
         if (std::strcmp(arguments[i], "qt") == 0)
             gen_set_is_qt(true);
+        if (std::strcmp(arguments[i], "replace") == 0)
+            replace_file(arguments[0]);
     }
     print("executable", gen_get_executable_fullpath());
     print("library", gen_get_library_fullpath("zel_gen"));
