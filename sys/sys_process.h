@@ -9,4 +9,9 @@ bool sys_is_debugged();
 /// true on Linux, where the other threads run until the process is gone.
 bool sys_is_last_thread_of_exit();
 
+/// Whether the library that asks is being unloaded by a process that goes on. True from before its static objects are
+/// released; false if they are released because the process ends. So a static object can release, at an unload alone,
+/// what the exit has to leave to the other libraries.
+bool sys_is_unloading();
+
 #endif

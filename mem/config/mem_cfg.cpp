@@ -19,6 +19,7 @@
 #include "mem/base/mem_line.h"
 #include "mem/config/mem_cfg.h"
 #include "mem/config/mem_cfg_file.h"
+#include "sys/sys_module.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -64,9 +65,11 @@ std::atomic<std::string (*)()> l_root_function{nullptr};
 // thread.
 thread_local bool l_is_reading = false;
 
-// Made by the first caller.
+// Made by the first caller. The library stays with it, and with the slot of `l_is_reading` on platforms that keep one.
+// Not inside the guard of the static: another thread that waits for it may hold the loader's lock.
 Configuration &configuration()
 {
+    sys_keep_loaded();
     static Configuration *const s_configuration = new Configuration;
     return *s_configuration;
 }

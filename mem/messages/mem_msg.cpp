@@ -2,6 +2,7 @@
 
 #include "mem/base/mem_line.h"
 #include "mem/config/mem_cfg.h"
+#include "sys/sys_module.h"
 
 #include <atomic>
 #include <cstdint>
@@ -132,6 +133,7 @@ bool mem_msg_redirect_to_file(char const *path)
         file = std::fopen(path, "a");
         if (file == nullptr)
             return false;
+        sys_keep_loaded(); // with the file, which a next redirection closes
     }
     set_destination({nullptr, nullptr, file});
     return true;

@@ -2,6 +2,7 @@
 
 #include "mem/base/mem_proc_text.h"
 #include "sys/os/sys_os_text_file_linux.h"
+#include "sys/sys_module.h"
 
 #include <atomic>
 #include <fcntl.h>
@@ -36,6 +37,9 @@ bool read_statm(int descriptor, std::size_t *bytes)
 
 bool store_statm_descriptor(int descriptor)
 {
+    // A descriptor is kept by a library that stays.
+    if (!sys_keep_loaded())
+        return false;
     // Set by the first thread that keeps the descriptor. Without the handler no descriptor is kept.
     static bool const FORGOTTEN_IN_CHILD = pthread_atfork(nullptr, nullptr, forget_statm) == 0;
     int none = -1;
