@@ -39,7 +39,7 @@ function(zel_add_shared_library target name)
   target_compile_definitions(${target} PRIVATE ZEL_${upper}_BUILD)
   target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} zel_sys $<BUILD_INTERFACE:zel_options>)
   set_target_properties(${target} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
   if(WIN32)
     set_target_properties(${target} PROPERTIES PREFIX "")
   else()
@@ -48,4 +48,19 @@ function(zel_add_shared_library target name)
       "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/zel_${name}.map")
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/zel_${name}.map")
   endif()
+endfunction()
+
+# zel_link_libraries_into(<directory> <short name>...): makes links to libraries of the build in a directory below theirs,
+# so that the executables in that directory find them there. Nothing to do on Windows, where the environment names the
+# directory of the libraries.
+function(zel_link_libraries_into directory)
+  if(WIN32)
+    return()
+  endif()
+  set(links "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${directory}")
+  file(MAKE_DIRECTORY "${links}")
+  foreach(name IN LISTS ARGN)
+    set(file "libzel_${name}.so.${PROJECT_VERSION_MAJOR}")
+    file(CREATE_LINK "../${file}" "${links}/${file}" SYMBOLIC)
+  endforeach()
 endfunction()

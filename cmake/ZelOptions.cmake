@@ -13,7 +13,11 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
-set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+# The loader looks for libraries next to the file that needs them, nowhere else. The same search path in the build as after
+# the installation, since a build would pad a shorter one, and each empty element of it means the current directory.
+set(CMAKE_INSTALL_RPATH "$ORIGIN")
+set(CMAKE_INSTALL_RPATH_USE_LINK_PATH OFF)
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 # One level below the prefix, never an architecture subdirectory.
 set(CMAKE_INSTALL_LIBDIR lib)
 include(GNUInstallDirs)

@@ -75,9 +75,7 @@ endmacro()
 # the executable.
 function(zel_use_customer_version target)
   target_compile_definitions(${target} PRIVATE ZEL_CUSTOMER_TEST)
-  set_target_properties(${target} PROPERTIES
-    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/customer"
-    BUILD_RPATH "$ORIGIN;$ORIGIN/..")
+  set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/customer")
   if(WIN32)
     target_link_libraries(${target} PRIVATE zel_ver_customer)
   else()
@@ -85,5 +83,6 @@ function(zel_use_customer_version target)
     # a search path that serves both.
     target_link_options(${target} PRIVATE "LINKER:--no-as-needed,$<TARGET_LINKER_FILE:zel_ver_customer>")
     add_dependencies(${target} zel_ver_customer)
+    zel_link_libraries_into(customer err thr fio mem gen mem_fake gen_fake)
   endif()
 endfunction()

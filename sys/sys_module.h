@@ -1,6 +1,7 @@
-// The modules of this process: the executable and the libraries that are loaded. No function loads a library or takes a
-// reference to one. Any thread may call any of them; the last three take a lock of the loader, but
-// sys_find_module() takes none with glibc 2.35 or newer.
+// The modules of this process: the executable and the libraries that are loaded. No function loads a library, and
+// sys_keep_loaded() alone takes a reference to one. Any thread may call any of them; the last four take a lock of the
+// loader, so no thread may call them while it holds a lock that a static object's constructor waits for. With
+// glibc 2.35 or newer sys_find_module() takes none.
 #ifndef SYS_MODULE_H
 #define SYS_MODULE_H
 
@@ -50,5 +51,11 @@ struct SYS_MODULE
 
 /// False, and the module left alone, if the address is in no module. Allocates nothing.
 bool sys_find_module(std::uintptr_t address, SYS_MODULE &module);
+
+/// Keeps the library that asks loaded until the process ends, with the libraries that it needs. Any number of times;
+/// only the first success costs more than a comparison. May allocate, but not through operator new.
+///
+/// @return false if the system refuses. An executable is always kept.
+bool sys_keep_loaded();
 
 #endif

@@ -22,6 +22,13 @@ struct CloseKey
     void operator()(HKEY key) const { RegCloseKey(key); }
 };
 
+// The socket library stays with its initialisation, so that a process that loads this library again finds it done.
+void keep_socket_library()
+{
+    HMODULE library = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN, "ws2_32.dll", &library);
+}
+
 // The socket library is initialised only when a look-up reports that it isn't.
 hostent *resolve_host_name(char const *name)
 {
@@ -31,6 +38,7 @@ hostent *resolve_host_name(char const *name)
     WSADATA data;
     if (WSAStartup(MAKEWORD(2, 2), &data) != 0)
         return nullptr;
+    keep_socket_library();
     return gethostbyname(name);
 }
 

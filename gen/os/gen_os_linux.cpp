@@ -3,6 +3,7 @@
 #include "sys/sys_module.h"
 #include "sys/sys_process.h"
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>

@@ -2,19 +2,26 @@
 
 #include <windows.h>
 
+#include <memory>
+
 namespace {
+
+struct CloseKey
+{
+    void operator()(HKEY key) const { RegCloseKey(key); }
+};
 
 // The registry key of the first processor; null if it can't be opened. It stays open, because every query reads it.
 HKEY processor_key()
 {
-    static HKEY const key = [] {
+    static std::unique_ptr<HKEY__, CloseKey> const KEY([] {
         HKEY opened = nullptr;
         return RegOpenKeyExA(HKEY_LOCAL_MACHINE, "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", 0, KEY_READ,
                              &opened) == ERROR_SUCCESS
                    ? opened
                    : nullptr;
-    }();
-    return key;
+    }());
+    return KEY.get();
 }
 
 } // namespace

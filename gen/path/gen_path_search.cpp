@@ -7,6 +7,7 @@
 #include "gen_iterator_sys.h"
 #include "gen_string_sys.h"
 #include "sys/sys_file_mode.h"
+#include "sys/sys_process.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -15,8 +16,17 @@
 
 namespace {
 
-// Made by the first cached search; released only by gen_destroy_find_file_cache(), not at exit.
+// Made by the first cached search; released by gen_destroy_find_file_cache() and at an unload, not at exit.
 GEN_FIND_FILE_CACHE *l_find_file_cache = nullptr;
+
+struct AtUnload
+{
+    ~AtUnload()
+    {
+        if (sys_is_unloading())
+            gen_destroy_find_file_cache();
+    }
+} const l_at_unload;
 
 bool is_found(FIO_PATH const &path)
 {

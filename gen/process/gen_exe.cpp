@@ -8,6 +8,7 @@
 #include "gen/process/gen_command_line.h"
 #include "gen_path_sys.h"
 #include "mem_sys.h"
+#include "sys/sys_process.h"
 #include "thr_sys.h"
 #include "ver_sys.h"
 
@@ -25,6 +26,39 @@ constexpr std::size_t RESERVE_CHUNK_MB = 8;
 constexpr std::size_t BYTES_PER_MB = 1048576;
 
 [[gnu::init_priority(GEN_STATIC_ORDER_COMMAND_LINE)]] GEN_STATIC_STATE<GEN_COMMAND_LINE> l_command_line;
+
+// The callbacks of zel_mem, which it keeps after an unload of this library: they are taken back then. The exit leaves
+// them, since other libraries may still query the configuration.
+struct MemCallbacks
+{
+    ~MemCallbacks()
+    {
+        if (are_set && sys_is_unloading())
+            take_back();
+    }
+
+    void set()
+    {
+        are_set = true;
+        mem_set_gen_get_kalvern_path_callback(gen_get_kalvern_path);
+        mem_set_gen_get_db_dir_path_string_callback(gen_get_db_dir_path_string);
+        mem_set_gen_get_is_ui_process_callback(gen_get_is_ui_process);
+        mem_set_gen_get_module_filename_callback(gen_get_module_filename);
+        mem_set_gen_get_project_output_directory_callback(gen_get_project_output_directory);
+    }
+
+    static void take_back()
+    {
+        mem_set_gen_get_kalvern_path_callback(nullptr);
+        mem_set_gen_get_db_dir_path_string_callback(nullptr);
+        mem_set_gen_get_is_ui_process_callback(nullptr);
+        mem_set_gen_get_module_filename_callback(nullptr);
+        mem_set_gen_get_project_output_directory_callback(nullptr);
+    }
+
+    bool are_set = false;
+};
+MemCallbacks l_mem_callbacks;
 
 std::string native_path(std::string const &path)
 {
@@ -48,15 +82,6 @@ void extend_path_variable()
         value += separator;
     value += old_value;
     thr_setenv("PATH", value.c_str());
-}
-
-void set_mem_callbacks()
-{
-    mem_set_gen_get_kalvern_path_callback(gen_get_kalvern_path);
-    mem_set_gen_get_db_dir_path_string_callback(gen_get_db_dir_path_string);
-    mem_set_gen_get_is_ui_process_callback(gen_get_is_ui_process);
-    mem_set_gen_get_module_filename_callback(gen_get_module_filename);
-    mem_set_gen_get_project_output_directory_callback(gen_get_project_output_directory);
 }
 
 bool is_reservation_wanted()
@@ -90,7 +115,7 @@ void gen_exe_init(int, char const **)
     thr_drl_init(gen_get_module_fullpath().c_str());
     ver_set_module_path(gen_get_module_path().c_str());
     err_set_module_fullpath(gen_get_module_path()); // the directory is required here
-    set_mem_callbacks();
+    l_mem_callbacks.set();
     if (is_reservation_wanted())
         reserve_4gb_test();
 }

@@ -77,6 +77,10 @@ public:
     // Everything up to now. The cookies of the current path are logged, and stay pending as well.
     Groups log_all();
 
+    // Around a fork.
+    void lock() { thr_mutex_lock(m_mutex); }
+    void unlock() { thr_mutex_unlock(m_mutex); }
+
 private:
     void log_pending();
 
@@ -274,11 +278,11 @@ void gen_cookie_log_configure(bool primary, bool debug_messages)
 void gen_cookie_log_lock()
 {
     if (Log *const log = l_log_in_life.load(std::memory_order_acquire))
-        thr_mutex_lock(log->m_mutex);
+        log->lock();
 }
 
 void gen_cookie_log_unlock()
 {
     if (Log *const log = l_log_in_life.load(std::memory_order_acquire))
-        thr_mutex_unlock(log->m_mutex);
+        log->unlock();
 }

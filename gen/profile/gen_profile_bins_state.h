@@ -22,6 +22,7 @@
 #include "gen/profile/gen_profile_bins_metrics.h"
 #include "gen_profile_bins_sys.h"
 #include "sys/os/sys_os_thread.h"
+#include "sys/sys_process.h"
 
 #include <array>
 #include <atomic>
@@ -152,15 +153,19 @@ struct GEN_PB_STATE
     } report;
 };
 
-/// Holds an object that is never destroyed, since other libraries may open bins and log cookies after the release of
-/// this library's statics.
+/// Holds an object that no exit destroys, since other libraries may open bins and log cookies after the release of this
+/// library's statics. An unload destroys it.
 template <typename Object>
 union GEN_PB_KEPT
 {
     Object object;
 
     GEN_PB_KEPT() : object() {}
-    ~GEN_PB_KEPT() {}
+    ~GEN_PB_KEPT()
+    {
+        if (sys_is_unloading())
+            object.~Object();
+    }
     GEN_PB_KEPT(GEN_PB_KEPT const &) = delete;
     GEN_PB_KEPT &operator=(GEN_PB_KEPT const &) = delete;
 };

@@ -1,6 +1,7 @@
 #include "gen_tracq_sys.h"
 
 #include "gen_path_sys.h"
+#include "sys/sys_process.h"
 #include "thr_sys.h"
 
 #include <cstdint>
@@ -12,8 +13,19 @@ namespace {
 // In the project's database directory.
 constexpr char GUI_PROFILE_NAME[] = "kalvern_gui.profile";
 
-// Owned; null if there is none. It is not closed at exit.
+// Owned; null if there is none. It is closed at an unload, not at exit.
 std::brisel_ofstream *l_gui_profile_stream = nullptr;
+
+struct AtUnload
+{
+    ~AtUnload()
+    {
+        if (!sys_is_unloading())
+            return;
+        delete std::exchange(l_gui_profile_stream, nullptr);
+        GEN_TRACQ_MANAGER::destroy();
+    }
+} const l_at_unload;
 
 } // namespace
 

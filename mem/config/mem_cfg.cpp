@@ -19,6 +19,7 @@
 #include "mem/base/mem_line.h"
 #include "mem/config/mem_cfg.h"
 #include "mem/config/mem_cfg_file.h"
+#include "sys/sys_module.h"
 #include "sys/sys_path_text.h"
 
 #include <atomic>
@@ -68,10 +69,12 @@ std::atomic<std::string (*)()> l_root_function{nullptr};
 // thread.
 thread_local bool l_is_reading = false;
 
-// Made by the first caller, or when the library is loaded.
+// Made when the library is loaded, or by a caller before that. It needs no memory as long as it is empty, so that
+// nothing is lost if the library is unloaded then.
 Configuration &configuration()
 {
-    static Configuration *const s_configuration = new Configuration;
+    alignas(Configuration) static unsigned char s_storage[sizeof(Configuration)];
+    static Configuration *const s_configuration = new (s_storage) Configuration;
     return *s_configuration;
 }
 
@@ -160,6 +163,7 @@ std::shared_ptr<MEM_CFG_ENTRY> find_entry(char const *key)
         return nullptr;
     Configuration &cfg = configuration();
     if (has_unread_files(cfg)) {
+        sys_keep_loaded(); // with the values
         Problems problems;
         read_files(cfg, problems);
         for (std::string const &problem : problems)
@@ -254,6 +258,7 @@ void mem_cfg_set(char const *key, char const *value)
         entry->origin = "mem_cfg_set";
         fresh.emplace(key, std::move(entry));
     }
+    sys_keep_loaded(); // with the value
     Configuration &cfg = configuration();
     MEM_CFG_ENTRIES::node_type former; // released after the lock
     {

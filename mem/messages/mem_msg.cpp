@@ -4,6 +4,7 @@
 #include "mem/config/mem_cfg.h"
 #include "mem/os/mem_os_stream.h"
 #include "mem_sys.h"
+#include "sys/sys_module.h"
 
 #include <atomic>
 #include <cstdint>
@@ -182,6 +183,7 @@ bool mem_msg_redirect_to_file(char const *path)
             std::fclose(stream);
             return false;
         }
+        sys_keep_loaded(); // with the file, which a next redirection closes
     }
     set_destination({nullptr, nullptr, file});
     return true;

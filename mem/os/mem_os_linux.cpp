@@ -3,6 +3,7 @@
 #include "mem/base/mem_proc_text.h"
 #include "sys/os/sys_os_text_file_linux.h"
 #include "sys/sys_fork.h"
+#include "sys/sys_module.h"
 
 #include <atomic>
 #include <fcntl.h>
@@ -39,6 +40,9 @@ bool read_statm(int descriptor, std::size_t *bytes)
 
 bool store_statm_descriptor(int descriptor)
 {
+    // A descriptor is kept by a library that stays.
+    if (!sys_keep_loaded())
+        return false;
     int none = -1;
     return l_is_forgotten_in_child && l_statm.compare_exchange_strong(none, descriptor, std::memory_order_relaxed);
 }

@@ -1,5 +1,7 @@
 #include "mem/os/mem_os_thread.h"
 
+#include "sys/sys_module.h"
+
 #include <pthread.h>
 
 // The state of this file. Each thread writes its own record. The record is valid until after the thread's last
@@ -30,6 +32,10 @@ EndKey make_end_key(void (*ended)(MEM_THREAD_COUNT &count))
 
 bool mem_os_watch_thread_end(void (*ended)(MEM_THREAD_COUNT &count))
 {
+    // The key calls into the library when the thread ends. Not inside the guard of the static: another thread that
+    // waits for it may hold the loader's lock.
+    if (!sys_keep_loaded())
+        return false;
     // The C++ destructors of a thread run before the destructors of its keys.
     static EndKey const END_KEY = make_end_key(ended);
     return END_KEY.is_made && pthread_setspecific(END_KEY.key, &mem_thread_record) == 0;

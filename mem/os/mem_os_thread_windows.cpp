@@ -1,5 +1,7 @@
 #include "mem/os/mem_os_thread.h"
 
+#include "sys/sys_module.h"
+
 #include <windows.h>
 
 #include <atomic>
@@ -43,6 +45,9 @@ Slots const &slots()
 
 MEM_THREAD_COUNT *make_record(Slots const &s)
 {
+    // The fiber slot calls into the library when the thread ends.
+    if (!sys_keep_loaded())
+        return nullptr;
     void *const memory = HeapAlloc(GetProcessHeap(), 0, sizeof(MEM_THREAD_COUNT));
     if (memory == nullptr)
         return nullptr;

@@ -4,15 +4,17 @@
 #include "sys/sys_process.h"
 #include "sys/sys_text.h"
 
-#include <dlfcn.h>
-#include <link.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <mutex>
+
+#include <dlfcn.h>
+#include <link.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -24,6 +26,21 @@ bool is_target_of_version_link(std::string_view asked, char const *loaded)
         return false;
     char target[PATH_MAX];
     return realpath(loaded, target) != nullptr && sys_library_names(asked, target);
+}
+
+// Each library has this state of its own, since it has these functions of its own.
+
+// Whether the library is kept. Threads may find that out at once; the loader takes any number of references.
+std::atomic<bool> l_is_kept{false};
+
+// Set before the static objects of the library are released if it is unloaded, and after that if the process ends.
+bool l_is_unloading = false;
+
+// The exit releases the static objects of all libraries first, and then has the loader call the functions of this kind.
+// An unload calls them first: the last of them, which the compiler adds to each library, releases its static objects.
+[[gnu::destructor]] void begin_unload()
+{
+    l_is_unloading = true;
 }
 
 struct LibraryQuery
@@ -168,6 +185,22 @@ std::size_t sys_read_executable_path(char *path, std::size_t size)
     return is_marked && !is_same_file(path, LINK) ? length - MARK.size() : length;
 }
 
+bool sys_keep_loaded()
+{
+    if (l_is_kept.load(std::memory_order_relaxed))
+        return true;
+    Dl_info info;
+    void *map = nullptr;
+    if (dladdr1(&l_is_kept, &info, &map, RTLD_DL_LINKMAP) == 0)
+        return false;
+    // The executable has the empty name.
+    char const *const name = static_cast<link_map const *>(map)->l_name;
+    if (*name != '\0' && dlopen(name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE) == nullptr)
+        return false;
+    l_is_kept.store(true, std::memory_order_relaxed);
+    return true;
+}
+
 bool sys_is_debugged()
 {
     // The number of the process that traces this one; 0 if there is none.
@@ -184,4 +217,9 @@ bool sys_watch_forks(void (*before)(), void (*in_parent)(), void (*in_child)())
 {
     // Linked into each library, which the system therefore takes for the owner of the functions.
     return pthread_atfork(before, in_parent, in_child) == 0;
+}
+
+bool sys_is_unloading()
+{
+    return l_is_unloading;
 }

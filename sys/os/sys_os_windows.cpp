@@ -8,11 +8,15 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 
 namespace {
 
 using ShutdownQuery = BOOLEAN(NTAPI *)();
+
+// Whether the library is kept. Each library has this state of its own, since it has these functions of its own.
+std::atomic<bool> l_is_kept{false};
 
 // The text of the module table, which is cut at 260 characters.
 bool read_module_path(HMODULE module, char (&path)[MAX_PATH + 1])
@@ -74,6 +78,18 @@ std::size_t sys_read_executable_path(char *path, std::size_t size)
     return length == size ? 0 : length; // a path that does not fit is cut
 }
 
+bool sys_keep_loaded()
+{
+    if (l_is_kept.load(std::memory_order_relaxed))
+        return true;
+    constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
+    HMODULE self = nullptr;
+    if (!GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(&l_is_kept), &self))
+        return false;
+    l_is_kept.store(true, std::memory_order_relaxed);
+    return true;
+}
+
 bool sys_is_debugged()
 {
     return IsDebuggerPresent() != FALSE;
@@ -88,6 +104,12 @@ bool sys_is_last_thread_of_exit()
 bool sys_watch_forks(void (*)(), void (*)(), void (*)())
 {
     return true;
+}
+
+bool sys_is_unloading()
+{
+    // An exit releases the static objects of the libraries after it has ended the other threads.
+    return !sys_is_last_thread_of_exit();
 }
 
 std::int64_t sys_thread_self()

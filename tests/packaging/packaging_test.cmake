@@ -1,8 +1,9 @@
 # Installs a build, moves the installed tree, builds a consumer against it by the CMake package and
 # by pkg-config, and runs both: the root they find must be the moved prefix. A second one links the
-# operators of zel::mem_new from there and checks that they count.
+# operators of zel::mem_new from there and checks that they count. The installed libraries are searched for next to each
+# other, nowhere else.
 #
-# Given: BUILD_DIR, SOURCE_DIR (of the consumer), WORK_DIR, CXX, TOOLCHAIN_FILE, EMULATOR, IS_WINDOWS.
+# Given: BUILD_DIR, SOURCE_DIR (of the consumer), WORK_DIR, CXX, TOOLCHAIN_FILE, EMULATOR, IS_WINDOWS, READELF.
 
 function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ECHO STDOUT COMMAND_ERROR_IS_FATAL ANY)
@@ -38,6 +39,10 @@ file(REMOVE_RECURSE "${WORK_DIR}")
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/installed")
 set(prefix "${WORK_DIR}/moved")
 file(RENAME "${WORK_DIR}/installed" "${prefix}")
+if(NOT IS_WINDOWS)
+  run("${CMAKE_COMMAND}" "-DDIRECTORY=${prefix}" "-DREADELF=${READELF}"
+    -P "${CMAKE_CURRENT_LIST_DIR}/search_paths_test.cmake")
+endif()
 
 set(toolchain "")
 if(TOOLCHAIN_FILE)
