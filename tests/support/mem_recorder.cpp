@@ -51,6 +51,12 @@ bool mem_cfg_is_on(char const *key, bool)
     return mem_record().is_on;
 }
 
+bool mem_msg_local_vinfo(char const *module, char const *format, char * /*arguments*/)
+{
+    mem_record().calls.push_back(std::string("info ") + module + ' ' + format);
+    return true;
+}
+
 // A format with one text.
 bool mem_msg_local_vdebug(char const *module, char const *format, char *arguments)
 {
