@@ -131,6 +131,23 @@ TEST_F(FioFileScan, PassesOverWhatHasGoneSince)
     EXPECT_THAT(rest, ElementsAre("1", "3"));
 }
 
+TEST_F(FioFileScan, WritesTheLongestNameAndNothingAfterTheRecord)
+{
+    std::string const longest(255, 'n');
+    m_temp.write(longest, "");
+    struct
+    {
+        struct _finddata64i32_t data;
+        char after[8];
+    } record;
+    std::memset(&record, 'x', sizeof record);
+    std::intptr_t const scan = FIO_FILE_SYSTEM::findfirst(at("n*").c_str(), &record.data);
+    ASSERT_NE(scan, -1);
+    EXPECT_EQ(FIO_FILE_SYSTEM::findclose(scan), 0);
+    EXPECT_EQ(record.data.name, longest);
+    EXPECT_EQ(std::string(record.after, sizeof record.after), std::string(sizeof record.after, 'x'));
+}
+
 TEST_F(FioFileSystem, ARemovedCurrentDirectoryIsReturnedAsEmpty)
 {
     std::filesystem::create_directory(m_temp.path() / "d");
