@@ -232,8 +232,7 @@ void format_signed(MEM_FORMAT_BUFFER &out, Conversion const &conversion, std::ui
     std::size_t const unused_bits = 64 - 8 * bytes_of(conversion.length);
     auto const value = static_cast<std::int64_t>(raw << unused_bits) >> unused_bits;
     auto const bits = static_cast<std::uint64_t>(value);
-    MEM_FORMAT_OPTIONS options = conversion.options;
-    options.alternative = false;
+    MEM_FORMAT_OPTIONS const &options = conversion.options; // the alternative form of radix 10 is the plain one
     char const sign = value < 0 ? '-' : options.plus ? '+' : options.blank ? ' ' : '\0';
     mem_format_whole(out, options, value < 0 ? 0 - bits : bits, 10, /*upper=*/false, sign);
 }

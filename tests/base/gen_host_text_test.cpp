@@ -42,6 +42,7 @@ constexpr ReleaseCase RELEASE_CASES[] = {
     {"NAME=Fedora\nVERSION_ID=39", true, "Fedora", "39"},
     {"NAME='A \"B\"'\n", true, "A \"B\"", ""},
     {"NAME=\"a\\\"b\\$c\"\nVERSION_ID=\n", true, "a\"b$c", ""},
+    {"NAME=a\\\nVERSION_ID=1\\", true, "a\\", "1\\"}, // a backslash without a next character
     {"NAME=\n", true, "", ""},
     {"", false, "", ""},
     {"VERSION_ID=12\n", false, "", ""},

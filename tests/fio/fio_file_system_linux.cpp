@@ -13,10 +13,29 @@
 #include <utility>
 #include <vector>
 
+#include <dirent.h>
+#include <dlfcn.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
+
+namespace {
+
+// Whether directories give no types of their entries, as some file systems do.
+bool l_hides_types = false;
+
+} // namespace
+
+// In place of the C library's, also for the libraries.
+extern "C" __attribute__((visibility("default"))) dirent *readdir(DIR *stream)
+{
+    static auto const s_readdir = reinterpret_cast<dirent *(*)(DIR *)>(dlsym(RTLD_NEXT, "readdir"));
+    dirent *const entry = s_readdir(stream);
+    if (entry != nullptr && l_hides_types)
+        entry->d_type = DT_UNKNOWN;
+    return entry;
+}
 
 namespace {
 
@@ -129,6 +148,43 @@ TEST_F(FioFileScan, PassesOverWhatHasGoneSince)
     EXPECT_EQ(FIO_FILE_SYSTEM::findclose(scan), 0);
     EXPECT_EQ(first, ".");
     EXPECT_THAT(rest, ElementsAre("1", "3"));
+}
+
+TEST_F(FioFileSystem, FindsFilesAlsoWhereDirectoriesGiveNoTypes)
+{
+    m_temp.write("d/a.v", "");
+    m_temp.write("d/e/b.v", "");
+    std::filesystem::create_symlink("a.v", m_temp.path() / "d/to_file.v");
+    std::filesystem::create_symlink("e", m_temp.path() / "d/to_directory.v");
+    std::filesystem::create_symlink("none", m_temp.path() / "d/to_none.v");
+    ASSERT_EQ(mkfifo(at("d/pipe.v").c_str(), 0600), 0);
+    for (bool const hides_types : {false, true}) {
+        l_hides_types = hides_types;
+        std::list<FIO_PATH> found;
+        FIO_FIND(at("d")).find_all("*", {}, &found, /*absolute=*/true, /*descend=*/true);
+        l_hides_types = false;
+        std::vector<std::string> names;
+        for (FIO_PATH const &path : found)
+            names.push_back(path.fullpath().substr(m_temp.text().size()));
+        EXPECT_THAT(names, ElementsAre("/d/a.v", "/d/to_file.v", "/d/e/b.v")) << hides_types;
+    }
+}
+
+TEST_F(FioFileScan, WritesTheLongestNameAndNothingAfterTheRecord)
+{
+    std::string const longest(255, 'n');
+    m_temp.write(longest, "");
+    struct
+    {
+        struct _finddata64i32_t data;
+        char after[8];
+    } record;
+    std::memset(&record, 'x', sizeof record);
+    std::intptr_t const scan = FIO_FILE_SYSTEM::findfirst(at("n*").c_str(), &record.data);
+    ASSERT_NE(scan, -1);
+    EXPECT_EQ(FIO_FILE_SYSTEM::findclose(scan), 0);
+    EXPECT_EQ(record.data.name, longest);
+    EXPECT_EQ(std::string(record.after, sizeof record.after), std::string(sizeof record.after, 'x'));
 }
 
 TEST_F(FioFileSystem, ARemovedCurrentDirectoryIsReturnedAsEmpty)

@@ -189,6 +189,16 @@ TEST_F(FioFindFirst, CountsRelativeDirectoriesFromTheCurrentOne)
     EXPECT_EQ(find(".dot", "x.v"), at("q/.dot/x.v"));
 }
 
+TEST_F(FioFindFirst, SimplifiesDotsWithinRelativeDirectoriesAndPaths)
+{
+    m_temp.write("a/s/x.v", "");
+    std::filesystem::create_directory(m_temp.path() / "b");
+    CurrentDirectory const current(m_temp.path());
+    EXPECT_EQ(find("b/../a", "s/x.v"), at("a/s/x.v"));
+    EXPECT_EQ(find("a", "s/./x.v"), at("a/s/x.v"));
+    EXPECT_EQ(find("a", "s/../s/x.v"), at("a/s/x.v"));
+}
+
 TEST_F(FioFindFirst, CountsRelativeDirectoriesFromTheOneThatWasSet)
 {
     m_temp.write("p/lib/x.v", "");

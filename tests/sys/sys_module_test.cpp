@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <locale>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -154,6 +155,20 @@ TEST(SysFindModule, NamesALibraryByItsFileName)
     ASSERT_TRUE(sys_find_module(module.begin, same));
     EXPECT_STREQ(same.name, module.name);
     EXPECT_EQ(same.begin, module.begin);
+}
+
+TEST(SysFindModule, BeginsWithTheHeaderOfTheModule)
+{
+    auto const *const facet = &std::use_facet<std::ctype<char>>(std::locale::classic());
+    for (std::uintptr_t const address :
+         {reinterpret_cast<std::uintptr_t>(&own_executable), reinterpret_cast<std::uintptr_t>(facet)}) {
+        SYS_MODULE module;
+        ASSERT_TRUE(sys_find_module(address, module));
+        std::string_view const magic = ON_WINDOWS ? "MZ"
+                                                  : "\x7f"
+                                                    "ELF";
+        EXPECT_EQ(std::string_view(reinterpret_cast<char const *>(module.begin), magic.size()), magic) << module.name;
+    }
 }
 
 TEST(SysFindModule, LeavesTheModuleAloneForAnAddressInNone)
