@@ -42,6 +42,9 @@ function(zel_add_shared_library target name)
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
   if(WIN32)
     set_target_properties(${target} PROPERTIES PREFIX "")
+  elseif(ZEL_COVERAGE)
+    # Exported, for the end of a process in the tests (tests/support/coverage_exit_linux.cpp).
+    target_link_options(${target} PRIVATE LINKER:-u,__gcov_dump)
   else()
     # Templates of the standard library and of Boost stay inside. A library calls its own functions directly.
     target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions
