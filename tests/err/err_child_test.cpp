@@ -180,9 +180,9 @@ void fail_beside_a_flush()
 
 TEST_F(ErrChildDeathTest, AChildThatCannotOpenAStreamIsReplaced)
 {
-    EXPECT_EXIT(fail_beside_a_flush(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                AllOf(HasSubstr(HEAD), HasSubstr("\n    #0 err_test_failing_function()+0x"),
-                      HasSubstr("err_child_test.cpp:")));
+    EXPECT_EXIT(
+        fail_beside_a_flush(), ExitedWithCode(INTERNAL_ERROR_STATUS),
+        AllOf(HasSubstr(HEAD), HasSubstr("\n    #0 err_test_failing_function()+0x"), HasSubstr("err_child_test.cpp:")));
 }
 
 TEST_F(ErrChildDeathTest, ChildrenThatNeverGetALockAreGivenUp)

@@ -78,7 +78,8 @@ protected:
     TempDir m_dir;
 };
 
-// Operations that take a lock of another library, which a fork leaves as it is: that of the C library for its time zone.
+// Operations that take a lock of another library, which a fork leaves as it is: that of the C library for its time
+// zone.
 constexpr char const *FOREIGN_LOCKS[] = {"dates"};
 
 Operations without_foreign_locks(Operations operations)
