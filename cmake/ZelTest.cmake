@@ -1,4 +1,4 @@
-# zel_add_test(<name> [STATEFUL] [CUSTOMER] [UNSIGNED_CHAR] [UTF8] [THREADS]
+# zel_add_test(<name> [STATEFUL] [CUSTOMER] [UNSIGNED_CHAR] [UTF8] [THREADS] [DESCRIPTORS]
 #              [LIBRARIES <target>...] [SOURCES <file>...] [OBJECTS <object library>...] [DEFINITIONS <definition>...]
 #              [OPTIONS <compiler option>...] [DEPENDS <target>...] [LABEL <label>] [TIMEOUT <seconds>])
 #
@@ -9,17 +9,22 @@
 #   UNSIGNED_CHAR  built and run a second time, on Linux, with a char that has no sign in the test and in the library
 #   UTF8           built and run a second time, on Windows, with UTF-8 as the code page of narrow text
 #   THREADS        also run under the thread sanitizer, which runs no other tests
+#   DESCRIPTORS    on Linux, each TEST fails that ends with more open descriptors than it began with
 #   SOURCES        further sources, from the project's root; OPTIONS and DEFINITIONS hold for them too
 #   OBJECTS        object libraries that are linked into the executable
 #   DEPENDS        targets that are built before, for a test that runs or loads them
 function(zel_add_test name)
-  cmake_parse_arguments(ARG "STATEFUL;CUSTOMER;UNSIGNED_CHAR;UTF8;THREADS" "LABEL;TIMEOUT"
+  cmake_parse_arguments(ARG "STATEFUL;CUSTOMER;UNSIGNED_CHAR;UTF8;THREADS;DESCRIPTORS" "LABEL;TIMEOUT"
     "LIBRARIES;SOURCES;OBJECTS;DEFINITIONS;OPTIONS;DEPENDS" ${ARGN})
   if(ARG_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "zel_add_test(${name}): unknown arguments ${ARG_UNPARSED_ARGUMENTS}")
   endif()
   if(ZEL_SANITIZE STREQUAL "thread" AND NOT ARG_THREADS)
     return()
+  endif()
+  # Not on Windows, where the runtime makes handles at first uses, and keeps them.
+  if(ARG_DESCRIPTORS AND NOT WIN32)
+    list(APPEND ARG_SOURCES tests/support/descriptor_listener.cpp)
   endif()
   set(sources "${CMAKE_CURRENT_SOURCE_DIR}/${name}_test.cpp")
   foreach(source IN LISTS ARG_SOURCES)

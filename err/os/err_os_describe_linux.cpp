@@ -2,13 +2,13 @@
 // heap, which it uses, may be damaged. The child reads the memory of this process as it is at the moment, and writes
 // what it finds to a pipe:
 //
-//     READY                 the locks of the heap and of the loader are free in the child
 //     FIRST, NEXT           a line of an address, by its place in the question
+//     READY                 all locks that libdw needs are free in the child
 //     END                   there is nothing more
 //
 // The child has one thread. A lock that another thread held at the moment of the fork is never released in the child.
 // So the child takes and releases the locks that it needs, and then says READY. If it doesn't, it is ended, and another
-// one is made.
+// one is made. The names that the loader knows come before READY, because less can fail up to there.
 #include "err/os/err_os.h"
 
 #include "err/os/err_os_fault_linux.h"
@@ -30,6 +30,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -44,9 +45,9 @@ constexpr int REAP_MILLISECONDS = 1000;
 
 enum class RecordKind : std::uint32_t
 {
-    READY,
     FIRST,
     NEXT,
+    READY,
     END,
 };
 
@@ -137,13 +138,20 @@ void close_descriptors(int pipe)
 }
 
 // Waits for ever if a lock of the heap or of the loader is held.
-void try_locks()
+void try_locks_of_loader()
 {
     // Larger than the blocks that a thread keeps for itself.
     void *volatile block = std::malloc(5000);
     std::free(block);
     if (void *const program = dlopen(nullptr, RTLD_LAZY))
         dlclose(program);
+}
+
+// Waits for ever if the lock of the list of streams is held, which libdw needs to open files.
+void try_lock_of_streams()
+{
+    if (std::FILE *const stream = std::fopen("/dev/null", "re"))
+        std::fclose(stream);
 }
 
 [[noreturn]] void run_child()
@@ -155,9 +163,10 @@ void try_locks()
     if (abi::__cxa_thread_atexit(end_child, nullptr, &l_child) != 0)
         _exit(1);
     PipeWriter writer;
-    try_locks();
-    writer.send(RecordKind::READY);
+    try_locks_of_loader();
     err_os_describe_by_loader(l_child.question, writer);
+    try_lock_of_streams();
+    writer.send(RecordKind::READY);
     err_os_describe_by_debug_info(l_child.question, writer);
     writer.send(RecordKind::END);
     _exit(0);
@@ -340,8 +349,9 @@ private:
             std::size_t const size = sizeof head + head.function_size + head.file_size;
             if (size > bytes.size())
                 break;
-            m_is_ready = true;
-            if (head.kind != RecordKind::READY)
+            if (head.kind == RecordKind::READY)
+                m_is_ready = true;
+            else
                 m_receiver.take(head.index, head.kind == RecordKind::FIRST,
                                 {bytes.substr(sizeof head, head.function_size), head.function_offset,
                                  bytes.substr(sizeof head + head.function_size, head.file_size), head.line});

@@ -157,6 +157,34 @@ TEST_F(ErrChildDeathTest, AChildThatCannotGetALockIsReplaced)
                 AllOf(HasSubstr(HEAD), HasSubstr("\n    #0 err_test_failing_function()+0x")));
 }
 
+// Written by the thread that flushes all streams, which holds the lock of their list meanwhile.
+std::atomic<bool> l_is_flushing{false};
+
+ssize_t write_late(void *, char const *, std::size_t size)
+{
+    l_is_flushing = true;
+    // More than one child waits for its lock.
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    return static_cast<ssize_t>(size);
+}
+
+void fail_beside_a_flush()
+{
+    std::FILE *const stream = fopencookie(nullptr, "w", {nullptr, write_late, nullptr, nullptr});
+    std::fputs("text", stream);
+    std::thread([] { std::fflush(nullptr); }).detach();
+    while (!l_is_flushing)
+        std::this_thread::yield();
+    fail();
+}
+
+TEST_F(ErrChildDeathTest, AChildThatCannotOpenAStreamIsReplaced)
+{
+    EXPECT_EXIT(
+        fail_beside_a_flush(), ExitedWithCode(INTERNAL_ERROR_STATUS),
+        AllOf(HasSubstr(HEAD), HasSubstr("\n    #0 err_test_failing_function()+0x"), HasSubstr("err_child_test.cpp:")));
+}
+
 TEST_F(ErrChildDeathTest, ChildrenThatNeverGetALockAreGivenUp)
 {
     EXPECT_EXIT((l_hanging_children = 1000, fail()), ExitedWithCode(INTERNAL_ERROR_STATUS),

@@ -66,6 +66,17 @@ std::string root_after_queries()
     return "root";
 }
 
+std::atomic<bool> l_is_root_asked{false};
+
+// The first caller queries until it finds the value in the file there, which the second one reads.
+std::string root_after_its_value()
+{
+    if (!l_is_root_asked.exchange(true, std::memory_order_relaxed))
+        while (mem_cfg_get_value("last") != "value")
+            ;
+    return "root";
+}
+
 void query_first()
 {
     for (int i = 0; i < 20; ++i)
@@ -156,6 +167,25 @@ TEST_F(MemThreads, TheFirstQueriesOfTheConfiguration)
             {
                 mem_set_gen_get_kalvern_path_callback(root_after_queries);
                 run_at_once({query_first, query_first, query_first});
+                std::exit(mem_cfg_get_value("last") == "value" ? 0 : 1);
+            },
+            testing::ExitedWithCode(0), "");
+}
+
+// The reader reports the unreadable lines after it has added the values and before it looks its own key up, so that for
+// a while no lock but that of the addition orders the addition before the query of the other thread.
+TEST_F(MemThreads, AQueryBesideTheReadingOfTheConfiguration)
+{
+    GTEST_FLAG_SET(death_test_style, "fast");
+    std::string text = "last = value\n";
+    for (int i = 0; i < 100; ++i)
+        text += "unreadable\n";
+    m_dir.write("root/kalvern.ini", text);
+    for (int round = 0; round < 5; ++round)
+        EXPECT_EXIT(
+            {
+                mem_set_gen_get_kalvern_path_callback(root_after_its_value);
+                run_at_once({query_first, query_first});
                 std::exit(mem_cfg_get_value("last") == "value" ? 0 : 1);
             },
             testing::ExitedWithCode(0), "");

@@ -79,8 +79,8 @@ protected:
 };
 
 // Operations that take a lock of another library, which a fork leaves as it is: that of the C library for its time
-// zone, and those of the loader and of libdw.
-constexpr char const *FOREIGN_LOCKS[] = {"dates", "err_describe_calls", "dump by line"};
+// zone.
+constexpr char const *FOREIGN_LOCKS[] = {"dates"};
 
 Operations without_foreign_locks(Operations operations)
 {

@@ -1,6 +1,7 @@
 // The change of a file when the system, other processes or the rights of the file stand against it. Linux.
 #include "gen/os/gen_os_ini.h"
 
+#include "tests/support/open_descriptors.h"
 #include "tests/support/system_call_faults.h"
 #include "tests/support/temp_dir.h"
 
@@ -80,11 +81,6 @@ protected:
     TempDir m_dir;
     std::string m_path;
 };
-
-std::size_t open_descriptor_count()
-{
-    return entry_names("/proc/self/fd").size();
-}
 
 } // namespace
 
