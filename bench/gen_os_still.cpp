@@ -88,7 +88,15 @@ bool gen_os_read_temp_directory(std::string &)
 {
     return false;
 }
-bool gen_os_open_stream(std::filebuf &, char const *, std::ios_base::openmode)
+bool gen_os_open_stream(std::filebuf &, char const *, std::ios_base::openmode, int)
 {
     return false;
+}
+bool gen_os_create_file(char const *)
+{
+    return false;
+}
+int gen_os_random_number()
+{
+    return 0;
 }

@@ -13,6 +13,7 @@
 
 #include "err/os/err_os_fault_linux.h"
 #include "err/os/err_os_symbols_linux.h"
+#include "sys/os/sys_os_clock_linux.h"
 #include "sys/sys_write.h"
 
 #include <cxxabi.h>
@@ -197,13 +198,6 @@ pid_t fork_without_handlers()
 #endif
 }
 
-std::int64_t milliseconds_now()
-{
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1'000'000;
-}
-
 // Not one of the standard streams, even if those are closed.
 int above_streams(int descriptor)
 {
@@ -251,7 +245,7 @@ public:
     {
         pollfd query{m_pipe, POLLIN, 0};
         for (;;) {
-            std::int64_t const rest = std::max<std::int64_t>(deadline - milliseconds_now(), 0);
+            std::int64_t const rest = std::max<std::int64_t>(deadline - sys_os_milliseconds_now(), 0);
             int const ready = poll(&query, 1, static_cast<int>(std::min<std::int64_t>(rest, INT_MAX)));
             if (ready == 0)
                 return 0;
@@ -282,9 +276,9 @@ private:
     // True if the child has ended, or if the process itself waits for all of its children and has waited for this one.
     bool has_ended(int milliseconds) const
     {
-        std::int64_t const deadline = milliseconds_now() + milliseconds;
+        std::int64_t const deadline = sys_os_milliseconds_now() + milliseconds;
         while (waitpid(m_process, nullptr, WNOHANG) == 0) {
-            if (milliseconds_now() >= deadline)
+            if (sys_os_milliseconds_now() >= deadline)
                 return false;
             poll(nullptr, 0, 1);
         }
@@ -318,10 +312,10 @@ public:
         m_is_ready = false;
         for (;;) {
             int const patience = m_is_ready ? m_question.silence_milliseconds : READY_MILLISECONDS;
-            std::int64_t const deadline = std::min(last_deadline, milliseconds_now() + patience);
+            std::int64_t const deadline = std::min(last_deadline, sys_os_milliseconds_now() + patience);
             std::size_t const count = child.read(m_question.buffer + size, m_question.buffer_size - size, deadline);
             if (count == 0)
-                return m_is_ready || milliseconds_now() < deadline;
+                return m_is_ready || sys_os_milliseconds_now() < deadline;
             size += count;
             std::size_t const used = take_records({m_question.buffer, size});
             if (used == std::string_view::npos) {
@@ -370,9 +364,9 @@ private:
 
 void err_os_describe(ERR_OS_QUESTION const &question, ERR_OS_RECEIVER &receiver)
 {
-    std::int64_t const deadline = milliseconds_now() + question.total_milliseconds;
+    std::int64_t const deadline = sys_os_milliseconds_now() + question.total_milliseconds;
     Answers answers(question, receiver);
-    for (int i = 0; i < MAX_CHILDREN && milliseconds_now() < deadline; ++i) {
+    for (int i = 0; i < MAX_CHILDREN && sys_os_milliseconds_now() < deadline; ++i) {
         Child child(question);
         if (!child.is_started() || answers.receive(child, deadline))
             return;

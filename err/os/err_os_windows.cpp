@@ -154,12 +154,21 @@ void err_os_describe(ERR_OS_QUESTION const &, ERR_OS_RECEIVER &) {}
 
 bool err_os_write_error_stream(char const *text, std::size_t size)
 {
+    // A pipe that doesn't block takes nothing while it is full. Its reader has a second.
+    constexpr ULONGLONG PATIENCE_MSEC = 1000;
+    constexpr DWORD PAUSE_MSEC = 10;
     HANDLE const stream = error_stream();
+    ULONGLONG const deadline = GetTickCount64() + PATIENCE_MSEC;
     while (size != 0) {
         DWORD const part = size < MAXDWORD ? static_cast<DWORD>(size) : MAXDWORD;
         DWORD written = 0;
-        if (!WriteFile(stream, text, part, &written, nullptr) || written == 0)
+        if (!WriteFile(stream, text, part, &written, nullptr))
             return false;
+        if (written == 0) {
+            if (GetTickCount64() > deadline)
+                return false;
+            Sleep(PAUSE_MSEC);
+        }
         text += written;
         size -= written;
     }

@@ -302,7 +302,7 @@ private:
 // owner lives.
 bool remove_left_file(std::string const &path)
 {
-    OpenFile file(path.c_str(), O_RDONLY | O_NOFOLLOW);
+    OpenFile file(path.c_str(), O_RDWR | O_NOFOLLOW); // some network file systems lock no other openings
     if (!file.is_open())
         return errno == ENOENT;
     if (!file.is_regular())

@@ -1,6 +1,8 @@
 #include "gen/process/gen_log_file.h"
 
 #include "gen/base/gen_argument_slots.h"
+#include "gen/os/gen_os.h"
+#include "gen_fstream_sys.h"
 #include "mem_sys.h"
 #include "sys/sys_write.h"
 
@@ -31,12 +33,9 @@ std::size_t size_of_lines(std::string_view text)
 
 } // namespace
 
-GEN_LOG_FILE::GEN_LOG_FILE(std::string const &name, int mode) : m_name(name)
+GEN_LOG_FILE::GEN_LOG_FILE(std::string const &name, std::ios_base::openmode mode) : m_name(name)
 {
-    // Without a buffer: its text would go out at the close although a write has failed.
-    m_opened.rdbuf()->pubsetbuf(nullptr, 0);
-    m_opened.open(name.c_str(), mode, GEN_SHARE_ALL);
-    if (m_opened.is_open())
+    if (gen_os_open_stream(m_named, name.c_str(), mode | std::ios_base::out, GEN_SHARE_ALL))
         m_block = std::make_unique<char[]>(BLOCK_SIZE);
     else
         m_stream.setstate(std::ios::failbit);
@@ -120,15 +119,18 @@ int GEN_LOG_FILE::write_to_system(char const *text, std::size_t size)
         return sys_write(sys_descriptor_of(m_file.get()), text, size, WAIT_MSEC).error;
     auto const count = static_cast<std::streamsize>(size);
     errno = 0;
-    return m_opened.rdbuf()->sputn(text, count) == count && m_opened.rdbuf()->pubsync() == 0 ? 0 : last_error();
+    if (m_named.sputn(text, count) == count && m_named.pubsync() == 0)
+        return 0;
+    int const error = last_error();
+    m_named.drop_text();
+    return error;
 }
 
 // Returns as write_to_system() does.
 int GEN_LOG_FILE::close_in_system()
 {
     errno = 0;
-    bool const is_closed =
-        m_file != nullptr ? std::fclose(m_file.release()) == 0 : m_opened.rdbuf()->close() != nullptr;
+    bool const is_closed = m_file != nullptr ? std::fclose(m_file.release()) == 0 : m_named.close() != nullptr;
     return is_closed ? 0 : last_error();
 }
 

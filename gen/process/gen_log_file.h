@@ -11,10 +11,9 @@
 #ifndef GEN_LOG_FILE_H
 #define GEN_LOG_FILE_H
 
-#include "gen_fstream_sys.h"
-
 #include <cstddef>
 #include <cstdio>
+#include <fstream>
 #include <memory>
 #include <ostream>
 #include <streambuf>
@@ -31,11 +30,12 @@ public:
     };
     using File = std::unique_ptr<std::FILE, CloseFile>;
 
-    /// Opens a file by std::brisel_ofstream. If that fails, there is no message, and all text is dropped.
+    /// Opens a file as std::brisel_ofstream does, shared with other processes. If that fails, there is no message, and
+    /// all text is dropped.
     ///
     /// @param name  the file, as the message shows it
-    /// @param mode  as for std::brisel_ofstream::open()
-    GEN_LOG_FILE(std::string const &name, int mode);
+    /// @param mode  std::ios::out to replace a file; std::ios::app to append to it
+    GEN_LOG_FILE(std::string const &name, std::ios_base::openmode mode);
 
     /// Takes over a file that was opened for writing under that name; null counts as a failed open.
     GEN_LOG_FILE(std::string const &name, File file);
@@ -56,6 +56,14 @@ public:
     std::ostream &stream() { return m_stream; }
 
 private:
+    // A file that was opened by its name.
+    class NamedFile : public std::filebuf
+    {
+    public:
+        // Forgets the text that a write has left in the buffer. The close would write it.
+        void drop_text() { setp(nullptr, nullptr); }
+    };
+
     int_type overflow(int_type character) override;
     std::streamsize xsputn(char const *text, std::streamsize size) override;
     int sync() override;
@@ -68,8 +76,8 @@ private:
     void fail(int error);
 
     std::string m_name;
-    std::brisel_ofstream m_opened;
-    File m_file;                     // in place of m_opened
+    NamedFile m_named;
+    File m_file;                     // in place of m_named
     std::unique_ptr<char[]> m_block; // the text that did not go out yet; null if the open failed
     std::size_t m_size = 0;          // of that text
     bool m_has_failed = false;

@@ -29,9 +29,8 @@ constexpr std::size_t MEM_CFG_MOST_REPORTS = 20;
 
 /// Reads a whole regular file. If it can't, or if the file is too large, the reason is added to the problems.
 ///
-/// @param is_named      whether the user named the file. Otherwise a missing one is no problem
-/// @param files         the identities of the files whose reasons are known by now. A reason is added once for each
-/// file
+/// @param is_named  whether the user named the file. Otherwise a missing one is no problem
+/// @param files     the identities of the files whose reasons are known by now; a reason is added once for each file
 bool mem_cfg_read_file(std::string const &path, bool is_named, std::string &text, std::set<std::string> &files,
                        std::vector<std::string> &problems);
 

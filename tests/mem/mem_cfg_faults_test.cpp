@@ -4,6 +4,7 @@
 
 #include "tests/support/captured_output.h"
 #include "tests/support/environment.h"
+#include "tests/support/open_descriptors.h"
 #include "tests/support/system_call_faults.h"
 #include "tests/support/temp_dir.h"
 
@@ -48,11 +49,6 @@ protected:
     Environment m_variable{"KALVERN_INI", nullptr};
     CurrentDirectory m_current_directory;
 };
-
-std::size_t open_descriptor_count()
-{
-    return entry_names("/proc/self/fd").size();
-}
 
 // Pipes and devices.
 

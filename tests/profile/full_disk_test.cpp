@@ -6,6 +6,7 @@
 #include "gen_undo_redo_sys.h"
 
 #include "mem_sys.h"
+#include "tests/support/file_size_limit.h"
 #include "tests/support/mem_figures_fake.h"
 #include "tests/support/message_recorder.h"
 #include "tests/support/profile_bins_script.h"
@@ -15,7 +16,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
@@ -24,7 +24,6 @@
 #include <vector>
 
 #include <dlfcn.h>
-#include <sys/resource.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -122,14 +121,24 @@ void write_tagged_report()
     run_flow("tag");
 }
 
-void write_cookies()
+void write_cookies_of(int count)
 {
     mem_cfg_set("gen_print_profile_bins", "off");
     mem_cfg_set("gen_print_cookie_log", "on");
     start_bins("R");
-    for (int k = 0; k < ROWS; ++k)
+    for (int k = 0; k < count; ++k)
         gen_log_cookie("cookie", static_cast<std::uint64_t>(k));
     GEN_PROFILE_BINS::finalize("tool", /*close_root=*/true);
+}
+
+void write_cookies()
+{
+    write_cookies_of(ROWS);
+}
+
+void write_one_cookie()
+{
+    write_cookies_of(1);
 }
 
 // All files of a selected bin; the dumps of the others are empty.
@@ -170,30 +179,6 @@ std::string message_of(Writer const &writer, char const *reason)
 {
     return std::string("cannot write \"") + writer.file + "\": " + reason;
 }
-
-// Writes of a file stop at a size during the scope.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        getrlimit(RLIMIT_FSIZE, &m_former);
-        rlimit const limit{bytes, m_former.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        m_former_handler = std::signal(SIGXFSZ, SIG_IGN);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_former);
-        std::signal(SIGXFSZ, m_former_handler);
-    }
-    FileSizeLimit(FileSizeLimit const &) = delete;
-    FileSizeLimit &operator=(FileSizeLimit const &) = delete;
-
-private:
-    rlimit m_former{};
-    void (*m_former_handler)(int) = nullptr;
-};
 
 class FullDisk : public testing::Test
 {
@@ -236,6 +221,7 @@ TEST_F(FullDisk, LeavesTheBeginningOfAFile)
     for (Writer const &writer : WRITERS) {
         {
             FileSizeLimit const limit(LIMIT);
+            ASSERT_TRUE(limit.is_set());
             // The tagged report is written after the other one.
             EXPECT_THAT(messages_of(writer), Contains(message_of(writer, "File too large")).Times(1));
         }
@@ -259,6 +245,15 @@ TEST_F(FullDisk, TakesNoTextAfterTheBlockThatFailed)
         EXPECT_EQ(m_directory.read(writer.file), "") << writer.file;
         remove(writer);
     }
+}
+
+// The stream of such a file keeps a short text, and would write it at the close.
+TEST_F(FullDisk, TakesNothingOfAShortTextThatFailed)
+{
+    Writer const writer = {"cookie_db_tool.log", write_one_cookie};
+    l_write_fault = {writer.file, ENOSPC};
+    EXPECT_THAT(messages_of(writer), ElementsAre(message_of(writer, "No space left on device")));
+    EXPECT_EQ(m_directory.read(writer.file), "");
 }
 
 // A system may keep text and find at the close that there is no room for it.

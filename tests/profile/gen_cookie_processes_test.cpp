@@ -4,6 +4,7 @@
 #include "gen_profile_bins_sys.h"
 #include "mem_sys.h"
 #include "tests/support/message_recorder.h"
+#include "tests/support/system_call_faults.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/texts.h"
 
@@ -90,4 +91,26 @@ TEST(GenCookieProcesses, LoseNoRows)
                 ASSERT_EQ(std::count(lines.begin(), lines.end(), row), 1) << "round " << round << ": " << row;
             }
     }
+}
+
+// Another process creates the file at the last moment; it writes its heading later.
+TEST(GenCookieProcesses, AppendToTheFileOfTheFirst)
+{
+    TempDir const directory;
+    CurrentDirectory const current(directory.path());
+    MessageRecorder const messages;
+    mem_cfg_set("gen_print_cookie_log", "on");
+    GEN_PROFILE_BINS::initialize("R", /*primary=*/true, /*debug_messages=*/false);
+    gen_log_cookie("cookie", 1);
+    GEN_PROFILE_BINS::close(nullptr);
+    {
+        SystemCallFaults const faults({{"open", SystemCallFault::NO_ERROR, 1, 1,
+                                        [&directory] { directory.write(FILE_NAME, "row of the first\n"); }}});
+        GEN_PROFILE_BINS::finalize("tool", /*close_root=*/false);
+        EXPECT_EQ(faults.met(), 1);
+    }
+    std::vector<std::string> const lines = lines_of(directory.read(FILE_NAME), "\n");
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0], "row of the first");
+    EXPECT_EQ(lines[1].substr(0, 7), "cookie ");
 }

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <locale>
 #include <thread>
@@ -54,6 +55,17 @@ void open_bin(char const *name)
 void close_bin()
 {
     GEN_PROFILE_BINS::close(nullptr);
+}
+
+// At least one row for each cookie of each thread.
+void expect_rows_of_threads(std::vector<std::string> lines, int threads, std::uint64_t cookies)
+{
+    std::sort(lines.begin(), lines.end());
+    for (int i = 0; i < threads; ++i)
+        for (std::uint64_t k = 0; k < cookies; ++k) {
+            std::string const wanted = row("thread " + std::to_string(i), std::to_string(k), "");
+            ASSERT_TRUE(std::binary_search(lines.begin(), lines.end(), wanted)) << wanted;
+        }
 }
 
 // A test in a fresh directory, with the log on.
@@ -372,6 +384,34 @@ TEST_F(GenCookie, TakesCookiesOfManyThreads)
     }
 }
 
+// Without files, so that nearly all of the time is that of the log. The owner's cookies keep the pending groups short.
+// The last file contains every cookie.
+TEST_F(GenCookie, TakesCookiesWhileRunsEnd)
+{
+    constexpr int THREADS = 4;
+    constexpr std::uint64_t COOKIES = 20000;
+    mem_cfg_set("gen_print_cookie_log", "off");
+    std::atomic<int> working{THREADS};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < THREADS; ++i)
+        threads.emplace_back([i, &working] {
+            for (std::uint64_t k = 0; k < COOKIES; ++k)
+                gen_log_cookie(("thread " + std::to_string(i)).c_str(), k);
+            --working;
+        });
+    while (working != 0) {
+        start();
+        gen_log_cookie("owner", 0);
+        finish();
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    mem_cfg_set("gen_print_cookie_log", "on");
+    start();
+    finish();
+    expect_rows_of_threads(file(), THREADS, COOKIES);
+}
+
 // The next file contains what was too late for the first one.
 TEST_F(GenCookie, TakesCookiesWhileTheLogIsWritten)
 {
@@ -389,13 +429,7 @@ TEST_F(GenCookie, TakesCookiesWhileTheLogIsWritten)
         thread.join();
     start();
     finish("again");
-    std::vector<std::string> lines = file("again");
-    std::sort(lines.begin(), lines.end());
-    for (int i = 0; i < THREADS; ++i)
-        for (std::uint64_t k = 0; k < COOKIES; ++k) {
-            std::string const wanted = row("thread " + std::to_string(i), std::to_string(k), "");
-            ASSERT_TRUE(std::binary_search(lines.begin(), lines.end(), wanted)) << wanted;
-        }
+    expect_rows_of_threads(file("again"), THREADS, COOKIES);
 }
 
 TEST(GenCookieDeathTest, TakesCookiesWhileTheProcessEnds)

@@ -3,13 +3,13 @@
 #include "gen_profile_bins_sys.h"
 
 #include "tests/support/message_recorder.h"
+#include "tests/support/open_descriptors.h"
 #include "tests/support/profile_bins_script.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/texts.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <iterator>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -34,11 +34,6 @@ void *allocate(std::size_t size)
     if (void *const memory = std::malloc(size))
         return memory;
     throw std::bad_alloc();
-}
-
-std::ptrdiff_t open_file_count()
-{
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 class GenProfileBinsReportFault : public testing::Test
@@ -119,9 +114,9 @@ TEST_F(GenProfileBinsReportFault, InAFileLeavesNothingSet)
 {
     GEN_PROFILE_BIN *const placer = run_flow();
     placer->dump("whole.log", /*collect_tags=*/true);
-    std::ptrdiff_t const files = open_file_count();
+    std::size_t const files = open_descriptor_count();
     EXPECT_GT(fail_at_each_allocation(placer, "dump.log"), 10U);
-    EXPECT_EQ(open_file_count(), files);
+    EXPECT_EQ(open_descriptor_count(), files);
     EXPECT_NE(open_bin("Router"), nullptr);
     close_bin();
     placer->dump("dump.log", /*collect_tags=*/true);

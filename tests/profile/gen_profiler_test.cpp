@@ -53,6 +53,9 @@ TEST_F(GenProfiler, LetsNoExceptionOfAFlushOut)
         GEN_PROFILER const buffered("TST", "C", GEN_PB_FLAG_ANNOUNCE);
     }
     EXPECT_EQ(l_messages, 1) << "two events, which wait for more";
+    mem_msg_redirect(receive, nullptr);
+    // The close of A was lost with the rest of the buffer.
+    EXPECT_EQ(GEN_PROFILE_BINS::open("TST", "D", GEN_PB_FLAG_IMMEDIATE)->get_path(nullptr), "Root/A/D");
 }
 
 } // namespace
