@@ -16,7 +16,8 @@
 /// Any thread may call it at any time. GEN_PROFILE_BINS::finalize() writes all cookies to "cookie_db_<name>.log" in the
 /// current directory if the configuration key `gen_print_cookie_log` is on; a cookie that is logged while it runs may
 /// be missing there and is in the file of the next finalize(). Successive cookies with the same path are sorted by
-/// description, then by value. A file that can't be written to its end is named by an information message.
+/// description, then by value. A file that can't be opened is skipped silently; one that can't be written to its end is
+/// named by an information message.
 extern "C" GEN_API void gen_log_cookie(char const *description, std::uint64_t hash);
 
 #endif

@@ -14,14 +14,20 @@
 #include <fcntl.h>
 #include <link.h>
 #include <netdb.h>
+#include <poll.h>
+#include <pthread.h>
 #include <pwd.h>
 #include <sched.h>
+#include <signal.h>
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysinfo.h>
 #include <sys/uio.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <time.h>
 #include <unistd.h>
 
 // The allocator of the C library, which has these names for those who replace malloc().
@@ -35,6 +41,7 @@ std::atomic<bool> l_counts{false};
 std::atomic<int> l_calls{0};
 int l_failing = -1;
 int l_error = 0;
+std::atomic<char const *> l_failed{""};
 FaultKind const *l_kinds[FAULT_MOST_CALLS];
 
 // The code of the C library and of the loader.
@@ -75,7 +82,10 @@ int next_fault(FaultKind const &kind)
     int const number = l_calls.fetch_add(1, std::memory_order_relaxed);
     if (number < FAULT_MOST_CALLS)
         l_kinds[number] = &kind;
-    return number == l_failing ? l_error : 0;
+    if (number != l_failing)
+        return 0;
+    l_failed.store(kind.function, std::memory_order_relaxed);
+    return l_error;
 }
 
 // The function of that name in the libraries after this one.
@@ -100,6 +110,7 @@ void fault_layer_begin(int number, int error)
     dl_iterate_phdr(add_spared, &spared);
     l_failing = number;
     l_error = error;
+    l_failed = "";
     l_calls = 0;
     l_counts = true;
 }
@@ -113,6 +124,11 @@ int fault_layer_end()
 FaultKind const *fault_layer_kind(int number)
 {
     return l_kinds[number];
+}
+
+char const *fault_layer_failed()
+{
+    return l_failed;
 }
 
 // FORWARD(<result>, <name>, <parameters>, <arguments>, <result of a failure>, <error>...): a function that either fails
@@ -242,6 +258,25 @@ FORWARD(int, sched_setaffinity, (pid_t process, std::size_t size, cpu_set_t cons
 FORWARD(int, gethostname, (char *name, std::size_t size), (name, size), -1, ENAMETOOLONG)
 FORWARD(int, getpwuid_r, (uid_t user, struct passwd *record, char *buffer, std::size_t size, struct passwd **result),
         (user, record, buffer, size, result), EIO, EIO)
+FORWARD(int, dup2, (int from, int to), (from, to), -1, EBUSY, EINTR)
+FORWARD(int, pipe2, (int *ends, int flags), (ends, flags), -1, EMFILE, ENFILE)
+FORWARD(int, poll, (pollfd * queries, nfds_t count, int milliseconds), (queries, count, milliseconds), -1, EINTR,
+        ENOMEM)
+FORWARD(int, nanosleep, (timespec const *time, timespec *rest), (time, rest), -1, EINTR)
+FORWARD(pid_t, _Fork, (), (), -1, EAGAIN, ENOMEM)
+FORWARD(pid_t, waitpid, (pid_t process, int *status, int options), (process, status, options), -1, EINTR, ECHILD)
+FORWARD(ssize_t, fgetxattr, (int file, char const *name, void *value, std::size_t size), (file, name, value, size), -1,
+        EIO, ENODATA, ENOTSUP, ERANGE)
+FORWARD(int, fsetxattr, (int file, char const *name, void const *value, std::size_t size, int flags),
+        (file, name, value, size, flags), -1, EPERM, ENOTSUP, ENOSPC)
+FORWARD(int, fremovexattr, (int file, char const *name), (file, name), -1, EPERM, ENODATA, ENOTSUP)
+FORWARD(void *, dlopen, (char const *name, int mode), (name, mode), nullptr, ENOMEM)
+FORWARD(tm *, localtime_r, (time_t const *time, tm *result), (time, result), nullptr, EOVERFLOW)
+FORWARD(int, sigaltstack, (stack_t const *stack, stack_t *former), (stack, former), -1, ENOMEM)
+FORWARD(int, sigaction, (int number, struct sigaction const *action, struct sigaction *former),
+        (number, action, former), -1, EINVAL)
+FORWARD(int, pthread_getattr_np, (pthread_t thread, pthread_attr_t *attributes), (thread, attributes), ENOMEM, ENOMEM)
+FORWARD(int, pthread_key_create, (pthread_key_t * key, void (*release)(void *)), (key, release), EAGAIN, EAGAIN)
 FORWARD(int, setenv, (char const *name, char const *value, int replace), (name, value, replace), -1, ENOMEM)
 
 // Allocations fail for all but the C library and the loader, whose own faults are theirs. A constant kind, since a

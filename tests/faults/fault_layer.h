@@ -18,7 +18,8 @@ constexpr int FAULT_SHORT = -1;
 /// Most calls of one run whose kinds are kept; later ones are counted only.
 constexpr int FAULT_MOST_CALLS = 65536;
 
-/// Counts the calls of all threads from now on, and makes one of them fail.
+/// Counts the calls of all threads from now on, and makes one of them fail. A child of the process that is made
+/// meanwhile goes on counting by itself, and fails too if it makes the call of that number.
 ///
 /// @param number  of the call that fails, from 0; -1 if none does
 /// @param error   one of the errors of its kind
@@ -29,5 +30,8 @@ int fault_layer_end();
 
 /// The kind of a call of the last counting, by number below FAULT_MOST_CALLS.
 FaultKind const *fault_layer_kind(int number);
+
+/// The function that failed in the last counting; the empty text if none did.
+char const *fault_layer_failed();
 
 #endif
