@@ -309,8 +309,8 @@ GEN_API bool gen_getline(std::istream *in, std::string *line, char delimiter);
 /// with all other lines unchanged, and a text that could not be read back is a failure: a key with "=", a text with a
 /// line end, and a key that would begin a comment or a section.
 ///
-/// Any thread. Calls of several threads and processes for one file lose no key: each waits for the others, 10 s at most,
-/// and is a failure after that. (On Windows two paths that differ in more than case, such as a link, count as two
+/// Any thread. Calls of several threads and processes for one file lose no key: each waits for the others, 10 s at
+/// most, and is a failure after that. (On Windows two paths that differ in more than case, such as a link, count as two
 /// files.) On Linux the directory has to be writable; the file keeps its mode, and its owner, group and ACL as far as
 /// the user may set them; a link, also to a missing file, stays, and the file that it names is changed. Not changed
 /// are a file without any write permission, also for the superuser, and anything that is no regular file. While the
