@@ -108,8 +108,13 @@ bool sys_watch_forks(void (*)(), void (*)(), void (*)())
 
 bool sys_is_unloading()
 {
-    // An exit releases the static objects of the libraries after it has ended the other threads.
-    return !sys_is_last_thread_of_exit();
+    // An exit releases the static objects of the libraries after it has ended the other threads, and those of an
+    // executable, which is never unloaded, before that.
+    constexpr DWORD FLAGS = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    HMODULE self = nullptr;
+    bool const is_library = GetModuleHandleExA(FLAGS, reinterpret_cast<char const *>(&l_is_kept), &self) != FALSE &&
+                            self != GetModuleHandleA(nullptr);
+    return is_library && !sys_is_last_thread_of_exit();
 }
 
 std::int64_t sys_thread_self()

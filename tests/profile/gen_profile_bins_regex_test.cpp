@@ -57,11 +57,11 @@ TEST_F(GenProfileBinsRegexDeathTest, NamesFileAndLineOfTheKey)
 
 TEST_F(GenProfileBinsRegexDeathTest, NamesTheFileOfTheVariable)
 {
-    std::string const named = m_dir.write("named.cfg", "gen_tracq_profile_tag = [%s\n");
+    m_dir.write("named.cfg", "gen_tracq_profile_tag = [%s\n");
     m_dir.write("kalvern.ini", "gen_tracq_profile_tag = (\n");
-    Environment const variable("KALVERN_INI", named.c_str());
+    Environment const variable("KALVERN_INI", "named.cfg");
     EXPECT_EXIT(start(), ExitedWithCode(INTERNAL_ERROR_STATUS),
-                dies_after(named + ":1", "gen_tracq_profile_tag", "[%s"));
+                dies_after("named.cfg:1", "gen_tracq_profile_tag", "[%s"));
 }
 
 TEST_F(GenProfileBinsRegexDeathTest, NamesTheCallThatSetTheKey)

@@ -2,6 +2,7 @@
 // stays once it has something that outlives a call: a counting thread, a file, a slot, the configuration.
 #include "tests/support/environment.h"
 #include "tests/support/open_descriptors.h"
+#include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
 #include "tests/unload/loaded_module.h"
 
@@ -89,6 +90,12 @@ protected:
         ASSERT_FALSE(is_module_loaded(GEN_LIBRARY));
     }
 
+    void run_rounds(int count) const
+    {
+        for (int i = 0; i < count; ++i)
+            ASSERT_NO_FATAL_FAILURE(run_round()) << "round " << i;
+    }
+
     TempDir m_directory;
     CurrentDirectory m_current{m_directory.path()};
 };
@@ -103,10 +110,14 @@ std::string case_name(testing::TestParamInfo<PluginCase> const &info)
 TEST_P(Unload, ManyRoundsLeaveAsMuchAsOne)
 {
     ASSERT_NO_FATAL_FAILURE(run_round()); // on Windows the first use of this macro opens a handle
-    Resources const after_one;
-    for (int i = 1; i < 200; ++i)
-        ASSERT_NO_FATAL_FAILURE(run_round()) << "round " << i;
-    EXPECT_EQ(Resources(), after_one);
+    Resources expected;
+    run_rounds(200);
+    // A lock of Windows opens a handle when threads first meet at it, whenever that is. Another 200 rounds decide.
+    if (ON_WINDOWS && !(Resources() == expected)) {
+        expected = Resources();
+        run_rounds(200);
+    }
+    EXPECT_EQ(Resources(), expected);
 }
 
 TEST_P(Unload, StartsAnewAfterALoad)
