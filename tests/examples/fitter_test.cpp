@@ -970,15 +970,10 @@ ToolRun run_fitter_here(std::string const &arguments, std::string const &out = "
     return {status > 0xff ? status >> 8 : status, content(out), content("err.txt")};
 }
 
-ToolRun run_fitter_in(std::filesystem::path const &directory, std::string const &arguments)
-{
-    CurrentDirectory const there(directory);
-    return run_fitter_here(arguments);
-}
-
 ToolRun run_fitter(TempDir const &dir, std::string const &arguments)
 {
-    return run_fitter_in(dir.path(), arguments);
+    CurrentDirectory const there(dir.path());
+    return run_fitter_here(arguments);
 }
 
 struct ReportRow
@@ -1170,18 +1165,6 @@ TEST(FitterTool, FindsItsFilesAndWritesIntoTheProject)
     EXPECT_THAT(dir.read("p/small.fit.txt"), HasSubstr("legal         yes"));
     EXPECT_EQ(files_in(dir, "p"), (std::set<std::string>{"lib", "small.fit.txt", "small.v", "undo_redo.txt"}));
     EXPECT_EQ(files_in(dir, "."), (std::set<std::string>{"err.txt", "out.txt", "p"})); // no log was requested
-}
-
-// On Windows too, where the code page of the system may not have these characters.
-TEST(FitterTool, WorksInADirectoryOfAnyName)
-{
-    TempDir const dir;
-    std::filesystem::path const directory = dir.path() / std::filesystem::u8path("\xe6\x97\xa5\xe6\x9c\xac \xc4\x81");
-    std::filesystem::create_directory(directory);
-    std::ofstream(directory / "small.blif", std::ios::binary) << make_design(30);
-    ToolRun const run = run_fitter_in(directory, "small.blif");
-    EXPECT_EQ(run.status, 0) << run.out << run.err;
-    EXPECT_TRUE(std::filesystem::is_regular_file(directory / "small.fit.txt")) << run.out << run.err;
 }
 
 TEST(FitterTool, EndsWithStatusOneAndReportsTheReason)

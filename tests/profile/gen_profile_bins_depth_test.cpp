@@ -303,8 +303,10 @@ TEST_F(GenProfileBinsDepth, LogsCookies)
         close_levels();
         finalize();
     });
-    EXPECT_EQ(lines_of(read_text("cookie_db_Fitter.log")).back(),
-              "deep" + std::string(56, ' ') + "|1" + std::string(24, ' ') + "|Fitter::" + path_of_levels(LEVELS, "::"));
+    std::string const row = lines_of(read_text("cookie_db_Fitter.log")).back();
+    std::string const path = "Fitter::" + path_of_levels(LEVELS, "::");
+    // Not printed if they differ: a path has many pages.
+    EXPECT_TRUE(row == "deep" + std::string(56, ' ') + "|1" + std::string(24, ' ') + '|' + path);
 }
 
 TEST_F(GenProfileBinsDepth, ManyBinsUnderOneParent)
