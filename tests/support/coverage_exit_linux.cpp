@@ -37,7 +37,7 @@ Writers const l_writers;
 } // namespace
 
 // Visible, so that the libraries find it before that of the C library.
-extern "C" [[noreturn, gnu::visibility("default")]] void _exit(int status)
+extern "C" [[gnu::noreturn, gnu::visibility("default")]] void _exit(int status)
 {
     for (std::size_t i = 0; i < l_writers.count; ++i)
         l_writers.functions[i]();
