@@ -39,6 +39,7 @@ namespace {
 
 std::atomic<bool> l_counts{false};
 std::atomic<int> l_calls{0};
+pid_t l_process = 0; // that counts
 int l_failing = -1;
 int l_error = 0;
 std::atomic<char const *> l_failed{""};
@@ -77,7 +78,8 @@ bool is_spared(void const *address)
 // The error with which this call is to fail; 0 for none.
 int next_fault(FaultKind const &kind)
 {
-    if (!l_counts.load(std::memory_order_relaxed))
+    // Not in a child of the process, whose calls would have the numbers of later calls of the process itself.
+    if (!l_counts.load(std::memory_order_relaxed) || getpid() != l_process)
         return 0;
     int const number = l_calls.fetch_add(1, std::memory_order_relaxed);
     if (number < FAULT_MOST_CALLS)
@@ -108,6 +110,7 @@ void fault_layer_begin(int number, int error)
 {
     int spared = 0;
     dl_iterate_phdr(add_spared, &spared);
+    l_process = getpid();
     l_failing = number;
     l_error = error;
     l_failed = "";

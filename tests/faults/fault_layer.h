@@ -18,8 +18,8 @@ constexpr int FAULT_SHORT = -1;
 /// Most calls of one run whose kinds are kept; later ones are counted only.
 constexpr int FAULT_MOST_CALLS = 65536;
 
-/// Counts the calls of all threads from now on, and makes one of them fail. A child of the process that is made
-/// meanwhile goes on counting by itself, and fails too if it makes the call of that number.
+/// Counts the calls of all threads of this process from now on, and makes one of them fail. The calls of a child of the
+/// process are neither counted nor do they fail.
 ///
 /// @param number  of the call that fails, from 0; -1 if none does
 /// @param error   one of the errors of its kind
