@@ -4,6 +4,7 @@
 
 #include "tests/support/argument_slots.h"
 #include "tests/support/environment.h"
+#include "tests/support/interruptions_linux.h"
 #include "tests/support/temp_dir.h"
 
 #include <gmock/gmock.h>
@@ -166,31 +167,6 @@ protected:
     Environment m_variable{"KALVERN_INI", nullptr};
     CurrentDirectory m_current_directory{m_dir.path()};
     Pipe m_pipe;
-};
-
-// Signals that interrupt the writes of this thread, as often as they can.
-class Interruptions
-{
-public:
-    Interruptions()
-    {
-        struct sigaction action = {};
-        action.sa_handler = [](int) {};
-        sigaction(SIGALRM, &action, &m_former);
-        itimerval const often{{0, 100}, {0, 100}};
-        setitimer(ITIMER_REAL, &often, nullptr);
-    }
-    ~Interruptions()
-    {
-        itimerval const never{};
-        setitimer(ITIMER_REAL, &never, nullptr);
-        sigaction(SIGALRM, &m_former, nullptr);
-    }
-    Interruptions(Interruptions const &) = delete;
-    Interruptions &operator=(Interruptions const &) = delete;
-
-private:
-    struct sigaction m_former = {};
 };
 
 void block_alarms(int how)

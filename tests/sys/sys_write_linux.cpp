@@ -1,6 +1,7 @@
 // Signals, partial writes and full pipes.
 #include "sys/sys_write.h"
 
+#include "tests/support/interruptions_linux.h"
 #include "tests/support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -85,31 +86,6 @@ private:
     }
 
     int m_ends[2] = {-1, -1};
-};
-
-// Signals that interrupt the system calls of a thread during the scope.
-class Interruptions
-{
-public:
-    Interruptions()
-    {
-        struct sigaction action = {};
-        action.sa_handler = [](int) {};
-        sigaction(SIGALRM, &action, &m_former);
-        itimerval const often{{0, 100}, {0, 100}};
-        setitimer(ITIMER_REAL, &often, nullptr);
-    }
-    ~Interruptions()
-    {
-        itimerval const never{};
-        setitimer(ITIMER_REAL, &never, nullptr);
-        sigaction(SIGALRM, &m_former, nullptr);
-    }
-    Interruptions(Interruptions const &) = delete;
-    Interruptions &operator=(Interruptions const &) = delete;
-
-private:
-    struct sigaction m_former = {};
 };
 
 } // namespace

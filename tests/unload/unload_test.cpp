@@ -17,7 +17,7 @@ using testing::ExitedWithCode;
 
 namespace {
 
-// A thread that counts in a plug-in, and ends when it is told to.
+// A thread that counts in a plug-in, and ends with the object.
 class CountingThread
 {
 public:
