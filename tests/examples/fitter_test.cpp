@@ -10,7 +10,7 @@
 #include "output.h"
 #include "report.h"
 #include "source.h"
-#include "tests/support/file_size_limit.h"
+#include "tests/examples/fitter_runs.h"
 #include "tests/support/platform.h"
 #include "tests/support/temp_dir.h"
 #include "text.h"
@@ -40,53 +40,6 @@ using fitter::NONE;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-// Layers of LUTs with registers after each third of them; the same text for the same seed.
-std::string make_design(unsigned luts, std::uint32_t seed = 7)
-{
-    fitter::Draws draws(seed);
-    std::vector<std::string> names;
-    std::string text = ".model made\n.inputs clk";
-    for (int i = 0; i < 8; ++i) {
-        names.push_back("i" + std::to_string(i));
-        text += " " + names.back();
-    }
-    text += "\n.outputs";
-    for (unsigned i = luts - 8; i < luts; ++i)
-        text += " n" + std::to_string(i);
-    text += "\n";
-    for (unsigned i = 0; i < luts; ++i) {
-        std::string const name = "n" + std::to_string(i);
-        text += ".names";
-        // Mostly near neighbours, as in a real design.
-        for (int input = 0; input < 3; ++input) {
-            auto const count = static_cast<std::uint32_t>(names.size());
-            text += " " + names[count - 1 - draws.below(std::min(count, 40u))];
-        }
-        text += " " + name + "\n110 1\n";
-        names.push_back(name);
-        if (i % 3 == 0) {
-            text += ".latch " + name + " q" + std::to_string(i) + " re clk 0\n";
-            names.push_back("q" + std::to_string(i));
-        }
-    }
-    return text + ".end\n";
-}
-
-std::unique_ptr<fitter::Netlist> read(std::string const &text)
-{
-    return fitter::read_blif({"", "t.blif", text});
-}
-
-std::string error_in(std::function<void()> const &act)
-{
-    try {
-        act();
-    } catch (fitter::Error const &error) {
-        return error.what();
-    }
-    return "no error";
-}
 
 std::string error_of(std::string const &text)
 {
@@ -448,11 +401,6 @@ TEST(FitterNetlistLink, IsNullAfterItsNetlistIsDestroyed)
 
 // --- The packer.
 
-fitter::Packing pack(fitter::Netlist const &netlist)
-{
-    return fitter::pack(netlist, fitter::make_elements(netlist));
-}
-
 TEST(FitterPack, PutsEachCellIntoOneLegalBlock)
 {
     for (unsigned const luts : {8u, 50u, 300u}) {
@@ -517,19 +465,6 @@ TEST(FitterPack, LeavesClocksOutOfTheFabric)
 }
 
 // --- A whole fit.
-
-fitter::Fit make_fit(std::string const &text, std::uint32_t seed = 1, Index channel_width = 16)
-{
-    fitter::Fit fit;
-    fit.netlist = read(text);
-    fit.packing = pack(*fit.netlist);
-    fit.device = fitter::Device::for_packing(fit.packing);
-    fit.placement = fitter::place(*fit.netlist, fit.packing, fit.device, {seed, /*effort=*/2});
-    fit.expected_use = fitter::analyse_congestion(fit.packing, fit.device, fit.placement.site_of_block);
-    fit.routing = fitter::route(fit.packing, fit.device, fit.placement, {channel_width});
-    fit.timing = fitter::analyse_timing(*fit.netlist, fit.packing, fit.device, fit.placement, fit.routing);
-    return fit;
-}
 
 std::string check(fitter::Fit const &fit, fitter::Routing const &routing)
 {
@@ -608,32 +543,6 @@ TEST(FitterPlace, WritesAnEmptyUndoFileWithoutMoves)
     dir.write("undo_redo.txt", "old");
     fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement);
     EXPECT_EQ(dir.read("undo_redo.txt"), "");
-}
-
-// Windows has no limit on the size of files.
-TEST(FitterPlace, KeepsTheOldUndoFileIfTheNewOneIsCutOff)
-{
-    fitter::Fit const fit = make_fit(make_design(200));
-    TempDir const dir;
-    fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement);
-    std::size_t const size = dir.read("undo_redo.txt").size();
-    dir.write("undo_redo.txt", "old");
-    for (std::size_t const limit : {std::size_t{0}, std::size_t{1}, size / 2, size - 4, size - 1}) {
-        FileSizeLimit const file_size_limit(limit);
-        if (!file_size_limit.is_set())
-            GTEST_SKIP() << "this platform has no limit on the size of files";
-        EXPECT_EQ(error_in([&] { fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement); }),
-                  "cannot write \"" + dir.text("undo_redo.txt") + "\"")
-            << limit << " of " << size;
-        EXPECT_EQ(dir.read("undo_redo.txt"), "old") << limit;
-        EXPECT_THAT(error_in([&] { fitter::write_result(dir.text("r.txt"), std::string(size, 'x')); }),
-                    StartsWith("cannot write \"" + dir.text("r.txt") + "\": "))
-            << limit;
-        EXPECT_EQ(entry_names(dir.path()), std::set<std::string>{"undo_redo.txt"}) << limit;
-    }
-    FileSizeLimit const file_size_limit(size);
-    fitter::write_undo_file(dir.text(), fit.packing, fit.device, fit.placement);
-    EXPECT_EQ(dir.read("undo_redo.txt").size(), size);
 }
 
 // The commands after a heading of the undo file, from top to bottom.
@@ -940,42 +849,6 @@ TEST(FitterResult, CountsNetsByTheirLength)
 
 // --- The tool as a process.
 
-struct ToolRun
-{
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-// The bytes of a file; empty for a device.
-std::string content(std::string const &path)
-{
-    if (!std::filesystem::is_regular_file(path))
-        return {};
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-// Runs the tool that lies next to the library, in the current directory, by the system's shell. Its standard output
-// goes to a file of this name.
-ToolRun run_fitter_here(std::string const &arguments, std::string const &out = "out.txt")
-{
-    std::filesystem::path const tool = std::filesystem::path(gen_get_module_path() + "fitter").make_preferred();
-    std::string command = "\"" + tool.string() + "\" " + arguments + " >" + out + " 2>err.txt";
-    // The shell of Windows removes the outermost quotes.
-    if (std::filesystem::path::preferred_separator == '\\')
-        command = "\"" + command + "\"";
-    int const status = std::system(command.c_str());
-    // Elsewhere the exit code is in the second byte.
-    return {status > 0xff ? status >> 8 : status, content(out), content("err.txt")};
-}
-
-ToolRun run_fitter(TempDir const &dir, std::string const &arguments)
-{
-    CurrentDirectory const there(dir.path());
-    return run_fitter_here(arguments);
-}
-
 struct ReportRow
 {
     std::vector<double> values;
@@ -1195,46 +1068,6 @@ TEST(FitterTool, EndsWithStatusOneAndReportsTheReason)
         EXPECT_THAT(run.err, StartsWith(c.message)) << c.arguments;
     }
     EXPECT_THAT(dir.read("good.fit.txt"), HasSubstr("legal         no, "));
-}
-
-// The path of the output directory is too long for a system call, but its name in the current directory is not: the
-// library can't see the directory, and takes the project instead.
-TEST(FitterTool, WritesNothingIntoTheProjectIfTheOutputDirectoryCannotBeSeen)
-{
-    if (ON_WINDOWS)
-        GTEST_SKIP() << "a path on Windows may be as long as its names allow";
-    constexpr std::size_t LONGEST_PATH = 4095;
-    constexpr std::size_t LONGEST_RESULT = 65; // with the directory that it is written in
-    TempDir const dir;
-    CurrentDirectory const there(dir.path());
-    std::string const step(100, 'd');
-    while (std::filesystem::current_path().native().size() + 1 + step.size() < LONGEST_PATH - LONGEST_RESULT) {
-        std::filesystem::create_directory(step);
-        std::filesystem::current_path(step);
-    }
-    std::string const output(step.size() + LONGEST_RESULT + 1, 'o');
-    std::ofstream("small.blif") << make_design(20);
-    std::filesystem::create_directory(output);
-    ToolRun const run = run_fitter_here("--out " + output + " small.blif");
-    EXPECT_EQ(run.status, 1) << run.out;
-    EXPECT_EQ(run.err, "fitter: cannot make the output directory \"" + output + "\"\n");
-    EXPECT_FALSE(std::filesystem::exists("small.fit.txt"));
-    EXPECT_FALSE(std::filesystem::exists("undo_redo.txt"));
-}
-
-TEST(FitterTool, EndsWithStatusOneIfItsOutputCannotBeWritten)
-{
-    if (ON_WINDOWS)
-        GTEST_SKIP() << "Windows has no device that is always full";
-    TempDir const dir;
-    dir.write("small.blif", make_design(20));
-    CurrentDirectory const there(dir.path());
-    for (char const *arguments : {"small.blif", "--help", "--version"}) {
-        ToolRun const run = run_fitter_here(arguments, "/dev/full");
-        EXPECT_EQ(run.status, 1) << arguments;
-        EXPECT_EQ(run.err, "fitter: cannot write to the standard output\n") << arguments;
-    }
-    EXPECT_THAT(dir.read("small.fit.txt"), HasSubstr("legal         yes"));
 }
 
 TEST(FitterTool, SendsNoControlCharactersToTheTerminal)
